@@ -1,0 +1,30 @@
+#pragma once
+
+#include "../kestrelexport.h"
+
+#include <QtCore/QVariant>
+
+class QString;
+
+/// The host's side of discovery: its settings store and its log.
+///
+/// The settings operations come on the user-interface thread, bracketed by openSettings() and
+/// closeSettings(); logMessage() comes on any thread, several at a time. The library never owns an
+/// implementation; it is mandatory and must outlive the models and views that it was handed to.
+class KESTREL_EXPORT QvelDiscoveryCBInterface
+{
+public:
+    QvelDiscoveryCBInterface() {}
+    QvelDiscoveryCBInterface(const QvelDiscoveryCBInterface&) {}
+    QvelDiscoveryCBInterface& operator=(const QvelDiscoveryCBInterface&) { return *this; }
+    virtual ~QvelDiscoveryCBInterface();
+
+    /// An opaque handle to the store, valid until closeSettings().
+    virtual void* openSettings() = 0;
+    virtual void closeSettings(void* handle) = 0;
+    /// The stored value, or an invalid QVariant if there is none.
+    virtual QVariant readSetting(void* handle, const QString& key) = 0;
+    virtual void writeSetting(void* handle, const QString& key, const QVariant& value) = 0;
+    /// Takes one line of trace or error text. The text may hold anything that a server sent.
+    virtual void logMessage(const QString& text) = 0;
+};

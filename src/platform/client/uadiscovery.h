@@ -1,0 +1,46 @@
+#pragma once
+
+#include "../../kestrelexport.h"
+#include "../stack/opcuatypes.h"
+#include "../types/uastacktypearray.h"
+#include "../types/uastatuscode.h"
+#include "../types/uastring.h"
+
+namespace UaClientSdk {
+
+/// Settings of one service call.
+class ServiceSettings
+{
+public:
+    /// Milliseconds for the whole call, name look-up, connect and close included.
+    OpcUa_Int32 callTimeout = 10000;
+};
+
+/// How the client secures a connection. Discovery services are called without security
+/// (OPC 10000-4, 5.5.1), so there is nothing to set yet.
+class SessionSecurityInfo
+{
+};
+
+/// The discovery services of OPC 10000-4, 5.5, over OPC UA TCP with SecurityPolicy None.
+///
+/// Each call connects, asks and closes; it blocks its thread for the call time-out at most and
+/// may be made on any thread. QThread::requestInterruption() ends a call with BadShutdown.
+/// What a server sends is bounded in size, number and depth; a call that fails gives a Bad status
+/// and leaves the result empty.
+class KESTREL_EXPORT UaDiscovery
+{
+public:
+    UaStatus findServers(const ServiceSettings& settings, const UaString& discoveryUrl,
+                         const SessionSecurityInfo& security,
+                         UaStackTypeArray<OpcUa_ApplicationDescription>& servers);
+    UaStatus getEndpoints(const ServiceSettings& settings, const UaString& discoveryUrl,
+                          const SessionSecurityInfo& security,
+                          UaStackTypeArray<OpcUa_EndpointDescription>& endpoints);
+    /// All records that the server knows, from its first one on.
+    UaStatus findServersOnNetwork(const ServiceSettings& settings, const UaString& discoveryUrl,
+                                  const SessionSecurityInfo& security,
+                                  UaStackTypeArray<OpcUa_ServerOnNetwork>& servers);
+};
+
+} // namespace UaClientSdk

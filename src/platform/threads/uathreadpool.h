@@ -1,0 +1,34 @@
+#pragma once
+
+#include "../../kestrelexport.h"
+
+#include <memory>
+
+/// A piece of work for a UaThreadPool.
+class KESTREL_EXPORT UaThreadPoolJob
+{
+public:
+    virtual ~UaThreadPoolJob();
+    /// Called once, on a thread of the pool. Long work ends early when
+    /// QThread::currentThread()->isInterruptionRequested().
+    virtual void execute() = 0;
+};
+
+/// Threads that work off a queue of jobs in the order of their arrival.
+class KESTREL_EXPORT UaThreadPool
+{
+public:
+    /// Keeps `minThreads` threads once they were needed, and starts up to `maxThreads`.
+    UaThreadPool(int minThreads, int maxThreads);
+    /// Deletes what is queued without executing it, interrupts what runs and waits for it.
+    ~UaThreadPool();
+    UaThreadPool(const UaThreadPool&) = delete;
+    UaThreadPool& operator=(const UaThreadPool&) = delete;
+
+    /// Takes the job over; the pool deletes it after its execution. Any thread.
+    void addJob(UaThreadPoolJob* job);
+
+private:
+    class Private;
+    std::unique_ptr<Private> d;
+};
