@@ -1,0 +1,8 @@
+#include "images/images_p.h"
+
+#include <QtCore/QDir>
+
+void initKestrelImages()
+{
+    Q_INIT_RESOURCE(kestrel);
+}
