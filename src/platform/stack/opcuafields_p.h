@@ -44,8 +44,7 @@ KESTREL_STACK_FIELDS(OpcUa_ApplicationDescription, v(s.ApplicationUri...); v(s.P
                      v(s.DiscoveryProfileUri...);
                      v(StackArray{s.NoOfDiscoveryUrls, s.DiscoveryUrls}...);)
 KESTREL_STACK_FIELDS(OpcUa_UserTokenPolicy, v(s.PolicyId...); v(s.TokenType...);
-                     v(s.IssuedTokenType...); v(s.IssuerEndpointUrl...);
-                     v(s.SecurityPolicyUri...);)
+                     v(s.IssuedTokenType...); v(s.IssuerEndpointUrl...); v(s.SecurityPolicyUri...);)
 KESTREL_STACK_FIELDS(OpcUa_EndpointDescription, v(s.EndpointUrl...); v(s.Server...);
                      v(s.ServerCertificate...); v(s.SecurityMode...); v(s.SecurityPolicyUri...);
                      v(StackArray{s.NoOfUserIdentityTokens, s.UserIdentityTokens}...);

@@ -368,9 +368,9 @@ bool OpcUa_Variant_Equal(const OpcUa_Variant* a, const OpcUa_Variant* b)
         const auto& ma = a->Value.Matrix;
         const auto& mb = b->Value.Matrix;
         if (ma.NoOfDimensions != mb.NoOfDimensions ||
-            (ma.NoOfDimensions > 0 && std::memcmp(ma.Dimensions, mb.Dimensions,
-                                                  std::size_t(ma.NoOfDimensions) *
-                                                      sizeof(OpcUa_UInt32))))
+            (ma.NoOfDimensions > 0 &&
+             std::memcmp(ma.Dimensions, mb.Dimensions,
+                         std::size_t(ma.NoOfDimensions) * sizeof(OpcUa_UInt32))))
             return false;
     }
     const OpcUaElements ea = opcUaElements(*a);
@@ -379,17 +379,30 @@ bool OpcUa_Variant_Equal(const OpcUa_Variant* a, const OpcUa_Variant* b)
         return false;
     for (std::size_t i = 0; i < ea.count; ++i) {
         const std::size_t offset = i * info->size;
-        if (!info->equal(static_cast<char*>(ea.data) + offset, static_cast<char*>(eb.data) + offset))
+        if (!info->equal(static_cast<char*>(ea.data) + offset,
+                         static_cast<char*>(eb.data) + offset))
             return false;
     }
     return true;
 }
 
 #define KESTREL_DEFINE_STACK_TYPE(Type)                                                            \
-    void Type##_Initialize(Type* value) { std::memset(value, 0, sizeof *value); }                  \
-    void Type##_Clear(Type* value) { clearValue(*value); }                                         \
-    OpcUa_StatusCode Type##_CopyTo(const Type* from, Type* to) { return copyValue(*from, *to); }   \
-    bool Type##_Equal(const Type* a, const Type* b) { return equalValue(*a, *b); }
+    void Type##_Initialize(Type* value)                                                            \
+    {                                                                                              \
+        std::memset(value, 0, sizeof *value);                                                      \
+    }                                                                                              \
+    void Type##_Clear(Type* value)                                                                 \
+    {                                                                                              \
+        clearValue(*value);                                                                        \
+    }                                                                                              \
+    OpcUa_StatusCode Type##_CopyTo(const Type* from, Type* to)                                     \
+    {                                                                                              \
+        return copyValue(*from, *to);                                                              \
+    }                                                                                              \
+    bool Type##_Equal(const Type* a, const Type* b)                                                \
+    {                                                                                              \
+        return equalValue(*a, *b);                                                                 \
+    }
 
 KESTREL_DEFINE_STACK_TYPE(OpcUa_String)
 KESTREL_DEFINE_STACK_TYPE(OpcUa_ByteString)

@@ -125,7 +125,8 @@ struct OpcUa_NodeId
 {
     OpcUa_UInt16 IdentifierType; ///< an OpcUa_IdentifierType
     OpcUa_UInt16 NamespaceIndex;
-    union {
+    union
+    {
         OpcUa_UInt32 Numeric;
         OpcUa_String String;
         OpcUa_Guid Guid;
@@ -153,7 +154,8 @@ struct OpcUa_LocalizedText
 };
 
 /// One scalar of any built-in type; which one, the Variant's `Datatype` says.
-union OpcUa_VariantValue {
+union OpcUa_VariantValue
+{
     OpcUa_Boolean Boolean;
     OpcUa_SByte SByte;
     OpcUa_Byte Byte;
@@ -250,7 +252,10 @@ struct OpcUa_ServerOnNetwork
     /** Good, or BadOutOfMemory with the target empty. `to` must be initialised. */                \
     KESTREL_EXPORT OpcUa_StatusCode Type##_CopyTo(const Type* from, Type* to);                     \
     KESTREL_EXPORT bool Type##_Equal(const Type* a, const Type* b);                                \
-    inline void OpcUa_ClearValue(Type& value) { Type##_Clear(&value); }
+    inline void OpcUa_ClearValue(Type& value)                                                      \
+    {                                                                                              \
+        Type##_Clear(&value);                                                                      \
+    }
 
 KESTREL_DECLARE_STACK_TYPE(OpcUa_String)
 KESTREL_DECLARE_STACK_TYPE(OpcUa_ByteString)

@@ -204,8 +204,9 @@ UaString UaStatusCode::toString() const
 #include "statuscodenames_p.inc"
     };
     const OpcUa_StatusCode bare = m_code & 0xffff0000u;
-    const auto found = std::lower_bound(std::begin(names), std::end(names), bare,
-                                        [](const Name& n, OpcUa_StatusCode c) { return n.code < c; });
+    const auto found =
+        std::lower_bound(std::begin(names), std::end(names), bare,
+                         [](const Name& n, OpcUa_StatusCode c) { return n.code < c; });
     if (found != std::end(names) && found->code == bare)
         return UaString(found->name);
     return UaString("0x" + QByteArray::number(m_code, 16).rightJustified(8, '0'));

@@ -1,0 +1,186 @@
+#include <Kestrel/QvelDialogWidgetBase>
+#include <Kestrel/QvelDisplayDialog>
+#include <Kestrel/QvelEditWidgetBase>
+#include <Kestrel/QvelWidgetBase>
+
+#include "support/warnings.h"
+
+#include <QtGui/QScreen>
+#include <QtTest/QtTest>
+#include <QtWidgets/QDialogButtonBox>
+#include <QtWidgets/QLineEdit>
+#include <QtWidgets/QPushButton>
+#include <QtWidgets/QScrollBar>
+#include <QtWidgets/QTextEdit>
+#include <QtWidgets/QVBoxLayout>
+
+namespace {
+
+class Dialog : public QvelDialogWidgetBase
+{
+public:
+    using QvelDialogWidgetBase::QvelDialogWidgetBase;
+    UaVariant value(bool*) const override { return {}; }
+    void setValue(const UaVariant&) override {}
+    QPushButton* button(QDialogButtonBox::StandardButton which) const
+    {
+        return buttonBox()->button(which);
+    }
+};
+
+// An inline editor with one control that counts the focus-outs that reach it.
+class Inline : public QvelWidgetBase
+{
+public:
+    Inline() : QvelWidgetBase(NoFlags), edit(new QLineEdit(this))
+    {
+        setFocusProxy(edit);
+        edit->installEventFilter(this);
+    }
+    UaVariant value(bool*) const override { return {}; }
+    void setValue(const UaVariant&) override {}
+
+    QLineEdit* edit;
+    int focusOuts = 0;
+
+protected:
+    bool event(QEvent* event) override
+    {
+        if (event->type() == QEvent::FocusOut)
+            ++focusOuts;
+        return QvelWidgetBase::event(event);
+    }
+};
+
+} // namespace
+
+class EditorBasesTest : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init() { failOnWarnings(); }
+
+    void flagNumbersAreRegistered()
+    {
+        const auto number = [](const QMetaObject& meta, const char* type, const char* key) {
+            return meta.enumerator(meta.indexOfEnumerator(type)).keyToValue(key);
+        };
+        QCOMPARE(number(QvelWidgetBase::staticMetaObject, "QvelWidgetFlags", "ReadOnly"), 2);
+        QCOMPARE(number(QvelWidgetBase::staticMetaObject, "QvelWidgetFlag", "HideFrame"), 1);
+        for (const char* type : {"QvelDialogWidgetFlag", "QvelDialogWidgetFlags"}) {
+            QCOMPARE(number(QvelDialogWidgetBase::staticMetaObject, type, "ReadOnly"), 1);
+            QCOMPARE(number(QvelDialogWidgetBase::staticMetaObject, type, "NoResize"), 2);
+        }
+        QCOMPARE(number(QvelEditWidgetBase::staticMetaObject, "QvelEditWidgetFlags", "ReadOnly"),
+                 1);
+        QCOMPARE(
+            number(QvelDisplayDialog::staticMetaObject, "QvelDisplayDialogFlags", "WrapAnywhere"),
+            2);
+    }
+
+    void focusLeavingTheControlReachesTheEditor()
+    {
+        QWidget window;
+        auto* layout = new QVBoxLayout(&window);
+        auto* editor = new Inline;
+        auto* other = new QLineEdit;
+        layout->addWidget(editor);
+        layout->addWidget(other);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        editor->setFocus();
+        QVERIFY(editor->edit->hasFocus());
+        QTest::keyClick(editor->edit, Qt::Key_Tab);
+        QVERIFY(other->hasFocus());
+        QCOMPARE(editor->focusOuts, 1);
+    }
+
+    void dialogButtons()
+    {
+        Dialog dialog;
+        QCOMPARE(dialog.windowFlags() & (Qt::Window | Qt::CustomizeWindowHint),
+                 Qt::Window | Qt::CustomizeWindowHint);
+        QVERIFY(!(dialog.windowFlags() & Qt::WindowCloseButtonHint));
+        QCOMPARE(dialog.button(QDialogButtonBox::Ok)->text(), QString("Write"));
+        QSignalSpy accepted(&dialog, &QDialog::accepted);
+        QSignalSpy rejected(&dialog, &QDialog::rejected);
+        dialog.show();
+        QTest::mouseClick(dialog.button(QDialogButtonBox::Ok), Qt::LeftButton);
+        QCOMPARE(accepted.count(), 1);
+        QCOMPARE(dialog.result(), int(QDialog::Accepted));
+        QVERIFY(!dialog.isVisible());
+        dialog.show();
+        QTest::mouseClick(dialog.button(QDialogButtonBox::Cancel), Qt::LeftButton);
+        QCOMPARE(rejected.count(), 1);
+    }
+
+    void dialogStaysOnScreen_data()
+    {
+        const QRect area = QGuiApplication::primaryScreen()->availableGeometry();
+        QTest::addColumn<QPoint>("position");
+        QTest::addColumn<QSize>("size");
+        // What the frame is flush with: a corner of the area, or the position itself.
+        QTest::addColumn<QString>("corner");
+        const QSize size(200, 150);
+        const QPoint end = area.bottomRight();
+        QTest::newRow("inside") << QPoint(50, 60) << size << "";
+        QTest::newRow("left, above") << QPoint(-80, -20) << size << "top left";
+        QTest::newRow("right, below") << end - QPoint(10, 10) << size << "bottom right";
+        QTest::newRow("too large")
+            << QPoint(0, 0) << area.size() + QSize(100, 50) << "bottom right";
+    }
+    void dialogStaysOnScreen()
+    {
+        QFETCH(QPoint, position);
+        QFETCH(QSize, size);
+        QFETCH(QString, corner);
+        Dialog dialog;
+        dialog.resize(size);
+        dialog.move(position);
+        dialog.show();
+        const QRect area = dialog.screen()->availableGeometry();
+        const QRect frame = dialog.frameGeometry();
+        if (corner == "bottom right")
+            QCOMPARE(frame.bottomRight(), area.bottomRight());
+        else
+            QCOMPARE(frame.topLeft(), corner.isEmpty() ? position : area.topLeft());
+    }
+
+    void displayDialog_data()
+    {
+        QTest::addColumn<int>("flags");
+        QTest::addColumn<QStringList>("buttons");
+        QTest::newRow("editable") << 0 << QStringList{"Write", "Cancel"};
+        QTest::newRow("read-only") << 1 << QStringList{"Close"};
+        QTest::newRow("editable, wrapped") << 2 << QStringList{"Write", "Cancel"};
+        QTest::newRow("read-only, wrapped") << 3 << QStringList{"Close"};
+    }
+    void displayDialog()
+    {
+        QFETCH(int, flags);
+        QFETCH(QStringList, buttons);
+        QvelDisplayDialog dialog{QvelDisplayDialog::QvelDisplayDialogFlags(flags)};
+        QSignalSpy changed(&dialog, &QvelDisplayDialog::textChanged);
+        auto* edit = dialog.findChild<QTextEdit*>();
+        dialog.setText(QString(2000, 'x'));
+        QCOMPARE(changed.count(), 1);
+        dialog.resize(200, 200);
+        dialog.show();
+
+        QStringList visible;
+        for (auto* button : dialog.findChildren<QPushButton*>()) {
+            if (button->isVisible())
+                visible << button->text().remove('&');
+        }
+        visible.sort();
+        buttons.sort();
+        QCOMPARE(visible, buttons);
+        QCOMPARE(edit->horizontalScrollBar()->maximum() > 0, !(flags & 2));
+
+        QTest::keyClicks(edit, "y");
+        QCOMPARE(dialog.text().size(), flags & 1 ? 2000 : 2001);
+    }
+};
+
+QTEST_MAIN(EditorBasesTest)
+#include "tst_editorbases.moc"
