@@ -1,0 +1,16 @@
+# Sourced by the scripts beside it: the repository's root, and one way to configure and build.
+# shellcheck shell=sh
+
+root=$(cd "$(dirname "$0")/.." && pwd)
+cd "$root"
+"$root/scripts/install-packages"
+
+jobs=$(nproc)
+
+# build_preset PRESET [build option...] -- configures and builds into build/PRESET.
+build_preset() {
+    preset=$1
+    shift
+    cmake --preset "$preset" -DCMAKE_CXX_COMPILER_LAUNCHER=ccache --log-level=WARNING
+    cmake --build "build/$preset" -j "$jobs" "$@"
+}
