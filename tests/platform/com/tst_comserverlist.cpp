@@ -1,0 +1,199 @@
+#include "platform/com/comclasstable_p.h"
+#include "platform/com/comserverlist_p.h"
+#include "support/comstandin.h"
+#include "support/warnings.h"
+
+#include <QtTest/QtTest>
+
+using namespace comsurface;
+using namespace comstandin;
+
+namespace {
+
+constexpr HRESULT accessDenied = HRESULT(0x80070005);
+constexpr HRESULT serverUnavailable = HRESULT(0x800706BA);
+
+struct Answer
+{
+    QStringList progIds;
+    QStringList failures;
+};
+
+Answer enumerate(
+    const std::u16string& host, ComServerKind kind = ComServerKind::DataAccess,
+    const std::function<bool()>& stop = [] { return false; })
+{
+    Answer answer;
+    const auto failed = [&answer](ComCall call, std::uint32_t result) {
+        static const char* const names[] = {"CoInitializeEx", "CoCreateInstanceEx",
+                                            "EnumClassesOfCategories", "GetClassDetails"};
+        answer.failures.append(
+            QStringLiteral("%1 %2").arg(QLatin1String(names[int(call)])).arg(result, 8, 16));
+    };
+    for (const ComServer& server : enumerateComServers(host, kind, failed, stop))
+        answer.progIds.append(QString::fromStdU16String(server.progId));
+    return answer;
+}
+
+} // namespace
+
+class TestComServerList : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init() { failOnWarnings(); }
+    void cleanup()
+    {
+        clearComTable();
+        QCOMPARE(comUsage().initialized, 0);
+        QCOMPARE(comUsage().taskBlocks, 0);
+    }
+
+    void kinds()
+    {
+        Computer computer{{{dataAccess1, u"Old.Da.1"},
+                           {alarms, u"Plant.Ae.1"},
+                           {dataAccess2, u"Plant.Da.2"},
+                           {IID_IUnknown, u"Not.Opc"},
+                           {dataAccess3, u"Wörk.Da.3"}}};
+        install(computer);
+        const Answer da = enumerate({});
+        QCOMPARE(da.progIds,
+                 QStringList({"Old.Da.1", "Plant.Da.2", QString::fromUtf8("Wörk.Da.3")}));
+        const Answer ae = enumerate({}, ComServerKind::AlarmsAndEvents);
+        QCOMPARE(ae.progIds, QStringList("Plant.Ae.1"));
+        QCOMPARE(da.failures + ae.failures, QStringList());
+        QCOMPARE(computer.contexts, QList<DWORD>({0x17, 0x17}));
+        QCOMPARE(computer.objects, 0);
+    }
+
+    void remoteHost()
+    {
+        Computer here{{{dataAccess2, u"Here.1"}}};
+        Computer there{{{dataAccess2, u"There.1"}}};
+        install(here);
+        install(there, u"plant7");
+        const Answer answer = enumerate(u"plant7");
+        QCOMPARE(answer.progIds, QStringList("There.1"));
+        QCOMPARE(there.contexts, QList<DWORD>({0x10}));
+        QCOMPARE(here.contexts, QList<DWORD>());
+        QCOMPARE(there.objects, 0);
+    }
+
+    void unregistered_data()
+    {
+        QTest::addColumn<QString>("host");
+        QTest::newRow("local") << QString();
+        QTest::newRow("remote") << QStringLiteral("plant7");
+    }
+    void unregistered()
+    {
+        QFETCH(QString, host);
+        const Answer answer = enumerate(host.toStdU16String());
+        QCOMPARE(answer.progIds, QStringList());
+        QCOMPARE(answer.failures, QStringList("CoCreateInstanceEx 80040154"));
+    }
+
+    void absentHost()
+    {
+        Computer computer{{{dataAccess2, u"There.1"}}};
+        install(computer, u"plant7");
+        setComHostAnswer(u"plant7", serverUnavailable);
+        QCOMPARE(enumerate(u"plant7").failures, QStringList("CoCreateInstanceEx 800706ba"));
+        QCOMPARE(computer.contexts, QList<DWORD>());
+    }
+
+    void failingCall_data()
+    {
+        QTest::addColumn<ComAnswers>("answers");
+        QTest::addColumn<HRESULT>("enumeration");
+        QTest::addColumn<QString>("failure");
+        QTest::newRow("CoInitializeEx")
+            << ComAnswers{HRESULT(0x80010106), S_OK, S_OK} << S_OK << "CoInitializeEx 80010106";
+        QTest::newRow("CoCreateInstanceEx")
+            << ComAnswers{S_OK, accessDenied, S_OK} << S_OK << "CoCreateInstanceEx 80070005";
+        QTest::newRow("interface result")
+            << ComAnswers{S_OK, S_OK, E_NOINTERFACE} << S_OK << "CoCreateInstanceEx 80004002";
+        QTest::newRow("EnumClassesOfCategories")
+            << ComAnswers{} << accessDenied << "EnumClassesOfCategories 80070005";
+    }
+    void failingCall()
+    {
+        QFETCH(ComAnswers, answers);
+        QFETCH(HRESULT, enumeration);
+        QFETCH(QString, failure);
+        Computer computer{{{dataAccess2, u"Plant.Da.2"}}, enumeration};
+        install(computer);
+        setComAnswers(answers);
+        const Answer answer = enumerate({});
+        QCOMPARE(answer.failures, QStringList(failure));
+        QCOMPARE(answer.progIds, QStringList());
+        QCOMPARE(computer.objects, 0);
+    }
+
+    void listWithoutTheInterface()
+    {
+        registerComClass({}, CLSID_OpcServerList,
+                         [](DWORD, REFIID, void**) { return E_NOINTERFACE; });
+        QCOMPARE(enumerate({}).failures, QStringList("CoCreateInstanceEx 80004002"));
+    }
+
+    void failedDetailsCostOneServer()
+    {
+        const std::u16string longest(maxProgIdLength, u'a');
+        Computer computer{{{dataAccess1, u"First.1"},
+                           {dataAccess1, u"", accessDenied},
+                           {dataAccess1, std::nullopt},
+                           {dataAccess1, longest + u'a'},
+                           {dataAccess1, longest},
+                           {dataAccess1, u"Last.1"}}};
+        install(computer);
+        const Answer answer = enumerate({});
+        QCOMPARE(answer.progIds,
+                 QStringList({"First.1", QString::fromStdU16String(longest), "Last.1"}));
+        QCOMPARE(answer.failures,
+                 QStringList({"GetClassDetails 80070005", "GetClassDetails 80004003",
+                              "GetClassDetails 8007000d"}));
+        QCOMPARE(computer.objects, 0);
+    }
+
+    void brokenNextEndsTheList()
+    {
+        Computer computer{{{dataAccess1, u"First.1"}}, S_OK, serverUnavailable};
+        install(computer);
+        QCOMPARE(enumerate({}).progIds, QStringList("First.1"));
+        QCOMPARE(computer.objects, 0);
+    }
+
+    void endlessListIsCut()
+    {
+        Computer computer{{{dataAccess1, u"Again.1"}}, S_OK, S_FALSE, true};
+        install(computer);
+        QCOMPARE(enumerate({}).progIds.size(), maxComServers);
+        QCOMPARE(computer.objects, 0);
+    }
+
+    void stopped()
+    {
+        Computer computer{{{dataAccess1, u"Again.1"}}, S_OK, S_FALSE, true};
+        install(computer);
+        int asked = 0;
+        const Answer answer =
+            enumerate({}, ComServerKind::DataAccess, [&asked] { return ++asked > 3; });
+        QCOMPARE(answer.progIds.size(), 3);
+        QCOMPARE(computer.objects, 0);
+    }
+
+    void threadThatHasComAlready()
+    {
+        Computer computer{{{dataAccess1, u"First.1"}}};
+        install(computer);
+        QCOMPARE(CoInitializeEx(nullptr, COINIT_MULTITHREADED), S_OK);
+        QCOMPARE(enumerate({}).progIds.size(), 1);
+        QCOMPARE(comUsage().initialized, 1);
+        CoUninitialize();
+    }
+};
+
+QTEST_GUILESS_MAIN(TestComServerList)
+#include "tst_comserverlist.moc"

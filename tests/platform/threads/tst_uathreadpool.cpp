@@ -1,0 +1,232 @@
+#include "platform/threads/uathreadpool.h"
+
+#include <QtCore/QRegularExpression>
+#include <QtCore/QSemaphore>
+#include <QtCore/QSet>
+#include <QtCore/QThread>
+#include <QtTest/QtTest>
+
+#include <atomic>
+#include <functional>
+#include <mutex>
+#include <stdexcept>
+
+namespace {
+
+/// Counts what becomes of the jobs of a test.
+struct Fate
+{
+    std::atomic<int> executed = 0;
+    std::atomic<int> deleted = 0;
+};
+
+class Job : public UaThreadPoolJob
+{
+public:
+    explicit Job(Fate& fate, std::function<void()> work = {})
+        : m_fate(fate), m_work(std::move(work))
+    {
+    }
+    ~Job() override { ++m_fate.deleted; }
+    void execute() override
+    {
+        ++m_fate.executed;
+        if (m_work)
+            m_work();
+    }
+
+private:
+    Fate& m_fate;
+    std::function<void()> m_work;
+};
+
+void waitForInterruption()
+{
+    while (!QThread::currentThread()->isInterruptionRequested())
+        QThread::msleep(1);
+}
+
+} // namespace
+
+class TestUaThreadPool : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init() { QTest::failOnWarning(QRegularExpression(".?")); }
+
+    void oneThreadKeepsTheOrder()
+    {
+        Fate fate;
+        QList<int> order;
+        UaThreadPool pool(1, 1);
+        for (int i = 0; i < 500; ++i)
+            pool.addJob(new Job(fate, [&order, i] { order.append(i); }));
+        QTRY_COMPARE(fate.deleted, 500);
+        for (int i = 0; i < 500; ++i)
+            QCOMPARE(order.at(i), i);
+    }
+
+    void threadsAtOnce_data()
+    {
+        QTest::addColumn<int>("min");
+        QTest::addColumn<int>("max");
+        QTest::addColumn<int>("expected");
+        QTest::newRow("discovery") << 10 << 30 << 30;
+        QTest::newRow("one") << 1 << 1 << 1;
+        QTest::newRow("none kept") << 0 << 4 << 4;
+        QTest::newRow("nonsense gives one thread") << -3 << 0 << 1;
+        QTest::newRow("the minimum wins") << 5 << 2 << 5;
+    }
+    void threadsAtOnce()
+    {
+        QFETCH(int, min);
+        QFETCH(int, max);
+        QFETCH(int, expected);
+        Fate fate;
+        QSemaphore gate;
+        UaThreadPool pool(min, max);
+        // All the threads must be held up by the gate, or no further job would be executed.
+        for (int i = 0; i < 2 * expected; ++i)
+            pool.addJob(new Job(fate, [&gate] { gate.acquire(); }));
+        QTRY_COMPARE(fate.executed, expected);
+        QTest::qWait(20);
+        QCOMPARE(fate.executed, expected);
+        gate.release(2 * expected);
+        QTRY_COMPARE(fate.deleted, 2 * expected);
+    }
+
+    void minimumIsKeptAndTheRestEnds()
+    {
+        Fate fate;
+        QSemaphore gate;
+        std::mutex mutex;
+        QSet<QThread*> used;
+        std::atomic<int> ended = 0;
+        const auto work = [&] {
+            const std::lock_guard<std::mutex> lock(mutex);
+            QThread* self = QThread::currentThread();
+            if (!used.contains(self)) {
+                used.insert(self);
+                connect(
+                    self, &QThread::finished, self, [&ended] { ++ended; }, Qt::DirectConnection);
+            }
+        };
+        UaThreadPool pool(2, 6);
+        for (int i = 0; i < 6; ++i)
+            pool.addJob(new Job(fate, [&] {
+                work();
+                gate.acquire();
+            }));
+        QTRY_COMPARE(fate.executed, 6);
+        gate.release(6);
+        QTRY_COMPARE(ended, 4);
+        QCOMPARE(used.size(), 6);
+
+        for (int i = 0; i < 20; ++i) { // one at a time: an idle thread takes each
+            pool.addJob(new Job(fate, work));
+            QTRY_COMPARE(fate.deleted, 7 + i);
+        }
+        QCOMPARE(used.size(), 6);
+        QCOMPARE(ended, 4);
+    }
+
+    void destructionDropsTheQueueAndInterrupts()
+    {
+        Fate fate;
+        {
+            UaThreadPool pool(10, 30);
+            for (int i = 0; i < 30; ++i)
+                pool.addJob(new Job(fate, waitForInterruption));
+            for (int i = 0; i < 1000; ++i)
+                pool.addJob(new Job(fate, [] { qFatal("a queued job was executed"); }));
+            QTRY_COMPARE(fate.executed, 30);
+            QCOMPARE(fate.deleted, 0);
+        }
+        QCOMPARE(fate.executed, 30);
+        QCOMPARE(fate.deleted, 1030);
+    }
+
+    void destructionOfAnIdlePool()
+    {
+        Fate fate;
+        for (int i = 0; i < 200; ++i) {
+            UaThreadPool pool(1, 3);
+            for (int j = 0; j < i % 5; ++j)
+                pool.addJob(new Job(fate));
+        }
+        QCOMPARE(fate.deleted, 400);
+    }
+
+    void jobsMayAddJobs()
+    {
+        Fate fate;
+        UaThreadPool pool(1, 1);
+        std::function<void()> again = [&] {
+            if (fate.executed < 50)
+                pool.addJob(new Job(fate, again));
+        };
+        pool.addJob(new Job(fate, again));
+        QTRY_COMPARE(fate.deleted, 50);
+    }
+
+    void jobAddedDuringDestructionIsDeleted()
+    {
+        Fate fate;
+        {
+            UaThreadPool pool(2, 4);
+            for (int i = 0; i < 4; ++i)
+                pool.addJob(new Job(fate, [&] {
+                    waitForInterruption();
+                    for (int j = 0; j < 25; ++j)
+                        pool.addJob(new Job(fate));
+                }));
+            QTRY_COMPARE(fate.executed, 4);
+        }
+        QCOMPARE(fate.executed, 4);
+        QCOMPARE(fate.deleted, 104);
+    }
+
+    void jobsFromManyThreads()
+    {
+        Fate fate;
+        UaThreadPool pool(2, 8);
+        QList<QThread*> sources;
+        for (int i = 0; i < 4; ++i) {
+            sources.append(QThread::create([&] {
+                for (int j = 0; j < 500; ++j)
+                    pool.addJob(new Job(fate));
+            }));
+            sources.last()->start();
+        }
+        for (QThread* source : std::as_const(sources))
+            source->wait();
+        qDeleteAll(sources);
+        QTRY_COMPARE(fate.deleted, 2000);
+        QCOMPARE(fate.executed, 2000);
+    }
+
+    void exceptionEndsTheJobAlone()
+    {
+        Fate fate;
+        UaThreadPool pool(1, 1);
+        QTest::ignoreMessage(QtWarningMsg, "UaThreadPool: a job ended with an exception: no luck");
+        QTest::ignoreMessage(QtWarningMsg, "UaThreadPool: a job ended with an unknown exception");
+        pool.addJob(new Job(fate, [] { throw std::runtime_error("no luck"); }));
+        pool.addJob(new Job(fate, [] { throw 1; }));
+        pool.addJob(new Job(fate));
+        QTRY_COMPARE(fate.deleted, 3);
+        QCOMPARE(fate.executed, 3);
+    }
+
+    void nullIsIgnored()
+    {
+        Fate fate;
+        UaThreadPool pool(1, 1);
+        pool.addJob(nullptr);
+        pool.addJob(new Job(fate));
+        QTRY_COMPARE(fate.executed, 1);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestUaThreadPool)
+#include "tst_uathreadpool.moc"
