@@ -81,6 +81,8 @@ class MessageReader
 public:
     explicit MessageReader(const ChunkLimits& limits = {}) : m_limits(limits) {}
 
+    /// What was agreed with the peer.
+    void setChunkSize(OpcUa_UInt32 size) { m_limits.chunkSize = size; }
     void append(QByteArrayView bytes) { m_bytes.append(bytes); }
     /// The next whole message. None if more bytes are needed, or after an error: see status().
     std::optional<Message> next();

@@ -12,7 +12,7 @@ namespace UaClientSdk {
 class ServiceSettings
 {
 public:
-    /// Milliseconds for the whole call, name look-up, connect and close included.
+    /// Milliseconds for the whole call, name look-up, connect and close included. Must be positive.
     OpcUa_Int32 callTimeout = 10000;
 };
 
@@ -25,9 +25,15 @@ class SessionSecurityInfo
 /// The discovery services of OPC 10000-4, 5.5, over OPC UA TCP with SecurityPolicy None.
 ///
 /// Each call connects, asks and closes; it blocks its thread for the call time-out at most and
-/// may be made on any thread. QThread::requestInterruption() ends a call with BadShutdown.
+/// may be made on any thread; it runs an event loop that leaves out user input. A call that takes
+/// longer gives BadTimeout; QThread::requestInterruption() ends one with BadShutdown.
 /// What a server sends is bounded in size, number and depth; a call that fails gives a Bad status
-/// and leaves the result empty.
+/// and leaves the result empty. What the server reports, as an Error message, a ServiceFault or a
+/// service result, is the status of the call. Others are BadTcpEndpointUrlInvalid (the URL is not
+/// `opc.tcp://host[:port][/path]`), BadConnectionRejected (nobody listens), BadConnectionClosed,
+/// BadCommunicationError (no such host, no way to it), BadUnknownResponse (an answer to something
+/// else), BadDecodingError, BadEncodingLimitsExceeded, BadResponseTooLarge and
+/// BadInvalidArgument (a time-out that is not positive).
 class KESTREL_EXPORT UaDiscovery
 {
 public:

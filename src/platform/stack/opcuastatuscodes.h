@@ -33,4 +33,5 @@ inline constexpr OpcUa_StatusCode OpcUa_BadSequenceNumberInvalid = 0x80880000u;
 inline constexpr OpcUa_StatusCode OpcUa_BadConnectionRejected = 0x80ac0000u;
 inline constexpr OpcUa_StatusCode OpcUa_BadConnectionClosed = 0x80ae0000u;
 inline constexpr OpcUa_StatusCode OpcUa_BadInvalidArgument = 0x80ab0000u;
+inline constexpr OpcUa_StatusCode OpcUa_BadRequestTooLarge = 0x80b80000u;
 inline constexpr OpcUa_StatusCode OpcUa_BadResponseTooLarge = 0x80b90000u;

@@ -1,0 +1,93 @@
+#pragma once
+
+#include "messagechunks_p.h"
+
+#include <QtCore/QDeadlineTimer>
+#include <QtCore/QEventLoop>
+#include <QtCore/QTimer>
+#include <QtNetwork/QTcpSocket>
+
+namespace UaWire {
+
+/// A connection with a secure channel without security, for one thread.
+///
+/// All operations together end when the time is up (BadTimeout) or when the thread is interrupted
+/// (BadShutdown). They run an event loop of their own, without user input, so they need no loop in
+/// the thread. After a failure the connection is of no more use. The destructor closes channel and
+/// connection and does not wait for the peer.
+class ServiceConnection
+{
+public:
+    /// `timeout` in milliseconds, from now on.
+    explicit ServiceConnection(int timeout);
+    ~ServiceConnection();
+
+    /// Looks up the host, connects, agrees on the sizes and opens the channel.
+    OpcUa_StatusCode open(const QByteArray& url);
+
+    /// Sends a request and fills its fresh response. Good only if the response is decoded, answers
+    /// this request and has a Good service result.
+    template <class Request, class Response>
+    OpcUa_StatusCode call(Request& request, Response& response)
+    {
+        return call(MessageType::Message, request, response);
+    }
+
+private:
+    template <class Request, class Response>
+    OpcUa_StatusCode call(MessageType type, Request& request, Response& response);
+    template <class Response>
+    OpcUa_StatusCode decodeResponse(QByteArrayView body, Response& response) const;
+    OpcUa_StatusCode connectToHost(const QByteArray& url);
+    OpcUa_StatusCode sayHello(const QByteArray& url);
+    OpcUa_StatusCode openChannel();
+    OpcUa_StatusCode exchange(MessageType type, const QByteArray& body, Message& response);
+    OpcUa_StatusCode receive(MessageType type, Message& message);
+    template <class Condition>
+    OpcUa_StatusCode waitUntil(Condition condition);
+    OpcUa_StatusCode socketStatus() const;
+    void fill(RequestHeader& header);
+
+    QDeadlineTimer m_deadline;
+    QEventLoop m_loop; // before the socket, which needs the thread's dispatcher
+    QTimer m_poll;
+    QTcpSocket m_socket;
+    MessageReader m_reader;
+    MessageWriter m_writer;
+    OpcUa_UInt32 m_requestId = 0; // of the last request, and its handle
+    OpcUa_UInt32 m_maxMessageSize = 0;
+    OpcUa_UInt32 m_maxChunkCount = 0;
+};
+
+template <class Request, class Response>
+OpcUa_StatusCode ServiceConnection::call(MessageType type, Request& request, Response& response)
+{
+    fill(request.header);
+    Message message;
+    const OpcUa_StatusCode status = exchange(type, encodeMessage(request), message);
+    return OpcUa_IsGood(status) ? decodeResponse(message.body, response) : status;
+}
+
+template <class Response>
+OpcUa_StatusCode ServiceConnection::decodeResponse(QByteArrayView body, Response& response) const
+{
+    switch (takeTypeId(body)) {
+    case Response::encodingId: {
+        const OpcUa_StatusCode status = decodeFields(body, response);
+        if (OpcUa_IsNotGood(response.header.serviceResult))
+            return asBad(response.header.serviceResult);
+        if (OpcUa_IsGood(status) && response.header.requestHandle != m_requestId)
+            return OpcUa_BadUnknownResponse;
+        return status;
+    }
+    case ServiceFault::encodingId: {
+        ServiceFault fault;
+        const OpcUa_StatusCode status = decodeFields(body, fault);
+        return OpcUa_IsGood(status) ? asBad(fault.header.serviceResult) : status;
+    }
+    default:
+        return OpcUa_BadUnknownResponse;
+    }
+}
+
+} // namespace UaWire

@@ -1,0 +1,57 @@
+#include "uadiscovery.h"
+#include "serviceconnection_p.h"
+
+namespace UaClientSdk {
+
+namespace {
+
+template <class Response, class Request, class Element>
+UaStatus callService(const ServiceSettings& settings, const UaString& url, Request& request,
+                     UaStackTypeArray<Element> Response::*member, UaStackTypeArray<Element>& result)
+{
+    result.clear();
+    if (settings.callTimeout <= 0)
+        return OpcUa_BadInvalidArgument;
+    UaWire::ServiceConnection connection(settings.callTimeout);
+    OpcUa_StatusCode status = connection.open(url.bytes());
+    if (OpcUa_IsNotGood(status))
+        return status;
+    Response response;
+    status = connection.call(request, response);
+    if (OpcUa_IsGood(status))
+        result.swap(response.*member);
+    return status;
+}
+
+} // namespace
+
+UaStatus UaDiscovery::findServers(const ServiceSettings& settings, const UaString& discoveryUrl,
+                                  const SessionSecurityInfo&,
+                                  UaStackTypeArray<OpcUa_ApplicationDescription>& servers)
+{
+    UaWire::FindServersRequest request;
+    request.endpointUrl = discoveryUrl;
+    return callService(settings, discoveryUrl, request, &UaWire::FindServersResponse::servers,
+                       servers);
+}
+
+UaStatus UaDiscovery::getEndpoints(const ServiceSettings& settings, const UaString& discoveryUrl,
+                                   const SessionSecurityInfo&,
+                                   UaStackTypeArray<OpcUa_EndpointDescription>& endpoints)
+{
+    UaWire::GetEndpointsRequest request;
+    request.endpointUrl = discoveryUrl;
+    return callService(settings, discoveryUrl, request, &UaWire::GetEndpointsResponse::endpoints,
+                       endpoints);
+}
+
+UaStatus UaDiscovery::findServersOnNetwork(const ServiceSettings& settings,
+                                           const UaString& discoveryUrl, const SessionSecurityInfo&,
+                                           UaStackTypeArray<OpcUa_ServerOnNetwork>& servers)
+{
+    UaWire::FindServersOnNetworkRequest request;
+    return callService(settings, discoveryUrl, request,
+                       &UaWire::FindServersOnNetworkResponse::servers, servers);
+}
+
+} // namespace UaClientSdk
