@@ -2,7 +2,9 @@
 
 #include "../stack/opcuastatuscodes.h"
 #include "uabytestring.h"
+#include "uaexpandednodeid.h"
 #include "uaguid.h"
+#include "uanames.h"
 #include "uanodeid.h"
 #include "uastatuscode.h"
 #include "uastring.h"
@@ -150,21 +152,31 @@ UaString UaNodeId::toString() const
     }
 }
 
+// The identifier with its type's letter.
+static QByteArray identifierText(const UaNodeId& id)
+{
+    const QByteArray bare = id.toString().bytes();
+    switch (id.identifierType()) {
+    case OpcUa_IdentifierType_String:
+        return "s=" + bare;
+    case OpcUa_IdentifierType_Guid:
+        return "g=" + bare.mid(1, 36);
+    case OpcUa_IdentifierType_Opaque:
+        return "b=" + QByteArray::fromHex(bare).toBase64();
+    default:
+        return "i=" + bare;
+    }
+}
+
+static QByteArray namespaceText(const UaNodeId& id)
+{
+    return id.namespaceIndex() ? "ns=" + QByteArray::number(id.namespaceIndex()) + ';'
+                               : QByteArray();
+}
+
 UaString UaNodeId::toFullString() const
 {
-    QByteArray text;
-    if (m_namespaceIndex)
-        text = "ns=" + QByteArray::number(m_namespaceIndex) + ';';
-    switch (m_type) {
-    case OpcUa_IdentifierType_String:
-        return UaString(text + "s=" + m_bytes);
-    case OpcUa_IdentifierType_Guid:
-        return UaString(text + "g=" + m_guid.toString().bytes().mid(1, 36));
-    case OpcUa_IdentifierType_Opaque:
-        return UaString(text + "b=" + m_bytes.toBase64());
-    default:
-        return UaString(text + "i=" + QByteArray::number(m_numeric));
-    }
+    return UaString(namespaceText(*this) + identifierText(*this));
 }
 
 OpcUa_StatusCode UaNodeId::copyTo(OpcUa_NodeId* target) const
@@ -190,6 +202,78 @@ bool operator==(const UaNodeId& a, const UaNodeId& b)
 {
     return a.m_type == b.m_type && a.m_namespaceIndex == b.m_namespaceIndex &&
            a.m_numeric == b.m_numeric && a.m_guid == b.m_guid && a.m_bytes == b.m_bytes;
+}
+
+UaExpandedNodeId::UaExpandedNodeId(const UaNodeId& nodeId, const UaString& namespaceUri,
+                                   OpcUa_UInt32 serverIndex)
+    : m_nodeId(nodeId), m_namespaceUri(namespaceUri), m_serverIndex(serverIndex)
+{
+}
+
+UaExpandedNodeId::UaExpandedNodeId(const OpcUa_ExpandedNodeId& value)
+    : UaExpandedNodeId(UaNodeId(value.NodeId), UaString(&value.NamespaceUri), value.ServerIndex)
+{
+}
+
+UaString UaExpandedNodeId::toFullString() const
+{
+    QByteArray text;
+    if (m_serverIndex)
+        text = "svr=" + QByteArray::number(m_serverIndex) + ';';
+    if (m_namespaceUri.isEmpty()) {
+        text += namespaceText(m_nodeId);
+    } else {
+        QByteArray uri = m_namespaceUri.bytes();
+        uri.replace('%', "%25").replace(';', "%3B");
+        text += "nsu=" + uri + ';';
+    }
+    return UaString(text + identifierText(m_nodeId));
+}
+
+OpcUa_StatusCode UaExpandedNodeId::copyTo(OpcUa_ExpandedNodeId* target) const
+{
+    target->ServerIndex = m_serverIndex;
+    const OpcUa_StatusCode status = m_nodeId.copyTo(&target->NodeId);
+    return OpcUa_IsGood(status) ? m_namespaceUri.copyTo(&target->NamespaceUri) : status;
+}
+
+UaQualifiedName::UaQualifiedName(const UaString& name, OpcUa_UInt16 namespaceIndex)
+    : m_name(name), m_namespaceIndex(namespaceIndex)
+{
+}
+
+UaQualifiedName::UaQualifiedName(const OpcUa_QualifiedName& value)
+    : UaQualifiedName(UaString(&value.Name), value.NamespaceIndex)
+{
+}
+
+UaString UaQualifiedName::toString() const
+{
+    if (!m_namespaceIndex)
+        return m_name;
+    return UaString(QByteArray::number(m_namespaceIndex) + ':' + m_name.bytes());
+}
+
+OpcUa_StatusCode UaQualifiedName::copyTo(OpcUa_QualifiedName* target) const
+{
+    target->NamespaceIndex = m_namespaceIndex;
+    return m_name.copyTo(&target->Name);
+}
+
+UaLocalizedText::UaLocalizedText(const UaString& locale, const UaString& text)
+    : m_locale(locale), m_text(text)
+{
+}
+
+UaLocalizedText::UaLocalizedText(const OpcUa_LocalizedText& value)
+    : UaLocalizedText(UaString(&value.Locale), UaString(&value.Text))
+{
+}
+
+OpcUa_StatusCode UaLocalizedText::copyTo(OpcUa_LocalizedText* target) const
+{
+    const OpcUa_StatusCode status = m_locale.copyTo(&target->Locale);
+    return OpcUa_IsGood(status) ? m_text.copyTo(&target->Text) : status;
 }
 
 UaString UaStatusCode::toString() const

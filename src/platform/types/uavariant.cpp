@@ -1,10 +1,21 @@
 #include "uavariant.h"
 
 #include "../stack/opcuastatuscodes.h"
+#include "../stack/opcuatypetable_p.h"
+#include "uabytestring.h"
+#include "uadatetime.h"
+#include "uaexpandednodeid.h"
+#include "uaguid.h"
+#include "uanames.h"
 #include "uanodeid.h"
+#include "uastacktypearray.h"
+#include "uastatuscode.h"
 #include "uastring.h"
+#include "valuetext_p.h"
 
 #include <QtCore/QSharedData>
+
+#include <algorithm>
 
 class UaVariant::Data : public QSharedData
 {
@@ -64,38 +75,142 @@ OpcUa_Variant* UaVariant::detach()
     return &d->variant;
 }
 
-OpcUa_Variant* UaVariant::reset(OpcUa_BuiltInType type)
+OpcUa_VariantValue& UaVariant::reset(OpcUa_BuiltInType type)
 {
     d = new Data;
     d->variant.Datatype = OpcUa_Byte(type);
-    return &d->variant;
+    return d->variant.Value;
 }
 
-void UaVariant::setNodeId(const UaNodeId& value)
+// The value of a scalar of one type, and all zeros, the null value of every type, otherwise.
+const OpcUa_VariantValue& UaVariant::scalar(OpcUa_BuiltInType type) const
 {
-    value.copyTo(&reset(OpcUaType_NodeId)->Value.NodeId);
+    static const OpcUa_VariantValue null = {};
+    const OpcUa_Variant& v = **this;
+    return v.Datatype == type && v.ArrayType == OpcUa_VariantArrayType_Scalar ? v.Value : null;
 }
+
+#define KESTREL_VARIANT_NUMBER(Name, Type, Stack)                                                  \
+    void UaVariant::set##Name(Stack value)                                                         \
+    {                                                                                              \
+        reset(OpcUaType_##Type).Type = value;                                                      \
+    }                                                                                              \
+    Stack UaVariant::to##Name() const                                                              \
+    {                                                                                              \
+        return scalar(OpcUaType_##Type).Type;                                                      \
+    }
+
+KESTREL_VARIANT_NUMBER(Bool, Boolean, OpcUa_Boolean)
+KESTREL_VARIANT_NUMBER(SByte, SByte, OpcUa_SByte)
+KESTREL_VARIANT_NUMBER(Byte, Byte, OpcUa_Byte)
+KESTREL_VARIANT_NUMBER(Int16, Int16, OpcUa_Int16)
+KESTREL_VARIANT_NUMBER(UInt16, UInt16, OpcUa_UInt16)
+KESTREL_VARIANT_NUMBER(Int32, Int32, OpcUa_Int32)
+KESTREL_VARIANT_NUMBER(UInt32, UInt32, OpcUa_UInt32)
+KESTREL_VARIANT_NUMBER(Int64, Int64, OpcUa_Int64)
+KESTREL_VARIANT_NUMBER(UInt64, UInt64, OpcUa_UInt64)
+KESTREL_VARIANT_NUMBER(Float, Float, OpcUa_Float)
+KESTREL_VARIANT_NUMBER(Double, Double, OpcUa_Double)
+#undef KESTREL_VARIANT_NUMBER
+
+// A value class copies itself into the stack and is built of what the stack holds.
+#define KESTREL_VARIANT_CLASS(Type, Class, access)                                                 \
+    void UaVariant::set##Type(const Class& value)                                                  \
+    {                                                                                              \
+        value.copyTo(&reset(OpcUaType_##Type).Type);                                               \
+    }                                                                                              \
+    Class UaVariant::to##Type() const                                                              \
+    {                                                                                              \
+        return Class(access scalar(OpcUaType_##Type).Type);                                        \
+    }
+
+KESTREL_VARIANT_CLASS(ByteString, UaByteString, &)
+KESTREL_VARIANT_CLASS(XmlElement, UaByteString, &)
+KESTREL_VARIANT_CLASS(NodeId, UaNodeId, )
+KESTREL_VARIANT_CLASS(ExpandedNodeId, UaExpandedNodeId, )
+KESTREL_VARIANT_CLASS(QualifiedName, UaQualifiedName, )
+KESTREL_VARIANT_CLASS(LocalizedText, UaLocalizedText, )
+#undef KESTREL_VARIANT_CLASS
 
 void UaVariant::setString(const UaString& value)
 {
-    value.copyTo(&reset(OpcUaType_String)->Value.String);
+    value.copyTo(&reset(OpcUaType_String).String);
 }
 
-static bool holdsScalar(const OpcUa_Variant& variant, OpcUa_BuiltInType type)
+void UaVariant::setDateTime(const UaDateTime& value)
 {
-    return variant.Datatype == type && variant.ArrayType == OpcUa_VariantArrayType_Scalar;
+    reset(OpcUaType_DateTime).DateTime = value.ticks();
 }
 
-UaNodeId UaVariant::toNodeId() const
+UaDateTime UaVariant::toDateTime() const
 {
+    return UaDateTime(scalar(OpcUaType_DateTime).DateTime);
+}
+
+void UaVariant::setGuid(const UaGuid& value)
+{
+    reset(OpcUaType_Guid).Guid = value;
+}
+
+UaGuid UaVariant::toGuid() const
+{
+    return UaGuid(scalar(OpcUaType_Guid).Guid);
+}
+
+void UaVariant::setStatusCode(const UaStatusCode& value)
+{
+    reset(OpcUaType_StatusCode).StatusCode = value.code();
+}
+
+UaStatusCode UaVariant::toStatusCode() const
+{
+    return UaStatusCode(scalar(OpcUaType_StatusCode).StatusCode);
+}
+
+UaVariant::UaVariant(OpcUa_Boolean value)
+{
+    setBool(value);
+}
+
+UaVariant::UaVariant(OpcUa_Byte value)
+{
+    setByte(value);
+}
+
+UaVariant::UaVariant(OpcUa_Int32 value)
+{
+    setInt32(value);
+}
+
+UaVariant::UaVariant(OpcUa_UInt32 value)
+{
+    setUInt32(value);
+}
+
+OpcUa_Int32 UaVariant::arraySize() const
+{
+    return arrayType() == OpcUa_VariantArrayType_Scalar ? 0
+                                                        : OpcUa_Int32(opcUaElements(**this).count);
+}
+
+void UaVariant::arrayDimensions(UaStackTypeArray<OpcUa_UInt32>& dimensions) const
+{
+    dimensions.clear();
     const OpcUa_Variant& v = **this;
-    return holdsScalar(v, OpcUaType_NodeId) ? UaNodeId(v.Value.NodeId) : UaNodeId();
+    const auto& matrix = v.Value.Matrix;
+    if (v.ArrayType == OpcUa_VariantArrayType_Matrix && matrix.Dimensions &&
+        matrix.NoOfDimensions > 0 && dimensions.resize(OpcUa_UInt32(matrix.NoOfDimensions)))
+        std::copy_n(matrix.Dimensions, matrix.NoOfDimensions, dimensions.begin());
 }
 
 UaString UaVariant::toString() const
 {
-    const OpcUa_Variant& v = **this;
-    return holdsScalar(v, OpcUaType_String) ? UaString(&v.Value.String) : UaString();
+    return UaString(variantText(**this, ValueText::Bare));
+}
+
+UaString UaVariant::toFullString() const
+{
+    return UaString(variantText(**this, ValueText::Full));
 }
 
 bool operator==(const UaVariant& a, const UaVariant& b)

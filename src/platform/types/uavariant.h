@@ -6,8 +6,17 @@
 #include <QtCore/QMetaType>
 #include <QtCore/QSharedDataPointer>
 
+class UaByteString;
+class UaDateTime;
+class UaExpandedNodeId;
+class UaGuid;
+class UaLocalizedText;
 class UaNodeId;
+class UaQualifiedName;
+class UaStatusCode;
 class UaString;
+template <class T>
+class UaStackTypeArray;
 
 /// A value of any built-in type: a scalar, an array or a matrix (OPC 10000-6, 5.1.6).
 ///
@@ -25,10 +34,19 @@ public:
     ~UaVariant();
     /// A deep copy; the empty value when there is no memory for it.
     explicit UaVariant(const OpcUa_Variant& value);
+    explicit UaVariant(OpcUa_Boolean value);
+    explicit UaVariant(OpcUa_Byte value);
+    explicit UaVariant(OpcUa_Int32 value);
+    explicit UaVariant(OpcUa_UInt32 value);
+    UaVariant(const void*) = delete; // a pointer is not a Boolean
 
     OpcUa_BuiltInType type() const;
     OpcUa_VariantArrayType arrayType() const;
     bool isEmpty() const { return type() == OpcUaType_Null; }
+    /// Number of elements of an array or matrix, as far as storage backs it; 0 for a scalar.
+    OpcUa_Int32 arraySize() const;
+    /// The lengths of a matrix; none for anything else.
+    void arrayDimensions(UaStackTypeArray<OpcUa_UInt32>& dimensions) const;
     void clear();
 
     /// For reading; valid until this object changes.
@@ -37,11 +55,58 @@ public:
     /// with nothing changed, when there is no memory for that.
     OpcUa_Variant* detach();
 
-    void setNodeId(const UaNodeId& value);
+    /// Each replaces the value by a scalar.
+    void setBool(OpcUa_Boolean value);
+    void setSByte(OpcUa_SByte value);
+    void setByte(OpcUa_Byte value);
+    void setInt16(OpcUa_Int16 value);
+    void setUInt16(OpcUa_UInt16 value);
+    void setInt32(OpcUa_Int32 value);
+    void setUInt32(OpcUa_UInt32 value);
+    void setInt64(OpcUa_Int64 value);
+    void setUInt64(OpcUa_UInt64 value);
+    void setFloat(OpcUa_Float value);
+    void setDouble(OpcUa_Double value);
     void setString(const UaString& value);
-    /// The value of a scalar of just this type; a null value for anything else.
+    void setDateTime(const UaDateTime& value);
+    void setGuid(const UaGuid& value);
+    void setByteString(const UaByteString& value);
+    /// The bytes are the element's text in UTF-8.
+    void setXmlElement(const UaByteString& value);
+    void setNodeId(const UaNodeId& value);
+    void setExpandedNodeId(const UaExpandedNodeId& value);
+    void setStatusCode(const UaStatusCode& value);
+    void setQualifiedName(const UaQualifiedName& value);
+    void setLocalizedText(const UaLocalizedText& value);
+
+    /// Each gives the value of a scalar of just that type, and a null value for anything else.
+    OpcUa_Boolean toBool() const;
+    OpcUa_SByte toSByte() const;
+    OpcUa_Byte toByte() const;
+    OpcUa_Int16 toInt16() const;
+    OpcUa_UInt16 toUInt16() const;
+    OpcUa_Int32 toInt32() const;
+    OpcUa_UInt32 toUInt32() const;
+    OpcUa_Int64 toInt64() const;
+    OpcUa_UInt64 toUInt64() const;
+    OpcUa_Float toFloat() const;
+    OpcUa_Double toDouble() const;
+    UaDateTime toDateTime() const;
+    UaGuid toGuid() const;
+    UaByteString toByteString() const;
+    UaByteString toXmlElement() const;
     UaNodeId toNodeId() const;
+    UaExpandedNodeId toExpandedNodeId() const;
+    UaStatusCode toStatusCode() const;
+    UaQualifiedName toQualifiedName() const;
+    UaLocalizedText toLocalizedText() const;
+
+    /// The text of the value, of any type and shape. A String is its own text, whole; numbers are
+    /// in the C locale. Arrays read "{1, 2, 3}" and matrices nest them; past what fits a line,
+    /// elements are counted instead: "{0, 1, ... 999998 more}".
     UaString toString() const;
+    /// As toString(), with NodeIds, ExpandedNodeIds and LocalizedTexts in their full form.
+    UaString toFullString() const;
 
     /// Equal type, shape and elements.
     friend KESTREL_EXPORT bool operator==(const UaVariant& a, const UaVariant& b);
@@ -49,7 +114,8 @@ public:
 
 private:
     class Data;
-    OpcUa_Variant* reset(OpcUa_BuiltInType type);
+    OpcUa_VariantValue& reset(OpcUa_BuiltInType type);
+    const OpcUa_VariantValue& scalar(OpcUa_BuiltInType type) const;
     QExplicitlySharedDataPointer<Data> d;
 };
 

@@ -1,0 +1,180 @@
+#include "valuetext_p.h"
+
+#include "../stack/opcuatypetable_p.h"
+#include "uabytestring.h"
+#include "uadatetime.h"
+#include "uaexpandednodeid.h"
+#include "uaguid.h"
+#include "uanames.h"
+#include "uanodeid.h"
+#include "uastatuscode.h"
+
+#include <charconv>
+#include <type_traits>
+
+namespace {
+
+// The longest text of an array, in bytes: about a line.
+constexpr qsizetype maxArrayText = 200;
+
+template <class T>
+QByteArray numberText(const void* element, ValueText)
+{
+    const T number = *static_cast<const T*>(element);
+    if constexpr (std::is_same_v<T, bool>)
+        return number ? "true" : "false";
+    else if constexpr (std::is_floating_point_v<T>) {
+        // The shortest text that reads back as the same number.
+        char buffer[32];
+        const auto end = std::to_chars(buffer, buffer + sizeof buffer, number).ptr;
+        return QByteArray(buffer, end - buffer);
+    } else if constexpr (std::is_signed_v<T>)
+        return QByteArray::number(qlonglong(number));
+    else
+        return QByteArray::number(qulonglong(number));
+}
+
+// Class is built of Stack and knows its own text; the stack's strings come by pointer.
+template <class Class, class Stack>
+QByteArray classText(const void* element, ValueText form)
+{
+    const auto* stack = static_cast<const Stack*>(element);
+    const Class value = [stack] {
+        if constexpr (std::is_constructible_v<Class, const Stack*>)
+            return Class(stack);
+        else
+            return Class(*stack);
+    }();
+    if constexpr (std::is_same_v<Class, UaNodeId> || std::is_same_v<Class, UaExpandedNodeId>) {
+        if (form == ValueText::Full)
+            return value.toFullString().bytes();
+    }
+    if constexpr (std::is_same_v<Class, UaLocalizedText>) {
+        if (form == ValueText::Full && !value.locale().isEmpty())
+            return value.locale().bytes() + ':' + value.text().bytes();
+    }
+    return value.toString().bytes();
+}
+
+template <class Stack>
+QByteArray bytesText(const void* element, ValueText)
+{
+    const auto* bytes = static_cast<const Stack*>(element);
+    return bytes->Data ? QByteArray(reinterpret_cast<const char*>(bytes->Data), bytes->Length)
+                       : QByteArray();
+}
+
+using ElementText = QByteArray (*)(const void*, ValueText);
+
+// Indexed by the type's number.
+constexpr ElementText texts[] = {
+    nullptr,
+    numberText<OpcUa_Boolean>,
+    numberText<OpcUa_SByte>,
+    numberText<OpcUa_Byte>,
+    numberText<OpcUa_Int16>,
+    numberText<OpcUa_UInt16>,
+    numberText<OpcUa_Int32>,
+    numberText<OpcUa_UInt32>,
+    numberText<OpcUa_Int64>,
+    numberText<OpcUa_UInt64>,
+    numberText<OpcUa_Float>,
+    numberText<OpcUa_Double>,
+    bytesText<OpcUa_String>,
+    classText<UaDateTime, OpcUa_DateTime>,
+    classText<UaGuid, OpcUa_Guid>,
+    classText<UaByteString, OpcUa_ByteString>,
+    bytesText<OpcUa_XmlElement>,
+    classText<UaNodeId, OpcUa_NodeId>,
+    classText<UaExpandedNodeId, OpcUa_ExpandedNodeId>,
+    classText<UaStatusCode, OpcUa_StatusCode>,
+    classText<UaQualifiedName, OpcUa_QualifiedName>,
+    classText<UaLocalizedText, OpcUa_LocalizedText>,
+};
+
+// Cuts a text to a number of bytes, not inside a UTF-8 sequence.
+QByteArray bounded(const QByteArray& text, qsizetype length)
+{
+    if (text.size() <= length)
+        return text;
+    while (length > 0 && (uchar(text[length]) & 0xc0) == 0x80)
+        --length;
+    return text.left(length) + "...";
+}
+
+class ArrayText
+{
+public:
+    ArrayText(const OpcUa_Variant& variant, ValueText form)
+        : m_type(variant.Datatype), m_form(form), m_elements(opcUaElements(variant)),
+          m_size(opcUaTypeInfo(m_type)->size)
+    {
+    }
+
+    // One level of braces for each length; the elements come in row-major order.
+    QByteArray text(const OpcUa_UInt32* lengths, OpcUa_Int32 levels)
+    {
+        m_text.clear();
+        m_next = 0;
+        appendLevel(lengths, levels);
+        return m_text;
+    }
+
+    std::size_t count() const { return m_elements.count; }
+
+private:
+    // False once the line is full and the rest has been counted.
+    bool appendLevel(const OpcUa_UInt32* lengths, OpcUa_Int32 levels)
+    {
+        m_text += '{';
+        bool more = true;
+        for (OpcUa_UInt32 i = 0; more && i < *lengths && m_next < m_elements.count; ++i) {
+            if (i > 0)
+                m_text += ", ";
+            more = levels > 1 ? appendLevel(lengths + 1, levels - 1) : appendElement();
+        }
+        m_text += '}';
+        return more;
+    }
+
+    bool appendElement()
+    {
+        const auto* element = static_cast<const char*>(m_elements.data) + m_next * m_size;
+        if (m_text.size() >= maxArrayText && m_next > 0) {
+            const auto rest = qulonglong(m_elements.count - m_next);
+            m_text += "... " + QByteArray::number(rest) + " more";
+            return false;
+        }
+        m_text += bounded(elementText(m_type, element, m_form), maxArrayText);
+        ++m_next;
+        return true;
+    }
+
+    const OpcUa_Byte m_type;
+    const ValueText m_form;
+    const OpcUaElements m_elements;
+    const std::size_t m_size;
+    QByteArray m_text;
+    std::size_t m_next = 0;
+};
+
+} // namespace
+
+QByteArray elementText(OpcUa_Byte builtInType, const void* element, ValueText form)
+{
+    return opcUaTypeInfo(builtInType) ? texts[builtInType](element, form) : QByteArray();
+}
+
+QByteArray variantText(const OpcUa_Variant& variant, ValueText form)
+{
+    if (!opcUaTypeInfo(variant.Datatype))
+        return QByteArray();
+    if (variant.ArrayType == OpcUa_VariantArrayType_Scalar)
+        return elementText(variant.Datatype, &variant.Value, form);
+    ArrayText array(variant, form);
+    const auto& matrix = variant.Value.Matrix;
+    if (variant.ArrayType == OpcUa_VariantArrayType_Matrix && matrix.Dimensions)
+        return array.text(matrix.Dimensions, matrix.NoOfDimensions);
+    const auto length = OpcUa_UInt32(array.count());
+    return array.text(&length, 1);
+}
