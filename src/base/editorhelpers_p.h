@@ -9,6 +9,7 @@
 #include <QtWidgets/QHBoxLayout>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QLineEdit>
+#include <QtWidgets/QVBoxLayout>
 
 /// Makes the value classes known to the meta-type system under their own names.
 template <class... T>
@@ -81,3 +82,48 @@ inline bool isScalarOf(const UaVariant& value, OpcUa_BuiltInType type)
 {
     return value.type() == type && value.arrayType() == OpcUa_VariantArrayType_Scalar;
 }
+
+/// What an editor tells of each change: the value, then the typed value.
+template <class Editor, class T, class Signal>
+void emitChanged(Editor* editor, T (Editor::*getter)(bool*) const, void (Editor::*changed)(Signal))
+{
+    Q_EMIT editor->valueChanged(editor->value(nullptr));
+    Q_EMIT(editor->*changed)((editor->*getter)(nullptr));
+}
+
+/// The grid of rows above a dialog editor's buttons.
+inline QGridLayout* insertDialogGrid(QVBoxLayout* mainLayout)
+{
+    auto* grid = new QGridLayout;
+    grid->setContentsMargins(0, 0, 0, 0);
+    grid->setVerticalSpacing(2);
+    mainLayout->insertLayout(0, grid);
+    return grid;
+}
+
+/// Makes `control` the whole of an inline editor: its flags, its layout and its focus.
+template <class Control>
+void setSingleControl(QvelWidgetBase* editor, Control* control)
+{
+    applyFlags(control, editor->flags());
+    layOutInline(editor, 0, control);
+    editor->setFocusProxy(control);
+    control->installEventFilter(editor);
+}
+
+/// The part of the value contract that is the same for every scalar editor of a built-in type:
+/// `Type` is the standard's name of the type, `name` the editor's name for its value.
+#define KESTREL_SCALAR_EDITOR(Editor, Type, name)                                                  \
+    UaVariant Editor::value(bool* ok) const                                                        \
+    {                                                                                              \
+        return editorValue(this, &Editor::name, &UaVariant::set##Type, ok);                        \
+    }                                                                                              \
+    void Editor::setValue(const UaVariant& value)                                                  \
+    {                                                                                              \
+        if (isScalarOf(value, OpcUaType_##Type))                                                   \
+            set##Type(value.to##Type());                                                           \
+    }                                                                                              \
+    void Editor::slt##Type##Changed()                                                              \
+    {                                                                                              \
+        emitChanged(this, &Editor::name, &Editor::name##Changed);                                  \
+    }

@@ -3,8 +3,6 @@
 #include "../base/editorhelpers_p.h"
 #include "nodeidcontrols_p.h"
 
-#include <QtWidgets/QVBoxLayout>
-
 QvelWidgetNodeId::QvelWidgetNodeId(QvelWidgetFlags flags, QWidget* parent,
                                    Qt::WindowFlags windowFlags)
     : QvelWidgetBase(flags, parent, windowFlags),
@@ -26,16 +24,7 @@ QvelWidgetNodeId::QvelWidgetNodeId(QvelWidgetFlags flags, QWidget* parent,
 
 QvelWidgetNodeId::~QvelWidgetNodeId() = default;
 
-UaVariant QvelWidgetNodeId::value(bool* ok) const
-{
-    return editorValue(this, &QvelWidgetNodeId::nodeId, &UaVariant::setNodeId, ok);
-}
-
-void QvelWidgetNodeId::setValue(const UaVariant& value)
-{
-    if (isScalarOf(value, OpcUaType_NodeId))
-        setNodeId(value.toNodeId());
-}
+KESTREL_SCALAR_EDITOR(QvelWidgetNodeId, NodeId, nodeId)
 
 UaNodeId QvelWidgetNodeId::nodeId(bool* ok) const
 {
@@ -52,41 +41,23 @@ void QvelWidgetNodeId::sltComboIndexChanged(int iIndex)
     d->setIdentifierType(iIndex);
 }
 
-void QvelWidgetNodeId::sltNodeIdChanged()
-{
-    Q_EMIT valueChanged(value(nullptr));
-    Q_EMIT nodeIdChanged(nodeId(nullptr));
-}
-
 QvelDialogWidgetNodeId::QvelDialogWidgetNodeId(QvelDialogWidgetFlags flags, QWidget* parent,
                                                Qt::WindowFlags windowFlags)
     : QvelDialogWidgetBase(flags, parent, windowFlags),
       d(new NodeIdControls({tr("Numeric"), tr("String"), tr("Guid"), tr("Opaque")}))
 {
     registerValueTypes<UaVariant, UaNodeId>();
-    auto* grid = new QGridLayout;
-    grid->setContentsMargins(0, 0, 0, 0);
-    grid->setVerticalSpacing(2);
+    QGridLayout* grid = insertDialogGrid(mainLayout());
     addDialogRow(grid, tr("NsIndex:"), d->namespaceIndex, flags);
     addDialogRow(grid, tr("IdentifierType:"), d->type, flags);
     addDialogRow(grid, tr("Identifier:"), d->identifier, flags);
-    mainLayout()->insertLayout(0, grid);
     d->connectTo(this, &QvelDialogWidgetNodeId::sltComboIndexChanged,
                  &QvelDialogWidgetNodeId::sltNodeIdChanged);
 }
 
 QvelDialogWidgetNodeId::~QvelDialogWidgetNodeId() = default;
 
-UaVariant QvelDialogWidgetNodeId::value(bool* ok) const
-{
-    return editorValue(this, &QvelDialogWidgetNodeId::nodeId, &UaVariant::setNodeId, ok);
-}
-
-void QvelDialogWidgetNodeId::setValue(const UaVariant& value)
-{
-    if (isScalarOf(value, OpcUaType_NodeId))
-        setNodeId(value.toNodeId());
-}
+KESTREL_SCALAR_EDITOR(QvelDialogWidgetNodeId, NodeId, nodeId)
 
 UaNodeId QvelDialogWidgetNodeId::nodeId(bool* ok) const
 {
@@ -101,10 +72,4 @@ void QvelDialogWidgetNodeId::setNodeId(const UaNodeId& nodeId)
 void QvelDialogWidgetNodeId::sltComboIndexChanged(int iIndex)
 {
     d->setIdentifierType(iIndex);
-}
-
-void QvelDialogWidgetNodeId::sltNodeIdChanged()
-{
-    Q_EMIT valueChanged(value(nullptr));
-    Q_EMIT nodeIdChanged(nodeId(nullptr));
 }

@@ -1,0 +1,56 @@
+#include "maskededitors.h"
+
+#include "../base/editorhelpers_p.h"
+
+QvelWidgetStatusCode::QvelWidgetStatusCode(QvelWidgetFlags flags, QWidget* parent,
+                                           Qt::WindowFlags windowFlags)
+    : QvelWidgetBase(flags, parent, windowFlags), m_edit(new QLineEdit)
+{
+    registerValueTypes<UaVariant, UaStatusCode>();
+    m_edit->setInputMask(QStringLiteral("\\0\\xHHHHHHHH"));
+    m_edit->setAccessibleName(tr("Status code"));
+    setSingleControl(this, m_edit);
+    connect(m_edit, &QLineEdit::textChanged, this, &QvelWidgetStatusCode::sltStatusCodeChanged);
+}
+
+QvelWidgetStatusCode::~QvelWidgetStatusCode() = default;
+
+KESTREL_SCALAR_EDITOR(QvelWidgetStatusCode, StatusCode, statusCode)
+
+UaStatusCode QvelWidgetStatusCode::statusCode(bool* ok) const
+{
+    return UaStatusCode(m_edit->text().toUInt(ok, 16));
+}
+
+void QvelWidgetStatusCode::setStatusCode(const UaStatusCode& statusCode)
+{
+    m_edit->setText(QStringLiteral("0x%1").arg(statusCode.code(), 8, 16, QLatin1Char('0')));
+}
+
+QvelWidgetGuid::QvelWidgetGuid(QvelWidgetFlags flags, QWidget* parent, Qt::WindowFlags windowFlags)
+    : QvelWidgetBase(flags, parent, windowFlags), m_edit(new QLineEdit)
+{
+    registerValueTypes<UaVariant, UaGuid>();
+    m_edit->setInputMask(QStringLiteral("\\{HHHHHHHH-HHHH-HHHH-HHHH-HHHHHHHHHHHH\\}"));
+    m_edit->setAccessibleName(tr("Guid"));
+    setSingleControl(this, m_edit);
+    connect(m_edit, &QLineEdit::textChanged, this, &QvelWidgetGuid::sltGuidChanged);
+}
+
+QvelWidgetGuid::~QvelWidgetGuid() = default;
+
+KESTREL_SCALAR_EDITOR(QvelWidgetGuid, Guid, guid)
+
+UaGuid QvelWidgetGuid::guid(bool* ok) const
+{
+    UaGuid guid;
+    const bool good = OpcUa_IsGood(guid.fromString(UaString(m_edit->text().toUtf8())));
+    if (ok)
+        *ok = good;
+    return guid;
+}
+
+void QvelWidgetGuid::setGuid(const UaGuid& guid)
+{
+    m_edit->setText(QString::fromUtf8(guid.toString().bytes()));
+}
