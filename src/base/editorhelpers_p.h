@@ -9,6 +9,7 @@
 #include <QtWidgets/QHBoxLayout>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QLineEdit>
+#include <QtWidgets/QToolButton>
 #include <QtWidgets/QVBoxLayout>
 
 /// Makes the value classes known to the meta-type system under their own names.
@@ -109,6 +110,35 @@ void setSingleControl(QvelWidgetBase* editor, Control* control)
     layOutInline(editor, 0, control);
     editor->setFocusProxy(control);
     control->installEventFilter(editor);
+}
+
+/// The line edit of an edit field and the button that opens its dialog.
+struct EditFieldControls
+{
+    QLineEdit* edit;
+    QToolButton* button;
+};
+
+/// The row of an edit field; its line edit is read-only. Further buttons follow in the layout.
+inline EditFieldControls layOutEditField(QvelEditWidgetBase* field)
+{
+    const EditFieldControls controls = {new QLineEdit, new QToolButton};
+    controls.edit->setReadOnly(true);
+    controls.edit->setAccessibleName(QvelEditWidgetBase::tr("Value"));
+    controls.button->setText(QStringLiteral("..."));
+    controls.button->setAccessibleName(QvelEditWidgetBase::tr("Edit value"));
+    auto* layout = new QHBoxLayout(field);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(controls.edit);
+    layout->addWidget(controls.button);
+    return controls;
+}
+
+/// Opens an edit field's dialog, modelessly, over its line edit.
+inline void showDialogAt(QDialog* dialog, const QLineEdit* edit)
+{
+    dialog->move(edit->mapToGlobal(QPoint(0, 0)));
+    dialog->show();
 }
 
 /// The part of the value contract that is the same for every scalar editor of a built-in type:

@@ -1,0 +1,126 @@
+#include "expandednodeideditors.h"
+
+#include "../base/editorhelpers_p.h"
+#include "nodeidcontrols_p.h"
+
+#include <QtWidgets/QToolButton>
+
+#include <limits>
+
+QvelDialogWidgetExpandedNodeId::QvelDialogWidgetExpandedNodeId(QvelDialogWidgetFlags flags,
+                                                               QWidget* parent,
+                                                               Qt::WindowFlags windowFlags)
+    : QvelDialogWidgetBase(flags, parent, windowFlags), m_namespaceUri(new QLineEdit),
+      m_serverIndex(new QSpinBox),
+      m_nodeId(new NodeIdControls({tr("Numeric"), tr("String"), tr("Guid"), tr("Opaque")}))
+{
+    registerValueTypes<UaVariant, UaExpandedNodeId>();
+    m_serverIndex->setMaximum(std::numeric_limits<OpcUa_Int32>::max());
+    QGridLayout* grid = insertDialogGrid(mainLayout());
+    addDialogRow(grid, tr("NamespaceUri:"), m_namespaceUri, flags);
+    addDialogRow(grid, tr("ServerIndex:"), m_serverIndex, flags);
+    addDialogRow(grid, tr("NsIndex:"), m_nodeId->namespaceIndex, flags);
+    addDialogRow(grid, tr("IdentifierType:"), m_nodeId->type, flags);
+    addDialogRow(grid, tr("Identifier:"), m_nodeId->identifier, flags);
+    connect(m_namespaceUri, &QLineEdit::textChanged, this,
+            &QvelDialogWidgetExpandedNodeId::sltExpandedNodeIdChanged);
+    connect(m_serverIndex, &QSpinBox::valueChanged, this,
+            &QvelDialogWidgetExpandedNodeId::sltExpandedNodeIdChanged);
+    m_nodeId->connectTo(this, &QvelDialogWidgetExpandedNodeId::sltComboIndexChanged,
+                        &QvelDialogWidgetExpandedNodeId::sltExpandedNodeIdChanged);
+}
+
+QvelDialogWidgetExpandedNodeId::~QvelDialogWidgetExpandedNodeId() = default;
+
+KESTREL_SCALAR_EDITOR(QvelDialogWidgetExpandedNodeId, ExpandedNodeId, expandedNodeId)
+
+UaExpandedNodeId QvelDialogWidgetExpandedNodeId::expandedNodeId(bool* ok) const
+{
+    return UaExpandedNodeId(m_nodeId->nodeId(ok), UaString(m_namespaceUri->text().toUtf8()),
+                            OpcUa_UInt32(m_serverIndex->value()));
+}
+
+void QvelDialogWidgetExpandedNodeId::setExpandedNodeId(const UaExpandedNodeId& expandedNodeId)
+{
+    m_namespaceUri->setText(QString::fromUtf8(expandedNodeId.namespaceUri().bytes()));
+    m_serverIndex->setValue(OpcUa_Int32(expandedNodeId.serverIndex()));
+    m_nodeId->setNodeId(expandedNodeId.nodeId());
+}
+
+void QvelDialogWidgetExpandedNodeId::sltComboIndexChanged(int iIndex)
+{
+    m_nodeId->setIdentifierType(iIndex);
+}
+
+QvelEditWidgetExpandedNodeId::QvelEditWidgetExpandedNodeId(QvelEditWidgetFlags flags,
+                                                           QWidget* parent,
+                                                           Qt::WindowFlags windowFlags)
+    : QvelEditWidgetBase(flags, parent, windowFlags)
+{
+    registerValueTypes<UaVariant, UaExpandedNodeId>();
+    const EditFieldControls controls = layOutEditField(this);
+    m_edit = controls.edit;
+    m_dialog = new QvelDialogWidgetExpandedNodeId(
+        flags.testFlag(ReadOnly) ? QvelDialogWidgetBase::ReadOnly : QvelDialogWidgetBase::NoFlags,
+        this);
+    store(UaExpandedNodeId());
+    connect(controls.button, &QToolButton::clicked, this,
+            &QvelEditWidgetExpandedNodeId::sltShowDialogWidget);
+    connect(m_dialog, &QDialog::accepted, this,
+            &QvelEditWidgetExpandedNodeId::sltDialogWidgetAccepted);
+    connect(m_dialog, &QDialog::rejected, this,
+            &QvelEditWidgetExpandedNodeId::sltDialogWidgetRejected);
+    connect(m_edit, &QLineEdit::textChanged, this,
+            &QvelEditWidgetExpandedNodeId::sltExpandedNodeIdChanged);
+}
+
+QvelEditWidgetExpandedNodeId::~QvelEditWidgetExpandedNodeId() = default;
+
+UaVariant QvelEditWidgetExpandedNodeId::value(bool* ok) const
+{
+    return m_dialog->value(ok);
+}
+
+void QvelEditWidgetExpandedNodeId::setValue(const UaVariant& value)
+{
+    m_dialog->setValue(value);
+    store(m_dialog->expandedNodeId(nullptr));
+}
+
+UaExpandedNodeId QvelEditWidgetExpandedNodeId::expandedNodeId(bool* ok) const
+{
+    return m_dialog->expandedNodeId(ok);
+}
+
+void QvelEditWidgetExpandedNodeId::setExpandedNodeId(const UaExpandedNodeId& expandedNodeId)
+{
+    m_dialog->setExpandedNodeId(expandedNodeId);
+    store(expandedNodeId);
+}
+
+void QvelEditWidgetExpandedNodeId::sltDialogWidgetAccepted()
+{
+    store(m_dialog->expandedNodeId(nullptr));
+}
+
+void QvelEditWidgetExpandedNodeId::sltDialogWidgetRejected()
+{
+    m_dialog->setExpandedNodeId(m_accepted);
+}
+
+void QvelEditWidgetExpandedNodeId::sltShowDialogWidget()
+{
+    showDialogAt(m_dialog, m_edit);
+}
+
+void QvelEditWidgetExpandedNodeId::sltExpandedNodeIdChanged()
+{
+    emitChanged(this, &QvelEditWidgetExpandedNodeId::expandedNodeId,
+                &QvelEditWidgetExpandedNodeId::expandedNodeIdChanged);
+}
+
+void QvelEditWidgetExpandedNodeId::store(const UaExpandedNodeId& expandedNodeId)
+{
+    m_accepted = expandedNodeId;
+    m_edit->setText(QString::fromUtf8(expandedNodeId.toFullString().bytes()));
+}
