@@ -65,9 +65,9 @@ void addDialogRow(QGridLayout* grid, const QString& text, Control* control,
 }
 
 /// The value contract's `value(ok)`, over an editor's typed getter and the variant's setter.
-template <class Editor, class T>
+template <class Editor, class T, class Argument>
 UaVariant editorValue(const Editor* editor, T (Editor::*getter)(bool*) const,
-                      void (UaVariant::*setter)(const T&), bool* ok)
+                      void (UaVariant::*setter)(Argument), bool* ok)
 {
     if (ok)
         *ok = false;
@@ -141,9 +141,9 @@ inline void showDialogAt(QDialog* dialog, const QLineEdit* edit)
     dialog->show();
 }
 
-/// The part of the value contract that is the same for every scalar editor of a built-in type:
-/// `Type` is the standard's name of the type, `name` the editor's name for its value.
-#define KESTREL_SCALAR_EDITOR(Editor, Type, name)                                                  \
+/// The part of the value contract that is the same for every scalar editor: `Type` is the
+/// standard's name of the built-in type, `name` and `Name` the editor's name for its value.
+#define KESTREL_EDITOR_VALUE(Editor, Type, name, Name)                                             \
     UaVariant Editor::value(bool* ok) const                                                        \
     {                                                                                              \
         return editorValue(this, &Editor::name, &UaVariant::set##Type, ok);                        \
@@ -151,8 +151,12 @@ inline void showDialogAt(QDialog* dialog, const QLineEdit* edit)
     void Editor::setValue(const UaVariant& value)                                                  \
     {                                                                                              \
         if (isScalarOf(value, OpcUaType_##Type))                                                   \
-            set##Type(value.to##Type());                                                           \
-    }                                                                                              \
+            set##Name(value.to##Type());                                                           \
+    }
+
+/// An editor whose value is named after the built-in type has the same change slot, too.
+#define KESTREL_SCALAR_EDITOR(Editor, Type, name)                                                  \
+    KESTREL_EDITOR_VALUE(Editor, Type, name, Type)                                                 \
     void Editor::slt##Type##Changed()                                                              \
     {                                                                                              \
         emitChanged(this, &Editor::name, &Editor::name##Changed);                                  \

@@ -1,0 +1,172 @@
+#include "flagscombobox.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QEvent>
+#include <QtGui/QKeyEvent>
+#include <QtWidgets/QAbstractItemView>
+#include <QtWidgets/QApplication>
+#include <QtWidgets/QCheckBox>
+#include <QtWidgets/QStyle>
+#include <QtWidgets/QStylePainter>
+
+static bool isChecked(const QModelIndex& index)
+{
+    return index.data(Qt::CheckStateRole).toInt() == Qt::Checked;
+}
+
+QvelFlagsDelegate::QvelFlagsDelegate(QObject* parent) : QStyledItemDelegate(parent) {}
+
+QvelFlagsDelegate::~QvelFlagsDelegate() = default;
+
+void QvelFlagsDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
+                              const QModelIndex& index) const
+{
+    QStyleOptionButton box;
+    box.rect = option.rect;
+    box.palette = option.palette;
+    box.fontMetrics = option.fontMetrics;
+    box.direction = option.direction;
+    box.text = index.data(Qt::DisplayRole).toString();
+    box.state = QStyle::State_Enabled | (isChecked(index) ? QStyle::State_On : QStyle::State_Off);
+    QApplication::style()->drawControl(QStyle::CE_CheckBox, &box, painter);
+}
+
+QWidget* QvelFlagsDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem& /*option*/,
+                                         const QModelIndex& /*index*/) const
+{
+    auto* box = new QCheckBox(parent);
+    box->setAutoFillBackground(true);
+    connect(box, &QCheckBox::stateChanged, this, &QvelFlagsDelegate::sltCheckStateChanged);
+    return box;
+}
+
+void QvelFlagsDelegate::setEditorData(QWidget* editor, const QModelIndex& index) const
+{
+    auto* box = static_cast<QCheckBox*>(editor);
+    box->setText(index.data(Qt::DisplayRole).toString());
+    box->setChecked(isChecked(index));
+}
+
+void QvelFlagsDelegate::setModelData(QWidget* editor, QAbstractItemModel* model,
+                                     const QModelIndex& index) const
+{
+    const auto* box = static_cast<QCheckBox*>(editor);
+    model->setItemData(index, {{Qt::DisplayRole, box->text()},
+                               {Qt::CheckStateRole, box->checkState()},
+                               {Qt::UserRole, index.data(Qt::UserRole)}});
+}
+
+void QvelFlagsDelegate::updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option,
+                                             const QModelIndex& /*index*/) const
+{
+    editor->setGeometry(option.rect);
+}
+
+void QvelFlagsDelegate::sltCheckStateChanged()
+{
+    if (auto* box = qobject_cast<QCheckBox*>(sender()))
+        Q_EMIT commitData(box);
+}
+
+bool QvelFlagsDelegate::eventFilter(QObject* editor, QEvent* event)
+{
+    if (event->type() == QEvent::KeyPress || event->type() == QEvent::ShortcutOverride) {
+        switch (static_cast<QKeyEvent*>(event)->key()) {
+        case Qt::Key_Up:
+        case Qt::Key_Down:
+        case Qt::Key_Home:
+        case Qt::Key_End:
+        case Qt::Key_PageUp:
+        case Qt::Key_PageDown:
+        case Qt::Key_Return:
+        case Qt::Key_Enter:
+        case Qt::Key_Escape:
+            // The editor is a child of the list's viewport.
+            QCoreApplication::sendEvent(editor->parent()->parent(), event);
+            return true;
+        default:
+            break;
+        }
+    }
+    return QStyledItemDelegate::eventFilter(editor, event);
+}
+
+QvelFlagsComboBoxBase::QvelFlagsComboBoxBase(QWidget* parent)
+    : QvelFlagsComboBoxBase(new QvelFlagsDelegate, parent)
+{
+}
+
+QvelFlagsComboBoxBase::QvelFlagsComboBoxBase(QvelFlagsDelegate* delegate, QWidget* parent)
+    : QComboBox(parent)
+{
+    delegate->setParent(this);
+    view()->setItemDelegate(delegate);
+    view()->setEditTriggers(QAbstractItemView::CurrentChanged);
+    view()->viewport()->installEventFilter(this);
+    view()->setAlternatingRowColors(true);
+    connect(model(), &QAbstractItemModel::dataChanged, this, &QvelFlagsComboBoxBase::flagsChanged);
+    connect(model(), &QAbstractItemModel::dataChanged, this,
+            &QvelFlagsComboBoxBase::sltUpdateDisplayText);
+}
+
+QvelFlagsComboBoxBase::~QvelFlagsComboBoxBase() = default;
+
+void QvelFlagsComboBoxBase::addFlag(const QString& name, uint bits)
+{
+    if (bits == 0) {
+        m_emptyText = name;
+        return;
+    }
+    addItem(name, bits);
+    setItemData(count() - 1, Qt::Unchecked, Qt::CheckStateRole);
+}
+
+uint QvelFlagsComboBoxBase::checkedBits() const
+{
+    uint bits = 0;
+    for (int i = 0; i < count(); ++i) {
+        if (isChecked(model()->index(i, modelColumn(), rootModelIndex())))
+            bits |= itemData(i).toUInt();
+    }
+    return bits;
+}
+
+void QvelFlagsComboBoxBase::checkBits(uint bits)
+{
+    for (int i = 0; i < count(); ++i) {
+        const bool overlaps = (itemData(i).toUInt() & bits) != 0;
+        setItemData(i, overlaps ? Qt::Checked : Qt::Unchecked, Qt::CheckStateRole);
+    }
+}
+
+void QvelFlagsComboBoxBase::sltUpdateDisplayText()
+{
+    QStringList names;
+    for (int i = 0; i < count(); ++i) {
+        if (isChecked(model()->index(i, modelColumn(), rootModelIndex())))
+            names << itemText(i);
+    }
+    m_displayText = names.isEmpty() ? m_emptyText : names.join(QLatin1String(" | "));
+    setToolTip(m_displayText);
+    update();
+}
+
+bool QvelFlagsComboBoxBase::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::MouseButtonRelease && watched == view()->viewport())
+        return true;
+    return QComboBox::eventFilter(watched, event);
+}
+
+void QvelFlagsComboBoxBase::paintEvent(QPaintEvent* /*event*/)
+{
+    QStylePainter painter(this);
+    painter.setPen(palette().color(QPalette::Text));
+    QStyleOptionComboBox option;
+    initStyleOption(&option);
+    const QRect field =
+        style()->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, this);
+    option.currentText = fontMetrics().elidedText(m_displayText, Qt::ElideRight, field.width() - 2);
+    painter.drawComplexControl(QStyle::CC_ComboBox, option);
+    painter.drawControl(QStyle::CE_ComboBoxLabel, option);
+}
