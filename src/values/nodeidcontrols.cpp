@@ -1,5 +1,7 @@
 #include "nodeidcontrols_p.h"
 
+#include "hexadecimal_p.h"
+
 #include <QtCore/QRegularExpression>
 #include <QtCore/QUuid>
 #include <QtGui/QIntValidator>
@@ -65,12 +67,11 @@ UaNodeId NodeIdControls::nodeId(bool* ok) const
         return valid ? UaNodeId(guid, index) : UaNodeId();
     }
     case OpcUa_IdentifierType_Opaque: {
-        static const QRegularExpression pairs(QStringLiteral("\\A([\\da-fA-F]{2})*\\z"));
         QString digits = text;
         digits.remove(QLatin1String("0x"), Qt::CaseInsensitive);
-        valid = pairs.match(digits).hasMatch();
-        return valid ? UaNodeId(UaByteString(QByteArray::fromHex(digits.toUtf8())), index)
-                     : UaNodeId();
+        const auto bytes = bytesFromHex(digits);
+        valid = bytes.has_value();
+        return valid ? UaNodeId(UaByteString(*bytes), index) : UaNodeId();
     }
     default:
         return UaNodeId();

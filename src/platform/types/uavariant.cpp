@@ -21,10 +21,17 @@ class UaVariant::Data : public QSharedData
 {
 public:
     Data() { OpcUa_Variant_Initialize(&variant); }
-    ~Data() { OpcUa_Variant_Clear(&variant); }
+    ~Data()
+    {
+        if (bytes.isNull())
+            OpcUa_Variant_Clear(&variant);
+    }
     Q_DISABLE_COPY_MOVE(Data)
 
     OpcUa_Variant variant;
+    // A scalar of bytes or text shares the storage of the value that it was set from; the variant
+    // then only points into it.
+    QByteArray bytes;
 };
 
 UaVariant::UaVariant() = default;
@@ -66,7 +73,7 @@ UaVariant::operator const OpcUa_Variant*() const
 
 OpcUa_Variant* UaVariant::detach()
 {
-    if (!d || d->ref.loadRelaxed() != 1) {
+    if (!d || d->ref.loadRelaxed() != 1 || !d->bytes.isNull()) {
         QExplicitlySharedDataPointer<Data> copy(new Data);
         if (d && OpcUa_IsNotGood(OpcUa_Variant_CopyTo(&d->variant, &copy->variant)))
             return nullptr;
@@ -114,27 +121,63 @@ KESTREL_VARIANT_NUMBER(Double, Double, OpcUa_Double)
 #undef KESTREL_VARIANT_NUMBER
 
 // A value class copies itself into the stack and is built of what the stack holds.
-#define KESTREL_VARIANT_CLASS(Type, Class, access)                                                 \
+#define KESTREL_VARIANT_CLASS(Type, Class)                                                         \
     void UaVariant::set##Type(const Class& value)                                                  \
     {                                                                                              \
         value.copyTo(&reset(OpcUaType_##Type).Type);                                               \
     }                                                                                              \
     Class UaVariant::to##Type() const                                                              \
     {                                                                                              \
-        return Class(access scalar(OpcUaType_##Type).Type);                                        \
+        return Class(scalar(OpcUaType_##Type).Type);                                               \
     }
 
-KESTREL_VARIANT_CLASS(ByteString, UaByteString, &)
-KESTREL_VARIANT_CLASS(XmlElement, UaByteString, &)
-KESTREL_VARIANT_CLASS(NodeId, UaNodeId, )
-KESTREL_VARIANT_CLASS(ExpandedNodeId, UaExpandedNodeId, )
-KESTREL_VARIANT_CLASS(QualifiedName, UaQualifiedName, )
-KESTREL_VARIANT_CLASS(LocalizedText, UaLocalizedText, )
+KESTREL_VARIANT_CLASS(NodeId, UaNodeId)
+KESTREL_VARIANT_CLASS(ExpandedNodeId, UaExpandedNodeId)
+KESTREL_VARIANT_CLASS(QualifiedName, UaQualifiedName)
+KESTREL_VARIANT_CLASS(LocalizedText, UaLocalizedText)
 #undef KESTREL_VARIANT_CLASS
 
 void UaVariant::setString(const UaString& value)
 {
-    value.copyTo(&reset(OpcUaType_String).String);
+    OpcUa_String& target = reset(OpcUaType_String).String;
+    d->bytes = value.bytes();
+    if (!value.isNull())
+        target = {value.size(), const_cast<char*>(d->bytes.constData())};
+}
+
+void UaVariant::setBytes(OpcUa_BuiltInType type, const UaByteString& value)
+{
+    OpcUa_ByteString& target = reset(type).ByteString;
+    d->bytes = value.bytes();
+    if (!value.isNull())
+        target = {value.length(),
+                  reinterpret_cast<OpcUa_Byte*>(const_cast<char*>(d->bytes.constData()))};
+}
+
+UaByteString UaVariant::bytes(OpcUa_BuiltInType type) const
+{
+    const OpcUa_ByteString& value = scalar(type).ByteString;
+    return value.Data && !d->bytes.isNull() ? UaByteString(d->bytes) : UaByteString(&value);
+}
+
+void UaVariant::setByteString(const UaByteString& value)
+{
+    setBytes(OpcUaType_ByteString, value);
+}
+
+UaByteString UaVariant::toByteString() const
+{
+    return bytes(OpcUaType_ByteString);
+}
+
+void UaVariant::setXmlElement(const UaByteString& value)
+{
+    setBytes(OpcUaType_XmlElement, value);
+}
+
+UaByteString UaVariant::toXmlElement() const
+{
+    return bytes(OpcUaType_XmlElement);
 }
 
 void UaVariant::setDateTime(const UaDateTime& value)

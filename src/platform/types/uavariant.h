@@ -114,6 +114,8 @@ public:
 
 private:
     class Data;
+    void setBytes(OpcUa_BuiltInType type, const UaByteString& value);
+    UaByteString bytes(OpcUa_BuiltInType type) const;
     OpcUa_VariantValue& reset(OpcUa_BuiltInType type);
     const OpcUa_VariantValue& scalar(OpcUa_BuiltInType type) const;
     QExplicitlySharedDataPointer<Data> d;
