@@ -3,6 +3,7 @@
 #include "editorbases.h"
 
 #include <QtCore/QMetaType>
+#include <QtCore/QStringDecoder>
 #include <QtWidgets/QAbstractSpinBox>
 #include <QtWidgets/QComboBox>
 #include <QtWidgets/QGridLayout>
@@ -11,6 +12,23 @@
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QToolButton>
 #include <QtWidgets/QVBoxLayout>
+
+/// The text of a value. A U+FEFF at its beginning belongs to it, unlike in a file.
+inline QString textFromUtf8(const QByteArray& utf8)
+{
+    using Flag = QStringDecoder::Flag;
+    QStringDecoder decoder(QStringDecoder::Utf8, Flag::Stateless | Flag::ConvertInitialBom);
+    return decoder.decode(utf8);
+}
+
+/// Shows the text of a value whole: the limit of a line edit is one for typing and pasting. The
+/// limit of an input mask stays.
+inline void showWhole(QLineEdit* edit, const QString& text)
+{
+    if (text.size() > edit->maxLength())
+        edit->setMaxLength(int(text.size()));
+    edit->setText(text);
+}
 
 /// Makes the value classes known to the meta-type system under their own names.
 template <class... T>

@@ -42,7 +42,7 @@ UaExpandedNodeId QvelDialogWidgetExpandedNodeId::expandedNodeId(bool* ok) const
 
 void QvelDialogWidgetExpandedNodeId::setExpandedNodeId(const UaExpandedNodeId& expandedNodeId)
 {
-    m_namespaceUri->setText(QString::fromUtf8(expandedNodeId.namespaceUri().bytes()));
+    showWhole(m_namespaceUri, textFromUtf8(expandedNodeId.namespaceUri().bytes()));
     m_serverIndex->setValue(OpcUa_Int32(expandedNodeId.serverIndex()));
     m_nodeId->setNodeId(expandedNodeId.nodeId());
 }
@@ -122,5 +122,5 @@ void QvelEditWidgetExpandedNodeId::sltExpandedNodeIdChanged()
 void QvelEditWidgetExpandedNodeId::store(const UaExpandedNodeId& expandedNodeId)
 {
     m_accepted = expandedNodeId;
-    m_edit->setText(QString::fromUtf8(expandedNodeId.toFullString().bytes()));
+    showWhole(m_edit, textFromUtf8(expandedNodeId.toFullString().bytes()));
 }

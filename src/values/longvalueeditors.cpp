@@ -19,7 +19,7 @@ QString hexadecimal(const QByteArray& bytes)
 
 QString utf8(const QByteArray& bytes)
 {
-    return QString::fromUtf8(bytes);
+    return textFromUtf8(bytes);
 }
 
 QString summary(const UaByteString& value, QString (*text)(const QByteArray&))
@@ -74,7 +74,7 @@ UaByteString QvelWidgetByteString::byteString(bool* ok) const
 
 void QvelWidgetByteString::setByteString(const UaByteString& byteString)
 {
-    m_edit->setText(hexadecimal(byteString.bytes()));
+    showWhole(m_edit, hexadecimal(byteString.bytes()));
 }
 
 QvelWidgetXmlElement::QvelWidgetXmlElement(QvelWidgetFlags flags, QWidget* parent,
@@ -100,7 +100,7 @@ UaByteString QvelWidgetXmlElement::xmlElement(bool* ok) const
 
 void QvelWidgetXmlElement::setXmlElement(const UaByteString& xmlElement)
 {
-    m_edit->setText(utf8(xmlElement.bytes()));
+    showWhole(m_edit, utf8(xmlElement.bytes()));
 }
 
 // What the three edit fields have in common; moc needs the slots in each class.

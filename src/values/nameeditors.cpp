@@ -26,7 +26,7 @@ QLineEdit* createLocale()
 
 QString textOf(const UaString& text)
 {
-    return QString::fromUtf8(text.bytes());
+    return textFromUtf8(text.bytes());
 }
 
 UaString textOf(const QLineEdit* edit)
@@ -121,7 +121,7 @@ QvelDialogWidgetLocalizedText::QvelDialogWidgetLocalizedText(QvelDialogWidgetFla
     }                                                                                              \
     void Editor::setName(const QString& name)                                                      \
     {                                                                                              \
-        m_name->setText(name);                                                                     \
+        showWhole(m_name, name);                                                                   \
     }
 
 KESTREL_QUALIFIED_NAME_EDITOR(QvelWidgetQualifiedName)
@@ -143,11 +143,11 @@ KESTREL_QUALIFIED_NAME_EDITOR(QvelDialogWidgetQualifiedName)
     }                                                                                              \
     void Editor::setLocale(const QString& locale)                                                  \
     {                                                                                              \
-        m_locale->setText(locale);                                                                 \
+        showWhole(m_locale, locale);                                                               \
     }                                                                                              \
     void Editor::setText(const QString& text)                                                      \
     {                                                                                              \
-        m_text->setText(text);                                                                     \
+        showWhole(m_text, text);                                                                   \
     }
 
 KESTREL_LOCALIZED_TEXT_EDITOR(QvelWidgetLocalizedText)

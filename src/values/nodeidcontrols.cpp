@@ -1,5 +1,6 @@
 #include "nodeidcontrols_p.h"
 
+#include "../base/editorhelpers_p.h"
 #include "hexadecimal_p.h"
 
 #include <QtCore/QRegularExpression>
@@ -82,5 +83,5 @@ void NodeIdControls::setNodeId(const UaNodeId& id)
 {
     namespaceIndex->setValue(id.namespaceIndex());
     type->setCurrentIndex(id.identifierType());
-    identifier->setText(QString::fromUtf8(id.toString().bytes()));
+    showWhole(identifier, textFromUtf8(id.toString().bytes()));
 }
