@@ -38,7 +38,7 @@ FileField::FileField(QvelEditWidgetBase* field, const Facts& facts)
 
 void FileField::setText(const QString& text)
 {
-    m_edit->setText(text);
+    showWhole(m_edit, text);
     m_edit->setCursorPosition(0);
 }
 
@@ -67,8 +67,10 @@ void FileField::save(void* handle, const QByteArray& bytes)
         QFileDialog::getSaveFileName(m_field, tr("Save"), lastName(handle, saveKey));
     if (name.isEmpty())
         return;
+    // Opening a pipe may wait for ever.
+    const QFileInfo info(name);
     QFile file(name);
-    if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+    if ((!info.exists() || info.isFile()) && file.open(QIODevice::WriteOnly | QIODevice::Truncate))
         file.write(bytes);
     file.close();
     remember(handle, saveKey, name);
