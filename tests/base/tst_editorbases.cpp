@@ -8,11 +8,9 @@
 #include <QtGui/QScreen>
 #include <QtTest/QtTest>
 #include <QtWidgets/QDialogButtonBox>
-#include <QtWidgets/QLineEdit>
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QScrollBar>
 #include <QtWidgets/QTextEdit>
-#include <QtWidgets/QVBoxLayout>
 
 namespace {
 
@@ -25,30 +23,6 @@ public:
     QPushButton* button(QDialogButtonBox::StandardButton which) const
     {
         return buttonBox()->button(which);
-    }
-};
-
-// An inline editor with one control that counts the focus-outs that reach it.
-class Inline : public QvelWidgetBase
-{
-public:
-    Inline() : QvelWidgetBase(NoFlags), edit(new QLineEdit(this))
-    {
-        setFocusProxy(edit);
-        edit->installEventFilter(this);
-    }
-    UaVariant value(bool*) const override { return {}; }
-    void setValue(const UaVariant&) override {}
-
-    QLineEdit* edit;
-    int focusOuts = 0;
-
-protected:
-    bool event(QEvent* event) override
-    {
-        if (event->type() == QEvent::FocusOut)
-            ++focusOuts;
-        return QvelWidgetBase::event(event);
     }
 };
 
@@ -76,23 +50,6 @@ private Q_SLOTS:
         QCOMPARE(
             number(QvelDisplayDialog::staticMetaObject, "QvelDisplayDialogFlags", "WrapAnywhere"),
             2);
-    }
-
-    void focusLeavingTheControlReachesTheEditor()
-    {
-        QWidget window;
-        auto* layout = new QVBoxLayout(&window);
-        auto* editor = new Inline;
-        auto* other = new QLineEdit;
-        layout->addWidget(editor);
-        layout->addWidget(other);
-        window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
-        editor->setFocus();
-        QVERIFY(editor->edit->hasFocus());
-        QTest::keyClick(editor->edit, Qt::Key_Tab);
-        QVERIFY(other->hasFocus());
-        QCOMPARE(editor->focusOuts, 1);
     }
 
     void dialogButtons()
