@@ -74,7 +74,9 @@ const std::vector<ServerRow>& rows()
          {{none, modeNone, Anonymous, 0},
           {basic256Sha256, sign, Certificate, 60},
           {basic256Sha256, encrypt, Certificate, 110},
+          {aes128, sign, UserName, 50},
           {aes128, encrypt, UserName | Certificate, 100},
+          {aes256, sign, UserName | Certificate, 80},
           {aes256, encrypt, Anonymous | Certificate, 130}}},
     };
     return table;

@@ -9,11 +9,12 @@ import path from "node:path";
 import { parseArgs } from "node:util";
 import { OPCUACertificateManager } from "node-opcua-certificate-manager";
 
-/** Ends the process with a message when an option is unknown. */
-export function commandLine(usage, options, positionals = 0) {
+/** Ends the process with a message when the options or the number of arguments are wrong. */
+export function commandLine(usage, options, least = 0, most = least) {
     try {
-        const parsed = parseArgs({ options, allowPositionals: positionals > 0 });
-        if (parsed.positionals.length !== positionals) throw new Error("wrong number of arguments");
+        const parsed = parseArgs({ options, allowPositionals: true });
+        const count = parsed.positionals.length;
+        if (count < least || count > most) throw new Error("wrong number of arguments");
         return parsed;
     } catch (error) {
         process.stderr.write(`${error.message}\nusage: node ${usage}\n`);
