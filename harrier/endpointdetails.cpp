@@ -125,10 +125,9 @@ EndpointDetails::EndpointDetails(QWidget* parent) : QWidget(parent)
     m_tokens = new QPlainTextEdit;
     m_tokens->setReadOnly(true);
     m_tokens->setTabChangesFocus(true);
-    m_tokens->setLineWrapMode(QPlainTextEdit::NoWrap);
     m_tokens->setObjectName(QStringLiteral("tokens"));
     m_tokens->setAccessibleName(tr("User identity tokens"));
-    m_tokens->setFixedHeight(6 * fontMetrics().height());
+    m_tokens->setFixedHeight(5 * fontMetrics().height());
     form->addRow(tr("User identity tokens") + QLatin1Char(':'), m_tokens);
 
     auto* certificate = new QGroupBox(tr("Server certificate"));

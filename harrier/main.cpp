@@ -6,6 +6,7 @@
 
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QFile>
+#include <QtGui/QScreen>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QMessageBox>
 #include <QtWidgets/QStyleFactory>
@@ -156,6 +157,7 @@ int main(int argc, char** argv)
                 result = ExitFailure;
             }
         } else {
+            window.resize(window.size().boundedTo(window.screen()->availableSize()));
             window.show();
             result = QApplication::exec();
         }

@@ -49,9 +49,9 @@ MainWindow::MainWindow(Host& host, QWidget* parent)
     followCurrent();
 
     const QSize em(fontMetrics().averageCharWidth(), fontMetrics().height());
-    resize(170 * em.width(), 46 * em.height());
-    resizeDocks({m_docks.at(0)}, {55 * em.width()}, Qt::Horizontal);
-    resizeDocks({m_docks.at(1)}, {11 * em.height()}, Qt::Vertical);
+    resize(175 * em.width(), 50 * em.height());
+    resizeDocks({m_docks.at(0)}, {63 * em.width()}, Qt::Horizontal);
+    resizeDocks({m_docks.at(1)}, {10 * em.height()}, Qt::Vertical);
     const SettingsStore& store = m_host.store();
     restoreGeometry(store.value(geometryKey).toByteArray());
     restoreState(store.value(stateKey).toByteArray());

@@ -6,11 +6,14 @@
 
 #include <Kestrel/QvelDiscoveryModel>
 
+#include <QtGui/QAccessible>
 #include <QtGui/QAction>
 #include <QtTest/QtTest>
+#include <QtWidgets/QDockWidget>
 #include <QtWidgets/QMenu>
 #include <QtWidgets/QMenuBar>
 #include <QtWidgets/QPlainTextEdit>
+#include <QtWidgets/QTabBar>
 #include <QtWidgets/QTabWidget>
 
 class MainWindowTest : public QObject
@@ -146,6 +149,37 @@ private Q_SLOTS:
         }
     }
 
+    void tabKeyGoesInReadingOrder()
+    {
+        SettingsStore store;
+        Host host(store, 100);
+        MainWindow window(host);
+        QvelDiscoverySetting record;
+        record.setEndpointUrl("opc.tcp://plant:4840");
+        host.setEndpoint(record); // enables the page's button
+        window.show();
+        window.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        for (int page = 0; page < window.pageTabs()->count(); ++page) {
+            window.pageTabs()->setCurrentIndex(page);
+            QWidget* const first = window.currentView();
+            first->setFocus();
+            QStringList areas{areaOf(first)};
+            for (int i = 0; i < 100; ++i) {
+                QTest::keyClick(window.focusWidget(), Qt::Key_Tab);
+                QWidget* widget = window.focusWidget();
+                if (widget == first)
+                    break;
+                if (areaOf(widget) != areas.last())
+                    areas += areaOf(widget);
+                QVERIFY2(hasName(widget), widget->metaObject()->className());
+            }
+            QCOMPARE(window.focusWidget(), first);
+            // The tab bar of discovery stands before its tree and so closes the round.
+            QCOMPARE(areas, QStringList({"discovery", "pages", "log", "discovery"}));
+        }
+    }
+
     void rendersEveryPage()
     {
         SettingsStore store;
@@ -165,6 +199,21 @@ private Q_SLOTS:
     }
 
 private:
+    static QString areaOf(const QWidget* widget)
+    {
+        for (; widget; widget = widget->parentWidget()) {
+            if (qobject_cast<const QDockWidget*>(widget))
+                return widget->objectName();
+        }
+        return "pages";
+    }
+    // What a screen reader would say.
+    static bool hasName(QWidget* widget)
+    {
+        const QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(widget);
+        return accessible && (!accessible->text(QAccessible::Name).isEmpty() ||
+                              qobject_cast<QTabBar*>(widget)); // its tabs have names
+    }
     static QAction* action(const MainWindow& window, const QString& shortcut)
     {
         for (auto* action : window.findChildren<QAction*>()) {
