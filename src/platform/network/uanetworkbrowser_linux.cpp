@@ -26,6 +26,7 @@ constexpr uint lookupNoAddress = 8;
 
 constexpr int pollInterval = 10; // milliseconds
 constexpr int maxWaitingSignals = 16 * UaNetworkBrowser::maxServices;
+constexpr int maxResolving = 50;   // calls at once; a system bus takes 128 from a connection
 constexpr int maxNameLength = 253; // octets of a domain name (RFC 1035, 2.3.4)
 
 QString avahi(const char* name = "")
@@ -92,9 +93,10 @@ private:
     void takeHosts();
 
     QDBusConnection m_bus;
-    QString m_browser;             // object path; empty until the daemon has answered
-    QList<QDBusMessage> m_signals; // that have yet to be looked at
-    QSet<QStringList> m_services;  // name and domain
+    QString m_browser;                // object path; empty until the daemon has answered
+    QList<QDBusMessage> m_signals;    // that have yet to be looked at
+    QSet<QStringList> m_services;     // name and domain
+    QList<QVariantList> m_unresolved; // arguments of ResolveService
     QList<QDBusPendingCall> m_resolving;
     QMap<QString, QString> m_hosts; // by lower-case name
     bool m_allForNow = false;
@@ -152,7 +154,7 @@ QDBusPendingCall Inquiry::call(const QString& method, const QVariantList& argume
     QDBusMessage message =
         QDBusMessage::createMethodCall(avahi(), QStringLiteral("/"), avahi(".Server"), method);
     message.setArguments(arguments);
-    return m_bus.asyncCall(message, UaNetworkBrowser::browseTimeout);
+    return m_bus.asyncCall(message);
 }
 
 UaStatus Inquiry::takeBrowser(const QDBusPendingReply<QDBusObjectPath>& reply)
@@ -180,8 +182,8 @@ void Inquiry::takeSignals()
     m_signals.clear();
 }
 
-/// Asks for the host of a service, once although the daemon tells of it once for each interface
-/// and protocol.
+/// Notes a service to be asked for its host, once although the daemon tells of it once for each
+/// interface and protocol.
 void Inquiry::takeItem(const QVariantList& item)
 {
     const QString name = item.value(2).toString();
@@ -192,9 +194,8 @@ void Inquiry::takeItem(const QVariantList& item)
         m_services.contains({name, domain}))
         return;
     m_services.insert({name, domain});
-    m_resolving.append(
-        call(QStringLiteral("ResolveService"), {anyInterface, anyProtocol, name, type, domain,
-                                                anyProtocol, lookupNoText | lookupNoAddress}));
+    m_unresolved.append(QVariantList{anyInterface, anyProtocol, name, type, domain, anyProtocol,
+                                     lookupNoText | lookupNoAddress});
 }
 
 /// A service that cannot be resolved has gone; that is no failure of the inquiry.
@@ -212,6 +213,8 @@ void Inquiry::takeHosts()
     };
     m_resolving.erase(std::remove_if(m_resolving.begin(), m_resolving.end(), take),
                       m_resolving.end());
+    while (!m_unresolved.isEmpty() && m_resolving.size() < maxResolving)
+        m_resolving.append(call(QStringLiteral("ResolveService"), m_unresolved.takeFirst()));
 }
 
 } // namespace
