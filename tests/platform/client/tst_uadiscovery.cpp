@@ -8,6 +8,7 @@
 #include <QtNetwork/QTcpSocket>
 #include <QtTest/QtTest>
 
+#include <limits>
 #include <memory>
 #ifdef __GLIBC__
 #include <malloc.h>
@@ -187,6 +188,7 @@ class TestUaDiscovery : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase();
     void init() { failOnWarnings(); }
     void goodServer();
     void answerInChunks();
@@ -204,11 +206,19 @@ private Q_SLOTS:
     void cleanupTestCase();
 
 private:
-    qint64 m_longest = 0;
-    QByteArray m_longestName;
+    qint64 m_latest = std::numeric_limits<qint64>::min(); // ms
+    QByteArray m_latestName;
     long m_largest = 0;
     QByteArray m_largestName;
 };
+
+void TestUaDiscovery::initTestCase()
+{
+#ifdef __GLIBC__
+    // Large blocks go back to the system when they are freed, and show up when they are taken.
+    mallopt(M_MMAP_THRESHOLD, 128 * 1024);
+#endif
+}
 
 void TestUaDiscovery::goodServer()
 {
@@ -608,7 +618,7 @@ void TestUaDiscovery::hostileServer_data()
     QTest::newRow("long texts") << answering([](const Message& request) {
         const QByteArray text(1 << 20, 'x');
         return answerHead(request) + word(100) + (word(1 << 20) + text).repeated(15);
-    }) << anyBad;
+    }) << OpcUa_BadDecodingError;
     QTest::newRow("deep diagnostics") << answering([](const Message& request) {
         QByteArray body = answerHead(request).first(4 + 8 + 4 + 4);
         return body + QByteArray(15 << 20, '\x40');
@@ -620,10 +630,12 @@ void TestUaDiscovery::hostileServer()
     QFETCH(HostileServer::Script, script);
     QFETCH(OpcUa_StatusCode, status);
     HostileServer server(script);
+    // Megabytes take a while on a slow machine, and are to end by what is wrong with them.
+    const int callTimeout = status == OpcUa_BadTimeout || status == anyBad ? timeout : 20 * timeout;
 
     Outcome outcome;
     const bool measured = memoryIsMeasurable && memoryGrowth.start();
-    onThread([&] { outcome = getEndpoints(server.url()); });
+    onThread([&] { outcome = getEndpoints(server.url(), callTimeout); });
     const long growth = memoryGrowth.value();
 
     if (status == anyBad)
@@ -631,10 +643,10 @@ void TestUaDiscovery::hostileServer()
     else
         QCOMPARE(name(outcome.status), name(status));
     QCOMPARE(outcome.count, 0u);
-    QVERIFY2(outcome.elapsed <= timeout + grace, QByteArray::number(outcome.elapsed));
-    if (outcome.elapsed > m_longest) {
-        m_longest = outcome.elapsed;
-        m_longestName = QTest::currentDataTag();
+    QVERIFY2(outcome.elapsed <= callTimeout + grace, QByteArray::number(outcome.elapsed));
+    if (outcome.elapsed - callTimeout > m_latest) {
+        m_latest = outcome.elapsed - callTimeout;
+        m_latestName = QTest::currentDataTag();
     }
     if (measured) {
         QVERIFY2(growth < memoryBound, QByteArray::number(qlonglong(growth)));
@@ -723,8 +735,7 @@ void TestUaDiscovery::interruption()
 
 void TestUaDiscovery::cleanupTestCase()
 {
-    qInfo("longest hostile call: %lld ms of %d + %d (%s)", m_longest, timeout, grace,
-          m_longestName.constData());
+    qInfo("latest end: %lld ms after the time-out (%s)", m_latest, m_latestName.constData());
     if (memoryIsMeasurable)
         qInfo("largest growth of memory: %ld KiB (%s)", m_largest, m_largestName.constData());
 }
