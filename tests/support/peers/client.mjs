@@ -1,4 +1,5 @@
-// Prints what node-opcua's client gets from GetEndpoints, or from FindServers: a line of JSON a URL.
+// Prints what node-opcua's client gets from GetEndpoints, or from FindServers: a line of JSON for
+// each URL.
 import { certificateManager, commandLine, pkiFolder } from "./peer.mjs";
 import { OPCUAClient } from "node-opcua-client";
 

@@ -22,7 +22,7 @@ export function commandLine(usage, options, least = 0, most = least) {
     }
 }
 
-/** The options of a server: --port (default: a free one) and --pki (default: a temporary folder). */
+/** The options of a server: --port, by default a free one; --pki, by default a temporary folder. */
 export const serverOptions = { port: { type: "string" }, pki: { type: "string" } };
 
 export async function freePort() {
