@@ -116,6 +116,7 @@ EndpointDetails::EndpointDetails(QWidget* parent) : QWidget(parent)
     auto* form = new QFormLayout(endpoint);
     form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
     m_server = addField(form, tr("Server"), "server");
+    m_server->setPlaceholderText(tr("Select an endpoint in the discovery tree"));
     m_applicationUri = addField(form, tr("Application URI"), "applicationUri");
     m_url = addField(form, tr("Endpoint URL"), "endpointUrl");
     m_policy = addField(form, tr("Security policy"), "securityPolicy");

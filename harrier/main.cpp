@@ -82,7 +82,8 @@ int main(int argc, char** argv)
 
     QCommandLineParser parser;
     parser.setApplicationDescription(tr("Finds OPC UA servers and edits OPC UA values."));
-    const QCommandLineOption help = parser.addHelpOption();
+    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
+                                  tr("Show this help."));
     const QCommandLineOption version = parser.addVersionOption();
     const QCommandLineOption settings(QStringLiteral("settings"),
                                       tr("Keep the settings in <file>."), tr("file"));
@@ -95,7 +96,7 @@ int main(int argc, char** argv)
     const QCommandLineOption rendering(
         QStringLiteral("render"), tr("Draw each page into a PNG file in <folder>."), tr("folder"));
     const QCommandLineOption dark(QStringLiteral("dark"), tr("Use dark colours."));
-    parser.addOptions({settings, timeout, discovery, rendering, dark});
+    parser.addOptions({help, settings, timeout, discovery, rendering, dark});
     parser.addPositionalArgument(QStringLiteral("urls"),
                                  tr("With --discover: URLs to look under, as opc.tcp://host:4840."),
                                  QStringLiteral("[url...]"));
