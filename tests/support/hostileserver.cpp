@@ -14,9 +14,30 @@ constexpr int poll = 5; // ms
 
 } // namespace
 
+void OneTimeEvent::happen()
+{
+    const std::lock_guard lock(m_mutex);
+    m_happened = true;
+    m_condition.notify_all();
+}
+
+void OneTimeEvent::wait()
+{
+    std::unique_lock lock(m_mutex);
+    m_condition.wait(lock, [this] { return m_happened; });
+}
+
+bool OneTimeEvent::waitFor(std::chrono::milliseconds time)
+{
+    // By the system's clock: the other way of waiting is one that thread sanitizers do not know.
+    std::unique_lock lock(m_mutex);
+    return m_condition.wait_until(lock, std::chrono::system_clock::now() + time,
+                                  [this] { return m_happened; });
+}
+
 bool ServerPeer::goesOn()
 {
-    return m_socket.state() == QAbstractSocket::ConnectedState && m_stop.available() == 0;
+    return m_socket.state() == QAbstractSocket::ConnectedState && !m_stop.hasHappened();
 }
 
 std::optional<Message> ServerPeer::receive()
@@ -51,15 +72,13 @@ void ServerPeer::sendSlowly(QByteArrayView bytes, std::chrono::milliseconds perB
 {
     for (qsizetype i = 0; i < bytes.size() && goesOn(); ++i) {
         send(bytes.sliced(i, 1));
-        if (m_stop.tryAcquire(1, int(perByte.count())))
-            m_stop.release();
+        m_stop.waitFor(perByte);
     }
 }
 
 void ServerPeer::stall()
 {
-    m_stop.acquire();
-    m_stop.release();
+    m_stop.wait();
 }
 
 bool ServerPeer::acknowledge()
@@ -110,14 +129,14 @@ OpcUa_UInt32 ServerPeer::requestHandle(const Message& request)
 
 HostileServer::HostileServer(Script script) : m_script(std::move(script))
 {
-    start();
-    m_listening.acquire();
+    m_thread = std::thread([this] { run(); });
+    m_port = m_listening.get_future().get();
 }
 
 HostileServer::~HostileServer()
 {
-    m_stop.release();
-    wait();
+    m_stop.happen();
+    m_thread.join();
 }
 
 QByteArray HostileServer::url() const
@@ -130,9 +149,8 @@ void HostileServer::run()
     QTcpServer server;
     if (!server.listen(QHostAddress::LocalHost))
         qFatal("no port to listen on");
-    m_port = server.serverPort();
-    m_listening.release();
-    while (m_stop.available() == 0) {
+    m_listening.set_value(server.serverPort());
+    while (!m_stop.hasHappened()) {
         if (!server.waitForNewConnection(poll))
             continue;
         const std::unique_ptr<QTcpSocket> socket(server.nextPendingConnection());

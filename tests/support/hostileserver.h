@@ -2,20 +2,38 @@
 
 #include "platform/client/messagechunks_p.h"
 
-#include <QtCore/QSemaphore>
-#include <QtCore/QThread>
-
 #include <chrono>
+#include <condition_variable>
 #include <functional>
+#include <future>
+#include <mutex>
+#include <thread>
 
 class QTcpSocket;
+
+/// Something that happens once, for any number of threads that wait. Of the standard library, so
+/// that a thread sanitizer sees it.
+class OneTimeEvent
+{
+public:
+    void happen();
+    void wait();
+    /// Whether it has happened when the time is over.
+    bool waitFor(std::chrono::milliseconds time);
+    bool hasHappened() { return waitFor({}); }
+
+private:
+    std::mutex m_mutex;
+    std::condition_variable m_condition;
+    bool m_happened = false;
+};
 
 /// The server's end of one connection, in the hands of a script. Every operation returns at once
 /// when the client is gone or the server is to stop.
 class ServerPeer
 {
 public:
-    ServerPeer(QTcpSocket& socket, QSemaphore& stop) : m_socket(socket), m_stop(stop) {}
+    ServerPeer(QTcpSocket& socket, OneTimeEvent& stop) : m_socket(socket), m_stop(stop) {}
 
     /// The next message of the client.
     std::optional<UaWire::Message> receive();
@@ -49,31 +67,32 @@ public:
 
 private:
     QTcpSocket& m_socket;
-    QSemaphore& m_stop;
+    OneTimeEvent& m_stop;
     UaWire::MessageReader m_reader;
 };
 
 /// A server on the loopback interface that treats each client, one after the other, as its script
 /// says, and closes the connection after that.
-class HostileServer : public QThread
+class HostileServer
 {
-    Q_OBJECT
-
 public:
     using Script = std::function<void(ServerPeer&)>;
 
     /// Listens when it returns. The script runs on a thread of the server.
     explicit HostileServer(Script script);
-    ~HostileServer() override;
+    ~HostileServer();
+    HostileServer(const HostileServer&) = delete;
+    HostileServer& operator=(const HostileServer&) = delete;
 
     /// With a path that the server does not look at.
     QByteArray url() const;
 
 private:
-    void run() override;
+    void run();
 
     Script m_script;
-    QSemaphore m_stop;
-    QSemaphore m_listening;
+    OneTimeEvent m_stop;
+    std::promise<quint16> m_listening;
+    std::thread m_thread;
     quint16 m_port = 0;
 };

@@ -10,6 +10,7 @@
 
 #include <limits>
 #include <memory>
+#include <thread>
 #ifdef __GLIBC__
 #include <malloc.h>
 #endif
@@ -96,9 +97,7 @@ Outcome getEndpoints(const QByteArray& url, int callTimeout = timeout)
 template <class Function>
 void onThread(Function function)
 {
-    const std::unique_ptr<QThread> thread(QThread::create(function));
-    thread->start();
-    thread->wait();
+    std::thread(function).join();
 }
 
 QByteArray name(UaStatus status)
@@ -730,10 +729,10 @@ void TestUaDiscovery::badArguments()
 void TestUaDiscovery::interruption()
 {
     for (const Stage& stage : stages) {
-        QSemaphore reached;
+        OneTimeEvent reached;
         HostileServer server([&](ServerPeer& peer) {
             if (stage.reach(peer)) {
-                reached.release();
+                reached.happen();
                 peer.stall();
             }
         });
@@ -741,7 +740,7 @@ void TestUaDiscovery::interruption()
         const std::unique_ptr<QThread> thread(
             QThread::create([&] { outcome = getEndpoints(server.url(), 60000); }));
         thread->start();
-        QVERIFY(reached.tryAcquire(1, 10000));
+        QVERIFY(reached.waitFor(std::chrono::seconds(10)));
         QElapsedTimer timer;
         timer.start();
         thread->requestInterruption();
