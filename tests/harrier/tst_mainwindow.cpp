@@ -22,6 +22,32 @@ class MainWindowTest : public QObject
 private Q_SLOTS:
     void init() { failOnWarnings(); }
 
+    // This program links the library without harrier's own resources.
+    void imagesOfTheLibrary_data()
+    {
+        QTest::addColumn<bool>("held");
+        for (const char* name :
+             {"view", "server", "network", "domain", "encrypted", "unencrypted", "comDaServer",
+              "comAeServer", "rebrowse", "clearlog", "settingsconfigure"})
+            QTest::addRow(":/kestrel/images/%s.png", name) << true;
+        // Left to the host.
+        QTest::newRow(":/kestrel/images/closetab.png") << false;
+        for (const char* name : {"globe", "clock", "sandglass", "serveradd"})
+            QTest::addRow(":/images/%s.png", name) << false;
+    }
+    void imagesOfTheLibrary()
+    {
+        QFETCH(bool, held);
+        SettingsStore store;
+        Host host(store, 100);
+        const MainWindow window(host); // whose trees use them
+        const QString path = QString::fromLatin1(QTest::currentDataTag());
+        const QImage image(path);
+        QCOMPARE(!image.isNull(), held);
+        if (held) // for screens of twice the density
+            QCOMPARE(QImage(QString(path).replace(".png", "@2x.png")).size(), 2 * image.size());
+    }
+
     void usedEndpointIsKept()
     {
         SettingsStore store;
