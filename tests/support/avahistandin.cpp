@@ -110,8 +110,10 @@ private:
         if (!m_script.early)
             bus.send(reply);
         announce(path, message.service(), bus);
-        if (m_script.early)
+        if (m_script.early) {
+            QThread::msleep(100); // so that the client sees the signals by themselves
             bus.send(reply);
+        }
     }
 
     void announce(const QString& path, const QString& client, const QDBusConnection& bus)

@@ -41,8 +41,8 @@ public:
     /// not needed on Linux: any name gives all computers.
     ///
     /// Good, with no results where nothing announces. When the time is up: Good with what there is,
-    /// BadTimeout if the daemon has told nothing. BadConnectionRejected where there is no bus or no
-    /// daemon to ask, BadCommunicationError where the daemon fails, BadShutdown when the thread is
-    /// interrupted, BadNotSupported on other systems; then there are no results.
+    /// BadTimeout if the bus or the daemon has told nothing. BadConnectionRejected where there is
+    /// no bus or no daemon to ask, BadCommunicationError where the daemon fails, BadShutdown when
+    /// the thread is interrupted, BadNotSupported on other systems; then there are no results.
     UaStatus browse(const UaString& name, QList<UaNetworkBrowseResult>& results);
 };

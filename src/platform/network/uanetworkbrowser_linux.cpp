@@ -6,6 +6,7 @@
 #include <QtCore/QDeadlineTimer>
 #include <QtCore/QMap>
 #include <QtCore/QObject>
+#include <QtCore/QScopeGuard>
 #include <QtCore/QSet>
 #include <QtCore/QThread>
 #include <QtDBus/QDBusConnection>
@@ -15,6 +16,11 @@
 
 #include <algorithm>
 #include <atomic>
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 namespace {
 
@@ -43,12 +49,57 @@ bool isHostName(const QString& name)
            });
 }
 
-/// A connection to the system bus that is this object's own: closing it ends all that the daemon
+bool isInterrupted()
+{
+    return QThread::currentThread()->isInterruptionRequested();
+}
+
+/// The environment is asked each time; libdbus would remember what it was at first.
+QString busAddress()
+{
+    return qEnvironmentVariable("DBUS_SYSTEM_BUS_ADDRESS",
+                                QStringLiteral("unix:path=/var/run/dbus/system_bus_socket"));
+}
+
+/// Whether a bus answers at `address`. libdbus waits without limit for one that is there but
+/// silent, so it is asked for its authentication mechanisms first. Addresses of another form than
+/// that of a system bus count as answering.
+UaStatus greetBus(const QString& address, const QDeadlineTimer& deadline)
+{
+    const QLatin1String prefix("unix:path=");
+    const QByteArray path = QByteArray::fromPercentEncoding(
+        address.mid(prefix.size()).section(u',', 0, 0).section(u';', 0, 0).toUtf8());
+    sockaddr_un peer = {};
+    peer.sun_family = AF_UNIX;
+    if (!address.startsWith(prefix) || std::size_t(path.size()) >= sizeof(peer.sun_path))
+        return OpcUa_Good;
+    std::copy(path.begin(), path.end(), peer.sun_path);
+
+    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    const auto closer = qScopeGuard([fd] { close(fd); });
+    const QByteArray greeting("\0AUTH\r\n", 7);
+    if (connect(fd, reinterpret_cast<const sockaddr*>(&peer), sizeof(peer)) != 0 ||
+        send(fd, greeting.constData(), greeting.size(), MSG_NOSIGNAL) != greeting.size())
+        return OpcUa_BadConnectionRejected;
+    pollfd answer = {fd, POLLIN, 0};
+    while (poll(&answer, 1, pollInterval) <= 0) {
+        if (isInterrupted())
+            return OpcUa_BadShutdown;
+        if (deadline.hasExpired())
+            return OpcUa_BadTimeout;
+    }
+    return OpcUa_Good;
+}
+
+/// A connection to a bus that is this object's own: closing it ends all that the daemon
 /// does for it.
 class PrivateBus
 {
 public:
-    PrivateBus() : m_name(uniqueName()), m_bus(QDBusConnection::connectToBus(address(), m_name)) {}
+    explicit PrivateBus(const QString& address)
+        : m_name(uniqueName()), m_bus(QDBusConnection::connectToBus(address, m_name))
+    {
+    }
     ~PrivateBus() { QDBusConnection::disconnectFromBus(m_name); }
     PrivateBus(const PrivateBus&) = delete;
     PrivateBus& operator=(const PrivateBus&) = delete;
@@ -59,12 +110,6 @@ private:
     {
         static std::atomic<quint64> count = 0;
         return QStringLiteral("kestrel-network-browser-%1").arg(++count);
-    }
-    /// The environment is asked each time; libdbus would remember what it was at first.
-    static QString address()
-    {
-        return qEnvironmentVariable("DBUS_SYSTEM_BUS_ADDRESS",
-                                    QStringLiteral("unix:path=/var/run/dbus/system_bus_socket"));
     }
 
     const QString m_name;
@@ -79,7 +124,7 @@ class Inquiry : public QObject
 public:
     explicit Inquiry(const QDBusConnection& bus) : m_bus(bus) {}
 
-    UaStatus run();
+    UaStatus run(const QDeadlineTimer& deadline);
     QList<UaNetworkBrowseResult> results() const;
 
 private Q_SLOTS:
@@ -103,9 +148,8 @@ private:
     bool m_failed = false;
 };
 
-UaStatus Inquiry::run()
+UaStatus Inquiry::run(const QDeadlineTimer& deadline)
 {
-    const QDeadlineTimer deadline(UaNetworkBrowser::browseTimeout);
     // The daemon may announce before it answers the call, so its signals are subscribed first.
     for (const char* signal : {"ItemNew", "AllForNow", "Failure"})
         m_bus.connect(avahi(), {}, avahi(".ServiceBrowser"), QLatin1String(signal), this,
@@ -115,7 +159,7 @@ UaStatus Inquiry::run()
              {anyInterface, anyProtocol, QStringLiteral("_opcua-tcp._tcp"), QString(), 0u});
 
     while (!deadline.hasExpired()) {
-        if (QThread::currentThread()->isInterruptionRequested())
+        if (isInterrupted())
             return OpcUa_BadShutdown;
         QCoreApplication::sendPostedEvents(this);
         if (m_browser.isEmpty() && created.isFinished()) {
@@ -222,11 +266,16 @@ void Inquiry::takeHosts()
 UaStatus UaNetworkBrowser::browse(const UaString&, QList<UaNetworkBrowseResult>& results)
 {
     results.clear();
-    const PrivateBus bus;
+    const QDeadlineTimer deadline(browseTimeout);
+    const QString address = busAddress();
+    const UaStatus greeting = greetBus(address, deadline);
+    if (greeting.isBad())
+        return greeting;
+    const PrivateBus bus(address);
     if (!bus.bus().isConnected())
         return OpcUa_BadConnectionRejected;
     Inquiry inquiry(bus.bus());
-    const UaStatus status = inquiry.run();
+    const UaStatus status = inquiry.run(deadline);
     if (status.isGood())
         results = inquiry.results();
     return status;

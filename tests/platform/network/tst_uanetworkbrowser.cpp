@@ -4,6 +4,7 @@
 #include "support/warnings.h"
 
 #include <QtCore/QThread>
+#include <QtNetwork/QLocalServer>
 
 #include <memory>
 
@@ -165,13 +166,46 @@ private Q_SLOTS:
         QCOMPARE(answer.hosts, QStringList());
     }
 
+    void noBus_data()
+    {
+        QTest::addColumn<QString>("address");
+        QTest::newRow("no socket") << "unix:path=/nonexistent/bus";
+        QTest::newRow("other transport") << "tcp:host=127.0.0.1,port=1";
+        QTest::newRow("no address") << "nonsense";
+        QTest::newRow("a long one") << QString("unix:path=/").leftJustified(5000, 'x');
+    }
     void noBus()
     {
-        qputenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/bus");
+        QFETCH(QString, address);
+        qputenv("DBUS_SYSTEM_BUS_ADDRESS", address.toUtf8());
         const Answer answer = BrowseThread().answer();
         qputenv("DBUS_SYSTEM_BUS_ADDRESS", m_bus->address().toUtf8());
         QCOMPARE(answer.status.code(), OpcUa_BadConnectionRejected);
         QCOMPARE(answer.hosts, QStringList());
+    }
+
+    /// Something listens there but never says a word.
+    void silentBus_data()
+    {
+        QTest::addColumn<bool>("interrupted");
+        QTest::addColumn<uint>("status");
+        QTest::newRow("until the time is up") << false << OpcUa_BadTimeout;
+        QTest::newRow("until the interruption") << true << OpcUa_BadShutdown;
+    }
+    void silentBus()
+    {
+        QFETCH(bool, interrupted);
+        QFETCH(uint, status);
+        const QTemporaryDir dir;
+        QLocalServer silent;
+        QVERIFY(silent.listen(dir.filePath("bus")));
+        qputenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=" + silent.fullServerName().toUtf8());
+        BrowseThread thread;
+        if (interrupted)
+            thread.interrupt();
+        const Answer answer = thread.answer();
+        qputenv("DBUS_SYSTEM_BUS_ADDRESS", m_bus->address().toUtf8());
+        QCOMPARE(answer.status.code(), status);
     }
 
     /// The daemon leaves something open for ever; the time limit ends it.
