@@ -3,6 +3,7 @@
 #include "discoverycbinterface.h"
 #include "discoveryjob.h"
 #include "discoverylimits_p.h"
+#include "images/images_p.h"
 #include "platform/network/uanetworkbrowser.h"
 #include "platform/threads/uathreadpool.h"
 #include "showntext_p.h"
@@ -97,6 +98,7 @@ QvelDiscoveryModel::QvelDiscoveryModel(QvelDiscoveryWidget::OpcType opcType,
     : QAbstractItemModel(parent),
       d(std::make_unique<Private>(opcType, callback, timeout, sessionName))
 {
+    initKestrelImages();
     qRegisterMetaType<QList<QvelDiscoveryNode*>>("QList<QvelDiscoveryNode*>");
     d->root = new QvelDiscoveryNode(QString(), this);
     const bool known = opcType == QvelDiscoveryWidget::OpcUa ||
