@@ -24,12 +24,17 @@ public:
     QvelDiscoverySetting& operator=(const QvelDiscoverySetting& other);
     ~QvelDiscoverySetting();
 
+    /// All fields, the password and the wish to store it among them. Texts compare with their case;
+    /// an absent text of the description equals an empty one.
     bool operator==(const QvelDiscoverySetting& other) const;
     bool operator!=(const QvelDiscoverySetting& other) const { return !(*this == other); }
 
-    /// The description itself; valid until this record changes.
+    /// The description itself; valid until this record changes. A description that was read from a
+    /// settings store may have an array with a count, negative or too large, but without entries:
+    /// its pointer is null.
     const OpcUa_EndpointDescription* endpointDescription() const { return &m_endpoint; }
-    /// Takes a deep copy and names the record "server - policy - mode".
+    /// Takes a deep copy and names the record "server - policy - mode". Null stands for an empty
+    /// description.
     void setEndpointDescription(const OpcUa_EndpointDescription* description);
     /// "policy - mode", such as "Basic256 - Sign & Encrypt".
     QString shortName() const;
@@ -65,16 +70,24 @@ public:
     QString privateKeyFile() const { return m_privateKeyFile; }
     void setPrivateKeyFile(const QString& file) { m_privateKeyFile = file; }
 
-    /// Writes the record into the group `name`, in which "/" is written as "%2F".
+    /// Writes the record into the group `name`, in which "/" is written as "%2F". Keys that the
+    /// group holds already are overwritten or stay.
     void storeSettings(QSettings& settings, const QString& name) const;
     /// Reads the group `name`, exactly as given. A group without a display name gives its own.
+    /// Whatever is absent or of another type is empty or zero; an array of more than 1000 entries
+    /// is not read.
     static QvelDiscoverySetting fromSetting(QSettings& settings, const QString& name);
     /// Writes the record under keys that begin with `prefix`; the caller opens and closes `handle`.
     void storeSettings(QvelDiscoveryCBInterface* cb, void* handle, const QString& prefix) const;
+    /// Reads the keys that begin with `prefix`, with the bounds of the other form.
     static QvelDiscoverySetting fromSetting(QvelDiscoveryCBInterface* cb, void* handle,
                                             const QString& prefix);
 
 private:
+    template <class Store, class Record>
+    static void visitSettings(Store& store, Record& record);
+    static QString securityModeToString(OpcUa_MessageSecurityMode mode);
+
     OpcUa_EndpointDescription m_endpoint;
     QString m_displayName;
     OpcUa_UserTokenType m_userTokenType = OpcUa_UserTokenType_Anonymous;

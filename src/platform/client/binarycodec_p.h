@@ -114,7 +114,7 @@ struct DecoderLimits
 {
     OpcUa_Int32 stringLength = 1 << 20; ///< bytes of a String or ByteString
     OpcUa_Int32 arrayLength = 1 << 16;  ///< elements
-    int nestingDepth = 100;             ///< of DiagnosticInfo (OPC 10000-6, 5.1.8 asks for 100)
+    int nestingDepth = 100;             ///< of DiagnosticInfo (OPC 10000-6, 5.2.2.12 asks for 100)
     std::size_t memory = 24u << 20;     ///< bytes that all decoded values may take together
 };
 

@@ -27,12 +27,22 @@ private:
 /// Finds the computers of the local network that announce OPC UA servers.
 ///
 /// On Linux: every host that announces `_opcua-tcp._tcp` by DNS-SD (OPC 10000-12, annex C), asked
-/// of the Avahi daemon over the system D-Bus. Stateless; any thread, several at a time.
+/// of the Avahi daemon over the system D-Bus. Stateless; any thread, several at a time; no event
+/// loop needed and none run.
 class KESTREL_EXPORT UaNetworkBrowser
 {
 public:
-    /// Blocks for a few seconds at most, and ends early when its thread is interrupted.
-    /// Good, with no results where nothing announces; Bad, with no results, where there is no
-    /// daemon to ask. The name of a network is not needed on Linux: any name gives all computers.
+    /// Milliseconds that browse() may take.
+    static constexpr int browseTimeout = 5000;
+    /// Services that are looked at; what is announced beyond that is left.
+    static constexpr int maxServices = 500;
+
+    /// Replaces `results` by the computers, each once, sorted by name. The name of a network is
+    /// not needed on Linux: any name gives all computers.
+    ///
+    /// Good, with no results where nothing announces. When the time is up: Good with what there is,
+    /// BadTimeout if the bus or the daemon has told nothing. BadConnectionRejected where there is
+    /// no bus or no daemon to ask, BadCommunicationError where the daemon fails, BadShutdown when
+    /// the thread is interrupted, BadNotSupported on other systems; then there are no results.
     UaStatus browse(const UaString& name, QList<UaNetworkBrowseResult>& results);
 };

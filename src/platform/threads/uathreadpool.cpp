@@ -1,13 +1,13 @@
 #include "uathreadpool.h"
 
 #include <QtCore/QDebug>
-#include <QtCore/QMutex>
 #include <QtCore/QThread>
-#include <QtCore/QWaitCondition>
 
 #include <algorithm>
+#include <condition_variable>
 #include <deque>
 #include <exception>
+#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -54,8 +54,8 @@ private:
 
     const int m_max;
     const int m_min;
-    QMutex m_mutex; // guards all that follows
-    QWaitCondition m_jobAdded;
+    std::mutex m_mutex; // guards all that follows
+    std::condition_variable m_jobAdded;
     std::deque<Job> m_queue;
     std::vector<Thread> m_threads; // that take jobs
     std::vector<Thread> m_ended;   // that take no more, yet to be joined
@@ -67,14 +67,14 @@ void UaThreadPool::Private::add(Job job)
 {
     std::vector<Thread> ended;
     {
-        const QMutexLocker lock(&m_mutex);
+        const std::lock_guard<std::mutex> lock(m_mutex);
         if (m_closing)
             return; // `job` goes after the lock does, as its destructor may do anything
         m_queue.push_back(std::move(job));
         if (m_queue.size() > std::size_t(m_idle) && m_threads.size() < std::size_t(m_max))
             startThread();
         else
-            m_jobAdded.wakeOne();
+            m_jobAdded.notify_one();
         ended.swap(m_ended);
     }
     join(ended);
@@ -92,7 +92,7 @@ void UaThreadPool::Private::startThread()
 
 void UaThreadPool::Private::work()
 {
-    QMutexLocker lock(&m_mutex);
+    std::unique_lock<std::mutex> lock(m_mutex);
     while (!m_closing) {
         if (!m_queue.empty()) {
             Job job = std::move(m_queue.front());
@@ -100,7 +100,7 @@ void UaThreadPool::Private::work()
             lock.unlock();
             executeGuarded(*job);
             job.reset();
-            lock.relock();
+            lock.lock();
         } else if (m_threads.size() > std::size_t(m_min)) {
             const auto self =
                 std::find_if(m_threads.begin(), m_threads.end(), [](const Thread& thread) {
@@ -111,7 +111,7 @@ void UaThreadPool::Private::work()
             return;
         } else {
             ++m_idle;
-            m_jobAdded.wait(&m_mutex);
+            m_jobAdded.wait(lock);
             --m_idle;
         }
     }
@@ -123,14 +123,14 @@ void UaThreadPool::Private::close()
     std::vector<Thread> threads;
     std::vector<Thread> ended;
     {
-        const QMutexLocker lock(&m_mutex);
+        const std::lock_guard<std::mutex> lock(m_mutex);
         m_closing = true;
         dropped.swap(m_queue);
         threads.swap(m_threads);
         ended.swap(m_ended);
         for (const Thread& thread : threads)
             thread->requestInterruption();
-        m_jobAdded.wakeAll();
+        m_jobAdded.notify_all();
     }
     dropped.clear();
     join(threads);

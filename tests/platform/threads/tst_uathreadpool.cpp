@@ -8,6 +8,7 @@
 
 #include <atomic>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <stdexcept>
 
@@ -111,9 +112,9 @@ private Q_SLOTS:
                     self, &QThread::finished, self, [&ended] { ++ended; }, Qt::DirectConnection);
             }
         };
-        UaThreadPool pool(2, 6);
+        auto pool = std::make_unique<UaThreadPool>(2, 6);
         for (int i = 0; i < 6; ++i)
-            pool.addJob(new Job(fate, [&] {
+            pool->addJob(new Job(fate, [&] {
                 work();
                 gate.acquire();
             }));
@@ -123,11 +124,14 @@ private Q_SLOTS:
         QCOMPARE(used.size(), 6);
 
         for (int i = 0; i < 20; ++i) { // one at a time: an idle thread takes each
-            pool.addJob(new Job(fate, work));
+            pool->addJob(new Job(fate, work));
             QTRY_COMPARE(fate.deleted, 7 + i);
         }
         QCOMPARE(used.size(), 6);
         QCOMPARE(ended, 4);
+
+        pool.reset();
+        QCOMPARE(ended, 6);
     }
 
     void destructionDropsTheQueueAndInterrupts()

@@ -1,10 +1,10 @@
-// Prints as JSON what node-opcua's client gets from GetEndpoints, or from FindServers.
+// Prints what node-opcua's client gets from GetEndpoints, or from FindServers: a line of JSON for
+// each URL.
 import { certificateManager, commandLine, pkiFolder } from "./peer.mjs";
 import { OPCUAClient } from "node-opcua-client";
 
-const { values, positionals } = commandLine(
-    "client.mjs [--find-servers] URL", { "find-servers": { type: "boolean" } }, 1);
-const [url] = positionals;
+const { values, positionals: urls } = commandLine(
+    "client.mjs [--find-servers] URL...", { "find-servers": { type: "boolean" } }, 1, Infinity);
 
 function application(description) {
     return {
@@ -40,15 +40,18 @@ function endpoint(description) {
     };
 }
 
-const client = OPCUAClient.create({
-    endpointMustExist: false,
-    connectionStrategy: { maxRetry: 0 },
-    clientCertificateManager: await certificateManager(pkiFolder()),
-});
-await client.connect(url);
-const result = values["find-servers"]
-    ? (await client.findServers({ endpointUrl: url })).map(application)
-    : (await client.getEndpoints({ endpointUrl: url })).map(endpoint);
-await client.disconnect();
-process.stdout.write(`${JSON.stringify(result, null, 2)}\n`);
+const clientCertificateManager = await certificateManager(pkiFolder());
+for (const url of urls) {
+    const client = OPCUAClient.create({
+        endpointMustExist: false,
+        connectionStrategy: { maxRetry: 0 },
+        clientCertificateManager,
+    });
+    await client.connect(url);
+    const result = values["find-servers"]
+        ? (await client.findServers({ endpointUrl: url })).map(application)
+        : (await client.getEndpoints({ endpointUrl: url })).map(endpoint);
+    await client.disconnect();
+    process.stdout.write(`${JSON.stringify(result)}\n`);
+}
 process.exit(0);

@@ -1,6 +1,8 @@
 // A discovery server and three servers that register with it. Prints "READY url" once all are
 // registered.
-import { certificateManager, commandLine, freePort, pkiFolder, serve, serverOptions } from "./peer.mjs";
+import {
+    certificateManager, commandLine, freePort, pkiFolder, serve, serverOptions,
+} from "./peer.mjs";
 import { once } from "node:events";
 import path from "node:path";
 import { OPCUADiscoveryServer } from "node-opcua-server-discovery";

@@ -18,9 +18,11 @@ if (Number.parseInt(process.versions.node) < oldestNode)
     fail(`node-opcua needs Node.js ${oldestNode} or later, this is ${process.versions.node}`);
 if (existsSync(stamp) && readFileSync(stamp).equals(lock)) process.exit(0);
 
-const npm = spawnSync("npm", ["ci", "--ignore-scripts", "--no-audit", "--no-fund", "--loglevel=error"],
+const options = ["--ignore-scripts", "--no-audit", "--no-fund", "--loglevel=error"];
+const npm = spawnSync("npm", ["ci", ...options],
                       { cwd: folder, stdio: ["ignore", "inherit", "inherit"] });
 if (npm.error) fail(`npm does not start (${npm.error.message})`);
 if (npm.status !== 0)
-    fail(`"npm ci" in ${folder} failed with exit code ${npm.status}; it needs the npm registry or a filled cache`);
+    fail(`"npm ci" in ${folder} failed with exit code ${npm.status}; ` +
+         "it needs the npm registry or a filled cache");
 writeFileSync(stamp, lock);

@@ -9,11 +9,12 @@ import path from "node:path";
 import { parseArgs } from "node:util";
 import { OPCUACertificateManager } from "node-opcua-certificate-manager";
 
-/** Ends the process with a message when an option is unknown. */
-export function commandLine(usage, options, positionals = 0) {
+/** Ends the process with a message when the options or the number of arguments are wrong. */
+export function commandLine(usage, options, least = 0, most = least) {
     try {
-        const parsed = parseArgs({ options, allowPositionals: positionals > 0 });
-        if (parsed.positionals.length !== positionals) throw new Error("wrong number of arguments");
+        const parsed = parseArgs({ options, allowPositionals: true });
+        const count = parsed.positionals.length;
+        if (count < least || count > most) throw new Error("wrong number of arguments");
         return parsed;
     } catch (error) {
         process.stderr.write(`${error.message}\nusage: node ${usage}\n`);
@@ -21,7 +22,7 @@ export function commandLine(usage, options, positionals = 0) {
     }
 }
 
-/** The options of a server: --port (default: a free one) and --pki (default: a temporary folder). */
+/** The options of a server: --port, by default a free one; --pki, by default a temporary folder. */
 export const serverOptions = { port: { type: "string" }, pki: { type: "string" } };
 
 export async function freePort() {

@@ -1,5 +1,7 @@
 // An OPC UA server with node-opcua's seven default endpoints. Prints "READY url".
-import { certificateManager, commandLine, freePort, pkiFolder, serve, serverOptions } from "./peer.mjs";
+import {
+    certificateManager, commandLine, freePort, pkiFolder, serve, serverOptions,
+} from "./peer.mjs";
 import { plantServer } from "./plantserver.mjs";
 
 const { values } = commandLine("server.mjs [--port N] [--pki FOLDER]", serverOptions);

@@ -1,0 +1,204 @@
+#include "endpointdetails.h"
+
+#include "outputfield.h"
+#include "plainline.h"
+
+#include <Kestrel/QvelDiscoverySetting>
+
+#include <QtCore/QCryptographicHash>
+#include <QtCore/QDateTime>
+#include <QtNetwork/QSslCertificate>
+#include <QtWidgets/QFormLayout>
+#include <QtWidgets/QGroupBox>
+#include <QtWidgets/QPlainTextEdit>
+#include <QtWidgets/QPushButton>
+#include <QtWidgets/QScrollArea>
+#include <QtWidgets/QVBoxLayout>
+
+namespace {
+
+constexpr int MaxText = 1000; // characters of a token's texts
+constexpr int MaxTokens = 100;
+
+QString text(const OpcUa_String& value)
+{
+    return QString::fromUtf8(OpcUa_String_GetRawString(&value));
+}
+
+OutputField* addField(QFormLayout* form, const QString& label, const char* name)
+{
+    auto* field = new OutputField(label);
+    field->setObjectName(QLatin1String(name));
+    form->addRow(label + QLatin1Char(':'), field);
+    return field;
+}
+
+QString tokenTypeName(OpcUa_UserTokenType type)
+{
+    switch (type) {
+    case OpcUa_UserTokenType_Anonymous:
+        return EndpointDetails::tr("Anonymous");
+    case OpcUa_UserTokenType_UserName:
+        return EndpointDetails::tr("User name and password");
+    case OpcUa_UserTokenType_Certificate:
+        return EndpointDetails::tr("Certificate");
+    case OpcUa_UserTokenType_IssuedToken:
+        return EndpointDetails::tr("Issued token");
+    }
+    return EndpointDetails::tr("Unknown token type %1").arg(quint32(type));
+}
+
+QString modeName(OpcUa_MessageSecurityMode mode)
+{
+    switch (mode) {
+    case OpcUa_MessageSecurityMode_Invalid:
+        return EndpointDetails::tr("Invalid");
+    case OpcUa_MessageSecurityMode_None:
+        return EndpointDetails::tr("None");
+    case OpcUa_MessageSecurityMode_Sign:
+        return EndpointDetails::tr("Sign");
+    case OpcUa_MessageSecurityMode_SignAndEncrypt:
+        return EndpointDetails::tr("Sign and encrypt");
+    }
+    return EndpointDetails::tr("Unknown mode %1").arg(quint32(mode));
+}
+
+QString tokenLines(const OpcUa_EndpointDescription& endpoint)
+{
+    QStringList lines;
+    for (int i = 0; i < endpoint.NoOfUserIdentityTokens && i < MaxTokens; ++i) {
+        const OpcUa_UserTokenPolicy& token = endpoint.UserIdentityTokens[i];
+        QString line = tokenTypeName(token.TokenType);
+        for (const OpcUa_String* part : {&token.PolicyId, &token.SecurityPolicyUri,
+                                         &token.IssuedTokenType, &token.IssuerEndpointUrl}) {
+            if (!text(*part).isEmpty())
+                line += QStringLiteral(" \u2013 ") + plainLine(text(*part), MaxText);
+        }
+        lines.append(line);
+    }
+    if (endpoint.NoOfUserIdentityTokens > MaxTokens)
+        lines.append(
+            EndpointDetails::tr("More: %1").arg(endpoint.NoOfUserIdentityTokens - MaxTokens));
+    return lines.join(QLatin1Char('\n'));
+}
+
+/// As in "CN=Pump server, O=Plant".
+template <class Info>
+QString distinguishedName(const QList<QByteArray>& attributes, Info info)
+{
+    QStringList parts;
+    for (const QByteArray& attribute : attributes)
+        parts.append(QString::fromUtf8(attribute) + QLatin1Char('=') +
+                     info(attribute).join(QLatin1Char('+')));
+    return parts.join(QStringLiteral(", "));
+}
+
+QString validity(const QSslCertificate& certificate)
+{
+    const QString format = QStringLiteral("yyyy-MM-dd HH:mm");
+    const QDateTime from = certificate.effectiveDate().toUTC();
+    const QDateTime to = certificate.expiryDate().toUTC();
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    const QString span =
+        EndpointDetails::tr("%1 to %2 UTC").arg(from.toString(format), to.toString(format));
+    if (now < from)
+        return EndpointDetails::tr("Not yet valid: %1").arg(span);
+    if (now > to)
+        return EndpointDetails::tr("Expired: %1").arg(span);
+    return span;
+}
+
+} // namespace
+
+EndpointDetails::EndpointDetails(QWidget* parent) : QWidget(parent)
+{
+    auto* endpoint = new QGroupBox(tr("Endpoint"));
+    auto* form = new QFormLayout(endpoint);
+    form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
+    m_server = addField(form, tr("Server"), "server");
+    m_server->setPlaceholderText(tr("Select an endpoint in the discovery tree"));
+    m_applicationUri = addField(form, tr("Application URI"), "applicationUri");
+    m_url = addField(form, tr("Endpoint URL"), "endpointUrl");
+    m_policy = addField(form, tr("Security policy"), "securityPolicy");
+    m_mode = addField(form, tr("Security mode"), "securityMode");
+    m_level = addField(form, tr("Security level"), "securityLevel");
+    m_transport = addField(form, tr("Transport profile"), "transportProfile");
+    m_tokens = new QPlainTextEdit;
+    m_tokens->setReadOnly(true);
+    m_tokens->setTabChangesFocus(true);
+    m_tokens->setObjectName(QStringLiteral("tokens"));
+    m_tokens->setAccessibleName(tr("User identity tokens"));
+    m_tokens->setFixedHeight(5 * fontMetrics().height());
+    form->addRow(tr("User identity tokens") + QLatin1Char(':'), m_tokens);
+
+    auto* certificate = new QGroupBox(tr("Server certificate"));
+    form = new QFormLayout(certificate);
+    form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
+    m_subject = addField(form, tr("Subject"), "subject");
+    m_issuer = addField(form, tr("Issuer"), "issuer");
+    m_validity = addField(form, tr("Validity"), "validity");
+    m_thumbprint = addField(form, tr("Thumbprint (SHA-1)"), "thumbprint");
+
+    auto* fields = new QWidget;
+    auto* layout = new QVBoxLayout(fields);
+    layout->addWidget(endpoint);
+    layout->addWidget(certificate);
+    layout->addStretch();
+    auto* scroll = new QScrollArea;
+    scroll->setWidgetResizable(true);
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setFocusPolicy(Qt::NoFocus);
+    scroll->setWidget(fields);
+    scroll->viewport()->setAutoFillBackground(false);
+    fields->setAutoFillBackground(false);
+
+    m_use = new QPushButton(tr("&Use This Endpoint"));
+    m_use->setObjectName(QStringLiteral("use"));
+    m_use->setToolTip(tr("Files the endpoint under \"Recently Used\""));
+    connect(m_use, &QPushButton::clicked, this, &EndpointDetails::useRequested);
+
+    layout->setContentsMargins({});
+    layout = new QVBoxLayout(this);
+    layout->addWidget(scroll);
+    layout->addWidget(m_use, 0, Qt::AlignRight);
+    m_use->setEnabled(false);
+}
+
+void EndpointDetails::setEndpoint(const QvelDiscoverySetting& endpoint)
+{
+    const bool empty = endpoint == QvelDiscoverySetting();
+    const OpcUa_EndpointDescription& description = *endpoint.endpointDescription();
+    m_server->showText(endpoint.serverName());
+    m_applicationUri->showText(text(description.Server.ApplicationUri));
+    m_url->showText(endpoint.endpointUrl());
+    m_policy->showText(endpoint.securityPolicy());
+    m_mode->showText(empty ? QString() : modeName(endpoint.messageSecurityMode()));
+    m_level->showText(empty ? QString() : QString::number(description.SecurityLevel));
+    m_transport->showText(text(description.TransportProfileUri));
+    m_tokens->setPlainText(tokenLines(description));
+    showCertificate(description.ServerCertificate);
+    m_use->setEnabled(!empty);
+}
+
+void EndpointDetails::showCertificate(const OpcUa_ByteString& der)
+{
+    const QByteArray bytes(reinterpret_cast<const char*>(der.Data), der.Data ? der.Length : 0);
+    // A server may send its whole chain; its own certificate comes first.
+    const QSslCertificate certificate(bytes, QSsl::Der);
+    if (certificate.isNull()) {
+        m_subject->showText(
+            bytes.isEmpty() ? QString() : tr("Not a certificate (bytes: %1)").arg(bytes.size()));
+        for (OutputField* field : {m_issuer, m_validity, m_thumbprint})
+            field->clear();
+        return;
+    }
+    m_subject->showText(
+        distinguishedName(certificate.subjectInfoAttributes(),
+                          [&](const QByteArray& a) { return certificate.subjectInfo(a); }));
+    m_issuer->showText(
+        distinguishedName(certificate.issuerInfoAttributes(),
+                          [&](const QByteArray& a) { return certificate.issuerInfo(a); }));
+    m_validity->showText(validity(certificate));
+    m_thumbprint->showText(
+        QString::fromLatin1(certificate.digest(QCryptographicHash::Sha1).toHex(' ').toUpper()));
+}

@@ -1,0 +1,21 @@
+#include "host.h"
+
+Host::Host(SettingsStore& store, int timeout)
+    : m_store(store), m_editorCallback(store, QStringLiteral("Editors")), m_timeout(timeout)
+{
+    if (!store.error().isEmpty())
+        m_log.appendFailure(store.error());
+}
+
+bool Host::hasEndpoint() const
+{
+    return m_endpoint != QvelDiscoverySetting();
+}
+
+void Host::setEndpoint(const QvelDiscoverySetting& endpoint)
+{
+    // Goes through a copy: the record empties its description when it is assigned to itself.
+    const QvelDiscoverySetting copy(endpoint);
+    m_endpoint = copy;
+    Q_EMIT endpointChanged(m_endpoint);
+}

@@ -1,0 +1,175 @@
+#include "discovercommand.h"
+#include "host.h"
+#include "mainwindow.h"
+#include "plainline.h"
+#include "rendercommand.h"
+
+#include <QtCore/QCommandLineParser>
+#include <QtCore/QFile>
+#include <QtGui/QScreen>
+#include <QtWidgets/QApplication>
+#include <QtWidgets/QMessageBox>
+#include <QtWidgets/QStyleFactory>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+namespace {
+
+constexpr int DefaultTimeoutMs = 5000;
+constexpr int MaxTimeoutMs = 3600 * 1000;
+
+QString tr(const char* text)
+{
+    return QCoreApplication::translate("main", text);
+}
+
+/// Any thread. The text may hold terminal control sequences that a server sent.
+void printError(const QString& text)
+{
+    std::fprintf(stderr, "%s\n", qPrintable(plainLine(text, LogBuffer::MaxLength)));
+}
+
+/// Before there is a QApplication, which ends the program when it finds no display: goes on without
+/// one. False when nobody could see a window.
+bool findDisplay(int argc, char** argv)
+{
+    if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        return true;
+    const bool discovering = std::any_of(argv, argv + argc, [](const char* argument) {
+        return std::strcmp(argument, "--discover") == 0;
+    });
+#if defined(Q_OS_UNIX) && !defined(Q_OS_DARWIN)
+    const bool display =
+        qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
+#else
+    const bool display = true;
+#endif
+    if (discovering || !display)
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    return display;
+}
+
+QPalette darkPalette()
+{
+    QPalette palette(QColor(53, 53, 53), QColor(42, 42, 42));
+    palette.setColor(QPalette::Base, QColor(35, 35, 35));
+    palette.setColor(QPalette::AlternateBase, QColor(45, 45, 45));
+    palette.setColor(QPalette::Highlight, QColor(42, 110, 180));
+    palette.setColor(QPalette::HighlightedText, Qt::white);
+    palette.setColor(QPalette::Link, QColor(110, 170, 240));
+    palette.setColor(QPalette::PlaceholderText, QColor(160, 160, 160));
+    return palette;
+}
+
+int usageError(const QString& text)
+{
+    printError(text);
+    printError(tr("Try 'harrier --help'."));
+    return ExitUsage;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const bool display = findDisplay(argc, argv);
+    QApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("harrier"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(HARRIER_VERSION));
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(tr("Finds OPC UA servers and edits OPC UA values."));
+    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
+                                  tr("Show this help."));
+    const QCommandLineOption version = parser.addVersionOption();
+    const QCommandLineOption settings(QStringLiteral("settings"),
+                                      tr("Keep the settings in <file>."), tr("file"));
+    const QCommandLineOption timeout(QStringLiteral("timeout"),
+                                     tr("Milliseconds that each service call may take."), tr("ms"),
+                                     QString::number(DefaultTimeoutMs));
+    const QCommandLineOption discovery(
+        QStringLiteral("discover"),
+        tr("Print all that is found under the given URLs as JSON, without a window."));
+    const QCommandLineOption rendering(
+        QStringLiteral("render"), tr("Draw each page into a PNG file in <folder>."), tr("folder"));
+    const QCommandLineOption dark(QStringLiteral("dark"), tr("Use dark colours."));
+    parser.addOptions({help, settings, timeout, discovery, rendering, dark});
+    parser.addPositionalArgument(QStringLiteral("urls"),
+                                 tr("With --discover: URLs to look under, as opc.tcp://host:4840."),
+                                 QStringLiteral("[url...]"));
+    if (!parser.parse(QCoreApplication::arguments()))
+        return usageError(parser.errorText());
+    if (parser.isSet(help))
+        parser.showHelp();
+    if (parser.isSet(version))
+        parser.showVersion();
+
+    bool isNumber = false;
+    const int timeoutMs = parser.value(timeout).toInt(&isNumber);
+    if (!isNumber || timeoutMs < 1 || timeoutMs > MaxTimeoutMs)
+        return usageError(tr("--timeout takes a number from 1 to %1").arg(MaxTimeoutMs));
+    const QStringList urls = parser.positionalArguments();
+    const bool discovering = parser.isSet(discovery);
+    if (discovering == urls.isEmpty())
+        return usageError(discovering ? tr("--discover needs a URL")
+                                      : tr("Unexpected argument: %1").arg(urls.first()));
+    if (discovering && parser.isSet(rendering))
+        return usageError(tr("--discover and --render exclude each other"));
+
+    if (!discovering && !parser.isSet(rendering) && !display)
+        return usageError(tr("There is no display; without one, use --discover or --render"));
+
+    // The commands leave the user's own settings alone.
+    std::unique_ptr<SettingsStore> store;
+    if (parser.isSet(settings))
+        store = std::make_unique<SettingsStore>(parser.value(settings));
+    else if (discovering || parser.isSet(rendering))
+        store = std::make_unique<SettingsStore>();
+    else
+        store = std::make_unique<SettingsStore>(SettingsStore::defaultFile());
+
+    int result = ExitFound;
+    if (discovering) {
+        DiscoveryCallback callback(*store, QStringLiteral("Discovery.OpcUa"), printError);
+        QFile out;
+        if (!out.open(stdout, QIODevice::WriteOnly)) {
+            printError(out.errorString());
+            return ExitFailure;
+        }
+        result = discover(urls, timeoutMs, callback, out);
+        if (!out.flush()) {
+            printError(tr("The result cannot be written: %1").arg(out.errorString()));
+            result = ExitFailure;
+        }
+    } else {
+        if (parser.isSet(dark)) {
+            QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+            QApplication::setPalette(darkPalette());
+        }
+        Host host(*store, timeoutMs);
+        MainWindow window(host);
+        if (parser.isSet(rendering)) {
+            QString error;
+            if (!render(window, parser.value(rendering), &error)) {
+                printError(error);
+                result = ExitFailure;
+            }
+        } else {
+            window.resize(window.size().boundedTo(window.screen()->availableSize()));
+            window.show();
+            result = QApplication::exec();
+        }
+    }
+
+    const bool known = !store->error().isEmpty(); // then the log said so
+    QString error;
+    if (!store->save(&error)) {
+        printError(error);
+        if (!known && !discovering && !parser.isSet(rendering))
+            QMessageBox::warning(nullptr, tr("harrier"), error);
+    }
+    return result;
+}

@@ -1,0 +1,109 @@
+#include "nodeidpage.h"
+
+#include "outputfield.h"
+#include "plainline.h"
+
+#include <Kestrel/QvelDialogWidgetNodeId>
+#include <Kestrel/QvelWidgetNodeId>
+
+#include <QtWidgets/QGridLayout>
+#include <QtWidgets/QGroupBox>
+#include <QtWidgets/QLabel>
+#include <QtWidgets/QPlainTextEdit>
+#include <QtWidgets/QPushButton>
+#include <QtWidgets/QVBoxLayout>
+
+namespace {
+
+constexpr int MaxText = 200;
+constexpr int MaxSignals = 200;
+
+QString text(const UaNodeId& nodeId)
+{
+    return plainLine(QString::fromUtf8(nodeId.toFullString().toUtf8()), MaxText);
+}
+
+} // namespace
+
+template <class Editor>
+void NodeIdPage::addRow(QGridLayout* grid, const QString& title, QWidget* shown, Editor* editor)
+{
+    const int row = grid->rowCount();
+    auto* label = new QLabel(title + QLatin1Char(':'));
+    auto* value = new OutputField(tr("%1: value").arg(title));
+    auto* ok = new QLabel;
+    ok->setAccessibleName(tr("%1: validity").arg(title));
+    shown->setAccessibleName(title);
+    grid->addWidget(label, row, 0);
+    grid->addWidget(shown, row, 1);
+    grid->addWidget(value, row, 2);
+    grid->addWidget(ok, row, 3);
+
+    const auto show = [editor, value, ok] {
+        bool valid = false;
+        const UaNodeId nodeId = editor->nodeId(&valid);
+        value->showText(valid ? text(nodeId) : QString(), MaxText);
+        ok->setText(valid ? tr("ok") : tr("not valid"));
+    };
+    show();
+    connect(editor, &Editor::valueChanged, this,
+            [this, title](const UaVariant&) { addSignal(tr("%1: valueChanged").arg(title)); });
+    connect(editor, &Editor::nodeIdChanged, this, [this, title, show](const UaNodeId& nodeId) {
+        addSignal(tr("%1: nodeIdChanged(%2)").arg(title, text(nodeId)));
+        show();
+    });
+}
+
+NodeIdPage::NodeIdPage(QWidget* parent) : QWidget(parent), m_signals(new QPlainTextEdit)
+{
+    auto* normal = new QvelWidgetNodeId;
+    auto* readOnly = new QvelWidgetNodeId(QvelWidgetBase::ReadOnly);
+    auto* frameless = new QvelWidgetNodeId(QvelWidgetBase::HideFrame);
+    auto* dialog = new QvelDialogWidgetNodeId({}, this);
+    auto* open = new QPushButton(tr("Edit in &Dialog..."));
+
+    auto* editors = new QGroupBox(tr("Editors"));
+    auto* grid = new QGridLayout(editors);
+    grid->setColumnStretch(1, 3);
+    grid->setColumnStretch(2, 2);
+    addRow(grid, tr("Inline"), normal, normal);
+    addRow(grid, tr("Read-only copy"), readOnly, readOnly);
+    addRow(grid, tr("Without frame"), frameless, frameless);
+    addRow(grid, tr("Dialog"), open, dialog);
+
+    connect(normal, &QvelWidgetNodeId::nodeIdChanged, this, [normal, readOnly] {
+        bool valid = false;
+        const UaNodeId nodeId = normal->nodeId(&valid);
+        if (valid)
+            readOnly->setNodeId(nodeId);
+    });
+    // The dialog stays open beside the window; cancelled, it goes back to the last accepted value.
+    connect(open, &QPushButton::clicked, dialog, [dialog, open] {
+        dialog->move(open->mapToGlobal(QPoint(0, open->height())));
+        dialog->show();
+        dialog->activateWindow();
+    });
+    connect(dialog, &QDialog::accepted, this,
+            [this, dialog] { m_accepted = dialog->nodeId(nullptr); });
+    connect(dialog, &QDialog::rejected, this, [this, dialog] { dialog->setNodeId(m_accepted); });
+    normal->setNodeId(UaNodeId(UaString("Pump.Speed"), 2));
+
+    m_signals->setReadOnly(true);
+    m_signals->setTabChangesFocus(true);
+    m_signals->setMaximumBlockCount(MaxSignals);
+    m_signals->setObjectName(QStringLiteral("signals"));
+    m_signals->setAccessibleName(tr("Signals"));
+    m_signals->setPlaceholderText(tr("Edit a NodeId to see its signals."));
+    m_signals->clear();
+
+    auto* last = new QGroupBox(tr("Last signals"));
+    (new QVBoxLayout(last))->addWidget(m_signals);
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(editors);
+    layout->addWidget(last);
+}
+
+void NodeIdPage::addSignal(const QString& line)
+{
+    m_signals->appendPlainText(line);
+}

@@ -1,0 +1,32 @@
+#include "pages.h"
+
+#include "endpointdetails.h"
+#include "host.h"
+#include "nodeidpage.h"
+
+namespace {
+
+QWidget* createEndpointDetails(Host& host)
+{
+    auto* details = new EndpointDetails;
+    details->setEndpoint(host.endpoint());
+    QObject::connect(&host, &Host::endpointChanged, details, &EndpointDetails::setEndpoint);
+    QObject::connect(details, &EndpointDetails::useRequested, &host, &Host::useEndpointRequested);
+    return details;
+}
+
+QWidget* createNodeIdPage(Host&)
+{
+    return new NodeIdPage;
+}
+
+} // namespace
+
+const QList<Page>& pages()
+{
+    static const QList<Page> all = {
+        {"endpoint", QT_TRANSLATE_NOOP("Page", "Endpoint"), createEndpointDetails},
+        {"nodeid", QT_TRANSLATE_NOOP("Page", "NodeId"), createNodeIdPage},
+    };
+    return all;
+}

@@ -1,0 +1,214 @@
+#include "discoveryjob.h"
+
+#include "discoverycbinterface.h"
+#include "discoverymodel.h"
+#include "platform/client/uadiscovery.h"
+#include "platform/com/comserverlist_p.h"
+#include "platform/stack/opcuastatuscodes.h"
+#include "showntext_p.h"
+
+#include <QtCore/QThread>
+
+#include <utility>
+
+static const QLatin1String opcTcp("opc.tcp:");
+
+static QString toQString(const OpcUa_String& text)
+{
+    return QString::fromUtf8(OpcUa_String_GetRawString(&text), OpcUa_String_StrSize(&text));
+}
+
+static UaClientSdk::ServiceSettings serviceSettings(int timeout)
+{
+    UaClientSdk::ServiceSettings settings;
+    settings.callTimeout = timeout;
+    return settings;
+}
+
+QvelDiscoveryJob::QvelDiscoveryJob(QvelDiscoveryModel* model, QvelDiscoveryCBInterface* callback,
+                                   const QModelIndex& parent, UaNetworkBrowser* networkBrowser,
+                                   int timeout, const QString& sessionName)
+    : m_model(model), m_callback(callback), m_parent(parent), m_networkBrowser(networkBrowser),
+      m_timeout(timeout), m_sessionName(sessionName)
+{
+    qRegisterMetaType<QList<QvelDiscoveryNode*>>("QList<QvelDiscoveryNode*>");
+    auto* node = static_cast<QvelDiscoveryNode*>(parent.internalPointer());
+    if (!node)
+        return;
+    m_type = node->type();
+    if (m_type == QvelDiscoveryNode::TypeDiscovery)
+        m_target = static_cast<QvelDiscoveryNodeDiscovery*>(node)->discoveryUrl();
+    else if (m_type == QvelDiscoveryNode::TypeServer)
+        m_target = static_cast<QvelDiscoveryNodeServer*>(node)->serverDiscoveryUrl();
+    else
+        m_target = node->displayName();
+}
+
+QvelDiscoveryJob::~QvelDiscoveryJob()
+{
+    qDeleteAll(m_children);
+}
+
+void QvelDiscoveryJob::execute()
+{
+    switch (m_type) {
+    case QvelDiscoveryNode::TypeDiscovery:
+        if (m_model->opcType() != QvelDiscoveryWidget::OpcUa)
+            callEnum(m_target);
+        else if (OpcUa_IsNotGood(callFindServers(m_target)))
+            callGetEndpoints(m_target, true); // the URL may be that of a plain server
+        break;
+    case QvelDiscoveryNode::TypeServer:
+        callGetEndpoints(m_target, false);
+        break;
+    case QvelDiscoveryNode::TypeNetwork:
+        callBrowseNetwork(m_target);
+        break;
+    default:
+        break;
+    }
+    connect(this, &QvelDiscoveryJob::newChildren, m_model, &QvelDiscoveryModel::sltAddChildren,
+            Qt::QueuedConnection);
+    const QList<QvelDiscoveryNode*> children = std::exchange(m_children, {});
+    m_model->fileResult(m_serial, m_parent, children);
+    Q_EMIT newChildren(m_parent, children);
+}
+
+OpcUa_StatusCode QvelDiscoveryJob::callFindServers(const QString& discoveryUrl)
+{
+    if (discoveryUrl.isEmpty())
+        return OpcUa_Bad;
+    UaStackTypeArray<OpcUa_ApplicationDescription> servers;
+    const UaStatus status = UaClientSdk::UaDiscovery().findServers(
+        serviceSettings(m_timeout), UaString(discoveryUrl.toUtf8()),
+        UaClientSdk::SessionSecurityInfo(), servers);
+    if (status.isNotGood()) {
+        m_callback->logMessage(
+            tr("Discovery FindServers on %1 failed (%2)")
+                .arg(shownText(discoveryUrl), QString::fromUtf8(status.toString().bytes())));
+        return status.code();
+    }
+    for (const OpcUa_ApplicationDescription& server : servers) {
+        const QString name = toQString(server.ApplicationName.Text);
+        for (OpcUa_Int32 i = 0; server.DiscoveryUrls && i < server.NoOfDiscoveryUrls; ++i) {
+            const QString url = toQString(server.DiscoveryUrls[i]);
+            const bool add = url.startsWith(opcTcp) &&
+                             server.ApplicationType != OpcUa_ApplicationType_DiscoveryServer;
+            m_callback->logMessage(
+                QString(add ? "Adding Server %1 with URL %2" : "Discarding Server %1 with URL %2")
+                    .arg(shownText(name), shownText(url)));
+            if (add)
+                m_children.append(new QvelDiscoveryNodeServer(name, url, m_model));
+        }
+    }
+    return status.code();
+}
+
+OpcUa_StatusCode QvelDiscoveryJob::callGetEndpoints(const QString& url, bool wrapInServerNode)
+{
+    if (url.isEmpty())
+        return OpcUa_Bad;
+    UaStackTypeArray<OpcUa_EndpointDescription> endpoints;
+    const UaStatus status =
+        UaClientSdk::UaDiscovery().getEndpoints(serviceSettings(m_timeout), UaString(url.toUtf8()),
+                                                UaClientSdk::SessionSecurityInfo(), endpoints);
+    if (status.isNotGood()) {
+        m_callback->logMessage(
+            tr("Discovery GetEndpoints on %1 failed (%2)")
+                .arg(shownText(url), QString::fromUtf8(status.toString().bytes())));
+        return status.code();
+    }
+    for (const OpcUa_EndpointDescription& endpoint : endpoints) {
+        const QString endpointUrl = toQString(endpoint.EndpointUrl);
+        const bool add = endpointUrl.startsWith(opcTcp);
+        m_callback->logMessage(
+            QString(add ? "Adding Url %1" : "Discarding Url %1").arg(shownText(endpointUrl)));
+        if (!add)
+            continue;
+        QvelDiscoverySetting setting;
+        setting.setEndpointDescription(&endpoint);
+        addEndpoint(setting);
+    }
+    if (wrapInServerNode && !m_children.isEmpty()) {
+        auto* server = new QvelDiscoveryNodeServer(
+            toQString(endpoints[0].Server.ApplicationName.Text), url, m_model);
+        server->setBrowsed(true);
+        for (QvelDiscoveryNode* endpoint : std::as_const(m_children))
+            server->add(endpoint);
+        m_children = {server};
+    }
+    return status.code();
+}
+
+OpcUa_StatusCode QvelDiscoveryJob::callBrowseNetwork(const QString& name)
+{
+    if (name.isEmpty())
+        return OpcUa_Bad;
+    QList<UaNetworkBrowseResult> results;
+    if (m_networkBrowser->browse(UaString(name.toUtf8()), results).isNotGood())
+        return OpcUa_Bad;
+    for (const UaNetworkBrowseResult& result : std::as_const(results)) {
+        const QString found = QString::fromUtf8(result.name().bytes());
+        if (result.type() != UaNetworkBrowseResult::Computer) {
+            m_children.append(new QvelDiscoveryNodeNetwork(found, m_model, result.type()));
+            continue;
+        }
+        switch (m_model->opcType()) {
+        case QvelDiscoveryWidget::OpcUa:
+            m_children.append(
+                new QvelDiscoveryNodeDiscovery(tr("opc.tcp://%1").arg(found), m_model));
+            break;
+        case QvelDiscoveryWidget::ComDa:
+        case QvelDiscoveryWidget::ComAe:
+            m_children.append(new QvelDiscoveryNodeDiscovery(tr("%1").arg(found), m_model));
+            break;
+        }
+    }
+    return OpcUa_Good;
+}
+
+OpcUa_StatusCode QvelDiscoveryJob::callEnum(const QString& host)
+{
+    using namespace comsurface;
+    OpcUa_StatusCode status = OpcUa_Good;
+    const auto logFailure = [this, &status](ComCall call, std::uint32_t result) {
+        const QString code = QString("%1").arg(result, 8, 16, QChar('0'));
+        switch (call) {
+        case ComCall::CoInitializeEx:
+            m_callback->logMessage(tr("CoInitializeEx failed (0x%1)").arg(code));
+            break;
+        case ComCall::CoCreateInstanceEx:
+            m_callback->logMessage(tr("CoCreateInstanceEx failed (0x%1)").arg(code));
+            break;
+        case ComCall::EnumClassesOfCategories:
+            m_callback->logMessage(tr("EnumClassesOfCategories failed (0x%1)").arg(code));
+            break;
+        case ComCall::GetClassDetails:
+            m_callback->logMessage(tr("GetClassDetails failed (0x%1)").arg(code));
+            return; // the other servers are still there
+        }
+        status = OpcUa_Bad;
+    };
+    const ComServerKind kind = m_model->opcType() == QvelDiscoveryWidget::ComDa
+                                   ? ComServerKind::DataAccess
+                                   : ComServerKind::AlarmsAndEvents;
+    const auto stop = [] { return QThread::currentThread()->isInterruptionRequested(); };
+    for (const ComServer& server :
+         enumerateComServers(host.toStdU16String(), kind, logFailure, stop)) {
+        const QString progId = QString::fromStdU16String(server.progId);
+        QvelDiscoverySetting setting;
+        setting.setEndpointUrl(host);
+        setting.setServerName(progId);
+        setting.setDisplayName(host.isEmpty() ? progId : host + tr("/") + progId);
+        addEndpoint(setting);
+    }
+    return status;
+}
+
+void QvelDiscoveryJob::addEndpoint(QvelDiscoverySetting& setting)
+{
+    setting.setSessionName(m_sessionName);
+    auto* node = new QvelDiscoveryNodeEndpoint(QString(), m_model);
+    node->setConfiguration(setting);
+    m_children.append(node);
+}

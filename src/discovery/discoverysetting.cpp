@@ -1,0 +1,293 @@
+#include "discoverysetting.h"
+
+#include "discoverycbinterface.h"
+#include "discoverylimits_p.h"
+#include "platform/types/uabytestring.h"
+#include "platform/types/uastring.h"
+
+#include <QtCore/QSettings>
+#include <QtCore/QVariant>
+
+#include <cstring>
+
+QvelDiscoveryCBInterface::~QvelDiscoveryCBInterface() = default;
+
+namespace {
+
+QString toQString(const OpcUa_String& text)
+{
+    return QString::fromUtf8(OpcUa_String_GetRawString(&text), OpcUa_String_StrSize(&text));
+}
+
+void assign(OpcUa_String& target, const QString& text)
+{
+    UaString(text.toUtf8()).copyTo(&target);
+}
+
+// A store is visited by key, in the order of the keys. `put` is called with a key and a QVariant.
+template <class Put>
+class SettingsWriter
+{
+public:
+    explicit SettingsWriter(Put put) : m_put(std::move(put)) {}
+    void text(const QString& key, const OpcUa_String& field) { m_put(key, toQString(field)); }
+    void text(const QString& key, const QString& field) { m_put(key, field); }
+    void bytes(const QString& key, const OpcUa_ByteString& field)
+    {
+        m_put(key, field.Data ? UaByteString(&field).bytes() : QByteArray(""));
+    }
+    template <class T>
+    void number(const QString& key, const T& field)
+    {
+        m_put(key, int(field));
+    }
+    template <class T>
+    void unsignedNumber(const QString& key, const T& field)
+    {
+        number(key, field);
+    }
+    template <class T, class Visit>
+    void array(const QString& key, OpcUa_Int32 count, const T* entries, Visit visit)
+    {
+        number(key, count);
+        for (OpcUa_Int32 i = 0; entries && i < count; ++i)
+            visit(i, entries[i]);
+    }
+
+private:
+    Put m_put;
+};
+
+// `get` gives the QVariant of a key, invalid for an absent one.
+template <class Get>
+class SettingsReader
+{
+public:
+    explicit SettingsReader(Get get) : m_get(std::move(get)) {}
+    void text(const QString& key, OpcUa_String& field) { assign(field, m_get(key).toString()); }
+    void text(const QString& key, QString& field) { field = m_get(key).toString(); }
+    void bytes(const QString& key, OpcUa_ByteString& field)
+    {
+        UaByteString(m_get(key).toByteArray()).copyTo(&field);
+    }
+    template <class T>
+    void number(const QString& key, T& field)
+    {
+        field = T(m_get(key).toInt());
+    }
+    template <class T>
+    void unsignedNumber(const QString& key, T& field)
+    {
+        field = T(m_get(key).toUInt());
+    }
+    // The count is kept as read even where there are no entries to go with it.
+    template <class T, class Visit>
+    void array(const QString& key, OpcUa_Int32& count, T*& entries, Visit visit)
+    {
+        number(key, count);
+        if (count <= 0 || count > maxStoredEntries)
+            return;
+        const std::size_t size = std::size_t(count) * sizeof(T);
+        entries = static_cast<T*>(OpcUa_Memory_Alloc(size));
+        if (!entries)
+            return;
+        std::memset(static_cast<void*>(entries), 0, size);
+        for (OpcUa_Int32 i = 0; i < count; ++i)
+            visit(i, entries[i]);
+    }
+
+private:
+    Get m_get;
+};
+
+} // namespace
+
+// Names and orders every key of a record, for reading and for writing.
+template <class Store, class Record>
+void QvelDiscoverySetting::visitSettings(Store& store, Record& record)
+{
+    auto& endpoint = record.m_endpoint;
+    auto& server = endpoint.Server;
+    store.text("ServerUrl", endpoint.EndpointUrl);
+    store.text("Server.ApplicationUri", server.ApplicationUri);
+    store.text("Server.ProductUri", server.ProductUri);
+    store.text("Server.ApplicationNameLocale", server.ApplicationName.Locale);
+    store.text("Server.ApplicationNameText", server.ApplicationName.Text);
+    store.unsignedNumber("Server.ApplicationType", server.ApplicationType);
+    store.text("Server.GatewayServerUri", server.GatewayServerUri);
+    store.text("Server.DiscoveryProfileUri", server.DiscoveryProfileUri);
+    store.array(
+        "Server.NoOfDiscoveryUrls", server.NoOfDiscoveryUrls, server.DiscoveryUrls,
+        [&store](int i, auto& url) { store.text(QString("Server.DiscoveryUrl%1").arg(i), url); });
+    store.bytes("ServerCertificate", endpoint.ServerCertificate);
+    store.unsignedNumber("MessageSecurityMode", endpoint.SecurityMode);
+    store.text("SecurityPolicy", endpoint.SecurityPolicyUri);
+    store.array("NoOfUserIdentityTokens", endpoint.NoOfUserIdentityTokens,
+                endpoint.UserIdentityTokens, [&store](int i, auto& policy) {
+                    const QString prefix = QString("UserIdentityToken%1.").arg(i);
+                    store.text(prefix + "PolicyId", policy.PolicyId);
+                    store.unsignedNumber(prefix + "TokenType", policy.TokenType);
+                    store.text(prefix + "IssuedTokenType", policy.IssuedTokenType);
+                    store.text(prefix + "IssuerEndpointUrl", policy.IssuerEndpointUrl);
+                    store.text(prefix + "SecurityPolicyUri", policy.SecurityPolicyUri);
+                });
+    store.text("TransportProfileUri", endpoint.TransportProfileUri);
+    store.unsignedNumber("SecurityLevel", endpoint.SecurityLevel);
+    store.text("DisplayName", record.m_displayName);
+    store.number("UserTokenType", record.m_userTokenType);
+    store.text("SessionName", record.m_sessionName);
+    store.text("UserName", record.m_userName);
+    store.text("CertificateFile", record.m_certificateFile);
+    store.text("PrivateKeyFile", record.m_privateKeyFile);
+}
+
+QvelDiscoverySetting::QvelDiscoverySetting()
+{
+    OpcUa_EndpointDescription_Initialize(&m_endpoint);
+}
+
+QvelDiscoverySetting::QvelDiscoverySetting(const QvelDiscoverySetting& other)
+    : QvelDiscoverySetting()
+{
+    *this = other;
+}
+
+QvelDiscoverySetting& QvelDiscoverySetting::operator=(const QvelDiscoverySetting& other)
+{
+    OpcUa_EndpointDescription_Clear(&m_endpoint);
+    OpcUa_EndpointDescription_CopyTo(&other.m_endpoint, &m_endpoint);
+    m_displayName = other.m_displayName;
+    m_userTokenType = other.m_userTokenType;
+    m_sessionName = other.m_sessionName;
+    m_userName = other.m_userName;
+    m_password = other.m_password;
+    m_storePassword = other.m_storePassword;
+    m_certificateFile = other.m_certificateFile;
+    m_privateKeyFile = other.m_privateKeyFile;
+    return *this;
+}
+
+QvelDiscoverySetting::~QvelDiscoverySetting()
+{
+    OpcUa_EndpointDescription_Clear(&m_endpoint);
+}
+
+bool QvelDiscoverySetting::operator==(const QvelDiscoverySetting& other) const
+{
+    return OpcUa_EndpointDescription_Equal(&m_endpoint, &other.m_endpoint) &&
+           m_displayName == other.m_displayName && m_userTokenType == other.m_userTokenType &&
+           m_sessionName == other.m_sessionName && m_userName == other.m_userName &&
+           m_password == other.m_password && m_storePassword == other.m_storePassword &&
+           m_certificateFile == other.m_certificateFile &&
+           m_privateKeyFile == other.m_privateKeyFile;
+}
+
+void QvelDiscoverySetting::setEndpointDescription(const OpcUa_EndpointDescription* description)
+{
+    OpcUa_EndpointDescription_Clear(&m_endpoint);
+    if (description)
+        OpcUa_EndpointDescription_CopyTo(description, &m_endpoint);
+    m_displayName = QString("%1 - %2").arg(serverName(), shortName());
+}
+
+QString QvelDiscoverySetting::shortName() const
+{
+    const QString policy = securityPolicy();
+    return QString("%1 - %2").arg(policy.mid(policy.lastIndexOf('#') + 1),
+                                  securityModeToString(m_endpoint.SecurityMode));
+}
+
+QString QvelDiscoverySetting::securityModeToString(OpcUa_MessageSecurityMode mode)
+{
+    switch (mode) {
+    case OpcUa_MessageSecurityMode_Invalid:
+        return "Invalid";
+    case OpcUa_MessageSecurityMode_None:
+        return "None";
+    case OpcUa_MessageSecurityMode_Sign:
+        return "Sign";
+    case OpcUa_MessageSecurityMode_SignAndEncrypt:
+        return "Sign & Encrypt";
+    }
+    return "Unknown MessageSecurityMode";
+}
+
+QList<OpcUa_UserTokenType> QvelDiscoverySetting::supportedUserTokenTypes() const
+{
+    QList<OpcUa_UserTokenType> types;
+    const OpcUa_UserTokenPolicy* policies = m_endpoint.UserIdentityTokens;
+    for (OpcUa_Int32 i = 0; policies && i < m_endpoint.NoOfUserIdentityTokens; ++i)
+        types.append(policies[i].TokenType);
+    return types;
+}
+
+QString QvelDiscoverySetting::serverName() const
+{
+    return toQString(m_endpoint.Server.ApplicationName.Text);
+}
+
+void QvelDiscoverySetting::setServerName(const QString& name)
+{
+    assign(m_endpoint.Server.ApplicationName.Text, name);
+}
+
+QString QvelDiscoverySetting::endpointUrl() const
+{
+    return toQString(m_endpoint.EndpointUrl);
+}
+
+void QvelDiscoverySetting::setEndpointUrl(const QString& url)
+{
+    assign(m_endpoint.EndpointUrl, url);
+}
+
+QString QvelDiscoverySetting::securityPolicy() const
+{
+    return toQString(m_endpoint.SecurityPolicyUri);
+}
+
+void QvelDiscoverySetting::setSecurityPolicy(const QString& uri)
+{
+    assign(m_endpoint.SecurityPolicyUri, uri);
+}
+
+void QvelDiscoverySetting::storeSettings(QSettings& settings, const QString& name) const
+{
+    QString group = name;
+    settings.beginGroup(group.replace('/', "%2F"));
+    SettingsWriter writer(
+        [&settings](const QString& key, const QVariant& value) { settings.setValue(key, value); });
+    visitSettings(writer, *this);
+    settings.endGroup();
+}
+
+QvelDiscoverySetting QvelDiscoverySetting::fromSetting(QSettings& settings, const QString& name)
+{
+    QvelDiscoverySetting record;
+    settings.beginGroup(name);
+    SettingsReader reader([&settings](const QString& key) { return settings.value(key); });
+    visitSettings(reader, record);
+    settings.endGroup();
+    if (record.m_displayName.isEmpty())
+        record.m_displayName = name;
+    return record;
+}
+
+void QvelDiscoverySetting::storeSettings(QvelDiscoveryCBInterface* cb, void* handle,
+                                         const QString& prefix) const
+{
+    SettingsWriter writer([&](const QString& key, const QVariant& value) {
+        cb->writeSetting(handle, prefix + key, value);
+    });
+    visitSettings(writer, *this);
+}
+
+QvelDiscoverySetting QvelDiscoverySetting::fromSetting(QvelDiscoveryCBInterface* cb, void* handle,
+                                                       const QString& prefix)
+{
+    QvelDiscoverySetting record;
+    SettingsReader reader(
+        [&](const QString& key) { return cb->readSetting(handle, prefix + key); });
+    visitSettings(reader, record);
+    return record;
+}

@@ -1,0 +1,9 @@
+#include "uanetworkbrowser.h"
+
+#include "platform/stack/opcuastatuscodes.h"
+
+UaStatus UaNetworkBrowser::browse(const UaString&, QList<UaNetworkBrowseResult>& results)
+{
+    results.clear();
+    return OpcUa_BadNotSupported;
+}

@@ -1,0 +1,377 @@
+#include "endpoints.h"
+#include "support/memorysettings.h"
+#include "support/warnings.h"
+
+#include <QtCore/QSettings>
+#include <QtCore/QTemporaryDir>
+#include <QtTest/QtTest>
+
+#include <functional>
+
+using Change = std::function<void(OpcUa_EndpointDescription&)>;
+Q_DECLARE_METATYPE(Change)
+using Set = std::function<void(QvelDiscoverySetting&)>;
+Q_DECLARE_METATYPE(Set)
+
+// What a store gives back: the record without what is held in memory only.
+static QvelDiscoverySetting persistent(QvelDiscoverySetting setting)
+{
+    setting.setPassword(QString());
+    setting.setStorePassword(false);
+    return setting;
+}
+
+static QvelDiscoverySetting read(MemorySettings& store, const QString& prefix = "P.")
+{
+    void* handle = store.openSettings();
+    const QvelDiscoverySetting setting = QvelDiscoverySetting::fromSetting(&store, handle, prefix);
+    store.closeSettings(handle);
+    return setting;
+}
+
+static void write(MemorySettings& store, const QvelDiscoverySetting& setting,
+                  const QString& prefix = "P.")
+{
+    void* handle = store.openSettings();
+    setting.storeSettings(&store, handle, prefix);
+    store.closeSettings(handle);
+}
+
+class DiscoverySettingTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { failOnWarnings(); }
+    void isEmptyAtFirst();
+    void isNamedAfterItsEndpoint();
+    void givesShortName_data();
+    void givesShortName();
+    void comparesEveryFieldOfTheDescription_data();
+    void comparesEveryFieldOfTheDescription();
+    void comparesEveryChoice_data();
+    void comparesEveryChoice();
+    void copiesDeeply();
+    void losesDescriptionWhenAssignedToItself();
+    void keepsTextsWhole();
+    void givesTokenTypes();
+    void survivesPrefixForm();
+    void survivesGroupForm();
+    void writesKeysInOrder();
+    void encodesSlashOfGroup();
+    void isNamedAfterItsGroup();
+    void readsThreeOfFiveUrls();
+    void readsHostileStore_data();
+    void readsHostileStore();
+    void readsNumbersByTheirKind();
+
+private:
+    QTemporaryDir m_folder;
+};
+
+void DiscoverySettingTest::isEmptyAtFirst()
+{
+    const QvelDiscoverySetting setting;
+    QCOMPARE(setting, QvelDiscoverySetting());
+    QCOMPARE(setting.endpointUrl(), QString());
+    QCOMPARE(setting.userTokenType(), OpcUa_UserTokenType_Anonymous);
+    QVERIFY(!setting.isStorePassword());
+    QVERIFY(setting.supportedUserTokenTypes().isEmpty());
+}
+
+void DiscoverySettingTest::isNamedAfterItsEndpoint()
+{
+    // Placeholders in a name are text like any other.
+    const Endpoint endpoint("Demo %2", "opc.tcp://h:1", "Basic256",
+                            OpcUa_MessageSecurityMode_SignAndEncrypt);
+    QvelDiscoverySetting setting;
+    setting.setSessionName("kept");
+    setting.setEndpointDescription(&endpoint.value);
+    QCOMPARE(setting.displayName(), "Demo %2 - Basic256 - Sign & Encrypt");
+    QCOMPARE(setting.serverName(), "Demo %2");
+    QCOMPARE(setting.sessionName(), "kept");
+
+    setting.setEndpointDescription(nullptr);
+    QCOMPARE(setting.displayName(), " -  - Invalid");
+}
+
+void DiscoverySettingTest::givesShortName_data()
+{
+    QTest::addColumn<QString>("policy");
+    QTest::addColumn<int>("mode");
+    QTest::addColumn<QString>("name");
+    QTest::newRow("none") << "http://opcfoundation.org/UA/SecurityPolicy#None" << 1
+                          << "None - None";
+    QTest::newRow("sign") << "a#b#Basic128Rsa15" << 2 << "Basic128Rsa15 - Sign";
+    QTest::newRow("line breaks") << "a\nb#x\ny" << 0 << "x\ny - Invalid";
+    QTest::newRow("no policy") << "" << 3 << " - Sign & Encrypt";
+    QTest::newRow("no fragment") << "Basic256" << 7 << "Basic256 - Unknown MessageSecurityMode";
+}
+
+void DiscoverySettingTest::givesShortName()
+{
+    QFETCH(QString, policy);
+    QFETCH(int, mode);
+    QvelDiscoverySetting setting;
+    setting.setSecurityPolicy(policy);
+    setting.setMessageSecurityMode(OpcUa_MessageSecurityMode(mode));
+    QTEST(setting.shortName(), "name");
+}
+
+void DiscoverySettingTest::comparesEveryFieldOfTheDescription_data()
+{
+    QTest::addColumn<Change>("change");
+    using E = OpcUa_EndpointDescription;
+    const auto row = [](const char* name, Change change) { QTest::newRow(name) << change; };
+    row("url", [](E& e) { assign(e.EndpointUrl, "OPC.tcp://plant7:4840"); });
+    row("application uri", [](E& e) { assign(e.Server.ApplicationUri, "x"); });
+    row("product uri", [](E& e) { assign(e.Server.ProductUri, "x"); });
+    row("locale", [](E& e) { assign(e.Server.ApplicationName.Locale, "DE"); });
+    row("name", [](E& e) { assign(e.Server.ApplicationName.Text, "Pumpe"); });
+    row("type", [](E& e) { e.Server.ApplicationType = OpcUa_ApplicationType_Client; });
+    row("gateway", [](E& e) { assign(e.Server.GatewayServerUri, ""); });
+    row("profile", [](E& e) { assign(e.Server.DiscoveryProfileUri, "x"); });
+    row("url count", [](E& e) { e.Server.NoOfDiscoveryUrls = 1; });
+    row("last url", [](E& e) { assign(e.Server.DiscoveryUrls[1], "x"); });
+    row("certificate",
+        [](E& e) { OpcUa_ByteString_Assign(&e.ServerCertificate, "\x30\x00\xfe", 3); });
+    row("mode", [](E& e) { e.SecurityMode = OpcUa_MessageSecurityMode_Sign; });
+    row("policy", [](E& e) { assign(e.SecurityPolicyUri, "x"); });
+    row("token count", [](E& e) { e.NoOfUserIdentityTokens = 1; });
+    row("policy id", [](E& e) { assign(e.UserIdentityTokens[1].PolicyId, "x"); });
+    row("token type",
+        [](E& e) { e.UserIdentityTokens[1].TokenType = OpcUa_UserTokenType_Anonymous; });
+    row("issued type", [](E& e) { assign(e.UserIdentityTokens[1].IssuedTokenType, "x"); });
+    row("issuer", [](E& e) { assign(e.UserIdentityTokens[1].IssuerEndpointUrl, "x"); });
+    row("token policy", [](E& e) { assign(e.UserIdentityTokens[1].SecurityPolicyUri, "x"); });
+    row("transport", [](E& e) { assign(e.TransportProfileUri, "x"); });
+    row("level", [](E& e) { e.SecurityLevel = 1; });
+}
+
+void DiscoverySettingTest::comparesEveryFieldOfTheDescription()
+{
+    QFETCH(Change, change);
+    const QvelDiscoverySetting setting = fullSetting();
+    QvelDiscoverySetting other = setting;
+    QVERIFY(other == setting);
+    change(*const_cast<OpcUa_EndpointDescription*>(other.endpointDescription()));
+    QVERIFY(other != setting);
+    QVERIFY(setting != other);
+}
+
+void DiscoverySettingTest::comparesEveryChoice_data()
+{
+    QTest::addColumn<Set>("set");
+    using S = QvelDiscoverySetting;
+    const auto row = [](const char* name, Set set) { QTest::newRow(name) << set; };
+    row("display name", [](S& s) { s.setDisplayName("x"); });
+    row("token type", [](S& s) { s.setUserTokenType(OpcUa_UserTokenType_UserName); });
+    row("session name", [](S& s) { s.setSessionName("x"); });
+    row("user name", [](S& s) { s.setUserName("USER"); });
+    row("password", [](S& s) { s.setPassword("x"); });
+    row("store password", [](S& s) { s.setStorePassword(false); });
+    row("certificate", [](S& s) { s.setCertificateFile("x"); });
+    row("private key", [](S& s) { s.setPrivateKeyFile("x"); });
+}
+
+void DiscoverySettingTest::comparesEveryChoice()
+{
+    QFETCH(Set, set);
+    const QvelDiscoverySetting setting = fullSetting();
+    QvelDiscoverySetting other = setting;
+    set(other);
+    QVERIFY(other != setting);
+}
+
+void DiscoverySettingTest::copiesDeeply()
+{
+    QvelDiscoverySetting copy;
+    {
+        const QvelDiscoverySetting setting = fullSetting();
+        copy = setting;
+    }
+    QCOMPARE(copy, fullSetting());
+    const QvelDiscoverySetting second(copy);
+    copy.setServerName("other");
+    QCOMPARE(second, fullSetting());
+}
+
+void DiscoverySettingTest::losesDescriptionWhenAssignedToItself()
+{
+    QvelDiscoverySetting setting = fullSetting();
+    const QvelDiscoverySetting& alias = setting;
+    setting = alias;
+    QvelDiscoverySetting expected = fullSetting();
+    const QString name = expected.displayName();
+    expected.setEndpointDescription(nullptr);
+    expected.setDisplayName(name);
+    QCOMPARE(setting, expected);
+}
+
+void DiscoverySettingTest::keepsTextsWhole()
+{
+    const QString text = QString::fromUtf8("a\0é😀", 8);
+    QvelDiscoverySetting setting;
+    setting.setServerName(text);
+    setting.setEndpointUrl(text);
+    setting.setSecurityPolicy(text);
+    QCOMPARE(setting.serverName(), text);
+    QCOMPARE(setting.endpointUrl(), text);
+    QCOMPARE(setting.securityPolicy(), text);
+    QCOMPARE(setting.endpointDescription()->EndpointUrl.Length, 8);
+}
+
+void DiscoverySettingTest::givesTokenTypes()
+{
+    const QList<OpcUa_UserTokenType> types = {
+        OpcUa_UserTokenType_Anonymous, OpcUa_UserTokenType_UserName, OpcUa_UserTokenType_Anonymous};
+    QCOMPARE(fullSetting(0, types).supportedUserTokenTypes(), types);
+}
+
+void DiscoverySettingTest::survivesPrefixForm()
+{
+    MemorySettings store;
+    write(store, fullSetting());
+    QCOMPARE(read(store), persistent(fullSetting()));
+    QCOMPARE(store.values.value("P.ServerCertificate").userType(), int(QMetaType::QByteArray));
+    QCOMPARE(store.values.value("P.SecurityLevel"), QVariant(200));
+    for (const QVariant& value : qAsConst(store.values))
+        QVERIFY(value.toString() != "secret");
+}
+
+void DiscoverySettingTest::survivesGroupForm()
+{
+    const QString file = m_folder.filePath("round.ini");
+    QSettings(file, QSettings::IniFormat).clear();
+    {
+        QSettings settings(file, QSettings::IniFormat);
+        fullSetting().storeSettings(settings, "Group");
+        QCOMPARE(settings.group(), QString());
+    }
+    QSettings settings(file, QSettings::IniFormat);
+    QCOMPARE(QvelDiscoverySetting::fromSetting(settings, "Group"), persistent(fullSetting()));
+    QCOMPARE(settings.group(), QString());
+}
+
+void DiscoverySettingTest::writesKeysInOrder()
+{
+    MemorySettings store;
+    write(store, fullSetting(), QString());
+    const QStringList expected = {"ServerUrl",
+                                  "Server.ApplicationUri",
+                                  "Server.ProductUri",
+                                  "Server.ApplicationNameLocale",
+                                  "Server.ApplicationNameText",
+                                  "Server.ApplicationType",
+                                  "Server.GatewayServerUri",
+                                  "Server.DiscoveryProfileUri",
+                                  "Server.NoOfDiscoveryUrls",
+                                  "Server.DiscoveryUrl0",
+                                  "Server.DiscoveryUrl1",
+                                  "ServerCertificate",
+                                  "MessageSecurityMode",
+                                  "SecurityPolicy",
+                                  "NoOfUserIdentityTokens",
+                                  "UserIdentityToken0.PolicyId",
+                                  "UserIdentityToken0.TokenType",
+                                  "UserIdentityToken0.IssuedTokenType",
+                                  "UserIdentityToken0.IssuerEndpointUrl",
+                                  "UserIdentityToken0.SecurityPolicyUri",
+                                  "UserIdentityToken1.PolicyId",
+                                  "UserIdentityToken1.TokenType",
+                                  "UserIdentityToken1.IssuedTokenType",
+                                  "UserIdentityToken1.IssuerEndpointUrl",
+                                  "UserIdentityToken1.SecurityPolicyUri",
+                                  "TransportProfileUri",
+                                  "SecurityLevel",
+                                  "DisplayName",
+                                  "UserTokenType",
+                                  "SessionName",
+                                  "UserName",
+                                  "CertificateFile",
+                                  "PrivateKeyFile"};
+    QCOMPARE(store.written, expected);
+}
+
+void DiscoverySettingTest::encodesSlashOfGroup()
+{
+    QSettings settings(m_folder.filePath("slash.ini"), QSettings::IniFormat);
+    fullSetting().storeSettings(settings, "a/b");
+    QCOMPARE(settings.childGroups(), QStringList("a%2Fb"));
+    QCOMPARE(QvelDiscoverySetting::fromSetting(settings, "a%2Fb"), persistent(fullSetting()));
+    QCOMPARE(QvelDiscoverySetting::fromSetting(settings, "a/b").endpointUrl(), QString());
+}
+
+void DiscoverySettingTest::isNamedAfterItsGroup()
+{
+    QSettings settings(m_folder.filePath("name.ini"), QSettings::IniFormat);
+    settings.setValue("a%2Fb/ServerUrl", "opc.tcp://h");
+    QCOMPARE(QvelDiscoverySetting::fromSetting(settings, "a%2Fb").displayName(), "a%2Fb");
+    MemorySettings store;
+    QCOMPARE(read(store).displayName(), QString());
+}
+
+void DiscoverySettingTest::readsThreeOfFiveUrls()
+{
+    MemorySettings store;
+    write(store, fullSetting(5));
+    write(store, fullSetting(3));
+    QVERIFY(store.values.contains("P.Server.DiscoveryUrl4"));
+    QCOMPARE(read(store), persistent(fullSetting(3)));
+}
+
+void DiscoverySettingTest::readsHostileStore_data()
+{
+    QTest::addColumn<QVariant>("value");
+    QTest::addColumn<int>("count"); // as read
+    QTest::newRow("nothing") << QVariant() << 0;
+    QTest::newRow("minus one") << QVariant(-1) << -1;
+    QTest::newRow("most negative") << QVariant(INT_MIN) << INT_MIN;
+    QTest::newRow("one too many") << QVariant(1001) << 1001;
+    QTest::newRow("huge") << QVariant(INT_MAX) << INT_MAX;
+    QTest::newRow("too large for a number") << QVariant("99999999999999999999") << 0;
+    QTest::newRow("list") << QVariant(QVariantList{1, 2}) << 0;
+    QTest::newRow("map") << QVariant(QVariantMap{{"a", 1}}) << 0;
+    QTest::newRow("10 MB") << QVariant(QString(10 << 20, 'x')) << 0;
+}
+
+// Every key has the same value; no array may get entries by it.
+void DiscoverySettingTest::readsHostileStore()
+{
+    QFETCH(QVariant, value);
+    QFETCH(int, count);
+    MemorySettings store;
+    store.fallback = value;
+    const QvelDiscoverySetting setting = read(store);
+    QCOMPARE(store.reads, 21);
+    QCOMPARE(setting.endpointDescription()->Server.NoOfDiscoveryUrls, count);
+    QCOMPARE(setting.endpointDescription()->NoOfUserIdentityTokens, count);
+    QVERIFY(!setting.endpointDescription()->Server.DiscoveryUrls);
+    QVERIFY(!setting.endpointDescription()->UserIdentityTokens);
+    QCOMPARE(setting.endpointUrl(), value.toString());
+
+    // Everyone who reads the arrays copes with that.
+    QVERIFY(setting.supportedUserTokenTypes().isEmpty());
+    QVERIFY(setting == read(store));
+    const QvelDiscoverySetting copy = setting;
+    QCOMPARE(copy.endpointDescription()->NoOfUserIdentityTokens, std::max(count, 0));
+    MemorySettings target;
+    write(target, setting);
+    QCOMPARE(target.written.size(), 21);
+    QCOMPARE(target.values.value("P.NoOfUserIdentityTokens").toInt(), count);
+}
+
+void DiscoverySettingTest::readsNumbersByTheirKind()
+{
+    MemorySettings store;
+    store.values = {{"P.SecurityLevel", 300},
+                    {"P.MessageSecurityMode", "4294967295"},
+                    {"P.Server.ApplicationType", "three"}};
+    const QvelDiscoverySetting setting = read(store);
+    QCOMPARE(int(setting.endpointDescription()->SecurityLevel), 300 - 256);
+    QCOMPARE(quint32(setting.messageSecurityMode()), 4294967295u);
+    QCOMPARE(setting.endpointDescription()->Server.ApplicationType, OpcUa_ApplicationType_Server);
+}
+
+QTEST_GUILESS_MAIN(DiscoverySettingTest)
+#include "tst_discoverysetting.moc"

@@ -1,0 +1,280 @@
+// Our client and a foreign client read the same servers: foreign ones, which puts our decoder to
+// the test, and our demo server, whose encoder the foreign client puts to the test.
+
+#include "support/peerprocess.h"
+
+#include <Kestrel/UaDiscovery>
+
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+#include <QtCore/QRegularExpression>
+#include <QtTest/QtTest>
+
+using namespace UaClientSdk;
+
+namespace {
+
+constexpr int clientTimeout = 60000; // ms
+
+QString script(const char* name)
+{
+    return QStringLiteral(PEERS "/") + name;
+}
+
+// The null String is not the empty one.
+QJsonValue text(const OpcUa_String& value)
+{
+    if (!value.Data)
+        return QJsonValue::Null;
+    return QString::fromUtf8(value.Data, value.Length);
+}
+
+QJsonObject toJson(const OpcUa_ApplicationDescription& value)
+{
+    QJsonArray urls;
+    for (int i = 0; i < value.NoOfDiscoveryUrls; ++i)
+        urls.append(text(value.DiscoveryUrls[i]));
+    return {{"applicationUri", text(value.ApplicationUri)},
+            {"productUri", text(value.ProductUri)},
+            {"applicationName", QJsonObject{{"locale", text(value.ApplicationName.Locale)},
+                                            {"text", text(value.ApplicationName.Text)}}},
+            {"applicationType", int(value.ApplicationType)},
+            {"gatewayServerUri", text(value.GatewayServerUri)},
+            {"discoveryProfileUri", text(value.DiscoveryProfileUri)},
+            {"discoveryUrls", urls}};
+}
+
+QJsonObject toJson(const OpcUa_EndpointDescription& value)
+{
+    QJsonArray tokens;
+    for (int i = 0; i < value.NoOfUserIdentityTokens; ++i) {
+        const OpcUa_UserTokenPolicy& token = value.UserIdentityTokens[i];
+        tokens.append(QJsonObject{{"policyId", text(token.PolicyId)},
+                                  {"tokenType", int(token.TokenType)},
+                                  {"issuedTokenType", text(token.IssuedTokenType)},
+                                  {"issuerEndpointUrl", text(token.IssuerEndpointUrl)},
+                                  {"securityPolicyUri", text(token.SecurityPolicyUri)}});
+    }
+    QJsonValue certificate;
+    if (value.ServerCertificate.Data)
+        certificate = QString::fromLatin1(
+            QByteArray(reinterpret_cast<const char*>(value.ServerCertificate.Data),
+                       value.ServerCertificate.Length)
+                .toHex());
+    return {{"endpointUrl", text(value.EndpointUrl)},
+            {"server", toJson(value.Server)},
+            {"serverCertificate", certificate},
+            {"securityMode", int(value.SecurityMode)},
+            {"securityPolicyUri", text(value.SecurityPolicyUri)},
+            {"userIdentityTokens", tokens},
+            {"transportProfileUri", text(value.TransportProfileUri)},
+            {"securityLevel", int(value.SecurityLevel)}};
+}
+
+template <class T>
+QJsonArray toJson(const UaStackTypeArray<T>& values)
+{
+    QJsonArray array;
+    for (const T& value : values)
+        array.append(toJson(value));
+    return array;
+}
+
+QString brief(const QJsonValue& value)
+{
+    return QString::fromUtf8(QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact))
+        .left(200);
+}
+
+/// Where two values differ first, in words; empty if they are equal.
+QString difference(const QJsonValue& ours, const QJsonValue& theirs,
+                   const QString& where = "result")
+{
+    if (ours.isArray() && theirs.isArray()) {
+        const QJsonArray a = ours.toArray();
+        const QJsonArray b = theirs.toArray();
+        for (int i = 0; i < qMin(a.size(), b.size()); ++i) {
+            const QString found = difference(a[i], b[i], QString("%1[%2]").arg(where).arg(i));
+            if (!found.isEmpty())
+                return found;
+        }
+        return a.size() == b.size() ? QString()
+                                    : QString("%1 has %2 elements here and %3 there")
+                                          .arg(where)
+                                          .arg(a.size())
+                                          .arg(b.size());
+    }
+    if (ours.isObject() && theirs.isObject()) {
+        const QJsonObject a = ours.toObject();
+        const QJsonObject b = theirs.toObject();
+        const QStringList names = a.keys() + b.keys();
+        for (const QString& name : names) {
+            const QString found = difference(a[name], b[name], where + '.' + name);
+            if (!found.isEmpty())
+                return found;
+        }
+        return {};
+    }
+    return ours == theirs
+               ? QString()
+               : QString("%1 is %2 here and %3 there").arg(where, brief(ours), brief(theirs));
+}
+
+/// What the foreign client prints, an array a URL; empty after a failure.
+QJsonArray foreignClient(const QStringList& arguments)
+{
+    QProcess client;
+    client.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    client.start(NODE, QStringList{script("client.mjs")} + arguments);
+    if (!client.waitForFinished(clientTimeout) || client.exitStatus() != QProcess::NormalExit ||
+        client.exitCode() != 0) {
+        qWarning() << "client.mjs failed:" << arguments << client.errorString();
+        return {};
+    }
+    QJsonArray results;
+    while (client.canReadLine())
+        results.append(QJsonDocument::fromJson(client.readLine()).array());
+    return results;
+}
+
+/// Our client's FindServers, compared with the foreign one's.
+void readServers(const QString& url, QJsonArray* servers)
+{
+    UaStackTypeArray<OpcUa_ApplicationDescription> found;
+    const UaStatus status = UaDiscovery().findServers({}, url.toUtf8().constData(), {}, found);
+    QCOMPARE(status.toString().toUtf8(), "Good");
+    *servers = toJson(found);
+    QCOMPARE(difference(QJsonArray{*servers}, foreignClient({"--find-servers", url})), QString());
+}
+
+/// The endpoints of each server, read and compared likewise.
+void readEndpoints(const QStringList& urls, QJsonArray* endpoints)
+{
+    for (const QString& url : urls) {
+        UaStackTypeArray<OpcUa_EndpointDescription> found;
+        const UaStatus status = UaDiscovery().getEndpoints({}, url.toUtf8().constData(), {}, found);
+        QCOMPARE(status.toString().toUtf8(), "Good");
+        endpoints->append(toJson(found));
+    }
+    QCOMPARE(difference(*endpoints, foreignClient(urls)), QString());
+}
+
+QStringList discoveryUrls(const QJsonArray& servers)
+{
+    QStringList list;
+    for (const QJsonValue& server : servers)
+        for (const QJsonValue& url : server["discoveryUrls"].toArray())
+            list.append(url.toString());
+    return list;
+}
+
+QStringList names(const QJsonArray& servers)
+{
+    QStringList list;
+    for (const QJsonValue& server : servers)
+        list.append(server["applicationName"]["text"].toString());
+    return list;
+}
+
+} // namespace
+
+class tst_Peers : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { QTest::failOnWarning(QRegularExpression(".?")); }
+    void differencesAreFound();
+    void foreignServer();
+    void foreignDiscoveryServer();
+#ifdef DEMO_SERVER
+    void demoServer();
+#endif
+};
+
+void tst_Peers::differencesAreFound()
+{
+    const QJsonObject a{{"x", QJsonArray{1, QJsonValue::Null}}};
+    QCOMPARE(difference(a, a), QString());
+    QCOMPARE(difference(a, QJsonObject{{"x", QJsonArray{1, ""}}}),
+             QString("result.x[1] is [null] here and [\"\"] there"));
+    QCOMPARE(difference(a, QJsonObject{{"x", QJsonArray{1}}}),
+             QString("result.x has 2 elements here and 1 there"));
+    QVERIFY(!difference(a, QJsonObject{{"x", a["x"]}, {"y", 1}}).isEmpty());
+    QVERIFY(!difference(a, QJsonValue::Null).isEmpty());
+}
+
+void tst_Peers::foreignServer()
+{
+    PeerProcess server;
+    const QString url = server.start(NODE, {script("server.mjs")});
+    QVERIFY(!url.isEmpty());
+
+    QJsonArray servers;
+    readServers(url, &servers);
+    QCOMPARE(discoveryUrls(servers), QStringList{url});
+
+    QJsonArray all;
+    readEndpoints({url}, &all);
+    const QJsonArray endpoints = all[0].toArray();
+    QCOMPARE(endpoints.size(), 7);
+    QSet<QPair<QString, int>> kinds;
+    for (const QJsonValue& endpoint : endpoints) {
+        kinds.insert({endpoint["securityPolicyUri"].toString(), endpoint["securityMode"].toInt()});
+        QVERIFY(!endpoint["serverCertificate"].toString().isEmpty());
+        QVERIFY(!endpoint["userIdentityTokens"].toArray().isEmpty());
+    }
+    QCOMPARE(kinds.size(), 7);
+    QVERIFY(server.stop());
+}
+
+void tst_Peers::foreignDiscoveryServer()
+{
+    PeerProcess server;
+    const QString url = server.start(NODE, {script("discovery-server.mjs")});
+    QVERIFY(!url.isEmpty());
+
+    QJsonArray servers;
+    readServers(url, &servers);
+    QCOMPARE(names(servers),
+             QStringList({"Discovery", "Boiler house", "Bottling line", "Water treatment"}));
+    const QStringList urls = discoveryUrls(servers);
+    QCOMPARE(urls.size(), 4);
+    QJsonArray endpoints;
+    readEndpoints(urls, &endpoints);
+    for (int i = 0; i < urls.size(); ++i)
+        QCOMPARE(endpoints[i].toArray().size(), 7);
+    QVERIFY(server.stop());
+}
+
+#ifdef DEMO_SERVER
+void tst_Peers::demoServer()
+{
+    PeerProcess server;
+    const QString url = server.start(DEMO_SERVER, {"--port", "0", "--until-eof"});
+    QVERIFY(!url.isEmpty());
+
+    QJsonArray servers;
+    readServers(url, &servers);
+    QCOMPARE(names(servers), QStringList({"Plant discovery", "Boiler house",
+                                          QString::fromUtf8("Bottling line K\xc3\xb6ln"),
+                                          "Water treatment", "Historian"}));
+    const QStringList urls = discoveryUrls(servers);
+    QCOMPARE(urls.size(), servers.size());
+    QJsonArray all;
+    readEndpoints(urls, &all);
+    for (int i = 0; i < urls.size(); ++i) {
+        const QJsonArray endpoints = all[i].toArray();
+        QVERIFY(!endpoints.isEmpty());
+        for (const QJsonValue& endpoint : endpoints) {
+            QCOMPARE(endpoint["endpointUrl"].toString(), urls[i]);
+            QCOMPARE(endpoint.toObject()["server"], servers[i]);
+        }
+    }
+    QVERIFY(server.stop());
+}
+#endif
+
+QTEST_GUILESS_MAIN(tst_Peers)
+#include "tst_peers.moc"

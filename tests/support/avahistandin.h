@@ -1,0 +1,63 @@
+#pragma once
+
+#include <QtCore/QList>
+#include <QtCore/QProcess>
+#include <QtCore/QString>
+#include <QtCore/QTemporaryDir>
+#include <QtCore/QThread>
+
+#include <memory>
+
+/// A message bus of the test's own, the system bus of this process for as long as it lives.
+class PrivateSystemBus
+{
+public:
+    PrivateSystemBus();
+    ~PrivateSystemBus();
+    /// False when dbus-daemon could not be started.
+    bool isRunning() const { return m_running; }
+    QString address() const;
+
+private:
+    QTemporaryDir m_dir;
+    QProcess m_daemon;
+    QByteArray m_oldAddress;
+    bool m_running = false;
+};
+
+/// What the stand-in for avahi-daemon does when it is asked.
+struct AvahiScript
+{
+    struct Service
+    {
+        QString name;
+        QString host; ///< empty: the service cannot be resolved
+        QString domain = QStringLiteral("local");
+        bool silent = false; ///< its resolution is never answered
+    };
+    QList<Service> services;
+    int copies = 1;         ///< announcements of each service, one for each interface
+    bool refuses = false;   ///< ServiceBrowserNew fails
+    bool silent = false;    ///< ServiceBrowserNew is never answered
+    bool fails = false;     ///< the browser announces, then says Failure
+    bool neverDone = false; ///< the browser never says AllForNow
+    bool early = false;     ///< signals go out before ServiceBrowserNew is answered
+};
+
+/// Owns org.freedesktop.Avahi on a bus, answering on a thread of its own.
+class AvahiStandIn
+{
+public:
+    AvahiStandIn(const QString& busAddress, const AvahiScript& script);
+    ~AvahiStandIn();
+    bool isRunning() const { return m_running; }
+    /// Calls of ServiceBrowserNew and of ResolveService so far.
+    int browserCalls() const;
+    int resolveCalls() const;
+
+private:
+    class Daemon;
+    QThread m_thread;
+    std::unique_ptr<Daemon> m_daemon;
+    bool m_running = false;
+};
