@@ -35,7 +35,26 @@ private:
     QString m_prefix;
 };
 
-using EditorCallback = StoreCallback<QvelSettingsCBInterface>;
+/// The host's side of the edit fields that load and save files. It tells which file was named.
+class EditorCallback : public StoreCallback<QvelSettingsCBInterface>
+{
+public:
+    using FileNamed = std::function<void(const QString& key, const QString& file)>;
+
+    EditorCallback(SettingsStore& store, const QString& group, FileNamed fileNamed)
+        : StoreCallback(store, group), m_fileNamed(std::move(fileNamed))
+    {
+    }
+
+    void writeSetting(void* handle, const QString& key, const QVariant& value) override
+    {
+        StoreCallback::writeSetting(handle, key, value);
+        m_fileNamed(key, value.toString());
+    }
+
+private:
+    FileNamed m_fileNamed;
+};
 
 /// The host's side of discovery: a group of the store, and a log that takes lines on any thread.
 class DiscoveryCallback : public StoreCallback<QvelDiscoveryCBInterface>

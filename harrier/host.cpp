@@ -1,7 +1,11 @@
 #include "host.h"
 
 Host::Host(SettingsStore& store, int timeout)
-    : m_store(store), m_editorCallback(store, QStringLiteral("Editors")), m_timeout(timeout)
+    : m_store(store), m_editorCallback(store, QStringLiteral("Editors"),
+                                       [this](const QString& key, const QString& file) {
+                                           Q_EMIT editorFileNamed(key, file);
+                                       }),
+      m_timeout(timeout)
 {
     if (!store.error().isEmpty())
         m_log.appendFailure(store.error());

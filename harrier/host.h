@@ -30,6 +30,10 @@ Q_SIGNALS:
     void endpointChanged(const QvelDiscoverySetting& endpoint);
     /// The user wants to work with the current endpoint.
     void useEndpointRequested();
+    /// An edit field remembered the name of a file that it loads or saved.
+    void editorFileNamed(const QString& key, const QString& file);
+    /// Something for the status line.
+    void message(const QString& text);
 
 private:
     SettingsStore& m_store;

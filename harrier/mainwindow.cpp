@@ -126,6 +126,8 @@ void MainWindow::createPages()
 {
     for (const Page& page : pages())
         m_pages->addTab(page.create(m_host), QCoreApplication::translate("Page", page.title));
+    connect(&m_host, &Host::message, this,
+            [this](const QString& text) { statusBar()->showMessage(text); });
     connect(&m_host, &Host::useEndpointRequested, this,
             [this] { useEndpoint(QvelDiscoverySetting(m_host.endpoint())); });
     setCentralWidget(m_pages);

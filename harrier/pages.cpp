@@ -3,6 +3,7 @@
 #include "endpointdetails.h"
 #include "host.h"
 #include "nodeidpage.h"
+#include "valuespage.h"
 
 namespace {
 
@@ -20,6 +21,11 @@ QWidget* createNodeIdPage(Host&)
     return new NodeIdPage;
 }
 
+QWidget* createValuesPage(Host& host)
+{
+    return new ValuesPage(host);
+}
+
 } // namespace
 
 const QList<Page>& pages()
@@ -27,6 +33,7 @@ const QList<Page>& pages()
     static const QList<Page> all = {
         {"endpoint", QT_TRANSLATE_NOOP("Page", "Endpoint"), createEndpointDetails},
         {"nodeid", QT_TRANSLATE_NOOP("Page", "NodeId"), createNodeIdPage},
+        {"values", QT_TRANSLATE_NOOP("Page", "Values"), createValuesPage},
     };
     return all;
 }
