@@ -148,7 +148,9 @@ void QvelFlagsComboBoxBase::showPopup()
 {
     QComboBox::showPopup();
     // The view opens a check box where the current entry changes, and it has not changed.
-    view()->edit(view()->currentIndex());
+    const QModelIndex current = view()->currentIndex();
+    if (view()->isVisible() && !view()->indexWidget(current))
+        view()->edit(current);
 }
 
 void QvelFlagsComboBoxBase::sltUpdateDisplayText()

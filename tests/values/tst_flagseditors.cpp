@@ -151,6 +151,16 @@ private Q_SLOTS:
         QCOMPARE(box.editor.accessLevelMask(nullptr), OpcUa_Byte(2));
     }
 
+    void listOfNoEntry()
+    {
+        QvelWidgetEnumFlags editor({{0, "None"}});
+        editor.show();
+        auto* combo = editor.findChild<QComboBox*>();
+        combo->showPopup();
+        QVERIFY(!combo->view()->isVisible());
+        QCOMPARE(combo->toolTip(), QString("None"));
+    }
+
     void listOfOneEntry()
     {
         QvelWidgetEnumFlags editor({{8, "Only"}});
