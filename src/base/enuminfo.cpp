@@ -21,7 +21,7 @@ QString QvelEnumInfo::toString(int value) const
             if (it.key() & value)
                 set << it.value();
         }
-        const QString names = set.isEmpty() ? values.value(0) : set.join(QLatin1String(" | "));
+        const QString names = value == 0 ? values.value(0) : set.join(QLatin1String(" | "));
         if (!names.isEmpty())
             return named(names);
     }

@@ -3,6 +3,7 @@
 #include <QtCore/QCoreApplication>
 #include <QtCore/QEvent>
 #include <QtGui/QKeyEvent>
+#include <QtGui/QMouseEvent>
 #include <QtWidgets/QAbstractItemView>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QCheckBox>
@@ -43,6 +44,7 @@ QWidget* QvelFlagsDelegate::createEditor(QWidget* parent, const QStyleOptionView
 void QvelFlagsDelegate::setEditorData(QWidget* editor, const QModelIndex& index) const
 {
     auto* box = static_cast<QCheckBox*>(editor);
+    const QSignalBlocker blocker(box); // what the model tells is no click
     box->setText(index.data(Qt::DisplayRole).toString());
     box->setChecked(isChecked(index));
 }
@@ -117,8 +119,11 @@ void QvelFlagsComboBoxBase::addFlag(const QString& name, uint bits)
         m_emptyText = name;
         return;
     }
-    addItem(name, bits);
-    setItemData(count() - 1, Qt::Unchecked, Qt::CheckStateRole);
+    addItem(name);
+    // All at once and in the order of the delegate: the model takes another order for a change.
+    model()->setItemData(
+        model()->index(count() - 1, modelColumn(), rootModelIndex()),
+        {{Qt::DisplayRole, name}, {Qt::CheckStateRole, Qt::Unchecked}, {Qt::UserRole, bits}});
 }
 
 uint QvelFlagsComboBoxBase::checkedBits() const
@@ -139,6 +144,15 @@ void QvelFlagsComboBoxBase::checkBits(uint bits)
     }
 }
 
+void QvelFlagsComboBoxBase::showPopup()
+{
+    QComboBox::showPopup();
+    // The view opens a check box where the current entry changes, and it has not changed.
+    const QModelIndex current = view()->currentIndex();
+    if (view()->isVisible() && !view()->indexWidget(current))
+        view()->edit(current);
+}
+
 void QvelFlagsComboBoxBase::sltUpdateDisplayText()
 {
     QStringList names;
@@ -153,9 +167,29 @@ void QvelFlagsComboBoxBase::sltUpdateDisplayText()
 
 bool QvelFlagsComboBoxBase::eventFilter(QObject* watched, QEvent* event)
 {
-    if (event->type() == QEvent::MouseButtonRelease && watched == view()->viewport())
+    if (watched != view()->viewport())
+        return QComboBox::eventFilter(watched, event);
+    const auto indexAt = [this, event] {
+        const auto* mouse = static_cast<QMouseEvent*>(event);
+        return mouse->button() == Qt::LeftButton ? view()->indexAt(mouse->position().toPoint())
+                                                 : QModelIndex();
+    };
+    switch (event->type()) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonDblClick:
+        m_pressed = indexAt();
+        return QComboBox::eventFilter(watched, event);
+    case QEvent::MouseButtonRelease: {
+        const QModelIndex released = indexAt();
+        auto* box = qobject_cast<QCheckBox*>(view()->indexWidget(released));
+        if (box && released == m_pressed)
+            box->toggle();
+        m_pressed = QModelIndex();
         return true;
-    return QComboBox::eventFilter(watched, event);
+    }
+    default:
+        return QComboBox::eventFilter(watched, event);
+    }
 }
 
 void QvelFlagsComboBoxBase::paintEvent(QPaintEvent* /*event*/)

@@ -43,6 +43,9 @@ public:
     explicit QvelFlagsComboBoxBase(QWidget* parent = nullptr);
     ~QvelFlagsComboBoxBase() override;
 
+    /// The current entry can be clicked, and toggled by Space, at once.
+    void showPopup() override;
+
 public Q_SLOTS:
     /// Shows the names of the checked entries, also as tool tip.
     void sltUpdateDisplayText();
@@ -61,13 +64,14 @@ protected:
     /// Checks the entries that have a bit in common with `bits`, and no others.
     void checkBits(uint bits);
 
-    /// Keeps the list open while check boxes are clicked.
+    /// Keeps the list open while entries are clicked, and toggles one that shows no check box yet.
     bool eventFilter(QObject* watched, QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:
     QString m_displayText;
     QString m_emptyText;
+    QPersistentModelIndex m_pressed;
 };
 
 /// A check-box list of the flags that the first enumeration of the meta-object of `Mask` declares.

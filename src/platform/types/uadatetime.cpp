@@ -80,7 +80,10 @@ UaDateTime UaDateTime::fromString(const UaString& text, bool* ok)
         (date.toJulianDay() - firstDay()) * secondsPerDay + hour * 3600 + minute * 60 + second;
     const QString zone = match.captured(8).remove(u':');
     if (zone.size() == 5) {
-        const int offset = zone.mid(1, 2).toInt() * 3600 + zone.mid(3, 2).toInt() * 60;
+        const int hours = zone.mid(1, 2).toInt(), minutes = zone.mid(3, 2).toInt();
+        if (hours > 23 || minutes > 59)
+            return UaDateTime();
+        const int offset = hours * 3600 + minutes * 60;
         seconds += zone.startsWith(u'-') ? offset : -offset;
     }
     const qint64 fraction = match.captured(7).leftJustified(7, u'0').toInt();
