@@ -59,6 +59,15 @@ void applyFlags(Control* control, QvelWidgetBase::QvelWidgetFlags flags)
     control->setFrame(flags != QvelWidgetBase::HideFrame);
 }
 
+/// Selects the entry whose item data is `number`, and none if there is no such entry.
+inline void selectNumber(QComboBox* combo, int number)
+{
+    int index = combo->count() - 1;
+    while (index >= 0 && combo->itemData(index).toInt() != number)
+        --index;
+    combo->setCurrentIndex(index);
+}
+
 /// The row of controls that is an inline editor's layout.
 template <class... Control>
 void layOutInline(QvelWidgetBase* editor, int spacing, Control*... controls)

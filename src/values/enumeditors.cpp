@@ -26,7 +26,7 @@ OpcUa_Int32 QvelWidgetEnum::enumValue(bool* ok) const
 
 void QvelWidgetEnum::setEnumValue(OpcUa_Int32 value)
 {
-    m_combo->setCurrentIndex(m_combo->findData(value));
+    selectNumber(m_combo, value);
 }
 
 QvelEnumFlagsDelegate::QvelEnumFlagsDelegate(QObject* parent) : QvelFlagsDelegate(parent) {}

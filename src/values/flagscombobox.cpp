@@ -126,13 +126,23 @@ void QvelFlagsComboBoxBase::addFlag(const QString& name, uint bits)
         {{Qt::DisplayRole, name}, {Qt::CheckStateRole, Qt::Unchecked}, {Qt::UserRole, bits}});
 }
 
+template <class Visit>
+void QvelFlagsComboBoxBase::forEachChecked(Visit visit) const
+{
+    const QAbstractItemModel* entries = model();
+    const int rows = entries->rowCount();
+    for (int row = 0; row < rows; ++row) {
+        const QModelIndex entry = entries->index(row, 0);
+        if (isChecked(entry))
+            visit(entry);
+    }
+}
+
 uint QvelFlagsComboBoxBase::checkedBits() const
 {
     uint bits = 0;
-    for (int i = 0; i < count(); ++i) {
-        if (isChecked(model()->index(i, modelColumn(), rootModelIndex())))
-            bits |= itemData(i).toUInt();
-    }
+    forEachChecked(
+        [&bits](const QModelIndex& entry) { bits |= entry.data(Qt::UserRole).toUInt(); });
     return bits;
 }
 
@@ -155,12 +165,13 @@ void QvelFlagsComboBoxBase::showPopup()
 
 void QvelFlagsComboBoxBase::sltUpdateDisplayText()
 {
-    QStringList names;
-    for (int i = 0; i < count(); ++i) {
-        if (isChecked(model()->index(i, modelColumn(), rootModelIndex())))
-            names << itemText(i);
-    }
-    m_displayText = names.isEmpty() ? m_emptyText : names.join(QLatin1String(" | "));
+    QString names;
+    forEachChecked([&names](const QModelIndex& entry) {
+        if (!names.isEmpty())
+            names += QLatin1String(" | ");
+        names += entry.data(Qt::DisplayRole).toString();
+    });
+    m_displayText = names.isEmpty() ? m_emptyText : names;
     setToolTip(m_displayText);
     update();
 }

@@ -69,6 +69,9 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    template <class Visit>
+    void forEachChecked(Visit visit) const;
+
     QString m_displayText;
     QString m_emptyText;
     QPersistentModelIndex m_pressed;

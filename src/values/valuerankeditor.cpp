@@ -35,7 +35,7 @@ OpcUa_Int32 QvelWidgetValueRank::valueRank(bool* ok) const
 
 void QvelWidgetValueRank::setValueRank(OpcUa_Int32 valueRank)
 {
-    m_combo->setCurrentIndex(m_combo->findData(valueRank));
+    selectNumber(m_combo, valueRank);
 }
 
 void QvelWidgetValueRank::sltValueRankChanged()
