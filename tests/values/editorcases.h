@@ -146,8 +146,10 @@ inline UaString randomString(QRandomGenerator& r)
     for (int left = r.bounded(400) == 0 ? 40'000 : r.bounded(24); left > 0; --left) {
         static constexpr char32_t ends[] = {0x20, 0x7f, 0x250, 0xd800, 0x10000, 0x110000};
         const char32_t c = r.bounded(quint32(ends[r.bounded(6)]));
-        const bool surrogate = c >= 0xd800 && c < 0xe000;
-        text += QString::fromUcs4(surrogate ? U"\ufeff" : &c, 1);
+        if (QChar::isSurrogate(c))
+            text += QChar(0xfeff);
+        else
+            text += QChar::fromUcs4(c);
     }
     return stringOf(text);
 }

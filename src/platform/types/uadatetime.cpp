@@ -38,7 +38,9 @@ UaDateTime UaDateTime::now()
 UaString UaDateTime::toString() const
 {
     const qint64 seconds = floorDivide(m_ticks, ticksPerSecond);
-    const qint64 fraction = m_ticks - seconds * ticksPerSecond;
+    // Not by a product, which does not fit in the first second of all.
+    const qint64 remainder = m_ticks % ticksPerSecond;
+    const qint64 fraction = remainder < 0 ? remainder + ticksPerSecond : remainder;
     const qint64 days = floorDivide(seconds, secondsPerDay);
     const qint64 second = seconds - days * secondsPerDay;
     int year = 0, month = 0, day = 0;
