@@ -141,36 +141,33 @@ void QvelDiscoverySetting::visitSettings(Store& store, Record& record)
     store.text("PrivateKeyFile", record.m_privateKeyFile);
 }
 
-QvelDiscoverySetting::QvelDiscoverySetting()
+QvelDiscoverySetting::Endpoint::Endpoint()
 {
-    OpcUa_EndpointDescription_Initialize(&m_endpoint);
+    OpcUa_EndpointDescription_Initialize(this);
 }
 
-QvelDiscoverySetting::QvelDiscoverySetting(const QvelDiscoverySetting& other)
-    : QvelDiscoverySetting()
+QvelDiscoverySetting::Endpoint::Endpoint(const Endpoint& other) : Endpoint()
 {
-    *this = other;
+    OpcUa_EndpointDescription_CopyTo(&other, this);
 }
 
-QvelDiscoverySetting& QvelDiscoverySetting::operator=(const QvelDiscoverySetting& other)
+// Not guarded: assigned to itself, it is empty.
+QvelDiscoverySetting::Endpoint& QvelDiscoverySetting::Endpoint::operator=(const Endpoint& other)
 {
-    OpcUa_EndpointDescription_Clear(&m_endpoint);
-    OpcUa_EndpointDescription_CopyTo(&other.m_endpoint, &m_endpoint);
-    m_displayName = other.m_displayName;
-    m_userTokenType = other.m_userTokenType;
-    m_sessionName = other.m_sessionName;
-    m_userName = other.m_userName;
-    m_password = other.m_password;
-    m_storePassword = other.m_storePassword;
-    m_certificateFile = other.m_certificateFile;
-    m_privateKeyFile = other.m_privateKeyFile;
+    OpcUa_EndpointDescription_Clear(this);
+    OpcUa_EndpointDescription_CopyTo(&other, this);
     return *this;
 }
 
-QvelDiscoverySetting::~QvelDiscoverySetting()
+QvelDiscoverySetting::Endpoint::~Endpoint()
 {
-    OpcUa_EndpointDescription_Clear(&m_endpoint);
+    OpcUa_EndpointDescription_Clear(this);
 }
+
+QvelDiscoverySetting::QvelDiscoverySetting() = default;
+QvelDiscoverySetting::QvelDiscoverySetting(const QvelDiscoverySetting& other) = default;
+QvelDiscoverySetting& QvelDiscoverySetting::operator=(const QvelDiscoverySetting& other) = default;
+QvelDiscoverySetting::~QvelDiscoverySetting() = default;
 
 bool QvelDiscoverySetting::operator==(const QvelDiscoverySetting& other) const
 {

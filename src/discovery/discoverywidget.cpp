@@ -10,6 +10,10 @@
 #include <QtWidgets/QInputDialog>
 #include <QtWidgets/QMenu>
 
+// The column is fitted to these many rows in and around the visible part. More would cost more
+// than the insertion of thousands of rows.
+constexpr int rowsToFit = 300;
+
 static const QString lastUsedNodeKey = QStringLiteral("LastUsedNode");
 
 class QvelDiscoveryWidget::Private
@@ -44,6 +48,8 @@ QvelDiscoveryWidget::QvelDiscoveryWidget(OpcType opcType, QvelDiscoveryCBInterfa
     d->model = new QvelDiscoveryModel(opcType, callback, timeout, sessionName, this);
     setModel(d->model);
     setHeaderHidden(true);
+    header()->setResizeContentsPrecision(rowsToFit);
+    setUniformRowHeights(true); // every text is one line
     setContextMenuPolicy(Qt::CustomContextMenu);
     for (int row = 1; row <= 3; ++row)
         expand(d->model->index(row, 0));
