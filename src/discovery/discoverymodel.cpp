@@ -132,7 +132,12 @@ QvelDiscoveryModel::~QvelDiscoveryModel()
 {
     writeSettings();
     d->pool.reset(); // from here on, no other thread is about
-    for (const Private::Job& job : d->jobs) {
+    std::vector<Private::Job> undelivered;
+    {
+        const QMutexLocker lock(&d->mutex);
+        undelivered.swap(d->jobs);
+    }
+    for (const Private::Job& job : undelivered) {
         if (job.ownsCursor)
             QApplication::restoreOverrideCursor();
         qDeleteAll(job.children);
