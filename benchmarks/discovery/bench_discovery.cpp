@@ -1,11 +1,14 @@
 #include "discovery/endpoints.h"
 #include "figure.h"
 #include "support/memorysettings.h"
+#include "support/peerprocess.h"
 
 #include <Kestrel/QvelDiscoveryModel>
 #include <Kestrel/QvelDiscoveryWidget>
+#include <Kestrel/UaDiscovery>
 
 #include <QtCore/QElapsedTimer>
+#include <QtCore/QJsonDocument>
 #include <QtCore/QTimer>
 #include <QtGui/QStandardItemModel>
 #include <QtNetwork/QTcpServer>
@@ -229,6 +232,49 @@ std::pair<double, double> waitForSilentServers()
     return {double(longest) / 1e6, closing};
 }
 
+// GetEndpoints on a foreign server, connect and close included: our client and the server's own.
+double getEndpointsAgainstNode()
+{
+    PeerProcess server;
+    const QString url = server.start(NODE, {QString(PEERS) + "/server.mjs"});
+    if (url.isEmpty()) {
+        std::fprintf(stderr, "the server of the benchmark does not start\n");
+        std::exit(2);
+    }
+    constexpr int rounds = 100;
+    const auto ours = [&url] {
+        std::vector<double> times;
+        for (int i = 0; i < rounds; ++i) {
+            times.push_back(milliseconds([&url] {
+                UaStackTypeArray<OpcUa_EndpointDescription> endpoints;
+                const UaStatus status = UaClientSdk::UaDiscovery().getEndpoints(
+                    UaClientSdk::ServiceSettings(), UaString(url.toUtf8()),
+                    UaClientSdk::SessionSecurityInfo(), endpoints);
+                if (status.isNotGood() || endpoints.length() == 0) {
+                    std::fprintf(stderr, "GetEndpoints: %s\n", status.toString().toUtf8());
+                    std::exit(2);
+                }
+            }));
+        }
+        return median(std::move(times));
+    };
+    const auto nodes = [&url] {
+        QProcess client;
+        client.start(NODE, {QString(PEERS) + "/client-bench.mjs", url, QString::number(rounds)});
+        client.waitForFinished(-1);
+        const auto result = QJsonDocument::fromJson(client.readAllStandardOutput());
+        const double figure = result["medianMs"].toDouble();
+        if (figure <= 0) {
+            std::fprintf(stderr, "the client of the benchmark failed: %s\n",
+                         client.readAllStandardError().constData());
+            std::exit(2);
+        }
+        return figure;
+    };
+    const auto [our, theirs] = medians(3, ours, nodes);
+    return our / theirs;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -253,6 +299,7 @@ int main(int argc, char** argv)
             9, [&] { return copyRecords(record); }, [&] { return copyFields(record); });
         figures.report("copy-record-vs-plain-deep-copy", ours / plain, 1.5);
     }
+    figures.report("getendpoints-vs-node-opcua", getEndpointsAgainstNode(), 0.2);
     const auto [gap, closing] = waitForSilentServers();
     figures.report("event-loop-gap-while-30-jobs-wait", gap, 50, " ms");
     figures.report("close-view-while-30-jobs-wait", closing, 200, " ms");
