@@ -3,6 +3,7 @@
 #include "discoverycbinterface.h"
 #include "discoveryjob.h"
 #include "discoverylimits_p.h"
+#include "discoverynodes_p.h"
 #include "images/images_p.h"
 #include "platform/network/uanetworkbrowser.h"
 #include "platform/threads/uathreadpool.h"
@@ -71,26 +72,6 @@ public:
     const QString sessionName;
     QHash<QString, QIcon> images;
 };
-
-// Null for an invalid index and for one without a node.
-static QvelDiscoveryNode* nodeAt(const QModelIndex& index)
-{
-    return static_cast<QvelDiscoveryNode*>(index.internalPointer());
-}
-
-static QvelDiscoveryNodeEndpoint* toEndpoint(QvelDiscoveryNode* node)
-{
-    return node && node->type() == QvelDiscoveryNode::TypeEndpoint
-               ? static_cast<QvelDiscoveryNodeEndpoint*>(node)
-               : nullptr;
-}
-
-static QvelDiscoveryNodeDiscovery* toDiscovery(QvelDiscoveryNode* node)
-{
-    return node && node->type() == QvelDiscoveryNode::TypeDiscovery
-               ? static_cast<QvelDiscoveryNodeDiscovery*>(node)
-               : nullptr;
-}
 
 QvelDiscoveryModel::QvelDiscoveryModel(QvelDiscoveryWidget::OpcType opcType,
                                        QvelDiscoveryCBInterface* callback, int timeout,
@@ -294,9 +275,9 @@ void QvelDiscoveryModel::sltAddChildren(QModelIndex parent, QList<QvelDiscoveryN
 
 void QvelDiscoveryModel::nodeDeleted(QvelDiscoveryNode* node)
 {
+    const QMutexLocker lock(&d->mutex);
     if (node == d->addServer)
         d->addServer = nullptr;
-    const QMutexLocker lock(&d->mutex);
     d->browsing.erase(std::remove_if(d->browsing.begin(), d->browsing.end(),
                                      [node](const auto& waiting) { return waiting.node == node; }),
                       d->browsing.end());

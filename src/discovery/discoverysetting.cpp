@@ -4,6 +4,7 @@
 #include "discoverylimits_p.h"
 #include "platform/types/uabytestring.h"
 #include "platform/types/uastring.h"
+#include "stacktext_p.h"
 
 #include <QtCore/QSettings>
 #include <QtCore/QVariant>
@@ -13,11 +14,6 @@
 QvelDiscoveryCBInterface::~QvelDiscoveryCBInterface() = default;
 
 namespace {
-
-QString toQString(const OpcUa_String& text)
-{
-    return QString::fromUtf8(OpcUa_String_GetRawString(&text), OpcUa_String_StrSize(&text));
-}
 
 void assign(OpcUa_String& target, const QString& text)
 {

@@ -2,6 +2,7 @@
 
 #include "discoverycbinterface.h"
 #include "discoverymodel.h"
+#include "discoverynodes_p.h"
 
 #include <QtCore/QPointer>
 #include <QtGui/QAction>
@@ -27,19 +28,6 @@ public:
     QAction* edit = nullptr;
     QMenu* menu = nullptr;
 };
-
-static QvelDiscoveryNode* nodeAt(const QModelIndex& index)
-{
-    return static_cast<QvelDiscoveryNode*>(index.internalPointer());
-}
-
-static QvelDiscoveryNodeEndpoint* endpointAt(const QModelIndex& index)
-{
-    QvelDiscoveryNode* node = nodeAt(index);
-    return node && node->type() == QvelDiscoveryNode::TypeEndpoint
-               ? static_cast<QvelDiscoveryNodeEndpoint*>(node)
-               : nullptr;
-}
 
 QvelDiscoveryWidget::QvelDiscoveryWidget(OpcType opcType, QvelDiscoveryCBInterface* callback,
                                          int timeout, const QString& sessionName, QWidget* parent)
@@ -79,7 +67,7 @@ QvelDiscoveryWidget::~QvelDiscoveryWidget()
 
 QvelDiscoverySetting QvelDiscoveryWidget::currentConfiguration() const
 {
-    QvelDiscoveryNodeEndpoint* endpoint = endpointAt(currentIndex());
+    QvelDiscoveryNodeEndpoint* endpoint = toEndpoint(nodeAt(currentIndex()));
     return endpoint ? endpoint->configuration() : QvelDiscoverySetting();
 }
 
@@ -149,14 +137,14 @@ void QvelDiscoveryWidget::sltContextMenu(const QPoint& pos)
 void QvelDiscoveryWidget::sltEditUrl()
 {
     const QPersistentModelIndex index = currentIndex();
-    QvelDiscoveryNode* node = nodeAt(index);
-    if (!node || node->type() != QvelDiscoveryNode::TypeDiscovery)
+    QvelDiscoveryNodeDiscovery* node = toDiscovery(nodeAt(index));
+    if (!node)
         return;
     const QPointer<QvelDiscoveryWidget> self(this);
     bool ok = false;
-    const QString url = QInputDialog::getText(
-        this, tr("Edit Discovery Url"), tr("Enter the new Discovery Url:"), QLineEdit::Normal,
-        static_cast<QvelDiscoveryNodeDiscovery*>(node)->discoveryUrl(), &ok);
+    const QString url =
+        QInputDialog::getText(this, tr("Edit Discovery Url"), tr("Enter the new Discovery Url:"),
+                              QLineEdit::Normal, node->discoveryUrl(), &ok);
     if (self && ok)
         d->model->editUrl(index, url);
 }
@@ -176,7 +164,7 @@ void QvelDiscoveryWidget::sltRemove()
 
 void QvelDiscoveryWidget::sltCurrentChanged(const QModelIndex& index)
 {
-    QvelDiscoveryNodeEndpoint* endpoint = endpointAt(index);
+    QvelDiscoveryNodeEndpoint* endpoint = toEndpoint(nodeAt(index));
     if (!endpoint)
         return;
     if (d->opcType == OpcUa)
@@ -199,7 +187,7 @@ void QvelDiscoveryWidget::sltActivated(const QModelIndex& index)
             d->opcType == OpcUa ? "opc.tcp://" : "localhost", &ok);
         if (self && ok)
             d->model->addRemoteServer(url);
-    } else if (QvelDiscoveryNodeEndpoint* endpoint = endpointAt(index)) {
+    } else if (QvelDiscoveryNodeEndpoint* endpoint = toEndpoint(node)) {
         if (d->opcType == OpcUa)
             Q_EMIT endpointActivated(endpoint->configuration());
         else

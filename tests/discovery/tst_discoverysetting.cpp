@@ -241,7 +241,7 @@ void DiscoverySettingTest::survivesPrefixForm()
     QCOMPARE(read(store), persistent(fullSetting()));
     QCOMPARE(store.values.value("P.ServerCertificate").userType(), int(QMetaType::QByteArray));
     QCOMPARE(store.values.value("P.SecurityLevel"), QVariant(200));
-    for (const QVariant& value : qAsConst(store.values))
+    for (const QVariant& value : std::as_const(store.values))
         QVERIFY(value.toString() != "secret");
 }
 
