@@ -6,6 +6,7 @@
 
 #include <QtTest/QtTest>
 #include <QtWidgets/QComboBox>
+#include <QtWidgets/QLabel>
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QSpinBox>
@@ -284,6 +285,15 @@ private Q_SLOTS:
         QCOMPARE(editor.combo->isEnabled(), !readOnly);
         QCOMPARE(editor.line->isReadOnly(), readOnly);
         QVERIFY(!editor.widget->focusProxy());
+    }
+
+    void dialogRowsStandBelowEachOther()
+    {
+        Editor editor(true);
+        QVERIFY(editor.spin->geometry().bottom() < editor.combo->geometry().top());
+        QVERIFY(editor.combo->geometry().bottom() < editor.line->geometry().top());
+        for (auto* label : editor.widget->findChildren<QLabel*>())
+            QCOMPARE(label->geometry().top(), label->buddy()->geometry().top());
     }
 
     void hostileTexts()
