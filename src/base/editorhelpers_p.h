@@ -86,7 +86,7 @@ void addDialogRow(QGridLayout* grid, const QString& text, Control* control,
     auto* label = new QLabel(text);
     label->setBuddy(control);
     setControlReadOnly(control, flags.testFlag(QvelDialogWidgetBase::ReadOnly));
-    const int row = grid->isEmpty() ? 0 : grid->rowCount();
+    const int row = grid->count() == 0 ? 0 : grid->rowCount();
     grid->addWidget(label, row, 0);
     grid->addWidget(control, row, 1);
 }

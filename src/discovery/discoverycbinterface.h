@@ -25,6 +25,7 @@ public:
     /// The stored value, or an invalid QVariant if there is none.
     virtual QVariant readSetting(void* handle, const QString& key) = 0;
     virtual void writeSetting(void* handle, const QString& key, const QVariant& value) = 0;
-    /// Takes one line of trace or error text. The text may hold anything that a server sent.
+    /// Takes one line of trace or error text, of bounded length and without control characters.
+    /// Names and URLs in it are as servers sent them: show it as plain text.
     virtual void logMessage(const QString& text) = 0;
 };

@@ -2,21 +2,18 @@
 
 #include "discoverycbinterface.h"
 #include "discoverymodel.h"
+#include "discoverynodes_p.h"
 #include "platform/client/uadiscovery.h"
 #include "platform/com/comserverlist_p.h"
 #include "platform/stack/opcuastatuscodes.h"
 #include "showntext_p.h"
+#include "stacktext_p.h"
 
 #include <QtCore/QThread>
 
 #include <utility>
 
 static const QLatin1String opcTcp("opc.tcp:");
-
-static QString toQString(const OpcUa_String& text)
-{
-    return QString::fromUtf8(OpcUa_String_GetRawString(&text), OpcUa_String_StrSize(&text));
-}
 
 static UaClientSdk::ServiceSettings serviceSettings(int timeout)
 {
@@ -32,12 +29,12 @@ QvelDiscoveryJob::QvelDiscoveryJob(QvelDiscoveryModel* model, QvelDiscoveryCBInt
       m_timeout(timeout), m_sessionName(sessionName)
 {
     qRegisterMetaType<QList<QvelDiscoveryNode*>>("QList<QvelDiscoveryNode*>");
-    auto* node = static_cast<QvelDiscoveryNode*>(parent.internalPointer());
+    QvelDiscoveryNode* node = nodeAt(parent);
     if (!node)
         return;
     m_type = node->type();
-    if (m_type == QvelDiscoveryNode::TypeDiscovery)
-        m_target = static_cast<QvelDiscoveryNodeDiscovery*>(node)->discoveryUrl();
+    if (QvelDiscoveryNodeDiscovery* discovery = toDiscovery(node))
+        m_target = discovery->discoveryUrl();
     else if (m_type == QvelDiscoveryNode::TypeServer)
         m_target = static_cast<QvelDiscoveryNodeServer*>(node)->serverDiscoveryUrl();
     else

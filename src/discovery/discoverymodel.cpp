@@ -3,6 +3,7 @@
 #include "discoverycbinterface.h"
 #include "discoveryjob.h"
 #include "discoverylimits_p.h"
+#include "discoverynodes_p.h"
 #include "images/images_p.h"
 #include "platform/network/uanetworkbrowser.h"
 #include "platform/threads/uathreadpool.h"
@@ -72,26 +73,6 @@ public:
     QHash<QString, QIcon> images;
 };
 
-// Null for an invalid index and for one without a node.
-static QvelDiscoveryNode* nodeAt(const QModelIndex& index)
-{
-    return static_cast<QvelDiscoveryNode*>(index.internalPointer());
-}
-
-static QvelDiscoveryNodeEndpoint* toEndpoint(QvelDiscoveryNode* node)
-{
-    return node && node->type() == QvelDiscoveryNode::TypeEndpoint
-               ? static_cast<QvelDiscoveryNodeEndpoint*>(node)
-               : nullptr;
-}
-
-static QvelDiscoveryNodeDiscovery* toDiscovery(QvelDiscoveryNode* node)
-{
-    return node && node->type() == QvelDiscoveryNode::TypeDiscovery
-               ? static_cast<QvelDiscoveryNodeDiscovery*>(node)
-               : nullptr;
-}
-
 QvelDiscoveryModel::QvelDiscoveryModel(QvelDiscoveryWidget::OpcType opcType,
                                        QvelDiscoveryCBInterface* callback, int timeout,
                                        const QString& sessionName, QObject* parent)
@@ -132,7 +113,12 @@ QvelDiscoveryModel::~QvelDiscoveryModel()
 {
     writeSettings();
     d->pool.reset(); // from here on, no other thread is about
-    for (const Private::Job& job : d->jobs) {
+    std::vector<Private::Job> undelivered;
+    {
+        const QMutexLocker lock(&d->mutex);
+        undelivered.swap(d->jobs);
+    }
+    for (const Private::Job& job : undelivered) {
         if (job.ownsCursor)
             QApplication::restoreOverrideCursor();
         qDeleteAll(job.children);
@@ -289,9 +275,9 @@ void QvelDiscoveryModel::sltAddChildren(QModelIndex parent, QList<QvelDiscoveryN
 
 void QvelDiscoveryModel::nodeDeleted(QvelDiscoveryNode* node)
 {
+    const QMutexLocker lock(&d->mutex);
     if (node == d->addServer)
         d->addServer = nullptr;
-    const QMutexLocker lock(&d->mutex);
     d->browsing.erase(std::remove_if(d->browsing.begin(), d->browsing.end(),
                                      [node](const auto& waiting) { return waiting.node == node; }),
                       d->browsing.end());

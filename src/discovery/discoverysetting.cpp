@@ -4,6 +4,7 @@
 #include "discoverylimits_p.h"
 #include "platform/types/uabytestring.h"
 #include "platform/types/uastring.h"
+#include "stacktext_p.h"
 
 #include <QtCore/QSettings>
 #include <QtCore/QVariant>
@@ -13,11 +14,6 @@
 QvelDiscoveryCBInterface::~QvelDiscoveryCBInterface() = default;
 
 namespace {
-
-QString toQString(const OpcUa_String& text)
-{
-    return QString::fromUtf8(OpcUa_String_GetRawString(&text), OpcUa_String_StrSize(&text));
-}
 
 void assign(OpcUa_String& target, const QString& text)
 {
@@ -141,36 +137,33 @@ void QvelDiscoverySetting::visitSettings(Store& store, Record& record)
     store.text("PrivateKeyFile", record.m_privateKeyFile);
 }
 
-QvelDiscoverySetting::QvelDiscoverySetting()
+QvelDiscoverySetting::Endpoint::Endpoint()
 {
-    OpcUa_EndpointDescription_Initialize(&m_endpoint);
+    OpcUa_EndpointDescription_Initialize(this);
 }
 
-QvelDiscoverySetting::QvelDiscoverySetting(const QvelDiscoverySetting& other)
-    : QvelDiscoverySetting()
+QvelDiscoverySetting::Endpoint::Endpoint(const Endpoint& other) : Endpoint()
 {
-    *this = other;
+    OpcUa_EndpointDescription_CopyTo(&other, this);
 }
 
-QvelDiscoverySetting& QvelDiscoverySetting::operator=(const QvelDiscoverySetting& other)
+// Not guarded: assigned to itself, it is empty.
+QvelDiscoverySetting::Endpoint& QvelDiscoverySetting::Endpoint::operator=(const Endpoint& other)
 {
-    OpcUa_EndpointDescription_Clear(&m_endpoint);
-    OpcUa_EndpointDescription_CopyTo(&other.m_endpoint, &m_endpoint);
-    m_displayName = other.m_displayName;
-    m_userTokenType = other.m_userTokenType;
-    m_sessionName = other.m_sessionName;
-    m_userName = other.m_userName;
-    m_password = other.m_password;
-    m_storePassword = other.m_storePassword;
-    m_certificateFile = other.m_certificateFile;
-    m_privateKeyFile = other.m_privateKeyFile;
+    OpcUa_EndpointDescription_Clear(this);
+    OpcUa_EndpointDescription_CopyTo(&other, this);
     return *this;
 }
 
-QvelDiscoverySetting::~QvelDiscoverySetting()
+QvelDiscoverySetting::Endpoint::~Endpoint()
 {
-    OpcUa_EndpointDescription_Clear(&m_endpoint);
+    OpcUa_EndpointDescription_Clear(this);
 }
+
+QvelDiscoverySetting::QvelDiscoverySetting() = default;
+QvelDiscoverySetting::QvelDiscoverySetting(const QvelDiscoverySetting& other) = default;
+QvelDiscoverySetting& QvelDiscoverySetting::operator=(const QvelDiscoverySetting& other) = default;
+QvelDiscoverySetting::~QvelDiscoverySetting() = default;
 
 bool QvelDiscoverySetting::operator==(const QvelDiscoverySetting& other) const
 {

@@ -88,7 +88,16 @@ private:
     static void visitSettings(Store& store, Record& record);
     static QString securityModeToString(OpcUa_MessageSecurityMode mode);
 
-    OpcUa_EndpointDescription m_endpoint;
+    // Owns what a description points to.
+    struct KESTREL_EXPORT Endpoint : OpcUa_EndpointDescription
+    {
+        Endpoint();
+        Endpoint(const Endpoint& other);
+        Endpoint& operator=(const Endpoint& other);
+        ~Endpoint();
+    };
+
+    Endpoint m_endpoint;
     QString m_displayName;
     OpcUa_UserTokenType m_userTokenType = OpcUa_UserTokenType_Anonymous;
     QString m_sessionName;

@@ -2,6 +2,7 @@
 
 #include "discoverycbinterface.h"
 #include "discoverymodel.h"
+#include "discoverynodes_p.h"
 
 #include <QtCore/QPointer>
 #include <QtGui/QAction>
@@ -9,6 +10,10 @@
 #include <QtWidgets/QHeaderView>
 #include <QtWidgets/QInputDialog>
 #include <QtWidgets/QMenu>
+
+// The column is fitted to these many rows in and around the visible part. More would cost more
+// than the insertion of thousands of rows.
+constexpr int rowsToFit = 300;
 
 static const QString lastUsedNodeKey = QStringLiteral("LastUsedNode");
 
@@ -24,19 +29,6 @@ public:
     QMenu* menu = nullptr;
 };
 
-static QvelDiscoveryNode* nodeAt(const QModelIndex& index)
-{
-    return static_cast<QvelDiscoveryNode*>(index.internalPointer());
-}
-
-static QvelDiscoveryNodeEndpoint* endpointAt(const QModelIndex& index)
-{
-    QvelDiscoveryNode* node = nodeAt(index);
-    return node && node->type() == QvelDiscoveryNode::TypeEndpoint
-               ? static_cast<QvelDiscoveryNodeEndpoint*>(node)
-               : nullptr;
-}
-
 QvelDiscoveryWidget::QvelDiscoveryWidget(OpcType opcType, QvelDiscoveryCBInterface* callback,
                                          int timeout, const QString& sessionName, QWidget* parent)
     : QTreeView(parent), d(new Private{callback, opcType})
@@ -44,6 +36,8 @@ QvelDiscoveryWidget::QvelDiscoveryWidget(OpcType opcType, QvelDiscoveryCBInterfa
     d->model = new QvelDiscoveryModel(opcType, callback, timeout, sessionName, this);
     setModel(d->model);
     setHeaderHidden(true);
+    header()->setResizeContentsPrecision(rowsToFit);
+    setUniformRowHeights(true); // every text is one line
     setContextMenuPolicy(Qt::CustomContextMenu);
     for (int row = 1; row <= 3; ++row)
         expand(d->model->index(row, 0));
@@ -73,7 +67,7 @@ QvelDiscoveryWidget::~QvelDiscoveryWidget()
 
 QvelDiscoverySetting QvelDiscoveryWidget::currentConfiguration() const
 {
-    QvelDiscoveryNodeEndpoint* endpoint = endpointAt(currentIndex());
+    QvelDiscoveryNodeEndpoint* endpoint = toEndpoint(nodeAt(currentIndex()));
     return endpoint ? endpoint->configuration() : QvelDiscoverySetting();
 }
 
@@ -143,14 +137,14 @@ void QvelDiscoveryWidget::sltContextMenu(const QPoint& pos)
 void QvelDiscoveryWidget::sltEditUrl()
 {
     const QPersistentModelIndex index = currentIndex();
-    QvelDiscoveryNode* node = nodeAt(index);
-    if (!node || node->type() != QvelDiscoveryNode::TypeDiscovery)
+    QvelDiscoveryNodeDiscovery* node = toDiscovery(nodeAt(index));
+    if (!node)
         return;
     const QPointer<QvelDiscoveryWidget> self(this);
     bool ok = false;
-    const QString url = QInputDialog::getText(
-        this, tr("Edit Discovery Url"), tr("Enter the new Discovery Url:"), QLineEdit::Normal,
-        static_cast<QvelDiscoveryNodeDiscovery*>(node)->discoveryUrl(), &ok);
+    const QString url =
+        QInputDialog::getText(this, tr("Edit Discovery Url"), tr("Enter the new Discovery Url:"),
+                              QLineEdit::Normal, node->discoveryUrl(), &ok);
     if (self && ok)
         d->model->editUrl(index, url);
 }
@@ -170,7 +164,7 @@ void QvelDiscoveryWidget::sltRemove()
 
 void QvelDiscoveryWidget::sltCurrentChanged(const QModelIndex& index)
 {
-    QvelDiscoveryNodeEndpoint* endpoint = endpointAt(index);
+    QvelDiscoveryNodeEndpoint* endpoint = toEndpoint(nodeAt(index));
     if (!endpoint)
         return;
     if (d->opcType == OpcUa)
@@ -193,7 +187,7 @@ void QvelDiscoveryWidget::sltActivated(const QModelIndex& index)
             d->opcType == OpcUa ? "opc.tcp://" : "localhost", &ok);
         if (self && ok)
             d->model->addRemoteServer(url);
-    } else if (QvelDiscoveryNodeEndpoint* endpoint = endpointAt(index)) {
+    } else if (QvelDiscoveryNodeEndpoint* endpoint = toEndpoint(node)) {
         if (d->opcType == OpcUa)
             Q_EMIT endpointActivated(endpoint->configuration());
         else

@@ -17,7 +17,7 @@ class KESTREL_EXPORT QvelDiscoveryWidget : public QTreeView
     Q_OBJECT
 public:
     /// What is looked for.
-    enum OpcType {
+    enum OpcType : int {
         OpcUa = 0, ///< OPC UA servers and their endpoints
         ComDa = 1, ///< OPC Classic Data Access servers
         ComAe = 2  ///< OPC Classic Alarms and Events servers

@@ -5,7 +5,10 @@
 
 #include <Kestrel/UaStackTypeArray>
 
+#include <QtCore/QThread>
+
 #include <atomic>
+#include <functional>
 
 /// A server with both discovery services. A service without an answer gives a fault.
 class DiscoveryServer

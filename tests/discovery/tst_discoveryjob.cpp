@@ -20,6 +20,7 @@ private Q_SLOTS:
     void cleanup();
     void findsServers();
     void deliversNothingOfDiscoveryServerAlone();
+    void asksLocalNodeAtItsUrl();
     void fallsBackToEndpoints();
     void asksServerForEndpoints();
     void logsBothFailures();
@@ -119,6 +120,19 @@ void DiscoveryJobTest::deliversNothingOfDiscoveryServerAlone()
     QVERIFY(!node->hasChildren());
     QVERIFY(node->isBrowsed() && !node->isBrowsing());
     QCOMPARE(m_settings->log().size(), 1);
+}
+
+// Its name is not its URL.
+void DiscoveryJobTest::asksLocalNodeAtItsUrl()
+{
+    const DiscoveryServer server([](auto& servers) {
+        addServer(servers, "Pump", OpcUa_ApplicationType_Server, {"opc.tcp://h:1"});
+    });
+    m_settings->values.insert("LocalDiscoveryUrl", server.url());
+    const auto model = makeModel();
+    model->fetchMore(model->index(0, 0));
+    QTRY_VERIFY(!QApplication::overrideCursor());
+    QCOMPARE(model->getLocalNode()->childrenCount(), 1);
 }
 
 void DiscoveryJobTest::fallsBackToEndpoints()

@@ -131,13 +131,19 @@ void DiscoverySettingTest::comparesEveryFieldOfTheDescription_data()
     row("type", [](E& e) { e.Server.ApplicationType = OpcUa_ApplicationType_Client; });
     row("gateway", [](E& e) { assign(e.Server.GatewayServerUri, ""); });
     row("profile", [](E& e) { assign(e.Server.DiscoveryProfileUri, "x"); });
-    row("url count", [](E& e) { e.Server.NoOfDiscoveryUrls = 1; });
+    row("url count", [](E& e) {
+        OpcUa_String_Clear(&e.Server.DiscoveryUrls[1]);
+        e.Server.NoOfDiscoveryUrls = 1;
+    });
     row("last url", [](E& e) { assign(e.Server.DiscoveryUrls[1], "x"); });
     row("certificate",
         [](E& e) { OpcUa_ByteString_Assign(&e.ServerCertificate, "\x30\x00\xfe", 3); });
     row("mode", [](E& e) { e.SecurityMode = OpcUa_MessageSecurityMode_Sign; });
     row("policy", [](E& e) { assign(e.SecurityPolicyUri, "x"); });
-    row("token count", [](E& e) { e.NoOfUserIdentityTokens = 1; });
+    row("token count", [](E& e) {
+        OpcUa_UserTokenPolicy_Clear(&e.UserIdentityTokens[1]);
+        e.NoOfUserIdentityTokens = 1;
+    });
     row("policy id", [](E& e) { assign(e.UserIdentityTokens[1].PolicyId, "x"); });
     row("token type",
         [](E& e) { e.UserIdentityTokens[1].TokenType = OpcUa_UserTokenType_Anonymous; });
@@ -235,7 +241,7 @@ void DiscoverySettingTest::survivesPrefixForm()
     QCOMPARE(read(store), persistent(fullSetting()));
     QCOMPARE(store.values.value("P.ServerCertificate").userType(), int(QMetaType::QByteArray));
     QCOMPARE(store.values.value("P.SecurityLevel"), QVariant(200));
-    for (const QVariant& value : qAsConst(store.values))
+    for (const QVariant& value : std::as_const(store.values))
         QVERIFY(value.toString() != "secret");
 }
 

@@ -73,7 +73,7 @@ private Q_SLOTS:
     void deletesNothingElse_data();
     void deletesNothingElse();
     void rebrowsesByMenu();
-    void spareUserEntriesOnRebrowse();
+    void sparesUserEntriesOnRebrowse();
     void leavesOtherKeysToParent();
     void tellsEndpoints_data() { opcTypes(); }
     void tellsEndpoints();
@@ -362,7 +362,7 @@ void DiscoveryWidgetTest::rebrowsesByMenu()
 }
 
 // The action works on the current node, which need not be the one under the menu.
-void DiscoveryWidgetTest::spareUserEntriesOnRebrowse()
+void DiscoveryWidgetTest::sparesUserEntriesOnRebrowse()
 {
     makeView();
     for (int row : {2, 3}) {

@@ -6,6 +6,7 @@
 
 #include <QtTest/QtTest>
 #include <QtWidgets/QComboBox>
+#include <QtWidgets/QLabel>
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QSpinBox>
@@ -178,6 +179,15 @@ private Q_SLOTS:
         editor.combo->setCurrentIndex(3);
         bool ok = true;
         QVERIFY(editor.value(&ok).isEmpty() && !ok); // "0x0" is an odd number of digits
+    }
+
+    void dialogRowsStandBelowEachOther()
+    {
+        Editor editor(true);
+        QVERIFY(editor.spin->geometry().bottom() < editor.combo->geometry().top());
+        QVERIFY(editor.combo->geometry().bottom() < editor.line->geometry().top());
+        for (auto* label : editor.widget->findChildren<QLabel*>())
+            QCOMPARE(label->geometry().top(), label->buddy()->geometry().top());
     }
 
     void hostileTexts()

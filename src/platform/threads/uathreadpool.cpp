@@ -135,6 +135,8 @@ void UaThreadPool::Private::close()
     dropped.clear();
     join(threads);
     join(ended);
+    // ThreadSanitizer does not see into QThread::wait(); it does see who had the lock before.
+    const std::lock_guard<std::mutex> lock(m_mutex);
 }
 
 UaThreadPool::UaThreadPool(int minThreads, int maxThreads)
