@@ -39,6 +39,12 @@ KESTREL_STACK_FIELDS(OpcUa_ExpandedNodeId, v(s.NodeId...); v(s.NamespaceUri...);
                      v(s.ServerIndex...);)
 KESTREL_STACK_FIELDS(OpcUa_QualifiedName, v(s.NamespaceIndex...); v(s.Name...);)
 KESTREL_STACK_FIELDS(OpcUa_LocalizedText, v(s.Locale...); v(s.Text...);)
+KESTREL_STACK_FIELDS(OpcUa_ExtensionObject, v(s.TypeId...); v(s.Encoding...); v(s.Body...);)
+KESTREL_STACK_FIELDS(OpcUa_DataValue, v(s.Value...); v(s.Status...); v(s.SourceTimestamp...);
+                     v(s.SourcePicoseconds...); v(s.ServerTimestamp...); v(s.ServerPicoseconds...);)
+KESTREL_STACK_FIELDS(OpcUa_DiagnosticInfo, v(s.SymbolicId...); v(s.NamespaceUri...); v(s.Locale...);
+                     v(s.LocalizedText...); v(s.AdditionalInfo...); v(s.InnerStatusCode...);
+                     v(StackArray{s.NoOfInnerDiagnosticInfos, s.InnerDiagnosticInfos}...);)
 KESTREL_STACK_FIELDS(OpcUa_ApplicationDescription, v(s.ApplicationUri...); v(s.ProductUri...);
                      v(s.ApplicationName...); v(s.ApplicationType...); v(s.GatewayServerUri...);
                      v(s.DiscoveryProfileUri...);

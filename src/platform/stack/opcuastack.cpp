@@ -146,6 +146,8 @@ void clearValue(T& value)
 {
     if constexpr (isBytes<T>) {
         OpcUa_Memory_Free(value.Data);
+    } else if constexpr (std::is_same_v<T, OpcUa_Variant>) {
+        OpcUa_Variant_Clear(&value);
     } else if constexpr (std::is_same_v<T, OpcUa_NodeId>) {
         if (value.IdentifierType == OpcUa_IdentifierType_String)
             OpcUa_Memory_Free(value.Identifier.String.Data);
@@ -163,6 +165,8 @@ OpcUa_StatusCode copyValue(const T& from, T& to)
 {
     if constexpr (isBytes<T>) {
         return assignBytes(&to, from.Data, from.Length);
+    } else if constexpr (std::is_same_v<T, OpcUa_Variant>) {
+        return OpcUa_Variant_CopyTo(&from, &to);
     } else if constexpr (std::is_same_v<T, OpcUa_NodeId>) {
         clearValue(to);
         to.IdentifierType = from.IdentifierType;
@@ -191,6 +195,8 @@ bool equalValue(const T& a, const T& b)
 {
     if constexpr (isBytes<T>) {
         return equalBytes(a, b);
+    } else if constexpr (std::is_same_v<T, OpcUa_Variant>) {
+        return OpcUa_Variant_Equal(&a, &b);
     } else if constexpr (std::is_same_v<T, OpcUa_Guid>) {
         return !std::memcmp(&a, &b, sizeof a);
     } else if constexpr (std::is_same_v<T, OpcUa_NodeId>) {
@@ -216,9 +222,12 @@ bool equalValue(const T& a, const T& b)
 }
 
 template <class T>
-constexpr OpcUaTypeInfo typeInfo(const char* name)
+constexpr OpcUaTypeInfo typeInfo(const char* name, bool boxed = false)
 {
-    return {name, sizeof(T), [](void* element) { clearValue(*static_cast<T*>(element)); },
+    return {name,
+            sizeof(T),
+            boxed,
+            [](void* element) { clearValue(*static_cast<T*>(element)); },
             [](const void* from, void* to) {
                 return copyValue(*static_cast<const T*>(from), *static_cast<T*>(to));
             },
@@ -229,7 +238,7 @@ constexpr OpcUaTypeInfo typeInfo(const char* name)
 
 // Indexed by the type's number.
 constexpr OpcUaTypeInfo typeTable[] = {
-    {"Null", 0, nullptr, nullptr, nullptr},
+    {"Null", 0, false, nullptr, nullptr, nullptr},
     typeInfo<OpcUa_Boolean>("Boolean"),
     typeInfo<OpcUa_SByte>("SByte"),
     typeInfo<OpcUa_Byte>("Byte"),
@@ -251,6 +260,10 @@ constexpr OpcUaTypeInfo typeTable[] = {
     typeInfo<OpcUa_StatusCode>("StatusCode"),
     typeInfo<OpcUa_QualifiedName>("QualifiedName"),
     typeInfo<OpcUa_LocalizedText>("LocalizedText"),
+    typeInfo<OpcUa_ExtensionObject>("ExtensionObject", true),
+    typeInfo<OpcUa_DataValue>("DataValue", true),
+    typeInfo<OpcUa_Variant>("Variant", true),
+    typeInfo<OpcUa_DiagnosticInfo>("DiagnosticInfo", true),
 };
 
 } // namespace
@@ -268,6 +281,8 @@ OpcUaElements opcUaElements(const OpcUa_Variant& variant)
         return {nullptr, 0};
     switch (variant.ArrayType) {
     case OpcUa_VariantArrayType_Scalar:
+        if (info->boxed)
+            return {variant.Value.Boxed, variant.Value.Boxed ? std::size_t(1) : 0};
         return {const_cast<OpcUa_VariantValue*>(&variant.Value), 1};
     case OpcUa_VariantArrayType_Array: {
         const auto& array = variant.Value.Array;
@@ -301,7 +316,7 @@ void OpcUa_Variant_Clear(OpcUa_Variant* value)
     const OpcUaElements elements = opcUaElements(*value);
     for (std::size_t i = 0; i < elements.count; ++i)
         info->clear(static_cast<char*>(elements.data) + i * info->size);
-    if (value->ArrayType != OpcUa_VariantArrayType_Scalar)
+    if (value->ArrayType != OpcUa_VariantArrayType_Scalar || (info && info->boxed))
         OpcUa_Memory_Free(elements.data);
     if (value->ArrayType == OpcUa_VariantArrayType_Matrix)
         OpcUa_Memory_Free(value->Value.Matrix.Dimensions);
@@ -318,7 +333,13 @@ OpcUa_StatusCode OpcUa_Variant_CopyTo(const OpcUa_Variant* from, OpcUa_Variant* 
     to->Datatype = from->Datatype;
     to->ArrayType = from->ArrayType;
     void* target = &to->Value;
-    if (from->ArrayType != OpcUa_VariantArrayType_Scalar) {
+    if (from->ArrayType == OpcUa_VariantArrayType_Scalar && info->boxed) {
+        target = to->Value.Boxed = source.data ? allocZeroed(1, info->size) : nullptr;
+        if (source.data && !target) {
+            OpcUa_Variant_Clear(to);
+            return OpcUa_BadOutOfMemory;
+        }
+    } else if (from->ArrayType != OpcUa_VariantArrayType_Scalar) {
         const auto& matrix = from->Value.Matrix;
         if (from->ArrayType == OpcUa_VariantArrayType_Matrix && matrix.Dimensions) {
             const std::size_t bytes = std::size_t(matrix.NoOfDimensions) * sizeof(OpcUa_UInt32);
@@ -410,6 +431,9 @@ KESTREL_DEFINE_STACK_TYPE(OpcUa_NodeId)
 KESTREL_DEFINE_STACK_TYPE(OpcUa_ExpandedNodeId)
 KESTREL_DEFINE_STACK_TYPE(OpcUa_QualifiedName)
 KESTREL_DEFINE_STACK_TYPE(OpcUa_LocalizedText)
+KESTREL_DEFINE_STACK_TYPE(OpcUa_ExtensionObject)
+KESTREL_DEFINE_STACK_TYPE(OpcUa_DataValue)
+KESTREL_DEFINE_STACK_TYPE(OpcUa_DiagnosticInfo)
 KESTREL_DEFINE_STACK_TYPE(OpcUa_ApplicationDescription)
 KESTREL_DEFINE_STACK_TYPE(OpcUa_UserTokenPolicy)
 KESTREL_DEFINE_STACK_TYPE(OpcUa_EndpointDescription)

@@ -153,6 +153,14 @@ struct OpcUa_LocalizedText
     OpcUa_String Text;
 };
 
+/// A value of a type that the Variant does not know, as a server encoded it.
+struct OpcUa_ExtensionObject
+{
+    OpcUa_ExpandedNodeId TypeId;
+    OpcUa_Byte Encoding; ///< 0 no body, 1 binary, 2 XML
+    OpcUa_ByteString Body;
+};
+
 /// One scalar of any built-in type; which one, the Variant's `Datatype` says.
 union OpcUa_VariantValue
 {
@@ -177,6 +185,8 @@ union OpcUa_VariantValue
     OpcUa_StatusCode StatusCode;
     OpcUa_QualifiedName QualifiedName;
     OpcUa_LocalizedText LocalizedText;
+    /// One element of a type from ExtensionObject on, in memory of the stack.
+    void* Boxed;
     /// Elements of an array, one after the other.
     struct
     {
@@ -197,6 +207,30 @@ struct OpcUa_Variant
     OpcUa_Byte Datatype;  ///< an OpcUa_BuiltInType
     OpcUa_Byte ArrayType; ///< an OpcUa_VariantArrayType
     OpcUa_VariantValue Value;
+};
+
+/// OPC 10000-4, 7.11.
+struct OpcUa_DataValue
+{
+    OpcUa_Variant Value;
+    OpcUa_StatusCode Status;
+    OpcUa_DateTime SourceTimestamp;
+    OpcUa_UInt16 SourcePicoseconds;
+    OpcUa_DateTime ServerTimestamp;
+    OpcUa_UInt16 ServerPicoseconds;
+};
+
+/// OPC 10000-4, 7.12.
+struct OpcUa_DiagnosticInfo
+{
+    OpcUa_Int32 SymbolicId;
+    OpcUa_Int32 NamespaceUri;
+    OpcUa_Int32 Locale;
+    OpcUa_Int32 LocalizedText;
+    OpcUa_String AdditionalInfo;
+    OpcUa_StatusCode InnerStatusCode;
+    OpcUa_Int32 NoOfInnerDiagnosticInfos; ///< 0 or 1
+    OpcUa_DiagnosticInfo* InnerDiagnosticInfos;
 };
 
 /// OPC 10000-4, 7.2.
@@ -263,7 +297,10 @@ KESTREL_DECLARE_STACK_TYPE(OpcUa_NodeId)
 KESTREL_DECLARE_STACK_TYPE(OpcUa_ExpandedNodeId)
 KESTREL_DECLARE_STACK_TYPE(OpcUa_QualifiedName)
 KESTREL_DECLARE_STACK_TYPE(OpcUa_LocalizedText)
+KESTREL_DECLARE_STACK_TYPE(OpcUa_ExtensionObject)
 KESTREL_DECLARE_STACK_TYPE(OpcUa_Variant)
+KESTREL_DECLARE_STACK_TYPE(OpcUa_DataValue)
+KESTREL_DECLARE_STACK_TYPE(OpcUa_DiagnosticInfo)
 KESTREL_DECLARE_STACK_TYPE(OpcUa_ApplicationDescription)
 KESTREL_DECLARE_STACK_TYPE(OpcUa_UserTokenPolicy)
 KESTREL_DECLARE_STACK_TYPE(OpcUa_EndpointDescription)

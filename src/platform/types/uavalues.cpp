@@ -3,6 +3,7 @@
 #include "../stack/opcuastatuscodes.h"
 #include "uabytestring.h"
 #include "uaexpandednodeid.h"
+#include "uaextensionobject.h"
 #include "uaguid.h"
 #include "uanames.h"
 #include "uanodeid.h"
@@ -274,6 +275,24 @@ OpcUa_StatusCode UaLocalizedText::copyTo(OpcUa_LocalizedText* target) const
 {
     const OpcUa_StatusCode status = m_locale.copyTo(&target->Locale);
     return OpcUa_IsGood(status) ? m_text.copyTo(&target->Text) : status;
+}
+
+UaExtensionObject::UaExtensionObject(const OpcUa_ExtensionObject& value)
+    : m_typeId(value.TypeId), m_body(&value.Body), m_encoding(value.Encoding)
+{
+}
+
+UaString UaExtensionObject::toString() const
+{
+    return UaString(m_typeId.toFullString().bytes() + " (" + QByteArray::number(m_body.length()) +
+                    " bytes)");
+}
+
+OpcUa_StatusCode UaExtensionObject::copyTo(OpcUa_ExtensionObject* target) const
+{
+    target->Encoding = m_encoding;
+    const OpcUa_StatusCode status = m_typeId.copyTo(&target->TypeId);
+    return OpcUa_IsGood(status) ? m_body.copyTo(&target->Body) : status;
 }
 
 UaString UaStatusCode::toString() const

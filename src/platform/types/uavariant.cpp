@@ -5,17 +5,21 @@
 #include "uabytestring.h"
 #include "uadatetime.h"
 #include "uaexpandednodeid.h"
+#include "uaextensionobject.h"
 #include "uaguid.h"
 #include "uanames.h"
 #include "uanodeid.h"
 #include "uastacktypearray.h"
 #include "uastatuscode.h"
 #include "uastring.h"
+#include "valueparse_p.h"
 #include "valuetext_p.h"
+#include "variantelements_p.h"
 
 #include <QtCore/QSharedData>
 
 #include <algorithm>
+#include <cstring>
 
 class UaVariant::Data : public QSharedData
 {
@@ -208,6 +212,93 @@ void UaVariant::setStatusCode(const UaStatusCode& value)
 UaStatusCode UaVariant::toStatusCode() const
 {
     return UaStatusCode(scalar(OpcUaType_StatusCode).StatusCode);
+}
+
+void UaVariant::setExtensionObject(const UaExtensionObject& value)
+{
+    OpcUa_VariantValue& target = reset(OpcUaType_ExtensionObject);
+    auto* object =
+        static_cast<OpcUa_ExtensionObject*>(OpcUa_Memory_Alloc(sizeof(OpcUa_ExtensionObject)));
+    if (!object)
+        return clear();
+    OpcUa_ExtensionObject_Initialize(object);
+    target.Boxed = object;
+    value.copyTo(object);
+}
+
+UaExtensionObject UaVariant::toExtensionObject() const
+{
+    const void* object = scalar(OpcUaType_ExtensionObject).Boxed;
+    return object ? UaExtensionObject(*static_cast<const OpcUa_ExtensionObject*>(object))
+                  : UaExtensionObject();
+}
+
+void UaVariant::setEmptyArray(OpcUa_BuiltInType type)
+{
+    clear();
+    if (!opcUaTypeInfo(OpcUa_Byte(type)))
+        return;
+    reset(type);
+    d->variant.ArrayType = OpcUa_VariantArrayType_Array;
+}
+
+void UaVariant::setEmptyMatrix(OpcUa_BuiltInType type)
+{
+    clear();
+    auto* dimensions = static_cast<OpcUa_UInt32*>(OpcUa_Memory_Alloc(sizeof(OpcUa_UInt32)));
+    if (!opcUaTypeInfo(OpcUa_Byte(type)) || !dimensions)
+        return OpcUa_Memory_Free(dimensions);
+    *dimensions = 0;
+    auto& matrix = reset(type).Matrix;
+    d->variant.ArrayType = OpcUa_VariantArrayType_Matrix;
+    matrix.NoOfDimensions = 1;
+    matrix.Dimensions = dimensions;
+}
+
+UaVariant UaVariant::elementAt(OpcUa_Int32 index) const
+{
+    const OpcUa_Variant& v = **this;
+    const OpcUaElements elements = opcUaElements(v);
+    if (v.ArrayType == OpcUa_VariantArrayType_Scalar || index < 0 ||
+        std::size_t(index) >= elements.count)
+        return UaVariant();
+    const OpcUaTypeInfo& info = *opcUaTypeInfo(v.Datatype);
+    const void* element = static_cast<char*>(elements.data) + std::size_t(index) * info.size;
+    if (v.Datatype == OpcUaType_Variant)
+        return UaVariant(*static_cast<const OpcUa_Variant*>(element));
+    UaVariant result;
+    OpcUa_VariantValue& target = result.reset(OpcUa_BuiltInType(v.Datatype));
+    void* copy = &target;
+    if (info.boxed) {
+        copy = target.Boxed = OpcUa_Memory_Alloc(info.size);
+        if (!copy)
+            return UaVariant();
+        std::memset(copy, 0, info.size);
+    }
+    if (OpcUa_IsNotGood(info.copy(element, copy)))
+        return UaVariant();
+    return result;
+}
+
+OpcUa_StatusCode UaVariant::changeType(OpcUa_BuiltInType type, bool toArray)
+{
+    if (arrayType() != OpcUa_VariantArrayType_Scalar || isEmpty())
+        return OpcUa_BadTypeMismatch;
+    UaVariant converted = *this;
+    if (type != this->type()) {
+        const OpcUa_StatusCode status = parseValue(type, toString(), converted);
+        if (OpcUa_IsNotGood(status))
+            return status;
+    }
+    if (toArray) {
+        UaVariant array;
+        array.setEmptyArray(type);
+        if (!resizeElements(array, 1) || !setElement(array, 0, converted))
+            return OpcUa_BadOutOfMemory;
+        converted = array;
+    }
+    *this = converted;
+    return OpcUa_Good;
 }
 
 UaVariant::UaVariant(OpcUa_Boolean value)

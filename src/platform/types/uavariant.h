@@ -9,6 +9,7 @@
 class UaByteString;
 class UaDateTime;
 class UaExpandedNodeId;
+class UaExtensionObject;
 class UaGuid;
 class UaLocalizedText;
 class UaNodeId;
@@ -78,6 +79,11 @@ public:
     void setStatusCode(const UaStatusCode& value);
     void setQualifiedName(const UaQualifiedName& value);
     void setLocalizedText(const UaLocalizedText& value);
+    void setExtensionObject(const UaExtensionObject& value);
+    /// An array of a type, without elements. A type that has none gives the empty value.
+    void setEmptyArray(OpcUa_BuiltInType type);
+    /// A matrix of a type, with one dimension of length 0.
+    void setEmptyMatrix(OpcUa_BuiltInType type);
 
     /// Each gives the value of a scalar of just that type, and a null value for anything else.
     OpcUa_Boolean toBool() const;
@@ -100,6 +106,16 @@ public:
     UaStatusCode toStatusCode() const;
     UaQualifiedName toQualifiedName() const;
     UaLocalizedText toLocalizedText() const;
+    UaExtensionObject toExtensionObject() const;
+    /// One element of an array or matrix as a value of its own; for an array of Variants, what the
+    /// Variant holds. The empty value for an index that no element backs.
+    UaVariant elementAt(OpcUa_Int32 index) const;
+
+    /// Converts a scalar by way of its text: into a Boolean, number, String, DateTime, Guid or
+    /// ByteString. The whole text must be of that type, in the C locale, and in its range. With
+    /// `toArray`, the scalar becomes an array of one. Good, BadTypeMismatch or BadOutOfRange; this
+    /// value is unchanged unless Good.
+    OpcUa_StatusCode changeType(OpcUa_BuiltInType type, bool toArray = false);
 
     /// The text of the value, of any type and shape. A String is its own text, whole; numbers are
     /// in the C locale. Arrays read "{1, 2, 3}" and matrices nest them; past what fits a line,

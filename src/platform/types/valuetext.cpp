@@ -4,6 +4,7 @@
 #include "uabytestring.h"
 #include "uadatetime.h"
 #include "uaexpandednodeid.h"
+#include "uaextensionobject.h"
 #include "uaguid.h"
 #include "uanames.h"
 #include "uanodeid.h"
@@ -64,6 +65,26 @@ QByteArray bytesText(const void* element, ValueText)
                        : QByteArray();
 }
 
+QByteArray nestedText(const void* element, ValueText form)
+{
+    return variantText(*static_cast<const OpcUa_Variant*>(element), form);
+}
+
+QByteArray dataValueText(const void* element, ValueText form)
+{
+    const auto* value = static_cast<const OpcUa_DataValue*>(element);
+    const QByteArray text = variantText(value->Value, form);
+    if (OpcUa_IsGood(value->Status))
+        return text;
+    return text + " (" + UaStatusCode(value->Status).toString().bytes() + ')';
+}
+
+QByteArray diagnosticText(const void* element, ValueText form)
+{
+    return bytesText<OpcUa_String>(
+        &static_cast<const OpcUa_DiagnosticInfo*>(element)->AdditionalInfo, form);
+}
+
 using ElementText = QByteArray (*)(const void*, ValueText);
 
 // Indexed by the type's number.
@@ -90,6 +111,10 @@ constexpr ElementText texts[] = {
     classText<UaStatusCode, OpcUa_StatusCode>,
     classText<UaQualifiedName, OpcUa_QualifiedName>,
     classText<UaLocalizedText, OpcUa_LocalizedText>,
+    classText<UaExtensionObject, OpcUa_ExtensionObject>,
+    dataValueText,
+    nestedText,
+    diagnosticText,
 };
 
 // Cuts a text to a number of bytes, not inside a UTF-8 sequence.
@@ -162,7 +187,7 @@ private:
 
 QByteArray elementText(OpcUa_Byte builtInType, const void* element, ValueText form)
 {
-    return opcUaTypeInfo(builtInType) ? texts[builtInType](element, form) : QByteArray();
+    return opcUaTypeInfo(builtInType) && element ? texts[builtInType](element, form) : QByteArray();
 }
 
 QByteArray variantText(const OpcUa_Variant& variant, ValueText form)
@@ -170,7 +195,7 @@ QByteArray variantText(const OpcUa_Variant& variant, ValueText form)
     if (!opcUaTypeInfo(variant.Datatype))
         return QByteArray();
     if (variant.ArrayType == OpcUa_VariantArrayType_Scalar)
-        return elementText(variant.Datatype, &variant.Value, form);
+        return elementText(variant.Datatype, opcUaElements(variant).data, form);
     ArrayText array(variant, form);
     const auto& matrix = variant.Value.Matrix;
     if (variant.ArrayType == OpcUa_VariantArrayType_Matrix && matrix.Dimensions)

@@ -1,0 +1,111 @@
+#pragma once
+
+#include "../base/editorbases.h"
+
+#include <QtCore/QAbstractTableModel>
+
+#include <memory>
+
+class ElementDialog;
+class ElementStore;
+class QvelDialogWidgetArray;
+class QvelEnumInfo;
+template <class Dialog>
+class ElementField;
+
+/// \file
+/// Editors of a one-dimensional array of any built-in type. Arrays of ExtensionObject, DataValue,
+/// Variant and DiagnosticInfo are shown but not changed. At most 33,554,432 elements are edited.
+
+/// The elements of an array as one column, edited in place. User-interface thread only.
+///
+/// An edit emits no dataChanged(): the value is taken from the dialog when it is accepted.
+class KESTREL_EXPORT QvelArrayModel : public QAbstractTableModel
+{
+public:
+    /// `value` is not owned and must outlive the model. It is detached from its copies before it
+    /// is changed. Whoever replaces it calls refresh().
+    QvelArrayModel(UaVariant* value, bool readOnly, QObject* parent = nullptr);
+    ~QvelArrayModel() override;
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    int columnCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
+    bool setData(const QModelIndex& index, const QVariant& value, int role = Qt::EditRole) override;
+    QVariant headerData(int section, Qt::Orientation orientation,
+                        int role = Qt::DisplayRole) const override;
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
+
+    /// Appends a null value. False for a type that cannot be edited, and, with nothing changed,
+    /// when there is no memory.
+    bool addElement();
+    /// Drops the last element, if there is one. False as for addElement().
+    bool removeElement();
+    void refresh();
+    void setEnumInfo(const QvelEnumInfo& info);
+
+private:
+    const std::unique_ptr<ElementStore> d;
+    int m_pending = 0; // elements that are there but not yet announced
+};
+
+/// Dialog editor of an array. The value is always valid.
+class KESTREL_EXPORT QvelDialogWidgetArray : public QvelDialogWidgetBase
+{
+    Q_OBJECT
+public:
+    explicit QvelDialogWidgetArray(const UaVariant& value, QvelDialogWidgetFlags flags = {},
+                                   QWidget* parent = nullptr, Qt::WindowFlags windowFlags = {});
+    ~QvelDialogWidgetArray() override;
+
+    UaVariant value(bool* ok) const override;
+    void setValue(const UaVariant& value) override;
+    /// `length` null values of a type. Nothing for type 0, or without memory.
+    void setInitialValue(OpcUa_Byte builtInType, OpcUa_UInt32 length);
+    /// Names for the elements, as 32-bit integers.
+    void setEnumInfo(const QvelEnumInfo& info);
+
+Q_SIGNALS:
+    void valueChanged(UaVariant value);
+
+private Q_SLOTS:
+    void sltResizeView();
+    void sltAddElement();
+    void sltRemoveElement();
+    void sltValueChanged();
+
+private:
+    void showNoMemory();
+
+    const std::unique_ptr<ElementDialog> d;
+    QvelArrayModel* m_model;
+};
+
+/// Edit field of an array; its line is the text of the whole array, as far as it fits.
+class KESTREL_EXPORT QvelEditWidgetArray : public QvelEditWidgetBase
+{
+    Q_OBJECT
+public:
+    explicit QvelEditWidgetArray(QvelEditWidgetFlags flags = {}, QWidget* parent = nullptr,
+                                 Qt::WindowFlags windowFlags = {});
+    ~QvelEditWidgetArray() override;
+
+    /// What the dialog holds, also while it is open.
+    UaVariant value(bool* ok) const override;
+    void setValue(const UaVariant& value) override;
+    /// As the dialog's.
+    void setInitialValue(OpcUa_Byte builtInType, OpcUa_UInt32 length);
+    /// Names for the elements. From then on, the line does not show the array.
+    void setEnumInfo(const QvelEnumInfo& info);
+
+Q_SIGNALS:
+    void valueChanged(UaVariant value);
+
+private Q_SLOTS:
+    void sltDialogWidgetAccepted() override;
+    void sltDialogWidgetRejected() override;
+    void sltShowDialogWidget() override;
+
+private:
+    const std::unique_ptr<ElementField<QvelDialogWidgetArray>> d;
+};

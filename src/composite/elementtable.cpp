@@ -1,0 +1,279 @@
+#include "elementtable_p.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QScopedValueRollback>
+#include <QtGui/QKeyEvent>
+#include <QtGui/QScreen>
+#include <QtWidgets/QAbstractButton>
+#include <QtWidgets/QHeaderView>
+#include <QtWidgets/QLayout>
+#include <QtWidgets/QScrollBar>
+
+#include <algorithm>
+#include <vector>
+
+namespace {
+
+// The rows and characters that the table makes room for.
+constexpr int fewestRows = 8;
+constexpr int mostRows = 32;
+constexpr int textWidth = 40;
+
+// A header that follows its model only while it is seen, since its items cost time and memory by
+// the row.
+class RowHeader : public QHeaderView
+{
+public:
+    explicit RowHeader(QWidget* parent) : QHeaderView(Qt::Vertical, parent)
+    {
+        setSectionsClickable(true);
+        setHighlightSections(true);
+    }
+
+    void reset() override
+    {
+        m_isStale = !isVisible();
+        if (!m_isStale)
+            QHeaderView::reset();
+    }
+
+    // To be called once it is visible. New rows are of the given height.
+    void follow(int rowHeight)
+    {
+        if (defaultSectionSize() != rowHeight)
+            setDefaultSectionSize(rowHeight);
+        if (m_isStale)
+            reset();
+    }
+
+    int bounded(int height) const
+    {
+        return std::clamp(height, minimumSectionSize(), maximumSectionSize());
+    }
+    int labelHeight(int row) const { return sectionSizeFromContents(row).height(); }
+
+private:
+    bool m_isStale = true;
+};
+
+RowHeader* rowHeader(const QTableView* table)
+{
+    return static_cast<RowHeader*>(table->verticalHeader());
+}
+
+// Gives the focus to the first control of a dialog that is not one of its buttons.
+void focusDialog(QWidget* dialog)
+{
+    dialog->raise();
+    dialog->activateWindow();
+    for (QWidget* w = dialog->nextInFocusChain(); w != dialog; w = w->nextInFocusChain()) {
+        if (w->window() == dialog && w->isVisible() && w->isEnabled() &&
+            w->focusPolicy() & Qt::TabFocus && !qobject_cast<QAbstractButton*>(w)) {
+            w->setFocus(Qt::ActiveWindowFocusReason);
+            return;
+        }
+    }
+}
+
+} // namespace
+
+ElementTable::ElementTable(QWidget* parent) : QTableView(parent)
+{
+    setVerticalHeader(new RowHeader(this));
+    horizontalHeader()->hide();
+    horizontalHeader()->setStretchLastSection(true);
+    setShowGrid(true);
+    setAccessibleName(QCoreApplication::translate("ElementTable", "Elements"));
+}
+
+// The height of a row of one plain line of text.
+int ElementTable::lineHeight() const
+{
+    QStyleOptionViewItem option;
+    initViewItemOption(&option);
+    option.text = QStringLiteral("0");
+    option.features |= QStyleOptionViewItem::HasDisplay;
+    const int text = style()->sizeFromContents(QStyle::CT_ItemViewItem, &option, {}, this).height();
+    const RowHeader* header = rowHeader(this);
+    return header->bounded(std::max(text + 1, header->labelHeight(0))); // 1 for the grid
+}
+
+// What resizeRowsToContents() would give the row.
+int ElementTable::contentHeight(int row) const
+{
+    const RowHeader* header = rowHeader(this);
+    return header->bounded(std::max(sizeHintForRow(row), header->labelHeight(row)));
+}
+
+// From `row` on, up or down, as far as the rows fill the table.
+void ElementTable::fitRows(int row, int step)
+{
+    if (m_isFitting || !isVisible())
+        return;
+    const QScopedValueRollback<bool> guard(m_isFitting, true);
+    // A header that learns of a new height finds the places of all its rows again when it is next
+    // asked for one, so all is measured before anything is changed.
+    std::vector<std::pair<int, int>> changes;
+    const int count = rows();
+    for (int y = 0; row >= 0 && row < count && y < viewport()->height(); row += step) {
+        const int height = contentHeight(row);
+        if (height != rowHeight(row))
+            changes.emplace_back(row, height);
+        y += height;
+    }
+    if (changes.empty())
+        return;
+    verticalHeader()->setUpdatesEnabled(false);
+    for (const auto& [changed, height] : changes)
+        verticalHeader()->resizeSection(changed, height);
+    verticalHeader()->setUpdatesEnabled(true);
+}
+
+void ElementTable::fitVisibleRows()
+{
+    fitRows(rowAt(0), 1);
+}
+
+// The column needs no care: it is the last section, and stretched.
+void ElementTable::fitContents()
+{
+    updateGeometry();
+    if (!isVisible())
+        return;
+    rowHeader(this)->follow(lineHeight());
+    fitVisibleRows();
+    verticalHeader()->viewport()->update();
+}
+
+void ElementTable::showLastRow()
+{
+    const QModelIndex last = model()->index(rows() - 1, 0);
+    if (!last.isValid())
+        return;
+    fitRows(last.row(), -1);
+    setCurrentIndex(last);
+    scrollTo(last);
+}
+
+QSize ElementTable::sizeHint() const
+{
+    const int shown = std::min(rows(), mostRows);
+    int height = std::max(fewestRows - shown, 0) * lineHeight();
+    for (int row = 0; row < shown; ++row)
+        height += contentHeight(row);
+    const int width = verticalHeader()->sizeHint().width() +
+                      verticalScrollBar()->sizeHint().width() +
+                      textWidth * fontMetrics().averageCharWidth();
+    return QSize(width, height) + QSize(2 * frameWidth(), 2 * frameWidth());
+}
+
+// Lets the window grow into the room that the screen has for the rows.
+void ElementTable::makeRoom()
+{
+    QWidget* dialog = window();
+    const QSize frame = dialog->frameGeometry().size() - dialog->size();
+    const QSize available = screen()->availableGeometry().size() - frame;
+    if (QLayout* layout = dialog->layout())
+        dialog->resize(layout->totalSizeHint().boundedTo(available).expandedTo(dialog->size()));
+}
+
+void ElementTable::moveOn()
+{
+    const QModelIndex next = currentIndex().siblingAtRow(currentIndex().row() + 1);
+    if (next.isValid())
+        setCurrentIndex(next);
+}
+
+bool ElementTable::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event)
+{
+    if (!QTableView::edit(index, trigger, event))
+        return false;
+    if (QWidget* editor = indexWidget(index)) {
+        if (editor->isWindow())
+            focusDialog(editor);
+        else if (editor->focusProxy())
+            editor->focusProxy()->installEventFilter(this);
+    }
+    return true;
+}
+
+void ElementTable::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint)
+{
+    const bool wasDialog = editor->isWindow() && indexWidget(currentIndex()) == editor;
+    QTableView::closeEditor(editor, hint);
+    if (wasDialog) {
+        activateWindow();
+        setFocus();
+    }
+    if (hint == QAbstractItemDelegate::SubmitModelCache) // Enter
+        moveOn();
+    // The model does not tell of an edit.
+    viewport()->update();
+    fitVisibleRows();
+}
+
+// The delegate watches the keys of an editor, not those of the control inside it.
+bool ElementTable::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::KeyPress) {
+        const int key = static_cast<QKeyEvent*>(event)->key();
+        auto* editor = qobject_cast<QWidget*>(watched);
+        while (editor && editor->parentWidget() != viewport())
+            editor = editor->parentWidget();
+        if (editor && (key == Qt::Key_Tab || key == Qt::Key_Backtab))
+            return QCoreApplication::sendEvent(editor, event);
+    }
+    return QTableView::eventFilter(watched, event);
+}
+
+void ElementTable::keyPressEvent(QKeyEvent* event)
+{
+    const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (isEnter && !(event->modifiers() & Qt::ControlModifier) && state() != EditingState)
+        moveOn();
+    else
+        QTableView::keyPressEvent(event);
+}
+
+// Beyond the first and the last element, Tab leaves the table.
+bool ElementTable::focusNextPrevChild(bool next)
+{
+    const int row = currentIndex().row();
+    const bool isAtEnd = next ? row + 1 >= rows() : row <= 0;
+    return isAtEnd ? QAbstractScrollArea::focusNextPrevChild(next)
+                   : QTableView::focusNextPrevChild(next);
+}
+
+QModelIndex ElementTable::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers)
+{
+    const int row = currentIndex().row();
+    if ((action == MoveNext && row + 1 >= rows()) || (action == MovePrevious && row <= 0))
+        return QModelIndex();
+    return QTableView::moveCursor(action, modifiers);
+}
+
+void ElementTable::showEvent(QShowEvent* event)
+{
+    QTableView::showEvent(event);
+    makeRoom();
+    fitContents();
+}
+
+void ElementTable::resizeEvent(QResizeEvent* event)
+{
+    QTableView::resizeEvent(event);
+    fitVisibleRows();
+}
+
+void ElementTable::scrollContentsBy(int dx, int dy)
+{
+    QTableView::scrollContentsBy(dx, dy);
+    fitVisibleRows();
+}
+
+void ElementTable::changeEvent(QEvent* event)
+{
+    QTableView::changeEvent(event);
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+        fitContents();
+}

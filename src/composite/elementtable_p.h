@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QtWidgets/QTableView>
+
+/// The table of an array or matrix: one column of elements, edited as in a spreadsheet.
+///
+/// It copes with any number of rows. While it is hidden it does not follow the model, and the
+/// heights of rows are measured as they come into view.
+class ElementTable : public QTableView
+{
+public:
+    explicit ElementTable(QWidget* parent = nullptr);
+
+    /// Gives every row that can be seen the height of its contents; once the table is shown, if it
+    /// is not.
+    void fitContents();
+    /// Makes the last row current and visible.
+    void showLastRow();
+
+    /// Room for the rows, up to a bound.
+    QSize sizeHint() const override;
+
+protected:
+    using QTableView::edit;
+    bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
+    void closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    bool focusNextPrevChild(bool next) override;
+    QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
+    void showEvent(QShowEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void scrollContentsBy(int dx, int dy) override;
+    void changeEvent(QEvent* event) override;
+
+private:
+    int rows() const { return model() ? model()->rowCount() : 0; }
+    int lineHeight() const;
+    int contentHeight(int row) const;
+    void fitRows(int row, int step);
+    void fitVisibleRows();
+    void makeRoom();
+    void moveOn();
+
+    bool m_isFitting = false;
+};

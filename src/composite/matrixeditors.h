@@ -1,0 +1,116 @@
+#pragma once
+
+#include "../base/editorbases.h"
+
+#include <QtCore/QAbstractTableModel>
+
+#include <memory>
+#include <vector>
+
+class ElementDialog;
+class ElementStore;
+class QvelDialogWidgetMatrix;
+class QvelEnumInfo;
+template <class Dialog>
+class ElementField;
+template <class T>
+class UaStackTypeArray;
+
+/// \file
+/// Editors of a matrix of any built-in type (OPC 10000-6, 5.2.5). Matrices of ExtensionObject,
+/// DataValue, Variant and DiagnosticInfo are shown but not changed. At most 33,554,432 elements are
+/// edited.
+
+/// The elements of a matrix as one column, in storage order, the last index varying fastest; edited
+/// in place. User-interface thread only.
+///
+/// An edit emits no dataChanged(): the value is taken from the dialog when it is accepted.
+class KESTREL_EXPORT QvelMatrixModel : public QAbstractTableModel
+{
+public:
+    /// `value` is not owned and must outlive the model. It is detached from its copies before it
+    /// is changed. Whoever replaces it calls refresh().
+    QvelMatrixModel(UaVariant* value, bool readOnly, QObject* parent = nullptr);
+    ~QvelMatrixModel() override;
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    int columnCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
+    bool setData(const QModelIndex& index, const QVariant& value, int role = Qt::EditRole) override;
+    QVariant headerData(int section, Qt::Orientation orientation,
+                        int role = Qt::DisplayRole) const override;
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
+
+    /// Gives the matrix new lengths; the elements keep their places in storage. False for a type
+    /// that cannot be edited, and, with nothing changed, when the product of the lengths is out of
+    /// bounds or there is no memory.
+    bool setDimensions(const UaStackTypeArray<OpcUa_UInt32>& dims);
+    /// A value without dimensions keeps the number of rows as it was.
+    void refresh();
+    void setEnumInfo(const QvelEnumInfo& info);
+
+private:
+    bool readDimensions();
+
+    const std::unique_ptr<ElementStore> d;
+    std::vector<OpcUa_UInt32> m_dimensions;
+    int m_count = -1; // none known yet
+};
+
+/// Dialog editor of a matrix. The value is always valid.
+class KESTREL_EXPORT QvelDialogWidgetMatrix : public QvelDialogWidgetBase
+{
+    Q_OBJECT
+public:
+    explicit QvelDialogWidgetMatrix(const UaVariant& value, QvelDialogWidgetFlags flags = {},
+                                    QWidget* parent = nullptr, Qt::WindowFlags windowFlags = {});
+    ~QvelDialogWidgetMatrix() override;
+
+    UaVariant value(bool* ok) const override;
+    void setValue(const UaVariant& value) override;
+    /// Null values of a type, in the given lengths. Nothing for type 0, or without memory.
+    void setInitialValue(OpcUa_Byte builtInType, const UaStackTypeArray<OpcUa_UInt32>& dimensions);
+    /// Names for the elements, as 32-bit integers.
+    void setEnumInfo(const QvelEnumInfo& info);
+
+Q_SIGNALS:
+    void valueChanged(UaVariant value);
+
+private Q_SLOTS:
+    void sltResizeView();
+    void sltSetDimensions();
+    void sltValueChanged();
+
+private:
+    const std::unique_ptr<ElementDialog> d;
+    QvelMatrixModel* m_model;
+};
+
+/// Edit field of a matrix; its line is the text of the whole matrix, as far as it fits.
+class KESTREL_EXPORT QvelEditWidgetMatrix : public QvelEditWidgetBase
+{
+    Q_OBJECT
+public:
+    explicit QvelEditWidgetMatrix(QvelEditWidgetFlags flags = {}, QWidget* parent = nullptr,
+                                  Qt::WindowFlags windowFlags = {});
+    ~QvelEditWidgetMatrix() override;
+
+    /// What the dialog holds, also while it is open.
+    UaVariant value(bool* ok) const override;
+    void setValue(const UaVariant& value) override;
+    /// As the dialog's.
+    void setInitialValue(OpcUa_Byte builtInType, const UaStackTypeArray<OpcUa_UInt32>& dimensions);
+    /// Names for the elements. From then on, the line does not show the matrix.
+    void setEnumInfo(const QvelEnumInfo& info);
+
+Q_SIGNALS:
+    void valueChanged(UaVariant value);
+
+private Q_SLOTS:
+    void sltDialogWidgetAccepted() override;
+    void sltDialogWidgetRejected() override;
+    void sltShowDialogWidget() override;
+
+private:
+    const std::unique_ptr<ElementField<QvelDialogWidgetMatrix>> d;
+};

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "../kestrelexport.h"
+
+#include <QtWidgets/QStyledItemDelegate>
+
+/// Opens, in a cell of a table of OPC UA values, the editor that fits the cell's value: a check
+/// box, a line edit, an inline editor, or a dialog at the cell.
+///
+/// It works with any model that offers these roles:
+/// - `Qt::UserRole`: the value as a UaVariant; a scalar, or a nested array or matrix;
+/// - `Qt::UserRole + 1`: a QvelEnumInfo, if the numbers of the column are named;
+/// - `Qt::EditRole`: the text of Null, numbers, String and DateTime.
+/// Texts and enumerations (as a number of type `long`) are written to `Qt::EditRole`, all other
+/// values as a UaVariant to `Qt::UserRole`; invalid input and a dialog that was not accepted write
+/// nothing. An editor takes its value when it is created, and later changes do not reach it.
+/// User-interface thread only.
+class KESTREL_EXPORT QvelModelDelegate : public QStyledItemDelegate
+{
+public:
+    explicit QvelModelDelegate(QObject* parent = nullptr);
+    ~QvelModelDelegate() override;
+
+    QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option,
+                          const QModelIndex& index) const override;
+    void setEditorData(QWidget* editor, const QModelIndex& index) const override;
+    void setModelData(QWidget* editor, QAbstractItemModel* model,
+                      const QModelIndex& index) const override;
+    void updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option,
+                              const QModelIndex& index) const override;
+};

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "../../kestrelexport.h"
+#include "uabytestring.h"
+#include "uaexpandednodeid.h"
+
+/// A value of a type that the library does not know, as it was encoded (OPC 10000-6, 5.2.2.15).
+/// Copies share their storage.
+class KESTREL_EXPORT UaExtensionObject
+{
+public:
+    UaExtensionObject() = default;
+    explicit UaExtensionObject(const OpcUa_ExtensionObject& value);
+
+    const UaExpandedNodeId& typeId() const { return m_typeId; }
+    const UaByteString& body() const { return m_body; }
+    /// The type and the size of the body, such as "ns=2;i=5001 (24 bytes)".
+    UaString toString() const;
+    /// Replaces the initialised or filled `target` by a copy.
+    OpcUa_StatusCode copyTo(OpcUa_ExtensionObject* target) const;
+
+private:
+    UaExpandedNodeId m_typeId;
+    UaByteString m_body;
+    OpcUa_Byte m_encoding = 0;
+};
