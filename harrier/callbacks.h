@@ -41,7 +41,7 @@ class EditorCallback : public StoreCallback<QvelSettingsCBInterface>
 public:
     using FileNamed = std::function<void(const QString& key, const QString& file)>;
 
-    EditorCallback(SettingsStore& store, const QString& group, FileNamed fileNamed)
+    EditorCallback(SettingsStore& store, const QString& group, FileNamed fileNamed = {})
         : StoreCallback(store, group), m_fileNamed(std::move(fileNamed))
     {
     }
@@ -49,7 +49,8 @@ public:
     void writeSetting(void* handle, const QString& key, const QVariant& value) override
     {
         StoreCallback::writeSetting(handle, key, value);
-        m_fileNamed(key, value.toString());
+        if (m_fileNamed)
+            m_fileNamed(key, value.toString());
     }
 
 private:

@@ -297,6 +297,7 @@ ValuesPage::ValuesPage(Host& host, QWidget* parent)
     scroll->setWidget(content);
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setAccessibleName(tr("Value editors"));
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins({});
     layout->addWidget(scroll);

@@ -19,7 +19,10 @@
 #include <algorithm>
 #include <vector>
 
-static const QString loopbackHost = QStringLiteral("localhost");
+static QString loopbackHost()
+{
+    return QStringLiteral("localhost");
+}
 
 class QvelDiscoveryModel::Private
 {
@@ -87,7 +90,7 @@ QvelDiscoveryModel::QvelDiscoveryModel(QvelDiscoveryWidget::OpcType opcType,
                        opcType == QvelDiscoveryWidget::ComAe;
     if (known) {
         d->local = new QvelDiscoveryNodeDiscovery(
-            d->isOpcUa() ? "opc.tcp://" + loopbackHost + ":4840" : QString(), this);
+            d->isOpcUa() ? "opc.tcp://" + loopbackHost() + ":4840" : QString(), this);
         d->local->setDisplayName(tr("Local"));
         d->root->add(d->local);
 
@@ -356,7 +359,7 @@ QString QvelDiscoveryModel::Private::toolTip(QvelDiscoveryNode* node,
         const QString url = configuration->endpointUrl();
         if (isOpcUa())
             return url;
-        return (url.isEmpty() ? loopbackHost : url) + "/" + configuration->serverName();
+        return (url.isEmpty() ? loopbackHost() : url) + "/" + configuration->serverName();
     }
     if (node->type() == QvelDiscoveryNode::TypeServer)
         return static_cast<QvelDiscoveryNodeServer*>(node)->serverDiscoveryUrl();

@@ -15,7 +15,10 @@
 // than the insertion of thousands of rows.
 constexpr int rowsToFit = 300;
 
-static const QString lastUsedNodeKey = QStringLiteral("LastUsedNode");
+static QString lastUsedNodeKey()
+{
+    return QStringLiteral("LastUsedNode");
+}
 
 class QvelDiscoveryWidget::Private
 {
@@ -198,7 +201,7 @@ void QvelDiscoveryWidget::sltActivated(const QModelIndex& index)
 void QvelDiscoveryWidget::readSettings()
 {
     void* handle = d->callback->openSettings();
-    const QString last = d->callback->readSetting(handle, lastUsedNodeKey).toString();
+    const QString last = d->callback->readSetting(handle, lastUsedNodeKey()).toString();
     const QvelDiscoveryNode* recent = d->model->getRecentNode();
     for (int row = 0; row < recent->childrenCount(); ++row) {
         const QModelIndex index = d->model->indexOf(recent->at(row));
@@ -215,6 +218,6 @@ void QvelDiscoveryWidget::writeSettings()
     void* handle = d->callback->openSettings();
     const QModelIndex current = currentIndex();
     if (current.isValid())
-        d->callback->writeSetting(handle, lastUsedNodeKey, current.data().toString());
+        d->callback->writeSetting(handle, lastUsedNodeKey(), current.data().toString());
     d->callback->closeSettings(handle);
 }

@@ -21,6 +21,12 @@ void setUp(Combo*& combo, Editor* editor, void (Editor::*changed)())
     QObject::connect(combo, &Combo::flagsChanged, editor, changed);
 }
 
+template <class Editor, class T>
+void emitMask(Editor* editor, T (Editor::*getter)(bool*) const, void (Editor::*changed)(T))
+{
+    Q_EMIT(editor->*changed)((editor->*getter)(nullptr));
+}
+
 } // namespace
 
 // The five editors differ by the type of their value and by what they call it.
@@ -45,7 +51,7 @@ void setUp(Combo*& combo, Editor* editor, void (Editor::*changed)())
     }                                                                                              \
     void Editor::slt##Name##Changed()                                                              \
     {                                                                                              \
-        Q_EMIT name##Changed(name(nullptr));                                                       \
+        emitMask(this, &Editor::name, &Editor::name##Changed);                                     \
     }
 
 KESTREL_MASK_EDITOR(QvelWidgetWriteMask, UInt32, attributeWriteMask, AttributeWriteMask)

@@ -219,7 +219,7 @@ private Q_SLOTS:
             QWidget* const first = window.currentView();
             first->setFocus();
             QStringList areas{areaOf(first)};
-            for (int i = 0; i < 100; ++i) {
+            for (int i = 0; i < 1000; ++i) {
                 QTest::keyClick(window.focusWidget(), Qt::Key_Tab);
                 QWidget* widget = window.focusWidget();
                 if (widget == first)

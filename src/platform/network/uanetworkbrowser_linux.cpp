@@ -255,8 +255,7 @@ void Inquiry::takeHosts()
             m_hosts.insert(host.toLower(), host);
         return true;
     };
-    m_resolving.erase(std::remove_if(m_resolving.begin(), m_resolving.end(), take),
-                      m_resolving.end());
+    m_resolving.removeIf(take);
     while (!m_unresolved.isEmpty() && m_resolving.size() < maxResolving)
         m_resolving.append(call(QStringLiteral("ResolveService"), m_unresolved.takeFirst()));
 }

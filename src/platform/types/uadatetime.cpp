@@ -82,7 +82,8 @@ UaDateTime UaDateTime::fromString(const UaString& text, bool* ok)
         (date.toJulianDay() - firstDay()) * secondsPerDay + hour * 3600 + minute * 60 + second;
     const QString zone = match.captured(8).remove(u':');
     if (zone.size() == 5) {
-        const int hours = zone.mid(1, 2).toInt(), minutes = zone.mid(3, 2).toInt();
+        const int hours = QStringView(zone).mid(1, 2).toInt();
+        const int minutes = QStringView(zone).mid(3, 2).toInt();
         if (hours > 23 || minutes > 59)
             return UaDateTime();
         const int offset = hours * 3600 + minutes * 60;
