@@ -97,7 +97,7 @@ QToolButton* MainWindow::discoveryToggle(int page) const
 void MainWindow::createDiscovery()
 {
     m_discovery->setItemTexts(
-        QStringList{tr("OPC UA"), tr("Data Access"), tr("Alarms && Events")}.join(
+        QStringList{tr("&OPC UA"), tr("Data &Access"), tr("Ala&rms && Events")}.join(
             QLatin1Char('|')));
     addView(QvelDiscoveryWidget::OpcUa, QStringLiteral("Discovery.OpcUa"), tr("OPC UA"));
     addView(QvelDiscoveryWidget::ComDa, QStringLiteral("Discovery.ComDa"), tr("Data Access"));
