@@ -538,9 +538,8 @@ private:
         else if (first == 'S')
             m_form->setStorePassword(true);
         else if (buttons.contains(first))
-            child<QAbstractButton>(buttons[first])->setFocus(),
-                QTest::mouseClick(child<QAbstractButton>(buttons[first]), Qt::LeftButton, {},
-                                  QPoint(8, child<QWidget>(buttons[first])->height() / 2));
+            QTest::mouseClick(child<QAbstractButton>(buttons[first]), Qt::LeftButton, {},
+                              QPoint(8, child<QWidget>(buttons[first])->height() / 2));
     }
 
     QString state() const

@@ -230,30 +230,26 @@ private Q_SLOTS:
         m_box->setCurrentItemText("last");
         QCOMPARE(header(3)->text(), "last");
         QCOMPARE(m_box->getItemTexts(), "one|Page_4");
-        // A page that goes while it is opened.
-        auto* content = m_box->widget(0);
-        toggle(0)->click();
-        const auto remove = [this](QObject*) { m_box->removePage(0); };
-        class OnShow : public QObject
+    }
+
+    void pageThatLeavesWhileItIsClosed()
+    {
+        class Leaving : public QLabel
         {
         public:
-            explicit OnShow(std::function<void(QObject*)> f) : call(std::move(f)) {}
-            bool eventFilter(QObject* object, QEvent* event) override
-            {
-                if (event->type() == QEvent::Hide)
-                    call(object);
-                return false;
-            }
-            std::function<void(QObject*)> call;
-        } filter(remove);
-        toggle(0)->click();
+            explicit Leaving(QvelToolBox* box) : m_box(box) {}
+            void hideEvent(QHideEvent*) override { m_box->removePage(0); }
+
+        private:
+            QvelToolBox* m_box;
+        } content(m_box.get());
+        m_box->addPage(&content);
         m_box->show();
-        content->installEventFilter(&filter);
-        toggle(0)->click();
-        QCOMPARE(m_box->count(), 3);
-        QCOMPARE(content->parent(), nullptr);
-        content->removeEventFilter(&filter);
-        delete content;
+        QTest::mouseClick(toggle(0), Qt::LeftButton);
+        QCOMPARE(m_box->count(), 0);
+        QCOMPARE(content.parent(), nullptr);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QVERIFY(!m_box->findChild<QToolButton*>());
     }
 
     void looksOfThePage()
