@@ -30,6 +30,8 @@ Q_SIGNALS:
     void endpointChanged(const QvelDiscoverySetting& endpoint);
     /// The user wants to work with the current endpoint.
     void useEndpointRequested();
+    /// The user wants to work with a connection that has settings of its own.
+    void useConnectionRequested(const QvelDiscoverySetting& connection);
     /// An edit field remembered the name of a file that it loads or saved.
     void editorFileNamed(const QString& key, const QString& file);
     /// Something for the status line.

@@ -4,8 +4,10 @@
 #include "logview.h"
 #include "pages.h"
 
-#include <QtCore/QCoreApplication>
+#include <Kestrel/QvelToolBox>
+
 #include <QtGui/QAction>
+#include <QtWidgets/QApplication>
 #include <QtWidgets/QDockWidget>
 #include <QtWidgets/QHBoxLayout>
 #include <QtWidgets/QMenu>
@@ -22,6 +24,7 @@ namespace {
 const QString geometryKey = QStringLiteral("Window/Geometry");
 const QString stateKey = QStringLiteral("Window/State");
 const QString pageKey = QStringLiteral("Window/Page");
+const QString treesKey = QStringLiteral("Window/OpenTrees");
 
 QToolButton* toolButton(QAction* action)
 {
@@ -36,7 +39,7 @@ QToolButton* toolButton(QAction* action)
 } // namespace
 
 MainWindow::MainWindow(Host& host, QWidget* parent)
-    : QMainWindow(parent), m_host(host), m_discovery(new QTabWidget), m_pages(new QTabWidget),
+    : QMainWindow(parent), m_host(host), m_discovery(new QvelToolBox), m_pages(new QTabWidget),
       m_use(new QAction(tr("&Use This Endpoint"), this))
 {
     setWindowTitle(tr("harrier"));
@@ -56,6 +59,9 @@ MainWindow::MainWindow(Host& host, QWidget* parent)
     restoreGeometry(store.value(geometryKey).toByteArray());
     restoreState(store.value(stateKey).toByteArray());
     m_pages->setCurrentIndex(store.value(pageKey).toInt());
+    const QVariant trees = store.value(treesKey); // a bit each
+    for (int i = 0; i < m_discovery->count(); ++i)
+        discoveryToggle(i)->setChecked((trees.isNull() ? 1 : trees.toInt()) & (1 << i));
 }
 
 MainWindow::~MainWindow()
@@ -64,28 +70,49 @@ MainWindow::~MainWindow()
     store.setValue(geometryKey, saveGeometry());
     store.setValue(stateKey, saveState());
     store.setValue(pageKey, m_pages->currentIndex());
+    int trees = 0;
+    for (int i = 0; i < m_discovery->count(); ++i)
+        trees |= int(discoveryToggle(i)->isChecked()) << i;
+    store.setValue(treesKey, trees);
     // The trees write their entries through the callbacks, so they go first.
+    qApp->disconnect(this);
     m_discovery->disconnect(this);
-    while (m_discovery->count() > 0)
-        delete m_discovery->widget(0);
+    while (m_discovery->count() > 0) {
+        const std::unique_ptr<QWidget> view(m_discovery->widget(0));
+        m_discovery->removePage(0);
+    }
 }
 
 QvelDiscoveryWidget* MainWindow::currentView() const
 {
-    return static_cast<QvelDiscoveryWidget*>(m_discovery->currentWidget());
+    return static_cast<QvelDiscoveryWidget*>(m_discovery->widget(m_discovery->getCurrentIndex()));
+}
+
+QToolButton* MainWindow::discoveryToggle(int page) const
+{
+    return m_discovery->widget(page)->parentWidget()->findChild<QToolButton*>(
+        QStringLiteral("toggleButton"), Qt::FindDirectChildrenOnly);
 }
 
 void MainWindow::createDiscovery()
 {
+    m_discovery->setItemTexts(
+        QStringList{tr("&OPC UA"), tr("Data &Access"), tr("Ala&rms && Events")}.join(
+            QLatin1Char('|')));
     addView(QvelDiscoveryWidget::OpcUa, QStringLiteral("Discovery.OpcUa"), tr("OPC UA"));
     addView(QvelDiscoveryWidget::ComDa, QStringLiteral("Discovery.ComDa"), tr("Data Access"));
-    addView(QvelDiscoveryWidget::ComAe, QStringLiteral("Discovery.ComAe"), tr("Alarms && Events"));
-    m_discovery->setUsesScrollButtons(false); // so that no title is ever cut
-    connect(m_discovery, &QTabWidget::currentChanged, this, &MainWindow::followCurrent);
+    addView(QvelDiscoveryWidget::ComAe, QStringLiteral("Discovery.ComAe"), tr("Alarms & Events"));
+    m_discovery->setCurrentIndex(0);
+    connect(m_discovery, &QvelToolBox::currentIndexChanged, this, &MainWindow::followCurrent);
+    connect(qApp, &QApplication::focusChanged, this,
+            [this](QWidget*, QWidget* now) { followFocus(now); });
 
     auto* dock = new QDockWidget(tr("Discovery"));
     dock->setObjectName(QStringLiteral("discovery"));
     dock->setWidget(m_discovery);
+    // The box packs its headers by what can be seen, which is nothing before the first show.
+    connect(dock, &QDockWidget::visibilityChanged, m_discovery,
+            &QvelToolBox::pageVisibilityChanged);
     addDockWidget(Qt::LeftDockWidgetArea, dock);
     m_docks.append(dock);
 }
@@ -98,19 +125,27 @@ void MainWindow::addView(QvelDiscoveryWidget::OpcType type, const QString& group
         m_host.store(), group, [&log](const QString& text) { log.append(text); }));
     auto* view = new QvelDiscoveryWidget(type, m_callbacks.back().get(), m_host.timeout(),
                                          QCoreApplication::applicationName());
-    view->setAccessibleName(tr("%1 servers").arg(QString(title).remove(QLatin1Char('&'))));
+    view->setAccessibleName(tr("%1 servers").arg(title));
     connect(view, &QvelDiscoveryWidget::endpointActivated, this, &MainWindow::useEndpoint);
     connect(view, &QvelDiscoveryWidget::comServerActivated, this, &MainWindow::useEndpoint);
     // endpointSelected() tells only of endpoints; the pages also want to know when there is none.
     connect(view->selectionModel(), &QItemSelectionModel::currentChanged, this,
             &MainWindow::followCurrent);
-    m_discovery->addTab(view, title);
+    m_discovery->addPage(view);
 }
 
 void MainWindow::followCurrent()
 {
     m_host.setEndpoint(currentView()->currentConfiguration());
     m_use->setEnabled(m_host.hasEndpoint());
+}
+
+void MainWindow::followFocus(const QWidget* widget)
+{
+    for (int i = 0; widget && i < m_discovery->count(); ++i) {
+        if (m_discovery->widget(i) == widget || m_discovery->widget(i)->isAncestorOf(widget))
+            m_discovery->setCurrentIndex(i);
+    }
 }
 
 void MainWindow::useEndpoint(const QvelDiscoverySetting& endpoint)
@@ -120,6 +155,7 @@ void MainWindow::useEndpoint(const QvelDiscoverySetting& endpoint)
                                      .arg(currentView()->noOfRecentNodes()));
     else
         statusBar()->showMessage(tr("The existing entry was kept"));
+    followCurrent(); // the current entry itself may have changed
 }
 
 void MainWindow::createPages()
@@ -130,6 +166,7 @@ void MainWindow::createPages()
             [this](const QString& text) { statusBar()->showMessage(text); });
     connect(&m_host, &Host::useEndpointRequested, this,
             [this] { useEndpoint(QvelDiscoverySetting(m_host.endpoint())); });
+    connect(&m_host, &Host::useConnectionRequested, this, &MainWindow::useEndpoint);
     setCentralWidget(m_pages);
 }
 

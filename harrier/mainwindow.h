@@ -13,6 +13,8 @@ class Host;
 class QAction;
 class QDockWidget;
 class QTabWidget;
+class QToolButton;
+class QvelToolBox;
 
 /// The window: discovery on the left, pages in the middle, the log below.
 class MainWindow : public QMainWindow
@@ -24,9 +26,11 @@ public:
     /// Saves the window's geometry; the discovery trees save their entries.
     ~MainWindow() override;
 
-    /// The discovery tree of the current tab.
+    /// The discovery tree that was used last.
     QvelDiscoveryWidget* currentView() const;
-    QTabWidget* discoveryTabs() const { return m_discovery; }
+    QvelToolBox* discoveryBox() const { return m_discovery; }
+    /// The button that opens and closes a page of the discovery box.
+    QToolButton* discoveryToggle(int page) const;
     QTabWidget* pageTabs() const { return m_pages; }
 
 private:
@@ -36,12 +40,13 @@ private:
     void createMenus();
     void addView(QvelDiscoveryWidget::OpcType type, const QString& group, const QString& title);
     void followCurrent();
+    void followFocus(const QWidget* widget);
     void useEndpoint(const QvelDiscoverySetting& endpoint);
     void about();
 
     Host& m_host;
     std::vector<std::unique_ptr<DiscoveryCallback>> m_callbacks;
-    QTabWidget* m_discovery;
+    QvelToolBox* m_discovery;
     QTabWidget* m_pages;
     QAction* m_use;
     QList<QDockWidget*> m_docks;

@@ -1,5 +1,6 @@
 #include "pages.h"
 
+#include "connectionpage.h"
 #include "endpointdetails.h"
 #include "host.h"
 #include "nodeidpage.h"
@@ -14,6 +15,11 @@ QWidget* createEndpointDetails(Host& host)
     QObject::connect(&host, &Host::endpointChanged, details, &EndpointDetails::setEndpoint);
     QObject::connect(details, &EndpointDetails::useRequested, &host, &Host::useEndpointRequested);
     return details;
+}
+
+QWidget* createConnectionPage(Host& host)
+{
+    return new ConnectionPage(host);
 }
 
 QWidget* createNodeIdPage(Host&)
@@ -32,6 +38,7 @@ const QList<Page>& pages()
 {
     static const QList<Page> all = {
         {"endpoint", QT_TRANSLATE_NOOP("Page", "Endpoint"), createEndpointDetails},
+        {"connection", QT_TRANSLATE_NOOP("Page", "Connection"), createConnectionPage},
         {"nodeid", QT_TRANSLATE_NOOP("Page", "NodeId"), createNodeIdPage},
         {"values", QT_TRANSLATE_NOOP("Page", "Values"), createValuesPage},
     };

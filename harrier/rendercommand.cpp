@@ -6,11 +6,13 @@
 
 #include <Kestrel/QvelDiscoveryModel>
 #include <Kestrel/QvelDiscoveryNodeDiscovery>
+#include <Kestrel/QvelToolBox>
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
 #include <QtCore/QTimer>
 #include <QtWidgets/QTabWidget>
+#include <QtWidgets/QToolButton>
 
 namespace {
 
@@ -76,10 +78,11 @@ bool render(MainWindow& window, const QString& folder, QString* error)
     }
     const QStringList trees = {QStringLiteral("discovery-opcua"), QStringLiteral("discovery-comda"),
                                QStringLiteral("discovery-comae")};
-    for (int i = 0; i < window.discoveryTabs()->count(); ++i) {
-        window.discoveryTabs()->setCurrentIndex(i);
-        if (!save(window.discoveryTabs(), trees.at(i)))
+    QvelToolBox* box = window.discoveryBox();
+    for (int i = 0; i < box->count(); ++i) {
+        window.discoveryToggle(i)->setChecked(true);
+        if (!save(box->widget(i), trees.at(i)))
             return false;
     }
-    return true;
+    return save(box, QStringLiteral("toolbox"));
 }

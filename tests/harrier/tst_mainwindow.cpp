@@ -5,6 +5,7 @@
 #include "support/warnings.h"
 
 #include <Kestrel/QvelDiscoveryModel>
+#include <Kestrel/QvelToolBox>
 
 #include <QtGui/QAccessible>
 #include <QtGui/QAction>
@@ -15,6 +16,7 @@
 #include <QtWidgets/QPlainTextEdit>
 #include <QtWidgets/QTabBar>
 #include <QtWidgets/QTabWidget>
+#include <QtWidgets/QToolButton>
 
 class MainWindowTest : public QObject
 {
@@ -28,7 +30,7 @@ private Q_SLOTS:
         QTest::addColumn<bool>("held");
         for (const char* name :
              {"view", "server", "network", "domain", "encrypted", "unencrypted", "comDaServer",
-              "comAeServer", "rebrowse", "clearlog", "settingsconfigure"})
+              "comAeServer", "rebrowse", "clearlog", "settingsconfigure", "showGroup", "hideGroup"})
             QTest::addRow(":/kestrel/images/%s.png", name) << true;
         // Left to the host.
         QTest::newRow(":/kestrel/images/closetab.png") << false;
@@ -69,7 +71,7 @@ private Q_SLOTS:
         QCOMPARE(window.currentView()->noOfRecentNodes(), 1);
         QVERIFY(host.endpoint() == record);
         // The other kinds have stores of their own.
-        window.discoveryTabs()->setCurrentIndex(1);
+        window.discoveryBox()->setCurrentIndex(1);
         QCOMPARE(window.currentView()->noOfRecentNodes(), 0);
         QVERIFY(!host.hasEndpoint());
     }
@@ -134,12 +136,38 @@ private Q_SLOTS:
             window.show();
             window.resize(900, 610);
             window.pageTabs()->setCurrentIndex(1);
+            QVERIFY(!window.discoveryToggle(1)->isChecked());
+            window.discoveryToggle(0)->click();
+            window.discoveryToggle(2)->click();
         }
         Host host(store, 100);
         MainWindow window(host);
         window.show();
         QCOMPARE(window.size(), QSize(900, 610));
         QCOMPARE(window.pageTabs()->currentIndex(), 1);
+        QVERIFY(!window.discoveryToggle(0)->isChecked());
+        QVERIFY(window.discoveryToggle(2)->isChecked());
+    }
+
+    void treeWithTheFocusIsTheCurrentOne()
+    {
+        SettingsStore store;
+        Host host(store, 100);
+        MainWindow window(host);
+        window.show();
+        window.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        // The open tree fills the panel from the start.
+        const QWidget* box = window.discoveryBox();
+        QTRY_COMPARE(window.discoveryToggle(2)->parentWidget()->geometry().bottom(),
+                     box->rect().bottom());
+        window.discoveryToggle(2)->click();
+        QTest::mouseClick(
+            static_cast<QvelDiscoveryWidget*>(window.discoveryBox()->widget(2))->viewport(),
+            Qt::LeftButton);
+        QCOMPARE(window.currentView(), window.discoveryBox()->widget(2));
+        window.pageTabs()->setFocus(); // the pages work with it
+        QCOMPARE(window.currentView(), window.discoveryBox()->widget(2));
     }
 
     void spoiltGeometryDoesNoHarm()
@@ -201,7 +229,7 @@ private Q_SLOTS:
                 QVERIFY2(hasName(widget), widget->metaObject()->className());
             }
             QCOMPARE(window.focusWidget(), first);
-            // The tab bar of discovery stands before its tree and so closes the round.
+            // The header of the tree stands before it and so closes the round.
             QCOMPARE(areas, QStringList({"discovery", "pages", "log", "discovery"}));
         }
     }
@@ -217,6 +245,9 @@ private Q_SLOTS:
         QVERIFY2(render(window, folder, &error), qPrintable(error));
         for (const Page& page : pages())
             QVERIFY(!QImage(folder + '/' + page.name + ".png").isNull());
+        for (const char* name :
+             {"discovery-opcua", "discovery-comda", "discovery-comae", "toolbox"})
+            QVERIFY(!QImage(folder + '/' + name + ".png").isNull());
 
         QFile file(dir.filePath("plain"));
         QVERIFY(file.open(QIODevice::WriteOnly));
