@@ -31,7 +31,8 @@ bool syncToDisk(QFile& file)
 bool replaceFile(const QString& path, const QByteArray& bytes)
 {
     QSaveFile file(path);
-    return isReplaceable(path) && file.open(QIODevice::WriteOnly) &&
+    // Not buffered: commit() does not tell when the last of a buffer did not fit on the disk.
+    return isReplaceable(path) && file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) &&
            file.write(bytes) == bytes.size() && file.commit();
 }
 
