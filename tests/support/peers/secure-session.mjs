@@ -1,20 +1,22 @@
 // Opens a session, signed and encrypted by Basic256Sha256, with a client's certificate and key, at
 // a server that trusts this certificate alone. Prints what the server saw, as JSON.
-import { certificateManager, commandLine, freePort, pkiFolder } from "./peer.mjs";
+import {
+    certificateManager, commandLine, freePort, pkiFolder, serverOptions,
+} from "./peer.mjs";
 import { plantServer } from "./plantserver.mjs";
 import { createHash } from "node:crypto";
+import { readFileSync } from "node:fs";
 import path from "node:path";
 import { OPCUACertificateManager } from "node-opcua-certificate-manager";
 import {
     AttributeIds, MessageSecurityMode, OPCUAClient, SecurityPolicy,
 } from "node-opcua-client";
-import { readFileSync } from "node:fs";
 
 const { values, positionals: [certificateFile, privateKeyFile, applicationUri] } = commandLine(
-    "secure-session.mjs [--untrusted] CERTIFICATE.der KEY.pem APPLICATION-URI",
-    { untrusted: { type: "boolean" } }, 3);
+    "secure-session.mjs [--pki FOLDER] [--untrusted] CERTIFICATE.der KEY.pem APPLICATION-URI",
+    { pki: serverOptions.pki, untrusted: { type: "boolean" } }, 3);
 
-const folder = pkiFolder();
+const folder = pkiFolder(values.pki);
 const trust = new OPCUACertificateManager({
     rootFolder: path.join(folder, "server"),
     automaticallyAcceptUnknownCertificate: false,
