@@ -1,5 +1,6 @@
 #include "pages.h"
 
+#include "certificatespage.h"
 #include "endpointdetails.h"
 #include "host.h"
 #include "nodeidpage.h"
@@ -14,6 +15,11 @@ QWidget* createEndpointDetails(Host& host)
     QObject::connect(&host, &Host::endpointChanged, details, &EndpointDetails::setEndpoint);
     QObject::connect(details, &EndpointDetails::useRequested, &host, &Host::useEndpointRequested);
     return details;
+}
+
+QWidget* createCertificatesPage(Host& host)
+{
+    return new CertificatesPage(host);
 }
 
 QWidget* createNodeIdPage(Host&)
@@ -32,6 +38,7 @@ const QList<Page>& pages()
 {
     static const QList<Page> all = {
         {"endpoint", QT_TRANSLATE_NOOP("Page", "Endpoint"), createEndpointDetails},
+        {"certificates", QT_TRANSLATE_NOOP("Page", "Certificates"), createCertificatesPage},
         {"nodeid", QT_TRANSLATE_NOOP("Page", "NodeId"), createNodeIdPage},
         {"values", QT_TRANSLATE_NOOP("Page", "Values"), createValuesPage},
     };
