@@ -11,6 +11,7 @@
 
 #include <openssl/pem.h>
 
+#include <algorithm>
 #include <cstring>
 #include <ctime>
 
@@ -39,7 +40,8 @@ QByteArray textOf(const ASN1_STRING* value)
 
 void append(UaString& list, const QByteArray& text)
 {
-    list = UaString(list.isEmpty() ? text : list.bytes() + ", " + text);
+    if (!text.isEmpty())
+        list = UaString(list.isEmpty() ? text : list.bytes() + ", " + text);
 }
 
 UaPkiIdentity identityOf(const X509_NAME* name)
@@ -187,8 +189,10 @@ QByteArray asciiUri(const UaString& uri)
 /// The name in the characters that a certificate can hold; empty if it is no domain name.
 QByteArray asciiDomain(const QByteArray& name)
 {
-    const QByteArray ascii = QUrl::toAce(QString::fromUtf8(name));
-    const QByteArray& domain = ascii.isEmpty() ? name : ascii; // not for "_", which hosts do have
+    const auto isAscii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
+    const QByteArray domain = std::all_of(name.begin(), name.end(), isAscii)
+                                  ? name
+                                  : QUrl::toAce(QString::fromUtf8(name));
     for (const char c : domain)
         if (!isLetter(c) && !(c >= '0' && c <= '9') && !std::strchr("-._*", c))
             return {};
