@@ -7,6 +7,7 @@
 #include <QtCore/QDir>
 #include <QtGui/QIcon>
 #include <QtWidgets/QMessageBox>
+#include <QtWidgets/QScrollArea>
 #include <QtWidgets/QVBoxLayout>
 
 CertificatesPage::CertificatesPage(Host& host)
@@ -27,7 +28,14 @@ CertificatesPage::CertificatesPage(Host& host)
         trusted + QStringLiteral("harrier.der"), keys + QStringLiteral("harrier.pem"),
         QIcon(QStringLiteral(":/images/harrier.png")), false);
     m_manager->setRSAKeyStrengths({2048, 3072, 4096}); // servers of today refuse less
-    (new QVBoxLayout(this))->addWidget(m_manager);
+    auto* scroll = new QScrollArea; // a narrow window does not have to show all buttons
+    scroll->setWidget(m_manager);
+    scroll->setWidgetResizable(true);
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setFocusPolicy(Qt::NoFocus);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins({});
+    layout->addWidget(scroll);
     if (isNew)
         connect(&host, &Host::started, this, &CertificatesPage::offerCertificate);
 }
