@@ -86,7 +86,7 @@ const QIcon& QvelCertificateModel::Private::icon(const QvelCertificateEntry& ent
 {
     const QvelCertificateEntry::ValidState state = entry.validState();
     QIcon& icon = icons[entry.kind][state];
-    if (icon.isNull())
+    if (icon.isNull() && state != QvelCertificateEntry::Valid)
         icon = withOverlay(icons[entry.kind][QvelCertificateEntry::Valid],
                            state == QvelCertificateEntry::ExpiresSoon
                                ? QStringLiteral(":/kestrel/images/overlay_warning.png")

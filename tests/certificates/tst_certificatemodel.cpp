@@ -203,6 +203,9 @@ void tst_CertificateModel::states()
     const QImage image = imageOf(*model);
     QCOMPARE(image.convertToFormat(expected.format()), expected);
     QCOMPARE(image == plain, overlay.isEmpty());
+    // A host may have no icon for its own certificate. What is wrong with it is still shown.
+    const QvelCertificateModel bare(store.trusted(), {}, {}, {}, "own.der", QIcon(), true);
+    QCOMPARE(bare.index(0, 0).data(Qt::DecorationRole).value<QIcon>().isNull(), overlay.isEmpty());
     const auto key = [&] {
         return model->index(0, 0).data(Qt::DecorationRole).value<QIcon>().cacheKey();
     };
