@@ -6,6 +6,9 @@
 #include <Kestrel/QvelDiscoverySetting>
 
 #include <QtCore/QObject>
+#include <QtCore/QTemporaryDir>
+
+#include <memory>
 
 /// What the window and its pages share. It outlives all of them, and so do the callback interfaces
 /// that the library's widgets were handed.
@@ -13,13 +16,15 @@ class Host : public QObject
 {
     Q_OBJECT
 public:
-    /// `timeout` is in milliseconds a service call.
-    Host(SettingsStore& store, int timeout);
+    /// `timeout` is in milliseconds a service call. Without a data folder, it is a temporary one.
+    Host(SettingsStore& store, int timeout, const QString& dataFolder = {});
 
     SettingsStore& store() { return m_store; }
     LogBuffer& log() { return m_log; }
     EditorCallback& editorCallback() { return m_editorCallback; }
     int timeout() const { return m_timeout; }
+    /// Where files of harrier's own are kept; absolute, and perhaps not there yet.
+    QString dataFolder() const { return m_dataFolder; }
 
     /// The endpoint that is current in the discovery tree; a default record if none is.
     const QvelDiscoverySetting& endpoint() const { return m_endpoint; }
@@ -27,6 +32,8 @@ public:
     void setEndpoint(const QvelDiscoverySetting& endpoint);
 
 Q_SIGNALS:
+    /// The window is on the screen for the first time.
+    void started();
     void endpointChanged(const QvelDiscoverySetting& endpoint);
     /// The user wants to work with the current endpoint.
     void useEndpointRequested();
@@ -42,5 +49,7 @@ private:
     LogBuffer m_log;
     EditorCallback m_editorCallback;
     int m_timeout;
+    std::unique_ptr<QTemporaryDir> m_temporaryFolder;
+    QString m_dataFolder;
     QvelDiscoverySetting m_endpoint;
 };

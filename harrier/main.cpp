@@ -6,6 +6,9 @@
 
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+#include <QtCore/QStandardPaths>
+#include <QtCore/QTimer>
 #include <QtGui/QScreen>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QMessageBox>
@@ -85,8 +88,9 @@ int main(int argc, char** argv)
     const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
                                   tr("Show this help."));
     const QCommandLineOption version = parser.addVersionOption();
-    const QCommandLineOption settings(QStringLiteral("settings"),
-                                      tr("Keep the settings in <file>."), tr("file"));
+    const QCommandLineOption settings(
+        QStringLiteral("settings"),
+        tr("Keep the settings in <file> and other data in <file>.data."), tr("file"));
     const QCommandLineOption timeout(QStringLiteral("timeout"),
                                      tr("Milliseconds that each service call may take."), tr("ms"),
                                      QString::number(DefaultTimeoutMs));
@@ -122,14 +126,18 @@ int main(int argc, char** argv)
     if (!discovering && !parser.isSet(rendering) && !display)
         return usageError(tr("There is no display; without one, use --discover or --render"));
 
-    // The commands leave the user's own settings alone.
+    // The commands leave the user's own settings and data alone.
     std::unique_ptr<SettingsStore> store;
-    if (parser.isSet(settings))
+    QString dataFolder;
+    if (parser.isSet(settings)) {
         store = std::make_unique<SettingsStore>(parser.value(settings));
-    else if (discovering || parser.isSet(rendering))
+        dataFolder = QFileInfo(parser.value(settings)).absoluteFilePath() + QStringLiteral(".data");
+    } else if (discovering || parser.isSet(rendering)) {
         store = std::make_unique<SettingsStore>();
-    else
+    } else {
         store = std::make_unique<SettingsStore>(SettingsStore::defaultFile());
+        dataFolder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+    }
 
     int result = ExitFound;
     if (discovering) {
@@ -149,7 +157,7 @@ int main(int argc, char** argv)
             QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
             QApplication::setPalette(darkPalette());
         }
-        Host host(*store, timeoutMs);
+        Host host(*store, timeoutMs, dataFolder);
         MainWindow window(host);
         if (parser.isSet(rendering)) {
             QString error;
@@ -160,6 +168,7 @@ int main(int argc, char** argv)
         } else {
             window.resize(window.size().boundedTo(window.screen()->availableSize()));
             window.show();
+            QTimer::singleShot(0, &host, &Host::started);
             result = QApplication::exec();
         }
     }

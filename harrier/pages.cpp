@@ -1,5 +1,6 @@
 #include "pages.h"
 
+#include "certificatespage.h"
 #include "connectionpage.h"
 #include "endpointdetails.h"
 #include "host.h"
@@ -22,6 +23,11 @@ QWidget* createConnectionPage(Host& host)
     return new ConnectionPage(host);
 }
 
+QWidget* createCertificatesPage(Host& host)
+{
+    return new CertificatesPage(host);
+}
+
 QWidget* createNodeIdPage(Host&)
 {
     return new NodeIdPage;
@@ -39,6 +45,7 @@ const QList<Page>& pages()
     static const QList<Page> all = {
         {"endpoint", QT_TRANSLATE_NOOP("Page", "Endpoint"), createEndpointDetails},
         {"connection", QT_TRANSLATE_NOOP("Page", "Connection"), createConnectionPage},
+        {"certificates", QT_TRANSLATE_NOOP("Page", "Certificates"), createCertificatesPage},
         {"nodeid", QT_TRANSLATE_NOOP("Page", "NodeId"), createNodeIdPage},
         {"values", QT_TRANSLATE_NOOP("Page", "Values"), createValuesPage},
     };

@@ -1,12 +1,12 @@
 #include "discoveryjob.h"
 
+#include "base/showntext_p.h"
 #include "discoverycbinterface.h"
 #include "discoverymodel.h"
 #include "discoverynodes_p.h"
 #include "platform/client/uadiscovery.h"
 #include "platform/com/comserverlist_p.h"
 #include "platform/stack/opcuastatuscodes.h"
-#include "showntext_p.h"
 #include "stacktext_p.h"
 
 #include <QtCore/QThread>

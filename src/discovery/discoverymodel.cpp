@@ -1,5 +1,6 @@
 #include "discoverymodel.h"
 
+#include "base/showntext_p.h"
 #include "discoverycbinterface.h"
 #include "discoveryjob.h"
 #include "discoverylimits_p.h"
@@ -7,7 +8,6 @@
 #include "images/images_p.h"
 #include "platform/network/uanetworkbrowser.h"
 #include "platform/threads/uathreadpool.h"
-#include "showntext_p.h"
 
 #include <QtCore/QHash>
 #include <QtCore/QMutex>

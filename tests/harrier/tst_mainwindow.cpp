@@ -30,7 +30,8 @@ private Q_SLOTS:
         QTest::addColumn<bool>("held");
         for (const char* name :
              {"view", "server", "network", "domain", "encrypted", "unencrypted", "comDaServer",
-              "comAeServer", "rebrowse", "clearlog", "settingsconfigure", "showGroup", "hideGroup"})
+              "comAeServer", "rebrowse", "clearlog", "settingsconfigure", "showGroup", "hideGroup",
+              "on", "refresh", "overlay_warning", "overlay_error"})
             QTest::addRow(":/kestrel/images/%s.png", name) << true;
         // Left to the host.
         QTest::newRow(":/kestrel/images/closetab.png") << false;

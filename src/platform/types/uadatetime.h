@@ -32,6 +32,13 @@ public:
         return a.m_ticks == b.m_ticks;
     }
     friend bool operator!=(const UaDateTime& a, const UaDateTime& b) { return !(a == b); }
+    friend bool operator<(const UaDateTime& a, const UaDateTime& b)
+    {
+        return a.m_ticks < b.m_ticks;
+    }
+    friend bool operator>(const UaDateTime& a, const UaDateTime& b) { return b < a; }
+    friend bool operator<=(const UaDateTime& a, const UaDateTime& b) { return !(b < a); }
+    friend bool operator>=(const UaDateTime& a, const UaDateTime& b) { return !(a < b); }
 
 private:
     OpcUa_DateTime m_ticks = 0;

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "../kestrelexport.h"
+
+#include <QtWidgets/QWidget>
+
+#include <memory>
+
+/// Where a user manages the certificates that an application trusts and rejects, and makes the
+/// application a new one.
+///
+/// All paths come from the host and none is kept in settings. Failures are shown in message boxes.
+/// The host owns the widget. User-interface thread only; making a key blocks it for a moment.
+class KESTREL_EXPORT QvelCertificateManager : public QWidget
+{
+    Q_OBJECT
+public:
+    /// `applicationName` and `applicationUriPart` go into the URI "urn:host:part:name" of a new
+    /// certificate. `trustedPath` and `rejectedPath` end with a separator; `secondPath` and
+    /// `thirdPath` are not read, see QvelCertificateModel. A new certificate is written to
+    /// `ownCertificateFile` as DER and its private key to `ownPrivateKeyFile` as PEM, encrypted if
+    /// the user may (`passwordOption`) and does give a password.
+    QvelCertificateManager(const QString& applicationName, const QString& applicationUriPart,
+                           const QString& trustedPath, const QString& secondPath,
+                           const QString& thirdPath, const QString& rejectedPath,
+                           const QString& ownCertificateFile, const QString& ownPrivateKeyFile,
+                           const QIcon& ownCertificateIcon, bool passwordOption,
+                           QWidget* parent = nullptr);
+    ~QvelCertificateManager() override;
+
+    /// The key sizes that the dialog for a new certificate offers, in bits; see
+    /// QvelNewCertificateDlg::setRSAKeyStrengths(). Empty is the dialog's default.
+    void setRSAKeyStrengths(const QList<int>& bits);
+    QList<int> rsaKeyStrengths() const;
+
+public Q_SLOTS:
+    /// Shows the trusted directory in the desktop's file manager.
+    void sltOpenCertLocation();
+    /// Asks for a file and copies the application's own certificate to it.
+    void sltCopyCertificateTo();
+    /// Asks for the data of a new certificate and replaces the application's own certificate and
+    /// private key. When no certificate can be made from the data, both stay.
+    void sltCreateNewCertificate();
+    /// Shows the menu of the current certificate if there is a certificate at `pos` of the list.
+    void sltViewContextMenu(QPoint pos);
+    /// Moves the current certificate to the trusted directory.
+    void sltTrustCertificate();
+    /// Moves the current certificate to the rejected directory.
+    void sltRejectCertificate();
+    /// Removes the current certificate's file if the user agrees.
+    void sltDeleteCertificate();
+    /// Shows the current certificate in the desktop's viewer.
+    void sltOpenCertificate();
+    /// Reads the store again.
+    void sltReload();
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    class Private;
+    std::unique_ptr<Private> d;
+};

@@ -1,0 +1,82 @@
+#include "uapkikeys.h"
+
+#include "filewriter_p.h"
+#include "openssl_p.h"
+
+#include <QtCore/QFile>
+
+#include <openssl/pem.h>
+#include <openssl/pkcs12.h>
+
+#include <cstring>
+
+namespace {
+
+// What a guess of the password costs: about a tenth of a second.
+constexpr int passwordIterations = 200'000;
+
+/// A copy of the public half, which does not keep the private one alive.
+KeyPtr publicHalf(const EVP_PKEY* key)
+{
+    unsigned char* der = nullptr;
+    const int size = i2d_PUBKEY(key, &der);
+    if (size <= 0)
+        return nullptr;
+    const unsigned char* next = der;
+    KeyPtr half(d2i_PUBKEY(nullptr, &next, size));
+    OPENSSL_free(der);
+    return half;
+}
+
+bool writePem(BIO* bio, const EVP_PKEY* key, const char* password)
+{
+    const OpenSslPtr<PKCS8_PRIV_KEY_INFO, PKCS8_PRIV_KEY_INFO_free> info(EVP_PKEY2PKCS8(key));
+    if (!info)
+        return false;
+    if (!password || !*password)
+        return PEM_write_bio_PKCS8_PRIV_KEY_INFO(bio, info.get()) == 1;
+    X509_ALGOR* algorithm = PKCS5_pbe2_set_iv(EVP_aes_256_cbc(), passwordIterations, nullptr, 0,
+                                              nullptr, NID_hmacWithSHA256);
+    if (!algorithm)
+        return false;
+    const OpenSslPtr<X509_SIG, X509_SIG_free> encrypted(
+        PKCS8_set0_pbe(password, int(std::strlen(password)), info.get(), algorithm));
+    if (!encrypted) {
+        X509_ALGOR_free(algorithm);
+        return false;
+    }
+    return PEM_write_bio_PKCS8(bio, encrypted.get()) == 1;
+}
+
+} // namespace
+
+int UaPkiPublicKey::keySize() const
+{
+    return m_key ? EVP_PKEY_get_bits(m_key->key.get()) : 0;
+}
+
+UaPkiRsaKeyPair::UaPkiRsaKeyPair(int bits)
+{
+    if (bits < smallestKeySize || bits > largestKeySize)
+        return;
+    const ErrorQueueGuard guard;
+    KeyPtr key(EVP_RSA_gen(unsigned(bits)));
+    KeyPtr half = key ? publicHalf(key.get()) : nullptr;
+    if (!half)
+        return;
+    m_publicKey.m_key = std::make_shared<UaPkiKeyData>(std::move(half));
+    m_privateKey.m_key = std::make_shared<UaPkiKeyData>(std::move(key));
+}
+
+bool UaPkiRsaKeyPair::toPEMFile(const char* path, const char* password) const
+{
+    if (isNull())
+        return false;
+    const ErrorQueueGuard guard;
+    const BioPtr bio(BIO_new(BIO_s_mem())); // wipes what it held
+    if (!bio || !writePem(bio.get(), m_privateKey.m_key->key.get(), password))
+        return false;
+    char* pem = nullptr;
+    const long size = BIO_get_mem_data(bio.get(), &pem);
+    return replaceSecretFile(QFile::decodeName(path), pem, size);
+}
