@@ -308,8 +308,8 @@ private Q_SLOTS:
     void keyboard()
     {
         QLineEdit *first = new QLineEdit, *second = new QLineEdit, *third = new QLineEdit;
+        m_box->addPage(first);
         m_box->addPage(third);
-        m_box->insertPage(0, first);
         m_box->insertPage(1, second); // the Tab key follows the places
         m_box->setItemTexts("&First|Second|Third");
         m_box->show();
