@@ -307,17 +307,16 @@ private Q_SLOTS:
 
     void keyboard()
     {
-        m_box->setItemTexts("&First|Second");
-        QLineEdit *first = new QLineEdit, *second = new QLineEdit;
-        m_box->addPage(second);
-        m_box->insertPage(0, first); // above, with the title of that place
-        m_box->setItemTexts("&First|Second");
+        QLineEdit *first = new QLineEdit, *second = new QLineEdit, *third = new QLineEdit;
+        m_box->addPage(first);
+        m_box->addPage(third);
+        m_box->insertPage(1, second); // the Tab key follows the places
+        m_box->setItemTexts("&First|Second|Third");
         m_box->show();
         m_box->activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(m_box.get()));
         toggle(0)->setFocus();
-        for (QWidget* next : {static_cast<QWidget*>(first), static_cast<QWidget*>(toggle(1)),
-                              static_cast<QWidget*>(second), static_cast<QWidget*>(toggle(0))}) {
+        for (QWidget* next : QWidgetList{first, toggle(1), second, toggle(2), third, toggle(0)}) {
             QTest::keyClick(m_box->focusWidget(), Qt::Key_Tab);
             QCOMPARE(m_box->focusWidget(), next);
         }
