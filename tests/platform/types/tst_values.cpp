@@ -1,5 +1,5 @@
 #include "platform/stack/opcuastatuscodes.h"
-#include "platform/types/uanodeid.h"
+#include "platform/types/uaguid.h"
 #include "platform/types/uastacktypearray.h"
 #include "platform/types/uastatuscode.h"
 #include "platform/types/uavariant.h"
@@ -10,13 +10,6 @@
 #include <cstring>
 
 namespace {
-
-UaGuid guidOf(const char* text)
-{
-    UaGuid guid;
-    guid.fromString(UaString(text));
-    return guid;
-}
 
 // An Int32 array or matrix over malloc'ed memory, 0, 1, 2, ...
 OpcUa_Variant numbers(OpcUa_Int32 count, std::initializer_list<OpcUa_UInt32> dimensions = {})
@@ -73,35 +66,6 @@ private Q_SLOTS:
         QCOMPARE(guid.isNull(), !good);
         if (good)
             QCOMPARE(guid.toString().bytes(), QByteArray("{0f1e2d3c-4b5a-6978-8796-a5b4c3d2e1f0}"));
-    }
-
-    void nodeIdTexts_data()
-    {
-        QTest::addColumn<UaNodeId>("id");
-        QTest::addColumn<QByteArray>("bare");
-        QTest::addColumn<QByteArray>("full");
-        const QByteArray guid = "0f1e2d3c-4b5a-6978-8796-a5b4c3d2e1f0";
-        QTest::newRow("null") << UaNodeId() << QByteArray("0") << QByteArray("i=0");
-        QTest::newRow("number") << UaNodeId(4294967295u, 1) << QByteArray("4294967295")
-                                << QByteArray("ns=1;i=4294967295");
-        QTest::newRow("string") << UaNodeId(UaString("Pump"), 2) << QByteArray("Pump")
-                                << QByteArray("ns=2;s=Pump");
-        QTest::newRow("guid") << UaNodeId(guidOf(guid), 3) << '{' + guid + '}' << "ns=3;g=" + guid;
-        QTest::newRow("opaque") << UaNodeId(UaByteString(QByteArray("\0\xff", 2)), 0)
-                                << QByteArray("00ff") << QByteArray("b=AP8=");
-    }
-    void nodeIdTexts()
-    {
-        QFETCH(UaNodeId, id);
-        QFETCH(QByteArray, bare);
-        QFETCH(QByteArray, full);
-        QCOMPARE(id.toString().bytes(), bare);
-        QCOMPARE(id.toFullString().bytes(), full);
-        OpcUa_NodeId stack = {};
-        QCOMPARE(id.copyTo(&stack), OpcUa_Good);
-        QVERIFY(UaNodeId(stack) == id);
-        OpcUa_NodeId_Clear(&stack);
-        QVERIFY(UaNodeId(stack).isNull());
     }
 
     void statusCodeNames()

@@ -181,6 +181,17 @@ private Q_SLOTS:
         row("xml", variantOf(&V::setXmlElement, UaByteString(QByteArray("<a/>"))), "<a/>");
         row("status", variantOf(&V::setStatusCode, 0x80340000u), "BadNodeIdUnknown");
         row("node", variantOf(&V::setNodeId, UaNodeId("Pump", 2)), "Pump", "ns=2;s=Pump");
+        row("null node", variantOf(&V::setNodeId, UaNodeId()), "0", "i=0");
+        row("numeric node", variantOf(&V::setNodeId, UaNodeId(4294967295u, 1)), "4294967295",
+            "ns=1;i=4294967295");
+        UaGuid guid;
+        guid.fromString("0f1e2d3c-4b5a-6978-8796-a5b4c3d2e1f0");
+        row("guid node", variantOf(&V::setNodeId, UaNodeId(guid, 3)),
+            "{0f1e2d3c-4b5a-6978-8796-a5b4c3d2e1f0}",
+            "ns=3;g=0f1e2d3c-4b5a-6978-8796-a5b4c3d2e1f0");
+        row("opaque node",
+            variantOf(&V::setNodeId, UaNodeId(UaByteString(QByteArray("\0\xff", 2)), 0)), "00ff",
+            "b=AP8=");
         row("expanded, local", expanded(UaNodeId(85), "", 0), "85", "i=85");
         row("expanded, index", expanded(UaNodeId(85, 3), "", 1), "85", "svr=1;ns=3;i=85");
         row("expanded, URI before index", expanded(UaNodeId("x", 3), "urn:a", 0), "x",
