@@ -1,13 +1,10 @@
 #include <Kestrel/QvelDialogWidgetBase>
 #include <Kestrel/QvelDisplayDialog>
-#include <Kestrel/QvelEditWidgetBase>
-#include <Kestrel/QvelWidgetBase>
 
 #include "support/warnings.h"
 
 #include <QtGui/QScreen>
 #include <QtTest/QtTest>
-#include <QtWidgets/QDialogButtonBox>
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QScrollBar>
 #include <QtWidgets/QTextEdit>
@@ -20,10 +17,6 @@ public:
     using QvelDialogWidgetBase::QvelDialogWidgetBase;
     UaVariant value(bool*) const override { return {}; }
     void setValue(const UaVariant&) override {}
-    QPushButton* button(QDialogButtonBox::StandardButton which) const
-    {
-        return buttonBox()->button(which);
-    }
 };
 
 } // namespace
@@ -33,43 +26,6 @@ class EditorBasesTest : public QObject
     Q_OBJECT
 private Q_SLOTS:
     void init() { failOnWarnings(); }
-
-    void flagNumbersAreRegistered()
-    {
-        const auto number = [](const QMetaObject& meta, const char* type, const char* key) {
-            return meta.enumerator(meta.indexOfEnumerator(type)).keyToValue(key);
-        };
-        QCOMPARE(number(QvelWidgetBase::staticMetaObject, "QvelWidgetFlags", "ReadOnly"), 2);
-        QCOMPARE(number(QvelWidgetBase::staticMetaObject, "QvelWidgetFlag", "HideFrame"), 1);
-        for (const char* type : {"QvelDialogWidgetFlag", "QvelDialogWidgetFlags"}) {
-            QCOMPARE(number(QvelDialogWidgetBase::staticMetaObject, type, "ReadOnly"), 1);
-            QCOMPARE(number(QvelDialogWidgetBase::staticMetaObject, type, "NoResize"), 2);
-        }
-        QCOMPARE(number(QvelEditWidgetBase::staticMetaObject, "QvelEditWidgetFlags", "ReadOnly"),
-                 1);
-        QCOMPARE(
-            number(QvelDisplayDialog::staticMetaObject, "QvelDisplayDialogFlags", "WrapAnywhere"),
-            2);
-    }
-
-    void dialogButtons()
-    {
-        Dialog dialog;
-        QCOMPARE(dialog.windowFlags() & (Qt::Window | Qt::CustomizeWindowHint),
-                 Qt::Window | Qt::CustomizeWindowHint);
-        QVERIFY(!(dialog.windowFlags() & Qt::WindowCloseButtonHint));
-        QCOMPARE(dialog.button(QDialogButtonBox::Ok)->text(), QString("Write"));
-        QSignalSpy accepted(&dialog, &QDialog::accepted);
-        QSignalSpy rejected(&dialog, &QDialog::rejected);
-        dialog.show();
-        QTest::mouseClick(dialog.button(QDialogButtonBox::Ok), Qt::LeftButton);
-        QCOMPARE(accepted.count(), 1);
-        QCOMPARE(dialog.result(), int(QDialog::Accepted));
-        QVERIFY(!dialog.isVisible());
-        dialog.show();
-        QTest::mouseClick(dialog.button(QDialogButtonBox::Cancel), Qt::LeftButton);
-        QCOMPARE(rejected.count(), 1);
-    }
 
     void dialogStaysOnScreen_data()
     {
@@ -95,6 +51,8 @@ private Q_SLOTS:
         dialog.resize(size);
         dialog.move(position);
         dialog.show();
+        QVERIFY(dialog.windowFlags().testFlag(Qt::CustomizeWindowHint));
+        QVERIFY(!dialog.windowFlags().testFlag(Qt::WindowCloseButtonHint));
         const QRect area = dialog.screen()->availableGeometry();
         const QRect frame = dialog.frameGeometry();
         if (corner == "bottom right")

@@ -45,18 +45,6 @@ private Q_SLOTS:
         QFETCH(int, value);
         QTEST(info.toString(value), "text");
     }
-
-    void travelsInAVariant()
-    {
-        QvelEnumInfo info;
-        QCOMPARE(info.kind, 0);
-        info.kind = 2;
-        info.values = {{1, "A"}};
-        const auto variant = QVariant::fromValue(info);
-        QCOMPARE(QByteArray(variant.typeName()), QByteArray("QvelEnumInfo"));
-        QVERIFY(variant.value<QvelEnumInfo>() == info);
-        QVERIFY(QvelEnumInfo() != info);
-    }
 };
 
 QTEST_GUILESS_MAIN(EnumInfoTest)
