@@ -332,39 +332,39 @@ void TestUaDiscovery::hostileServer_data()
     QTest::addColumn<HostileServer::Script>("script");
     QTest::addColumn<OpcUa_StatusCode>("status");
 
-    for (const Stage& stage : stages) {
-        const auto reach = stage.reach;
-        const auto after = [&stage](const char* what, OpcUa_StatusCode status, auto script) {
-            QTest::addRow("%s after %s", what, stage.name)
-                << HostileServer::Script(script) << status;
-        };
-        const auto sends = [reach](const QByteArray& bytes) {
-            return [reach, bytes](ServerPeer& peer) {
-                if (reach(peer)) {
-                    peer.send(bytes);
-                    peer.stall();
-                }
-            };
-        };
-        QRandomGenerator random(4840);
-        QByteArray garbage(100000, '\0');
-        std::generate(garbage.begin(), garbage.end(), [&] { return char(random.generate()); });
-        after("silent", OpcUa_BadTimeout, sends({}));
-        after("closes", OpcUa_BadConnectionClosed, [reach](ServerPeer& peer) { reach(peer); });
-        after("garbage", anyBad, sends(garbage));
-        after("HTTP", anyBad, sends("HTTP/1.1 400 Bad Request\r\nConnection: close\r\n\r\n"));
-    }
-    const auto errorAt = [](size_t stage, OpcUa_StatusCode code) -> HostileServer::Script {
-        return [stage, code](ServerPeer& peer) {
-            if (stages[stage].reach(peer))
-                peer.send(encodeConnectionMessage(MessageType::Error, Error{code, UaString("no")}));
+    const auto row = [](const QByteArray& name, OpcUa_StatusCode status,
+                        HostileServer::Script script) {
+        QTest::newRow(name.constData()) << script << status;
+    };
+    const auto sends = [](const Stage& stage, const QByteArray& bytes) {
+        return [reach = stage.reach, bytes](ServerPeer& peer) {
+            if (reach(peer)) {
+                peer.send(bytes);
+                peer.stall();
+            }
         };
     };
-    QTest::newRow("Error for Hello") << errorAt(1, 0x807d0000u) << 0x807d0000u;
-    QTest::newRow("Error for the channel") << errorAt(3, 0x80550000u) << 0x80550000u;
-    QTest::newRow("Error for the request") << errorAt(4, 0x80860000u) << 0x80860000u;
-    QTest::newRow("good Error") << errorAt(4, 0) << OpcUa_BadUnexpectedError;
-    QTest::newRow("uncertain Error") << errorAt(4, 0x40000000u) << OpcUa_BadUnexpectedError;
+    QRandomGenerator random(4840);
+    QByteArray garbage(100000, '\0');
+    std::generate(garbage.begin(), garbage.end(), [&] { return char(random.generate()); });
+    for (const Stage& stage : stages) {
+        const QByteArray after = QByteArray(" after ") + stage.name;
+        row("silent" + after, OpcUa_BadTimeout, sends(stage, {}));
+        row("closes" + after, OpcUa_BadConnectionClosed,
+            [reach = stage.reach](ServerPeer& peer) { reach(peer); });
+        row("garbage" + after, anyBad, sends(stage, garbage));
+        row("HTTP" + after, anyBad,
+            sends(stage, "HTTP/1.1 400 Bad Request\r\nConnection: close\r\n\r\n"));
+    }
+    const auto error = [sends](size_t stage, OpcUa_StatusCode code) {
+        return sends(stages[stage],
+                     encodeConnectionMessage(MessageType::Error, Error{code, UaString("no")}));
+    };
+    row("Error for Hello", 0x807d0000u, error(1, 0x807d0000u));
+    row("Error for the channel", 0x80550000u, error(3, 0x80550000u));
+    row("Error for the request", 0x80860000u, error(4, 0x80860000u));
+    row("good Error", OpcUa_BadUnexpectedError, error(4, 0));
+    row("uncertain Error", OpcUa_BadUnexpectedError, error(4, 0x40000000u));
     const auto result = [](auto answer, OpcUa_StatusCode code) {
         return answering([answer, code](const Message& request) {
             auto response = answer();
@@ -375,21 +375,19 @@ void TestUaDiscovery::hostileServer_data()
     };
     const auto fault = [] { return ServiceFault(); };
     const auto answer = [] { return goodAnswer(); };
-    QTest::newRow("fault") << result(fault, 0x800b0000u) << 0x800b0000u;
-    QTest::newRow("unknown fault") << result(fault, 0x8abc0000u) << 0x8abc0000u;
-    QTest::newRow("good fault") << result(fault, 0) << OpcUa_BadUnexpectedError;
-    QTest::newRow("bad result") << result(answer, 0x80100000u) << 0x80100000u;
-    QTest::newRow("uncertain result") << result(answer, 0x40000000u) << OpcUa_BadUnexpectedError;
-    QTest::newRow("channel refused") << HostileServer::Script([](ServerPeer& peer) {
-        if (!peer.acknowledge())
-            return;
-        if (const auto request = peer.receive()) {
-            ServiceFault fault;
-            fault.header.serviceResult = 0x80540000u;
+    row("fault", 0x800b0000u, result(fault, 0x800b0000u));
+    row("unknown fault", 0x8abc0000u, result(fault, 0x8abc0000u));
+    row("good fault", OpcUa_BadUnexpectedError, result(fault, 0));
+    row("bad result", 0x80100000u, result(answer, 0x80100000u));
+    row("uncertain result", OpcUa_BadUnexpectedError, result(answer, 0x40000000u));
+    row("channel refused", 0x80540000u, [](ServerPeer& peer) {
+        const auto request = peer.acknowledge() ? peer.receive() : std::nullopt;
+        ServiceFault fault;
+        fault.header.serviceResult = 0x80540000u;
+        if (request)
             peer.answer(*request, fault);
-        }
-    }) << 0x80540000u;
-    QTest::newRow("aborted answer") << HostileServer::Script([](ServerPeer& peer) {
+    });
+    row("aborted answer", 0x80b90000u, [](ServerPeer& peer) {
         if (const auto request = peer.takeRequest()) {
             GetEndpointsResponse response = goodAnswer(100);
             // The first chunk becomes an intermediate one.
@@ -399,11 +397,7 @@ void TestUaDiscovery::hostileServer_data()
             peer.send(encodeChunk(MessageType::Message, 'A', rest));
             peer.stall();
         }
-    }) << 0x80b90000u;
-    const auto row = [](const QByteArray& name, OpcUa_StatusCode status,
-                        HostileServer::Script script) {
-        QTest::newRow(name.constData()) << script << status;
-    };
+    });
     row("a byte a second", OpcUa_BadTimeout, [](ServerPeer& peer) {
         peer.receive();
         peer.sendSlowly(encodeConnectionMessage(MessageType::Acknowledge, Acknowledge()),
@@ -416,42 +410,34 @@ void TestUaDiscovery::hostileServer_data()
         }
     });
     for (const int size : {0, 65512}) {
-        QTest::addRow("endless chunks of %d bytes", size)
-            << HostileServer::Script([size](ServerPeer& peer) {
-                   const auto request = peer.takeRequest();
-                   for (OpcUa_UInt32 sequence = 2; request && peer.goesOn(); ++sequence)
-                       peer.send(encodeChunk(MessageType::Message, 'C',
-                                             word(17) + word(4711) + word(sequence) +
-                                                 word(request->requestId) + QByteArray(size, 'x')));
-               })
-            << OpcUa_BadResponseTooLarge;
+        row("endless chunks of " + QByteArray::number(size) + " bytes", OpcUa_BadResponseTooLarge,
+            [size](ServerPeer& peer) {
+                const auto request = peer.takeRequest();
+                for (OpcUa_UInt32 sequence = 2; request && peer.goesOn(); ++sequence)
+                    peer.send(encodeChunk(MessageType::Message, 'C',
+                                          word(17) + word(4711) + word(sequence) +
+                                              word(request->requestId) + QByteArray(size, 'x')));
+            });
     }
-    QTest::newRow("endless stream") << HostileServer::Script([](ServerPeer& peer) {
-        const QByteArray zeros(1 << 20, '\0');
+    row("endless stream", OpcUa_BadTcpMessageTypeInvalid, [](ServerPeer& peer) {
         while (peer.goesOn())
-            peer.send(zeros);
-    }) << OpcUa_BadTcpMessageTypeInvalid;
-
+            peer.send(QByteArray(1 << 20, '\0'));
+    });
     for (const OpcUa_UInt32 size : {0u, 7u, 23u, 0x7fffffffu, 0x80000000u, 0xffffffffu}) {
-        QTest::addRow("answer of size %u", size)
-            << sending([size](QByteArray bytes) { return bytes.replace(4, 4, word(size)); })
-            << (size < 0x10000 ? OpcUa_BadDecodingError : OpcUa_BadTcpMessageTooLarge);
-        QTest::addRow("Acknowledge of size %u", size)
-            << HostileServer::Script([size](ServerPeer& peer) {
-                   peer.receive();
-                   QByteArray bytes =
-                       encodeConnectionMessage(MessageType::Acknowledge, Acknowledge());
-                   peer.send(bytes.replace(4, 4, word(size)));
-                   peer.stall();
-               })
-            << (size < 0x10000 ? OpcUa_BadDecodingError : OpcUa_BadTcpMessageTooLarge);
+        const auto status = size < 0x10000 ? OpcUa_BadDecodingError : OpcUa_BadTcpMessageTooLarge;
+        const auto resize = [size](QByteArray bytes) { return bytes.replace(4, 4, word(size)); };
+        const QByteArray acknowledge =
+            encodeConnectionMessage(MessageType::Acknowledge, Acknowledge());
+        row("answer of size " + QByteArray::number(size), status, sending(resize));
+        row("Acknowledge of size " + QByteArray::number(size), status,
+            sends(stages[1], resize(acknowledge)));
     }
-    for (const int cut : {1, 4, 10, 300}) {
-        QTest::addRow("answer without its last %d bytes", cut) << sending([cut](QByteArray bytes) {
-            bytes.chop(cut);
-            return bytes.replace(4, 4, word(OpcUa_UInt32(bytes.size())));
-        }) << OpcUa_BadDecodingError;
-    }
+    for (const int cut : {1, 4, 10, 300})
+        row("answer without its last bytes: " + QByteArray::number(cut), OpcUa_BadDecodingError,
+            sending([cut](QByteArray bytes) {
+                bytes.chop(cut);
+                return bytes.replace(4, 4, word(OpcUa_UInt32(bytes.size())));
+            }));
     const auto changedAt = [](qsizetype offset) {
         return sending([offset](QByteArray bytes) {
             bytes[offset] = char(bytes[offset] + 1);
@@ -471,12 +457,8 @@ void TestUaDiscovery::hostileServer_data()
         answering([](const Message& request) { return request.body; }));
     row("answer of no type", OpcUa_BadUnknownResponse,
         answering([](const Message&) { return QByteArray(); }));
-    row("Acknowledge as the answer", OpcUa_BadTcpMessageTypeInvalid, [](ServerPeer& peer) {
-        if (peer.takeRequest()) {
-            peer.send(encodeConnectionMessage(MessageType::Acknowledge, Acknowledge()));
-            peer.stall();
-        }
-    });
+    row("Acknowledge as the answer", OpcUa_BadTcpMessageTypeInvalid,
+        sends(stages[4], encodeConnectionMessage(MessageType::Acknowledge, Acknowledge())));
     row("another channel opened", OpcUa_BadTcpSecureChannelUnknown, [](ServerPeer& peer) {
         if (!peer.acknowledge())
             return;
