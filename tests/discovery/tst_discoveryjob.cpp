@@ -31,7 +31,6 @@ private Q_SLOTS:
     void browsesNetwork();
     void enumeratesComServers_data();
     void enumeratesComServers();
-    void logsComFailures_data();
     void logsComFailures();
     void ignoresChangesOfItsNode();
     void dropsResultsOfNodeAtSameAddress();
@@ -297,39 +296,28 @@ void DiscoveryJobTest::enumeratesComServers()
     QCOMPARE(computer.objects.load(), 0);
 }
 
-void DiscoveryJobTest::logsComFailures_data()
-{
-    QTest::addColumn<quint32>("initialize");
-    QTest::addColumn<quint32>("create");
-    QTest::addColumn<quint32>("enumerate");
-    QTest::addColumn<QString>("line");
-    QTest::newRow("initialize") << 0x80010106u << 0u << 0u << "CoInitializeEx failed (0x80010106)";
-    QTest::newRow("create") << 0u << 0x80070005u << 0u << "CoCreateInstanceEx failed (0x80070005)";
-    QTest::newRow("enumerate") << 0u << 0u << 0x8000FFFFu
-                               << "EnumClassesOfCategories failed (0x8000ffff)";
-}
-
 void DiscoveryJobTest::logsComFailures()
 {
-    QFETCH(quint32, initialize);
-    QFETCH(quint32, create);
-    QFETCH(quint32, enumerate);
-    QFETCH(QString, line);
+    using comstandin::HRESULT;
     comstandin::Computer computer;
-    computer.enumeration = comstandin::HRESULT(enumerate);
     comstandin::install(computer);
-    comsurface::ComAnswers answers;
-    answers.coInitializeEx = comstandin::HRESULT(initialize);
-    answers.coCreateInstanceEx = comstandin::HRESULT(create);
-    comsurface::setComAnswers(answers);
+    comsurface::ComAnswers initialize, create;
+    initialize.coInitializeEx = HRESULT(0x80010106);
+    create.coCreateInstanceEx = HRESULT(0x80070005);
     const auto model = makeModel(QvelDiscoveryWidget::ComDa);
-    QVERIFY(!browse(*model, QString())->hasChildren());
-    // No class is registered there.
-    browse(*model, "plant7");
-    comsurface::setComAnswers({});
-    browse(*model, "plant7");
-    QCOMPARE(m_settings->log().first(), line);
-    QCOMPARE(m_settings->log().last(), "CoCreateInstanceEx failed (0x80040154)");
+    const auto browseWith = [&](const comsurface::ComAnswers& answers, const QString& host) {
+        comsurface::setComAnswers(answers);
+        QVERIFY(!browse(*model, host)->hasChildren());
+    };
+    browseWith(initialize, {});
+    browseWith(create, {});
+    browseWith({}, "plant7"); // where no class is registered
+    computer.enumeration = HRESULT(0x8000FFFF);
+    browseWith({}, {});
+    QCOMPARE(m_settings->log(), QStringList({"CoInitializeEx failed (0x80010106)",
+                                             "CoCreateInstanceEx failed (0x80070005)",
+                                             "CoCreateInstanceEx failed (0x80040154)",
+                                             "EnumClassesOfCategories failed (0x8000ffff)"}));
 }
 
 // A job knows its node by what it was when the job was made.

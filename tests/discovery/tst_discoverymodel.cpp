@@ -48,8 +48,6 @@ private Q_SLOTS:
     void keepsAdditions();
     void readsHostileStore_data();
     void readsHostileStore();
-    void removesWhatTheUserMayRemove();
-    void editsUrl();
     void showsTexts_data();
     void showsTexts();
     void choosesIcons();
@@ -247,51 +245,6 @@ void DiscoveryModelTest::readsHostileStore()
     const QvelDiscoveryModel model(QvelDiscoveryWidget::OpcUa, &store, 1000, "session");
     QCOMPARE(model.rowCount(model.index(3, 0)), rows);
     QCOMPARE(model.rowCount(custom(model)), rows + 1);
-}
-
-void DiscoveryModelTest::removesWhatTheUserMayRemove()
-{
-    QvelDiscoveryModel model(QvelDiscoveryWidget::OpcUa, m_settings.get(), 1000, "session");
-    bool accepted = false;
-    const QPersistentModelIndex recent =
-        model.updateEndpointConfiguration(fullSetting(), QModelIndex(), accepted);
-    const QPersistentModelIndex added = waitingNode(model);
-    auto* wrapped = new QvelDiscoveryNodeServer("server", "opc.tcp://h", &model);
-    wrapped->add(new QvelDiscoveryNodeEndpoint("endpoint", &model));
-    model.sltAddChildren(added, {wrapped});
-    const QModelIndex server = model.index(0, 0, added);
-
-    QSignalSpy removed(&model, &QAbstractItemModel::rowsRemoved);
-    for (int row = 0; row < model.rowCount(); ++row)
-        model.remove(model.index(row, 0));
-    model.remove(model.index(0, 0, custom(model)));
-    model.remove(server);
-    model.remove(model.index(0, 0, server));
-    QCOMPARE(removed.size(), 0);
-
-    model.remove(recent);
-    model.remove(added);
-    QCOMPARE(removed.size(), 2);
-    QCOMPARE(model.rowCount(model.index(3, 0)), 0);
-    QCOMPARE(texts(model, custom(model)).size(), 1);
-}
-
-void DiscoveryModelTest::editsUrl()
-{
-    QvelDiscoveryModel model(QvelDiscoveryWidget::OpcUa, m_settings.get(), 1000, "session");
-    model.addRemoteServer("opc.tcp://old");
-    const QModelIndex added = model.index(1, 0, custom(model));
-    QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
-    model.editUrl(added, "opc.tcp://127.0.0.1:1");
-    QCOMPARE(added.data().toString(), "opc.tcp://127.0.0.1:1");
-    QVERIFY(changed.size() > 0);
-    QVERIFY(!model.canFetchMore(added));
-    model.editUrl(model.index(0, 0), "opc.tcp://127.0.0.1:1");
-    QCOMPARE(model.index(0, 0).data().toString(), "Local");
-    model.editUrl(custom(model), "opc.tcp://127.0.0.1:1");
-    QCOMPARE(custom(model).data().toString(), "Custom Discovery");
-    QCOMPARE(model.rowCount(custom(model)), 2);
-    QTRY_VERIFY(!QApplication::overrideCursor());
 }
 
 void DiscoveryModelTest::showsTexts_data()

@@ -41,9 +41,8 @@ class DiscoverySettingTest : public QObject
 
 private Q_SLOTS:
     void init() { failOnWarnings(); }
+    void isNamedAfterItsEndpoint_data();
     void isNamedAfterItsEndpoint();
-    void givesShortName_data();
-    void givesShortName();
     void comparesEveryField_data();
     void comparesEveryField();
     void copiesDeeply();
@@ -61,43 +60,38 @@ private:
     QTemporaryDir m_folder;
 };
 
-void DiscoverySettingTest::isNamedAfterItsEndpoint()
-{
-    // Placeholders in a name are text like any other.
-    const Endpoint endpoint("Demo %2", "opc.tcp://h:1", "Basic256",
-                            OpcUa_MessageSecurityMode_SignAndEncrypt);
-    QvelDiscoverySetting setting;
-    setting.setSessionName("kept");
-    setting.setEndpointDescription(&endpoint.value);
-    QCOMPARE(setting.displayName(), "Demo %2 - Basic256 - Sign & Encrypt");
-    QCOMPARE(setting.serverName(), "Demo %2");
-    QCOMPARE(setting.sessionName(), "kept");
-
-    setting.setEndpointDescription(nullptr);
-    QCOMPARE(setting.displayName(), " -  - Invalid");
-}
-
-void DiscoverySettingTest::givesShortName_data()
+// Placeholders in a name are text like any other.
+void DiscoverySettingTest::isNamedAfterItsEndpoint_data()
 {
     QTest::addColumn<QString>("policy");
     QTest::addColumn<int>("mode");
     QTest::addColumn<QString>("name");
-    QTest::newRow("none") << "http://opcfoundation.org/UA/SecurityPolicy#None" << 1
-                          << "None - None";
-    QTest::newRow("sign") << "a#b#Basic128Rsa15" << 2 << "Basic128Rsa15 - Sign";
-    QTest::newRow("line breaks") << "a\nb#x\ny" << 0 << "x\ny - Invalid";
-    QTest::newRow("no policy") << "" << 3 << " - Sign & Encrypt";
-    QTest::newRow("no fragment") << "Basic256" << 7 << "Basic256 - Unknown MessageSecurityMode";
+    const auto row = [](const char* policy, int mode, const char* name) {
+        QTest::newRow(name) << QString(policy) << mode << QString(name);
+    };
+    row("http://opcfoundation.org/UA/SecurityPolicy#None", 1, "None - None");
+    row("a#b#Basic128Rsa15", 2, "Basic128Rsa15 - Sign");
+    row("a\nb#x\ny", 0, "x\ny - Invalid");
+    row("", 3, " - Sign & Encrypt");
+    row("Basic256", 7, "Basic256 - Unknown MessageSecurityMode");
 }
 
-void DiscoverySettingTest::givesShortName()
+void DiscoverySettingTest::isNamedAfterItsEndpoint()
 {
     QFETCH(QString, policy);
     QFETCH(int, mode);
+    QFETCH(QString, name);
+    Endpoint endpoint("Demo %2", "opc.tcp://h:1", "", OpcUa_MessageSecurityMode(mode));
+    assign(endpoint.value.SecurityPolicyUri, policy.toUtf8());
     QvelDiscoverySetting setting;
-    setting.setSecurityPolicy(policy);
-    setting.setMessageSecurityMode(OpcUa_MessageSecurityMode(mode));
-    QTEST(setting.shortName(), "name");
+    setting.setSessionName("kept");
+    setting.setEndpointDescription(&endpoint.value);
+    QCOMPARE(setting.shortName(), name);
+    QCOMPARE(setting.displayName(), "Demo %2 - " + name);
+    QCOMPARE(setting.serverName(), "Demo %2");
+    QCOMPARE(setting.sessionName(), "kept");
+    setting.setEndpointDescription(nullptr);
+    QCOMPARE(setting.displayName(), " -  - Invalid");
 }
 
 void DiscoverySettingTest::comparesEveryField_data()

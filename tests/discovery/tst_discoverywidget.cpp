@@ -299,7 +299,13 @@ void DiscoveryWidgetTest::editsUrlByMenu()
         QCOMPARE(node(2, 1).data().toString(), accept ? after : before);
     }
     QVERIFY(!model().canFetchMore(node(2, 1)));
-    // For another kind of node, no dialog comes.
+    // The fixed node keeps its name, and for another kind of node no dialog comes.
+    {
+        const DialogUser user(true, after);
+        triggerAt(model().index(0, 0), "Edit Discovery URL");
+    }
+    QCOMPARE(model().index(0, 0).data().toString(), "Local");
+    QCOMPARE(discoveryModel()->getLocalNode()->discoveryUrl(), after);
     m_view->setCurrentIndex(node(3, 0));
     QVERIFY(QMetaObject::invokeMethod(m_view.get(), "sltEditUrl"));
     triggerAt(node(2, 1), "Remove");
