@@ -1,4 +1,6 @@
 #include "discovercommand.h"
+#include "discovery/endpoints.h"
+#include "endpointjson.h"
 #include "support/memorysettings.h"
 #include "support/warnings.h"
 
@@ -16,6 +18,26 @@ class DiscoverCommandTest : public QObject
     Q_OBJECT
 private Q_SLOTS:
     void init() { failOnWarnings(); }
+
+    // The fields that no foreign server fills, too.
+    void everyFieldIsPrinted()
+    {
+        const QvelDiscoverySetting setting = fullSetting(1, {OpcUa_UserTokenType_IssuedToken});
+        const QString json =
+            QString::fromUtf8(QJsonDocument(endpointToJson(*setting.endpointDescription()))
+                                  .toJson(QJsonDocument::Compact))
+                .remove('"');
+        QCOMPARE(
+            json,
+            "{endpointUrl:opc.tcp://plant7:4840,securityLevel:200,securityMode:3,"
+            "securityPolicyUri:http://opcfoundation.org/UA/SecurityPolicy#Basic256,"
+            "server:{applicationName:Pumpe Süd,applicationType:2,applicationUri:urn:plant7:pump,"
+            "discoveryProfileUri:urn:profile,discoveryUrls:[opc.tcp://plant7:4840],"
+            "gatewayServerUri:urn:gateway,productUri:urn:pump},serverCertificate:3000ff,"
+            "transportProfileUri:urn:transport,userIdentityTokens:[{"
+            "issuedTokenType:issued0,issuerEndpointUrl:issuer0,policyId:policy0,"
+            "securityPolicyUri:uri0,tokenType:3}]}");
+    }
 
     void unreachable()
     {

@@ -21,21 +21,17 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("line");
-        QTest::newRow("plain") << "Pump"
-                               << "Pump";
-        QTest::newRow("markup stays") << "<b>x</b>"
-                                      << "<b>x</b>";
-        QTest::newRow("line breaks") << "a\r\nb\tc\u2028d"
-                                     << "a  b c d";
-        QTest::newRow("terminal control") << "\x1b[2J" << QStringLiteral("\ufffd[2J");
-        QTest::newRow("right-to-left override")
-            << QStringLiteral("a\u202eb") << QStringLiteral("a\ufffdb");
-        QTest::newRow("NUL") << QString("a") + QChar(0) + 'b' << QStringLiteral("a\ufffdb");
-        QTest::newRow("at the limit") << "0123456789"
-                                      << "0123456789";
-        QTest::newRow("cut") << "0123456789A" << QStringLiteral("012345678\u2026");
-        QTest::newRow("cut within a pair")
-            << QStringLiteral("01234567\U0001F600A") << QStringLiteral("01234567\u2026");
+        const auto row = [](const char* name, const QString& text, const QString& line) {
+            QTest::newRow(name) << text << line;
+        };
+        row("markup stays", "<b>x</b>", "<b>x</b>");
+        row("line breaks", "a\r\nb\tc\u2028d", "a  b c d");
+        row("terminal control", "\x1b[2J", "\ufffd[2J");
+        row("right-to-left override", "a\u202eb", "a\ufffdb");
+        row("NUL", QString("a") + QChar(0) + 'b', "a\ufffdb");
+        row("at the limit", "0123456789", "0123456789");
+        row("cut", "0123456789A", "012345678\u2026");
+        row("cut within a pair", "01234567\U0001F600A", "01234567\u2026");
     }
     void plainLine()
     {
