@@ -27,11 +27,8 @@ using Settings = MemoryStore<QvelSettingsCBInterface>;
 struct Field : Editor
 {
     explicit Field(const QByteArray& type, int flags = 0)
+        : Editor(editorNamed("QvelEditWidget" + type, flags))
     {
-        for (const EditorCase& c : editorCases()) {
-            if (c.name == "QvelEditWidget" + type)
-                Editor::operator=(c.create(flags));
-        }
         line = controls<QLineEdit>(widget.get()).constFirst();
         showButton = controls<QToolButton>(widget.get()).constFirst();
         fileButton = controls<QToolButton>(widget.get()).constLast();

@@ -10,14 +10,6 @@ class TypedTextsTest : public QObject
 {
     Q_OBJECT
 
-    static Editor create(const QByteArray& name)
-    {
-        for (const EditorCase& c : editorCases()) {
-            if (c.name == name)
-                return c.create(0);
-        }
-        qFatal("no such editor");
-    }
     static UaByteString bytes(const char* hex) { return UaByteString(QByteArray::fromHex(hex)); }
 
 private Q_SLOTS:
@@ -58,7 +50,7 @@ private Q_SLOTS:
         QFETCH(QString, text);
         QFETCH(bool, valid);
         QFETCH(UaNodeId, expected);
-        const Editor e = create(editor);
+        const Editor e = editorNamed(editor);
         e.widget->show();
         e.widget->findChild<QSpinBox*>()->setValue(3);
         e.widget->findChild<QComboBox*>()->setCurrentIndex(type);
@@ -152,7 +144,7 @@ private Q_SLOTS:
         QFETCH(QString, keys);
         QFETCH(QString, text);
         QFETCH(bool, valid);
-        const Editor e = create(editor);
+        const Editor e = editorNamed(editor);
         e.widget->show();
         auto* line = e.widget->findChild<QLineEdit*>();
         line->home(false);
