@@ -1,5 +1,6 @@
 #include <Kestrel/QvelDialogWidgetBase>
 #include <Kestrel/QvelDisplayDialog>
+#include <Kestrel/QvelEnumInfo>
 
 #include "support/warnings.h"
 
@@ -8,6 +9,8 @@
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QScrollBar>
 #include <QtWidgets/QTextEdit>
+
+using Names = QMap<int, QString>;
 
 namespace {
 
@@ -94,6 +97,43 @@ private Q_SLOTS:
 
         QTest::keyClicks(edit, "y");
         QCOMPARE(dialog.text().size(), flags & 1 ? 2000 : 2001);
+    }
+
+    void enumTexts_data()
+    {
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<Names>("names");
+        QTest::addColumn<int>("value");
+        QTest::addColumn<QString>("text");
+        const auto row = [](int kind, const Names& names, int value, const char* text) {
+            QTest::addRow("%d, %d names, %s", kind, int(names.size()), text)
+                << kind << names << value << QString(text);
+        };
+        const Names flags = {{0, "None"}, {1, "A"}, {2, "B"}, {4, "C"}};
+        row(0, {}, 7, "7");
+        row(0, flags, 1, "1");
+        row(3, flags, 1, "1"); // a kind that there is none of
+        row(1, {{1, "A"}}, 1, "1 (A)");
+        row(1, {{1, "A"}}, 2, "2");
+        row(1, {{-3, "%1 low"}}, -3, "-3 (%1 low)");
+        row(2, flags, 5, "5 (A | C)");
+        row(2, flags, 0, "0 (None)");
+        row(2, flags, 8, "8"); // a bit without a name is not "None"
+        row(2, flags, -1, "-1 (A | B | C)");
+        row(2, {{1, "A"}}, 0, "0");
+        row(2, {{1, "A"}}, 8, "8");
+        row(2, {{3, "AB"}}, 1, "1 (AB)"); // any common bit
+        row(2, {{INT_MIN, "H"}, {1, "A"}}, INT_MIN, "-2147483648 (H)");
+    }
+    void enumTexts()
+    {
+        QFETCH(int, kind);
+        QFETCH(Names, names);
+        QvelEnumInfo info;
+        info.kind = kind;
+        info.values = names;
+        QFETCH(int, value);
+        QTEST(info.toString(value), "text");
     }
 };
 
