@@ -1,16 +1,16 @@
 #include <Kestrel/QvelDialogWidgetBase>
 #include <Kestrel/QvelDisplayDialog>
-#include <Kestrel/QvelEditWidgetBase>
-#include <Kestrel/QvelWidgetBase>
+#include <Kestrel/QvelEnumInfo>
 
 #include "support/warnings.h"
 
 #include <QtGui/QScreen>
 #include <QtTest/QtTest>
-#include <QtWidgets/QDialogButtonBox>
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QScrollBar>
 #include <QtWidgets/QTextEdit>
+
+using Names = QMap<int, QString>;
 
 namespace {
 
@@ -20,10 +20,6 @@ public:
     using QvelDialogWidgetBase::QvelDialogWidgetBase;
     UaVariant value(bool*) const override { return {}; }
     void setValue(const UaVariant&) override {}
-    QPushButton* button(QDialogButtonBox::StandardButton which) const
-    {
-        return buttonBox()->button(which);
-    }
 };
 
 } // namespace
@@ -33,43 +29,6 @@ class EditorBasesTest : public QObject
     Q_OBJECT
 private Q_SLOTS:
     void init() { failOnWarnings(); }
-
-    void flagNumbersAreRegistered()
-    {
-        const auto number = [](const QMetaObject& meta, const char* type, const char* key) {
-            return meta.enumerator(meta.indexOfEnumerator(type)).keyToValue(key);
-        };
-        QCOMPARE(number(QvelWidgetBase::staticMetaObject, "QvelWidgetFlags", "ReadOnly"), 2);
-        QCOMPARE(number(QvelWidgetBase::staticMetaObject, "QvelWidgetFlag", "HideFrame"), 1);
-        for (const char* type : {"QvelDialogWidgetFlag", "QvelDialogWidgetFlags"}) {
-            QCOMPARE(number(QvelDialogWidgetBase::staticMetaObject, type, "ReadOnly"), 1);
-            QCOMPARE(number(QvelDialogWidgetBase::staticMetaObject, type, "NoResize"), 2);
-        }
-        QCOMPARE(number(QvelEditWidgetBase::staticMetaObject, "QvelEditWidgetFlags", "ReadOnly"),
-                 1);
-        QCOMPARE(
-            number(QvelDisplayDialog::staticMetaObject, "QvelDisplayDialogFlags", "WrapAnywhere"),
-            2);
-    }
-
-    void dialogButtons()
-    {
-        Dialog dialog;
-        QCOMPARE(dialog.windowFlags() & (Qt::Window | Qt::CustomizeWindowHint),
-                 Qt::Window | Qt::CustomizeWindowHint);
-        QVERIFY(!(dialog.windowFlags() & Qt::WindowCloseButtonHint));
-        QCOMPARE(dialog.button(QDialogButtonBox::Ok)->text(), QString("Write"));
-        QSignalSpy accepted(&dialog, &QDialog::accepted);
-        QSignalSpy rejected(&dialog, &QDialog::rejected);
-        dialog.show();
-        QTest::mouseClick(dialog.button(QDialogButtonBox::Ok), Qt::LeftButton);
-        QCOMPARE(accepted.count(), 1);
-        QCOMPARE(dialog.result(), int(QDialog::Accepted));
-        QVERIFY(!dialog.isVisible());
-        dialog.show();
-        QTest::mouseClick(dialog.button(QDialogButtonBox::Cancel), Qt::LeftButton);
-        QCOMPARE(rejected.count(), 1);
-    }
 
     void dialogStaysOnScreen_data()
     {
@@ -95,6 +54,8 @@ private Q_SLOTS:
         dialog.resize(size);
         dialog.move(position);
         dialog.show();
+        QVERIFY(dialog.windowFlags().testFlag(Qt::CustomizeWindowHint));
+        QVERIFY(!dialog.windowFlags().testFlag(Qt::WindowCloseButtonHint));
         const QRect area = dialog.screen()->availableGeometry();
         const QRect frame = dialog.frameGeometry();
         if (corner == "bottom right")
@@ -136,6 +97,43 @@ private Q_SLOTS:
 
         QTest::keyClicks(edit, "y");
         QCOMPARE(dialog.text().size(), flags & 1 ? 2000 : 2001);
+    }
+
+    void enumTexts_data()
+    {
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<Names>("names");
+        QTest::addColumn<int>("value");
+        QTest::addColumn<QString>("text");
+        const auto row = [](int kind, const Names& names, int value, const char* text) {
+            QTest::addRow("%d, %d names, %s", kind, int(names.size()), text)
+                << kind << names << value << QString(text);
+        };
+        const Names flags = {{0, "None"}, {1, "A"}, {2, "B"}, {4, "C"}};
+        row(0, {}, 7, "7");
+        row(0, flags, 1, "1");
+        row(3, flags, 1, "1"); // a kind that there is none of
+        row(1, {{1, "A"}}, 1, "1 (A)");
+        row(1, {{1, "A"}}, 2, "2");
+        row(1, {{-3, "%1 low"}}, -3, "-3 (%1 low)");
+        row(2, flags, 5, "5 (A | C)");
+        row(2, flags, 0, "0 (None)");
+        row(2, flags, 8, "8"); // a bit without a name is not "None"
+        row(2, flags, -1, "-1 (A | B | C)");
+        row(2, {{1, "A"}}, 0, "0");
+        row(2, {{1, "A"}}, 8, "8");
+        row(2, {{3, "AB"}}, 1, "1 (AB)"); // any common bit
+        row(2, {{INT_MIN, "H"}, {1, "A"}}, INT_MIN, "-2147483648 (H)");
+    }
+    void enumTexts()
+    {
+        QFETCH(int, kind);
+        QFETCH(Names, names);
+        QvelEnumInfo info;
+        info.kind = kind;
+        info.values = names;
+        QFETCH(int, value);
+        QTEST(info.toString(value), "text");
     }
 };
 

@@ -68,18 +68,12 @@ private Q_SLOTS:
     void addsServerByDoubleClick_data();
     void addsServerByDoubleClick();
     void editsUrlByMenu();
-    void cancelsDialogs();
-    void removesByKeyAndMenu();
-    void deletesNothingElse_data();
-    void deletesNothingElse();
     void rebrowsesByMenu();
     void sparesUserEntriesOnRebrowse();
-    void leavesOtherKeysToParent();
     void tellsEndpoints_data() { opcTypes(); }
     void tellsEndpoints();
+    void remembersRecentEntry_data();
     void remembersRecentEntry();
-    void findsOnlyRecentEntries();
-    void writesNothingWithoutCurrentNode();
     void makesUpdatedEntryCurrent();
     void returnsFalseWhenDeclined();
     void fitsColumnToNewRows();
@@ -91,6 +85,10 @@ private:
     void makeView(OpcType type = QvelDiscoveryWidget::OpcUa);
     QAbstractItemModel& model() const { return *m_view->model(); }
     QModelIndex node(int row, int child) const;
+    QModelIndex at(int row, int child) const
+    {
+        return child < 0 ? model().index(row, 0) : node(row, child);
+    }
     QStringList menuAt(const QModelIndex& index);
     void triggerAt(const QModelIndex& index, const QString& entry);
     void doubleClick(const QModelIndex& index);
@@ -229,6 +227,7 @@ void DiscoveryWidgetTest::offersMenus_data()
     QTest::newRow("nothing") << 9 << 9 << QStringList();
 }
 
+// The Delete key removes what the menu offers to remove, and nothing else.
 void DiscoveryWidgetTest::offersMenus()
 {
     QFETCH(int, row);
@@ -244,23 +243,30 @@ void DiscoveryWidgetTest::offersMenus()
         QVERIFY(!QApplication::activePopupWidget());
         return;
     }
-    QCOMPARE(menuAt(child < 0 ? model().index(row, 0) : node(row, child)), entries);
+    QCOMPARE(menuAt(at(row, child)), entries);
     if (QWidget* popup = QApplication::activePopupWidget())
         popup->close();
+    QCOMPARE(m_view->currentIndex(), at(row, child));
+    QSignalSpy removed(&model(), &QAbstractItemModel::rowsRemoved);
+    QTest::keyClick(m_view.get(), Qt::Key_Delete);
+    QCOMPARE(removed.size(), entries.contains("Remove") ? 1 : 0);
 }
 
 void DiscoveryWidgetTest::addsServerByDoubleClick_data()
 {
     QTest::addColumn<OpcType>("type");
-    QTest::addColumn<QString>("typed");
-    QTest::addColumn<QString>("added");
-    QTest::newRow("as it is") << QvelDiscoveryWidget::OpcUa << QString() << "opc.tcp://";
-    QTest::newRow("url") << QvelDiscoveryWidget::OpcUa << "opc.tcp://h"
-                         << "opc.tcp://h";
-    QTest::newRow("host and port") << QvelDiscoveryWidget::OpcUa << "h:4840" << QString();
-    QTest::newRow("DA") << QvelDiscoveryWidget::ComDa << QString() << "localhost";
-    QTest::newRow("AE") << QvelDiscoveryWidget::ComAe << "plant7"
-                        << "plant7";
+    QTest::addColumn<QString>("typed"); // null: what stands there is left
+    QTest::addColumn<QString>("added"); // null: nothing
+    const auto row = [](const char* name, OpcType type, const QString& typed,
+                        const QString& added) { QTest::newRow(name) << type << typed << added; };
+    row("as it is", QvelDiscoveryWidget::OpcUa, {}, "opc.tcp://");
+    row("url", QvelDiscoveryWidget::OpcUa, "opc.tcp://h", "opc.tcp://h");
+    row("scheme alone", QvelDiscoveryWidget::OpcUa, "opc.tcp:", "opc.tcp:");
+    row("other case", QvelDiscoveryWidget::OpcUa, "OPC.TCP://h", {});
+    row("host and port", QvelDiscoveryWidget::OpcUa, "h:4840", {});
+    row("https", QvelDiscoveryWidget::OpcUa, "https://h", {});
+    row("DA", QvelDiscoveryWidget::ComDa, {}, "localhost");
+    row("AE", QvelDiscoveryWidget::ComAe, "plant7", "plant7");
 }
 
 void DiscoveryWidgetTest::addsServerByDoubleClick()
@@ -269,78 +275,41 @@ void DiscoveryWidgetTest::addsServerByDoubleClick()
     QFETCH(QString, typed);
     QFETCH(QString, added);
     makeView(type);
-    const DialogUser user(true, typed);
-    doubleClick(node(2, 0));
-    QCOMPARE(user.title, "Enter Url");
-    QCOMPARE(user.label, "Enter the Url of a computer with discovery service running:");
-    QCOMPARE(user.shown, type == QvelDiscoveryWidget::OpcUa ? "opc.tcp://" : "localhost");
-    QCOMPARE(model().rowCount(model().index(2, 0)), added.isNull() ? 2 : 3);
-    if (!added.isNull())
-        QCOMPARE(node(2, 2).data().toString(), added);
+    for (bool accept : {false, true}) {
+        const DialogUser user(accept, typed);
+        doubleClick(node(2, 0));
+        QCOMPARE(user.title, "Enter Url");
+        QCOMPARE(user.label, "Enter the Url of a computer with discovery service running:");
+        QCOMPARE(user.shown, type == QvelDiscoveryWidget::OpcUa ? "opc.tcp://" : "localhost");
+        QCOMPARE(model().rowCount(model().index(2, 0)), accept && !added.isNull() ? 3 : 2);
+    }
+    QCOMPARE(node(2, 2).data().toString(), added);
 }
 
 void DiscoveryWidgetTest::editsUrlByMenu()
 {
     makeView();
-    const DialogUser user(true, "opc.tcp://127.0.0.1:1");
-    triggerAt(node(2, 1), "Edit Discovery URL");
-    QCOMPARE(user.title, "Edit Discovery Url");
-    QCOMPARE(user.label, "Enter the new Discovery Url:");
-    QCOMPARE(user.shown, silentUrl());
-    QCOMPARE(node(2, 1).data().toString(), "opc.tcp://127.0.0.1:1");
-    QVERIFY(!model().canFetchMore(node(2, 1)));
-    // For another kind of node, no dialog comes.
-    m_view->setCurrentIndex(node(3, 0));
-    QVERIFY(QMetaObject::invokeMethod(m_view.get(), "sltEditUrl"));
-}
-
-void DiscoveryWidgetTest::cancelsDialogs()
-{
-    makeView();
-    {
-        const DialogUser user(false, "opc.tcp://other");
+    const QString before = silentUrl(), after = "opc.tcp://127.0.0.1:1";
+    for (bool accept : {false, true}) {
+        const DialogUser user(accept, after);
         triggerAt(node(2, 1), "Edit Discovery URL");
         QCOMPARE(user.title, "Edit Discovery Url");
+        QCOMPARE(user.label, "Enter the new Discovery Url:");
+        QCOMPARE(user.shown, before);
+        QCOMPARE(node(2, 1).data().toString(), accept ? after : before);
     }
-    const DialogUser user(false, "opc.tcp://other");
-    doubleClick(node(2, 0));
-    QCOMPARE(user.title, "Enter Url");
-    QCOMPARE(node(2, 1).data().toString(), silentUrl());
-    QCOMPARE(model().rowCount(model().index(2, 0)), 2);
-}
-
-void DiscoveryWidgetTest::removesByKeyAndMenu()
-{
-    makeView();
+    QVERIFY(!model().canFetchMore(node(2, 1)));
+    // The fixed node keeps its name, and for another kind of node no dialog comes.
+    {
+        const DialogUser user(true, after);
+        triggerAt(model().index(0, 0), "Edit Discovery URL");
+    }
+    QCOMPARE(model().index(0, 0).data().toString(), "Local");
+    QCOMPARE(discoveryModel()->getLocalNode()->discoveryUrl(), after);
     m_view->setCurrentIndex(node(3, 0));
-    QTest::keyClick(m_view.get(), Qt::Key_Delete);
-    QCOMPARE(m_view->noOfRecentNodes(), 0);
+    QVERIFY(QMetaObject::invokeMethod(m_view.get(), "sltEditUrl"));
     triggerAt(node(2, 1), "Remove");
     QCOMPARE(model().rowCount(model().index(2, 0)), 1);
-}
-
-void DiscoveryWidgetTest::deletesNothingElse_data()
-{
-    QTest::addColumn<int>("row");
-    QTest::addColumn<int>("child");
-    QTest::newRow("local") << 0 << -1;
-    QTest::newRow("server") << 0 << 0;
-    QTest::newRow("endpoint") << 0 << 1;
-    QTest::newRow("add server") << 2 << 0;
-    QTest::newRow("recently used") << 3 << -1;
-}
-
-void DiscoveryWidgetTest::deletesNothingElse()
-{
-    QFETCH(int, row);
-    QFETCH(int, child);
-    makeView();
-    deliver(model().index(0, 0), {new QvelDiscoveryNodeServer("s", "opc.tcp://s", discoveryModel()),
-                                  new QvelDiscoveryNodeEndpoint("e", discoveryModel())});
-    m_view->setCurrentIndex(child < 0 ? model().index(row, 0) : node(row, child));
-    QSignalSpy removed(&model(), &QAbstractItemModel::rowsRemoved);
-    QTest::keyClick(m_view.get(), Qt::Key_Delete);
-    QCOMPARE(removed.size(), 0);
 }
 
 void DiscoveryWidgetTest::rebrowsesByMenu()
@@ -373,17 +342,6 @@ void DiscoveryWidgetTest::sparesUserEntriesOnRebrowse()
     }
 }
 
-void DiscoveryWidgetTest::leavesOtherKeysToParent()
-{
-    makeView();
-    QKeyEvent other(QEvent::KeyPress, Qt::Key_F7, Qt::NoModifier);
-    QApplication::sendEvent(m_view.get(), &other);
-    QVERIFY(!other.isAccepted());
-    m_view->setCurrentIndex(model().index(0, 0));
-    QTest::keyClick(m_view.get(), Qt::Key_Down);
-    QCOMPARE(m_view->currentIndex(), model().index(1, 0));
-}
-
 void DiscoveryWidgetTest::tellsEndpoints()
 {
     QFETCH(OpcType, type);
@@ -411,37 +369,30 @@ void DiscoveryWidgetTest::tellsEndpoints()
     QCOMPARE(selected.size(), 1);
 }
 
+void DiscoveryWidgetTest::remembersRecentEntry_data()
+{
+    QTest::addColumn<int>("row");
+    QTest::addColumn<int>("child");
+    QTest::addColumn<QVariant>("written");
+    QTest::newRow("recent entry") << 3 << 0 << QVariant("recent");
+    QTest::newRow("another") << 0 << -1 << QVariant("Local");
+    QTest::newRow("none") << 9 << -1 << QVariant();
+}
+
 void DiscoveryWidgetTest::remembersRecentEntry()
 {
+    QFETCH(int, row);
+    QFETCH(int, child);
     makeView();
-    m_view->setCurrentIndex(node(3, 0));
+    m_view->setCurrentIndex(row == 9 ? QModelIndex() : at(row, child));
     m_view.reset();
     // The view writes first, then its model.
-    QCOMPARE(m_settings->written.first(), "LastUsedNode");
-    QCOMPARE(m_settings->values.value("LastUsedNode").toString(), "recent");
-    makeView();
-    QCOMPARE(m_view->currentIndex(), node(3, 0));
-    QVERIFY(m_view->selectionModel()->isSelected(node(3, 0)));
-}
-
-void DiscoveryWidgetTest::findsOnlyRecentEntries()
-{
-    makeView();
-    m_view->setCurrentIndex(model().index(0, 0));
-    m_view.reset();
-    QCOMPARE(m_settings->values.value("LastUsedNode").toString(), "Local");
+    QTEST(m_settings->values.value("LastUsedNode"), "written");
+    QCOMPARE(m_settings->written.first(), row == 9 ? "NoOfRecentServers" : "LastUsedNode");
     m_view = std::make_unique<QvelDiscoveryWidget>(QvelDiscoveryWidget::OpcUa, m_settings.get(),
                                                    60000, "session");
-    QVERIFY(!m_view->currentIndex().isValid());
-}
-
-void DiscoveryWidgetTest::writesNothingWithoutCurrentNode()
-{
-    m_view = std::make_unique<QvelDiscoveryWidget>(QvelDiscoveryWidget::OpcUa, m_settings.get(),
-                                                   60000, "session");
-    m_view.reset();
-    QVERIFY(!m_settings->values.contains("LastUsedNode"));
-    QVERIFY(m_settings->values.contains("LocalDiscoveryUrl"));
+    QCOMPARE(m_view->currentIndex(), child < 0 ? QModelIndex() : at(row, child));
+    QCOMPARE(m_view->selectionModel()->hasSelection(), child >= 0);
 }
 
 void DiscoveryWidgetTest::makesUpdatedEntryCurrent()

@@ -1,15 +1,17 @@
 #pragma once
 
 #include <Kestrel/QvelDiscoveryCBInterface>
+#include <Kestrel/QvelSettingsCBInterface>
 
 #include <QtCore/QDebug>
 #include <QtCore/QHash>
 #include <QtCore/QMutex>
 #include <QtCore/QStringList>
 
-/// A host's settings store in memory, and its log. Notes the keys in the order of their writing.
-/// A use outside of the open/close bracket ends the program.
-class MemorySettings : public QvelDiscoveryCBInterface
+/// A host's settings store in memory. Notes the keys in the order of their writing. A use outside
+/// of the open/close bracket ends the program.
+template <class Interface>
+class MemoryStore : public Interface
 {
 public:
     void* openSettings() override
@@ -36,16 +38,6 @@ public:
         written.append(key);
         values.insert(key, value);
     }
-    void logMessage(const QString& text) override
-    {
-        const QMutexLocker lock(&m_mutex);
-        m_log.append(text);
-    }
-    QStringList log() const
-    {
-        const QMutexLocker lock(&m_mutex);
-        return m_log;
-    }
     bool isOpen() const { return m_open; }
 
     QHash<QString, QVariant> values;
@@ -61,6 +53,24 @@ private:
     }
 
     bool m_open = false;
+};
+
+/// With the log of what was discovered.
+class MemorySettings : public MemoryStore<QvelDiscoveryCBInterface>
+{
+public:
+    void logMessage(const QString& text) override
+    {
+        const QMutexLocker lock(&m_mutex);
+        m_log.append(text);
+    }
+    QStringList log() const
+    {
+        const QMutexLocker lock(&m_mutex);
+        return m_log;
+    }
+
+private:
     mutable QMutex m_mutex;
     QStringList m_log;
 };

@@ -299,6 +299,15 @@ inline const QList<EditorCase>& editorCases()
     return cases;
 }
 
+inline Editor editorNamed(const QByteArray& name, int flags = 0)
+{
+    for (const EditorCase& c : editorCases()) {
+        if (c.name == name)
+            return c.create(flags);
+    }
+    qFatal("no editor %s", name.constData());
+}
+
 /// The controls that are laid out in an editor itself.
 template <class T>
 QList<T*> controls(const QWidget* editor)

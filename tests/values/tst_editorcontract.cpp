@@ -13,6 +13,9 @@
 
 namespace {
 
+constexpr quint32 seed = 20240229;
+constexpr int randomCount = 2000;
+
 class FocusOutCounter : public QObject
 {
 public:
@@ -59,7 +62,13 @@ class EditorContractTest : public QObject
     static bool isField(const EditorCase& c) { return c.shape == Shape::Field; }
 
 private Q_SLOTS:
-    void init() { failOnWarnings(); }
+    void initTestCase() { qInfo("random values of seed %u, %d an editor", seed, randomCount); }
+    void init()
+    {
+        // A font that lacks the script of a random text warns.
+        if (qstrcmp(QTest::currentTestFunction(), "randomValues") != 0)
+            failOnWarnings();
+    }
 
     // First of all, since nothing else may have registered a type before.
     void valueClassesAreRegistered_data() { addCases(any); }
@@ -298,6 +307,101 @@ private Q_SLOTS:
                      c.type == OpcUaType_ByteString);
         }
         QVERIFY(editor.value(nullptr) == c.first);
+    }
+
+    void randomValues_data() { addCases(any); }
+    void randomValues()
+    {
+        const EditorCase& c = current();
+        QRandomGenerator random(seed);
+        const Editor editor = c.create(0);
+        for (int i = 0; i < randomCount; ++i) {
+            const UaVariant value = c.random(random);
+            editor.told->clear();
+            editor.setValue(value);
+            bool ok = false;
+            const UaVariant back = editor.value(&ok);
+            QVERIFY2(ok && back == value, "seed " + QByteArray::number(seed) + ", value " +
+                                              QByteArray::number(i) + ": " +
+                                              value.toFullString().toUtf8() + " became " +
+                                              back.toFullString().toUtf8());
+            if (!editor.told->isEmpty())
+                QVERIFY(editor.told->constLast().value == value);
+        }
+    }
+
+    void losses_data()
+    {
+        using V = UaVariant;
+        QTest::addColumn<QByteArray>("editor");
+        QTest::addColumn<UaVariant>("given");
+        QTest::addColumn<UaVariant>("kept");
+        const auto row = [](const char* editor, const V& given, const V& kept) {
+            QTest::addRow("%s, %s", editor, given.toFullString().toUtf8())
+                << QByteArray(editor) << given << kept;
+        };
+        const auto expanded = [](OpcUa_UInt32 server) {
+            return variantOf(&V::setExpandedNodeId, UaExpandedNodeId(UaNodeId(1), "", server));
+        };
+        // A server index past that of a spin box
+        row("QvelDialogWidgetExpandedNodeId", expanded(0x80000000u), expanded(0));
+        row("QvelEditWidgetExpandedNodeId", expanded(0x80000000u), expanded(0));
+        // Values and bits without a name
+        row("QvelWidgetEnum", V(OpcUa_Int32(7)), V(OpcUa_Int32(0)));
+        row("QvelWidgetEnumFlags", V(OpcUa_Int32(9)), V(OpcUa_Int32(1)));
+        row("QvelWidgetValueRank", V(OpcUa_Int32(3)), V(OpcUa_Int32(0)));
+        row("QvelWidgetEventNotifierMask", V(OpcUa_Byte(3)), V(OpcUa_Byte(1)));
+        row("QvelWidgetAccessLevelMask", V(OpcUa_Byte(0xff)), V(OpcUa_Byte(0x0f)));
+        row("QvelWidgetWriteMask", V(OpcUa_UInt32(0xffffffff)), V(OpcUa_UInt32(0x3fffff)));
+        // Bytes that are no UTF-8, and any type as its text
+        row("QvelEditWidgetString", variantOf(&V::setString, "a\xff\xc3"),
+            variantOf(&V::setString, "a\xef\xbf\xbd\xef\xbf\xbd"));
+        row("QvelEditWidgetString", V(OpcUa_Int32(-7)), variantOf(&V::setString, "-7"));
+    }
+    void losses()
+    {
+        QFETCH(QByteArray, editor);
+        QFETCH(UaVariant, given);
+        QFETCH(UaVariant, kept);
+        const Editor lossy = editorNamed(editor);
+        lossy.setValue(given);
+        bool ok = false;
+        QVERIFY(lossy.value(&ok) == kept);
+        QVERIFY(ok);
+    }
+
+    void combinedFlagIsCheckedByAnyOfItsBits()
+    {
+        QvelWidgetEnumFlags flags({{3, "Both"}, {4, "Other"}});
+        flags.setEnumValue(1);
+        QCOMPARE(flags.enumValue(nullptr), 3);
+    }
+
+    // The value stays, its spelling does not.
+    void spellingIsNormalised()
+    {
+        QvelWidgetByteString bytes;
+        auto* edit = bytes.findChild<QLineEdit*>();
+        QTest::keyClicks(edit, "0x0A0b");
+        bytes.setValue(bytes.value(nullptr));
+        QCOMPARE(edit->text(), QString("0a0b"));
+        for (const char* empty : {"", "0x", "0X"}) {
+            edit->setText(empty);
+            bool ok = false;
+            QVERIFY(bytes.byteString(&ok).length() == 0 && ok);
+        }
+        QvelWidgetGuid guid;
+        edit = guid.findChild<QLineEdit*>();
+        edit->setText("{0F1E2D3C-4B5A-6978-8796-A5B4C3D2E1F0}");
+        guid.setValue(guid.value(nullptr));
+        QCOMPARE(edit->text(), QString("{0f1e2d3c-4b5a-6978-8796-a5b4c3d2e1f0}"));
+    }
+
+    void typedHalfOfASurrogatePair()
+    {
+        QvelWidgetXmlElement xml;
+        xml.findChild<QLineEdit*>()->setText(QString("a") + QChar(0xd800) + "b");
+        QCOMPARE(xml.xmlElement(nullptr).bytes(), QByteArray("a?b"));
     }
 };
 

@@ -1,10 +1,10 @@
 // The edit fields of ByteString, XmlElement and String: files, summaries and hostile input.
 
 #include "editorcases.h"
+#include "support/memorysettings.h"
 #include "support/warnings.h"
 
 #include <Kestrel/QvelDisplayDialog>
-#include <Kestrel/QvelSettingsCBInterface>
 
 #include <QtCore/QTemporaryDir>
 #include <QtCore/QTimer>
@@ -21,52 +21,29 @@
 
 namespace {
 
-// Settings in memory, which notice a use outside of openSettings() and closeSettings().
-class Settings : public QvelSettingsCBInterface
-{
-public:
-    void* openSettings() override
-    {
-        log << "open";
-        return m_open ? nullptr : m_open = this;
-    }
-    void closeSettings(void* handle) override
-    {
-        log << (handle && handle == m_open ? "close" : "close unopened");
-        m_open = nullptr;
-    }
-    QVariant readSetting(void* handle, const QString& key) override
-    {
-        log << (handle && handle == m_open ? "read " : "read unopened ") + key;
-        return values.value(key);
-    }
-    void writeSetting(void* handle, const QString& key, const QVariant& value) override
-    {
-        log << (handle && handle == m_open ? "write " : "write unopened ") + key;
-        values[key] = value;
-    }
-
-    QStringList log;
-    QVariantMap values;
-
-private:
-    void* m_open = nullptr;
-};
+using Settings = MemoryStore<QvelSettingsCBInterface>;
 
 // The buttons and the line of an edit field.
 struct Field : Editor
 {
     explicit Field(const QByteArray& type, int flags = 0)
+        : Editor(editorNamed("QvelEditWidget" + type, flags))
     {
-        for (const EditorCase& c : editorCases()) {
-            if (c.name == "QvelEditWidget" + type)
-                Editor::operator=(c.create(flags));
-        }
         line = controls<QLineEdit>(widget.get()).constFirst();
         showButton = controls<QToolButton>(widget.get()).constFirst();
         fileButton = controls<QToolButton>(widget.get()).constLast();
         dialog = widget->findChild<QvelDisplayDialog*>();
         widget->show();
+    }
+
+    void setSettings(Settings* settings)
+    {
+        const auto set = [settings](auto* w) {
+            return w ? w->setSettingsCBInterface(settings) : void();
+        };
+        set(qobject_cast<QvelEditWidgetByteString*>(widget.get()));
+        set(qobject_cast<QvelEditWidgetXmlElement*>(widget.get()));
+        set(qobject_cast<QvelEditWidgetString*>(widget.get()));
     }
 
     // Clicks the button and chooses a file, or cancels when there is no name; gives the chooser's
@@ -165,15 +142,9 @@ private Q_SLOTS:
     void loading()
     {
         QFETCH(QByteArray, type);
-        const QByteArray stem = "QvelEditWidget" + type;
         Field field(type);
         Settings settings;
-        const auto setSettings = [&](auto* w) {
-            return w ? w->setSettingsCBInterface(&settings) : void();
-        };
-        setSettings(qobject_cast<QvelEditWidgetByteString*>(field.widget.get()));
-        setSettings(qobject_cast<QvelEditWidgetXmlElement*>(field.widget.get()));
-        setSettings(qobject_cast<QvelEditWidgetString*>(field.widget.get()));
+        field.setSettings(&settings);
         const UaVariant manual = typedValue(type, "typed");
         field.setValue(manual);
         const QString summary = field.line->text();
@@ -184,10 +155,8 @@ private Q_SLOTS:
         QVERIFY(!field.fileButton->isChecked() && field.showButton->isEnabled());
         QCOMPARE(field.line->text(), summary);
         QVERIFY(field.validValue() == manual);
-        const QString key = stem + ".LastLoadFilename";
-        QCOMPARE(settings.log, QStringList({"open", "read " + key, "close"}));
+        QVERIFY(settings.reads == 1 && settings.written.isEmpty() && !settings.isOpen());
 
-        settings.log.clear();
         field.told->clear();
         const QString name = file("value %1.bin", "<b>\n");
         field.choose(name);
@@ -200,16 +169,16 @@ private Q_SLOTS:
         QCOMPARE(field.fileButton->toolTip(), QString("Click again to enter value manually"));
         QCOMPARE(field.told->size(), 2);
         QVERIFY(field.told->constLast().value == typedValue(type, kept));
-        QCOMPARE(settings.log, QStringList({"open", "read " + key, "write " + key, "close"}));
-        QCOMPARE(settings.values[key].toString(), name);
+        QVERIFY(settings.reads == 2 && !settings.isOpen());
+        const QString key = "QvelEditWidget" + type + ".LastLoadFilename";
+        QCOMPARE(settings.values, (QHash<QString, QVariant>{{key, name}}));
         // The file is read afresh each time, even when a value was set meanwhile.
         file("value %1.bin", "other\n");
         field.setValue(typedValue(type, "stored"));
         QVERIFY(field.validValue() == typedValue(type, type == "String" ? "other" : "other\n"));
 
-        settings.log.clear();
         QTest::mouseClick(field.fileButton, Qt::LeftButton);
-        QCOMPARE(settings.log, QStringList({"open", "close"}));
+        QVERIFY(settings.written.size() == 1 && !settings.isOpen());
         QVERIFY(!field.fileButton->isChecked() && field.showButton->isEnabled());
         QVERIFY(field.fileButton->toolTip().isEmpty() && field.line->text().isEmpty());
         QVERIFY(!field.line->isReadOnly());
@@ -249,23 +218,17 @@ private Q_SLOTS:
         QFile::remove(name);
         field.choose({});
         QVERIFY(!QFile::exists(name));
-    }
-
-    void savingWhereNothingCanBeWritten()
-    {
-        QvelEditWidgetString field(QvelEditWidgetBase::ReadOnly);
+        // Where nothing can be written, only the name is kept.
         Settings settings;
-        field.setSettingsCBInterface(&settings);
-        Field driver("String", QvelEditWidgetBase::ReadOnly);
-        driver.fileButton = controls<QToolButton>(&field).constLast();
-        field.show();
+        field.setSettings(&settings);
         const QByteArray pipe = QFile::encodeName(path("save pipe"));
-        QCOMPARE(mkfifo(pipe.constData(), 0600), 0);
-        for (const QString& name : {m_dir.path(), path("none/such"), QString(pipe)}) {
-            driver.choose(name);
-            QCOMPARE(settings.values["QvelEditWidgetString.LastSaveFilename"].toString(), name);
+        mkfifo(pipe.constData(), 0600);
+        const QString key = "QvelEditWidget" + type + ".LastSaveFilename";
+        for (const QString& bad : {m_dir.path(), path("none/such"), QString(pipe)}) {
+            field.choose(bad);
+            QCOMPARE(settings.values[key].toString(), bad);
+            QVERIFY(!settings.isOpen());
         }
-        QCOMPARE(settings.log.constLast(), QString("close"));
     }
 
     void badFiles_data() { addTypes(); }
@@ -292,29 +255,20 @@ private Q_SLOTS:
         QVERIFY(field.validValue() == typedValue(type, ""));
     }
 
-    void summaries_data()
-    {
-        QTest::addColumn<int>("length");
-        QTest::addColumn<int>("shown");
-        QTest::addColumn<QString>("end");
-        QTest::newRow("none") << 0 << 0 << "";
-        QTest::newRow("below") << 99 << 99 << "";
-        QTest::newRow("at the bound") << 100 << 100 << "...";
-        QTest::newRow("above") << 101 << 100 << "...";
-    }
     void summaries()
     {
-        QFETCH(int, length);
-        QFETCH(int, shown);
-        QFETCH(QString, end);
-        const QString start = QString("Length=%1, Content=").arg(length);
-        Field bytes("ByteString");
-        bytes.setValue(typedValue("ByteString", QByteArray(length, '\xab')));
-        QCOMPARE(bytes.line->text(), start + QString("ab").repeated(shown) + end);
-        QCOMPARE(bytes.line->cursorPosition(), 0);
-        Field xml("XmlElement");
-        xml.setValue(typedValue("XmlElement", QByteArray(length, 'x')));
-        QCOMPARE(xml.line->text(), start + QString("x").repeated(shown) + end);
+        for (int length : {0, 99, 100, 101}) {
+            const QString start = QString("Length=%1, Content=").arg(length);
+            const QString end = length < 100 ? "" : "...";
+            const int shown = std::min(length, 100);
+            Field bytes("ByteString");
+            bytes.setValue(typedValue("ByteString", QByteArray(length, '\xab')));
+            QCOMPARE(bytes.line->text(), start + QString("ab").repeated(shown) + end);
+            QCOMPARE(bytes.line->cursorPosition(), 0);
+            Field xml("XmlElement");
+            xml.setValue(typedValue("XmlElement", QByteArray(length, 'x')));
+            QCOMPARE(xml.line->text(), start + QString("x").repeated(shown) + end);
+        }
     }
 
     void byteStringDialog_data()
@@ -353,14 +307,13 @@ private Q_SLOTS:
         QVERIFY(field.validValue() == typedValue("ByteString", valid ? bytes : "\x01"));
     }
 
+    // What looks like HTML is taken for it when the dialog opens.
     void textDialogs()
     {
-        const QString text = QString("  <a>\n\tx \u6c34</a>");
         for (const char* type : {"XmlElement", "String"}) {
             Field field(type);
-            field.writeInDialog(text);
-            QVERIFY(field.validValue() == typedValue(type, text.toUtf8()));
-            // What looks like HTML is taken for it when the dialog opens.
+            field.writeInDialog("  <a>\n\tx \u6c34</a>");
+            QVERIFY(field.validValue() == typedValue(type, "  <a>\n\tx \u6c34</a>"));
             field.setValue(typedValue(type, "<b>bold</b>"));
             QTest::mouseClick(field.showButton, Qt::LeftButton);
             QCOMPARE(field.dialog->text(), QString("bold"));

@@ -67,40 +67,49 @@ private Q_SLOTS:
         QCOMPARE(computer.objects, 0);
     }
 
-    void remoteHost()
+    void otherComputers()
     {
         Computer here{{{dataAccess2, u"Here.1"}}};
         Computer there{{{dataAccess2, u"There.1"}}};
         install(here);
         install(there, u"plant7");
-        const Answer answer = enumerate(u"plant7");
-        QCOMPARE(answer.progIds, QStringList("There.1"));
+        QCOMPARE(enumerate(u"plant7").progIds, QStringList("There.1"));
         QCOMPARE(there.contexts, QList<DWORD>({0x10}));
         QCOMPARE(here.contexts, QList<DWORD>());
         QCOMPARE(there.objects, 0);
-    }
-
-    void unregistered_data()
-    {
-        QTest::addColumn<QString>("host");
-        QTest::newRow("local") << QString();
-        QTest::newRow("remote") << QStringLiteral("plant7");
-    }
-    void unregistered()
-    {
-        QFETCH(QString, host);
-        const Answer answer = enumerate(host.toStdU16String());
-        QCOMPARE(answer.progIds, QStringList());
-        QCOMPARE(answer.failures, QStringList("CoCreateInstanceEx 80040154"));
-    }
-
-    void absentHost()
-    {
-        Computer computer{{{dataAccess2, u"There.1"}}};
-        install(computer, u"plant7");
-        setComHostAnswer(u"plant7", serverUnavailable);
+        setComHostAnswer(u"plant7", serverUnavailable); // it has gone
         QCOMPARE(enumerate(u"plant7").failures, QStringList("CoCreateInstanceEx 800706ba"));
-        QCOMPARE(computer.contexts, QList<DWORD>());
+        QCOMPARE(there.contexts.size(), 1);
+        clearComTable();
+        for (const char16_t* host : {u"", u"plant7"})
+            QCOMPARE(enumerate(host).failures, QStringList("CoCreateInstanceEx 80040154"));
+        registerComClass({}, CLSID_OpcServerList,
+                         [](DWORD, REFIID, void**) { return E_NOINTERFACE; });
+        QCOMPARE(enumerate({}).failures, QStringList("CoCreateInstanceEx 80004002"));
+    }
+
+    void ends_data()
+    {
+        QTest::addColumn<HRESULT>("lastNext");
+        QTest::addColumn<bool>("endless");
+        QTest::addColumn<int>("stopAfter");
+        QTest::addColumn<int>("count");
+        QTest::newRow("by a failing Next") << serverUnavailable << false << INT_MAX << 1;
+        QTest::newRow("by the limit") << S_FALSE << true << INT_MAX << int(maxComServers);
+        QTest::newRow("by the caller") << S_FALSE << true << 3 << 3;
+    }
+    void ends()
+    {
+        QFETCH(HRESULT, lastNext);
+        QFETCH(bool, endless);
+        QFETCH(int, stopAfter);
+        Computer computer{{{dataAccess1, u"Again.1"}}, S_OK, lastNext, endless};
+        install(computer);
+        int asked = 0;
+        const Answer answer = enumerate({}, ComServerKind::DataAccess,
+                                        [&asked, stopAfter] { return ++asked > stopAfter; });
+        QTEST(int(answer.progIds.size()), "count");
+        QCOMPARE(computer.objects, 0);
     }
 
     void failingCall_data()
@@ -131,13 +140,6 @@ private Q_SLOTS:
         QCOMPARE(computer.objects, 0);
     }
 
-    void listWithoutTheInterface()
-    {
-        registerComClass({}, CLSID_OpcServerList,
-                         [](DWORD, REFIID, void**) { return E_NOINTERFACE; });
-        QCOMPARE(enumerate({}).failures, QStringList("CoCreateInstanceEx 80004002"));
-    }
-
     void failedDetailsCostOneServer()
     {
         const std::u16string longest(maxProgIdLength, u'a');
@@ -154,33 +156,6 @@ private Q_SLOTS:
         QCOMPARE(answer.failures,
                  QStringList({"GetClassDetails 80070005", "GetClassDetails 80004003",
                               "GetClassDetails 8007000d"}));
-        QCOMPARE(computer.objects, 0);
-    }
-
-    void brokenNextEndsTheList()
-    {
-        Computer computer{{{dataAccess1, u"First.1"}}, S_OK, serverUnavailable};
-        install(computer);
-        QCOMPARE(enumerate({}).progIds, QStringList("First.1"));
-        QCOMPARE(computer.objects, 0);
-    }
-
-    void endlessListIsCut()
-    {
-        Computer computer{{{dataAccess1, u"Again.1"}}, S_OK, S_FALSE, true};
-        install(computer);
-        QCOMPARE(enumerate({}).progIds.size(), maxComServers);
-        QCOMPARE(computer.objects, 0);
-    }
-
-    void stopped()
-    {
-        Computer computer{{{dataAccess1, u"Again.1"}}, S_OK, S_FALSE, true};
-        install(computer);
-        int asked = 0;
-        const Answer answer =
-            enumerate({}, ComServerKind::DataAccess, [&asked] { return ++asked > 3; });
-        QCOMPARE(answer.progIds.size(), 3);
         QCOMPARE(computer.objects, 0);
     }
 
