@@ -5,6 +5,7 @@
 
 #include <QtTest/QtTest>
 #include <QtWidgets/QDialogButtonBox>
+#include <QtWidgets/QLabel>
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QSpinBox>
 #include <QtWidgets/QTextEdit>
@@ -231,6 +232,24 @@ private Q_SLOTS:
         QCOMPARE(counter.count, c.isSingle ? 1 : 0);
         window.hide();
         widget->setParent(nullptr);
+    }
+
+    void rowsOfDialog_data()
+    {
+        addCases([](const EditorCase& c) { return c.shape == Shape::Dialog; });
+    }
+    void rowsOfDialog()
+    {
+        const Editor editor = current().create(0);
+        editor.widget->show();
+        int below = 0;
+        for (auto* label : editor.widget->findChildren<QLabel*>()) {
+            QVERIFY(label->buddy());
+            QVERIFY(label->y() >= below && label->buddy()->y() >= below);
+            QVERIFY(label->geometry().right() < label->buddy()->x());
+            below = label->buddy()->geometry().bottom() + 1;
+        }
+        QVERIFY(below > 0);
     }
 
     void dialogOfField_data() { addCases(isField); }
