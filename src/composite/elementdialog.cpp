@@ -12,6 +12,13 @@ ElementDialog::ElementDialog(QvelDialogWidgetBase* dialog)
     registerValueTypes<UaVariant>();
 }
 
+// Nothing may ask the model once the value is gone.
+ElementDialog::~ElementDialog()
+{
+    table->hide();
+    delete table;
+}
+
 void ElementDialog::layOut(QVBoxLayout* layout, QDialogButtonBox* box, QAbstractItemModel* model,
                            const QList<QAbstractButton*>& buttons, const QString& unsupported)
 {

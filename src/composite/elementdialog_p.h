@@ -16,6 +16,8 @@ class ElementDialog
 {
 public:
     explicit ElementDialog(QvelDialogWidgetBase* dialog);
+    ~ElementDialog();
+    Q_DISABLE_COPY_MOVE(ElementDialog)
 
     UaVariant value;
     ElementTable* const table;

@@ -250,7 +250,7 @@ void QvelEditWidgetMatrix::setInitialValue(OpcUa_Byte builtInType,
 
 void QvelEditWidgetMatrix::setEnumInfo(const QvelEnumInfo& info)
 {
-    d->setEnumInfo(info, tr("This array type cannot be displayed"));
+    d->setEnumInfo(info, tr("This matrix type cannot be displayed"));
 }
 
 // Edits in the dialog are not told one by one; what was accepted is.
