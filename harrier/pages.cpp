@@ -4,6 +4,7 @@
 #include "host.h"
 #include "nodeidpage.h"
 #include "valuespage.h"
+#include "writevaluepage.h"
 
 namespace {
 
@@ -26,6 +27,11 @@ QWidget* createValuesPage(Host& host)
     return new ValuesPage(host);
 }
 
+QWidget* createWriteValuePage(Host&)
+{
+    return new WriteValuePage;
+}
+
 } // namespace
 
 const QList<Page>& pages()
@@ -34,6 +40,7 @@ const QList<Page>& pages()
         {"endpoint", QT_TRANSLATE_NOOP("Page", "Endpoint"), createEndpointDetails},
         {"nodeid", QT_TRANSLATE_NOOP("Page", "NodeId"), createNodeIdPage},
         {"values", QT_TRANSLATE_NOOP("Page", "Values"), createValuesPage},
+        {"writevalue", QT_TRANSLATE_NOOP("Page", "Write value"), createWriteValuePage},
     };
     return all;
 }

@@ -16,6 +16,7 @@
 #include <QtWidgets/QToolButton>
 
 #include <cstdlib>
+#include <malloc.h>
 #include <memory>
 
 namespace {
@@ -58,6 +59,9 @@ private:
     const QString m_text;
 };
 
+// That of the table in a dialog, so that both views show as many rows.
+QSize tableSize;
+
 struct BareView
 {
     explicit BareView(int rows, const QString& text = {}) : model(rows, text)
@@ -65,11 +69,19 @@ struct BareView
         view.horizontalHeader()->hide();
         view.horizontalHeader()->setStretchLastSection(true);
         view.setModel(&model);
+        view.resize(tableSize);
     }
 
     BareModel model;
     QTableView view;
 };
+
+// Until all is laid out and painted, which one change after the other sets off.
+void settle()
+{
+    for (int i = 0; i < 10; ++i)
+        QCoreApplication::processEvents();
+}
 
 UaVariant integers(int count)
 {
@@ -163,7 +175,6 @@ void reportOpening(Figures& figures)
     openBare(million);
     const auto [ours, bare] = medians(
         runs, [&] { return openDialog(numbers); }, [] { return openBare(million); });
-    std::fprintf(stderr, "open %f %f\n", ours, bare);
     figures.report("open-1M-int32", ours / bare, 3);
     const auto [oursText, bareText] = medians(
         runs, [&] { return openDialog(texts); },
@@ -250,10 +261,15 @@ void reportTexts(Figures& figures)
     constexpr int screens = 1000;
     const auto viaModel = [](UaVariant value) {
         const QvelArrayModel model(&value, false);
+        std::vector<QModelIndex> cells;
+        for (int row = 0; row < rows; ++row)
+            cells.push_back(model.index(row, 0));
         return milliseconds([&] {
-            for (int i = 0; i < screens * rows; ++i) {
-                const QVariant text = model.data(model.index(i % rows, 0), Qt::DisplayRole);
-                asm volatile("" ::"r"(&text) : "memory");
+            for (int i = 0; i < screens; ++i) {
+                for (const QModelIndex& cell : cells) {
+                    const QVariant text = model.data(cell, Qt::DisplayRole);
+                    asm volatile("" ::"r"(&text) : "memory");
+                }
             }
         });
     };
@@ -290,33 +306,34 @@ void reportReshaping(Figures& figures)
 {
     UaStackTypeArray<OpcUa_UInt32> lengths;
     lengths.resize(2);
+    lengths[0] = 2000;
+    lengths[1] = 500;
     const UaVariant value = matrix(1000, 1000);
     const auto [ours, bare] = medians(
         runs,
         [&] {
             QvelDialogWidgetMatrix dialog(value);
             dialog.show();
-            QCoreApplication::processEvents();
+            settle();
             auto* model = static_cast<QvelMatrixModel*>(dialog.findChild<QTableView*>()->model());
             // The first change takes the dialog's value apart from ours.
             model->setData(model->index(0, 0), 1, Qt::EditRole);
-            lengths[0] = 2000;
-            lengths[1] = 500;
             return milliseconds([&] {
                 model->setDimensions(lengths);
-                QCoreApplication::processEvents();
+                settle();
             });
         },
         [] {
             BareView bare(million);
             bare.view.show();
-            QCoreApplication::processEvents();
+            settle();
             return milliseconds([&] {
                 bare.model.reset();
-                QCoreApplication::processEvents();
+                // New lengths are new labels, which a reset alone does not paint again.
+                bare.view.verticalHeader()->viewport()->update();
+                settle();
             });
         });
-    std::fprintf(stderr, "reshape %f %f\n", ours, bare);
     figures.report("reshape-1M", ours / bare, 3);
 }
 
@@ -372,8 +389,16 @@ int main(int argc, char** argv)
 {
     QApplication app(argc, argv);
     const QStringList arguments = app.arguments();
+    {
+        QvelDialogWidgetArray dialog(integers(100));
+        dialog.show();
+        settle();
+        tableSize = dialog.findChild<QTableView*>()->size();
+    }
     if (arguments.value(1) == QLatin1String("--peak"))
         return measurePeak(arguments.value(2));
+    // Memory comes fresh from the system at every size, and not from what a run before gave back.
+    mallopt(M_MMAP_THRESHOLD, 1'000'000);
     Figures figures("composite");
     reportOpening(figures);
     reportAdding(figures);

@@ -60,4 +60,12 @@ void ElementDialog::applyType()
     m_unsupported->setVisible(!isEditable);
     for (QAbstractButton* button : m_buttons)
         button->setVisible(isEditable);
+    table->setUnbroken(!m_isNamed && isUnbrokenText(value.type()));
+}
+
+void ElementDialog::setNamed(bool isNamed)
+{
+    m_isNamed = isNamed;
+    table->setUnbroken(!m_isNamed && isUnbrokenText(value.type()));
+    table->fitContents();
 }

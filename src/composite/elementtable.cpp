@@ -115,8 +115,9 @@ void ElementTable::fitRows(int row, int step)
     // asked for one, so all is measured before anything is changed.
     std::vector<std::pair<int, int>> changes;
     const int count = rows();
+    const int common = m_isUnbroken && row >= 0 && row < count ? contentHeight(row) : 0;
     for (int y = 0; row >= 0 && row < count && y < viewport()->height(); row += step) {
-        const int height = contentHeight(row);
+        const int height = m_isUnbroken ? common : contentHeight(row);
         if (height != rowHeight(row))
             changes.emplace_back(row, height);
         y += height;
@@ -137,9 +138,10 @@ void ElementTable::fitVisibleRows()
 // The column needs no care: it is the last section, and stretched.
 void ElementTable::fitContents()
 {
-    updateGeometry();
-    if (!isVisible())
+    if (!isVisible()) {
+        updateGeometry(); // the hint is for opening only
         return;
+    }
     rowHeader(this)->follow(lineHeight());
     fitVisibleRows();
     verticalHeader()->viewport()->update();

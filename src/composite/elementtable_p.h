@@ -12,6 +12,8 @@ class ElementTable : public QTableView
 public:
     explicit ElementTable(QWidget* parent = nullptr);
 
+    /// Whether no text is ever broken into lines, so that one measurement serves all rows.
+    void setUnbroken(bool unbroken) { m_isUnbroken = unbroken; }
     /// Gives every row that can be seen the height of its contents; once the table is shown, if it
     /// is not.
     void fitContents();
@@ -46,5 +48,6 @@ private:
     void moveOn();
 
     QSet<QWidget*> m_editors; // that are open
+    bool m_isUnbroken = false;
     bool m_isFitting = false;
 };

@@ -559,6 +559,9 @@ private Q_SLOTS:
         QTest::keyClick(line, Qt::Key_Tab);
         QCOMPARE(text(parts.cell(0)), QString("{0f1e2d3c-4b5a-6978-8796-a5b4c3d2e1f0}"));
         QVERIFY(parts.table->indexWidget(parts.cell(1)));
+        QTest::mouseClick(parts.table->viewport(), Qt::LeftButton, {},
+                          parts.table->visualRect(parts.cell(2)).center());
+        QTRY_VERIFY(!parts.table->indexWidget(parts.cell(1)));
         QTest::mouseDClick(parts.table->viewport(), Qt::LeftButton, {},
                            parts.table->visualRect(parts.cell(2)).center());
         QTRY_VERIFY(parts.table->indexWidget(parts.cell(2)));
