@@ -6,6 +6,7 @@
 #include "host.h"
 #include "nodeidpage.h"
 #include "valuespage.h"
+#include "writevaluepage.h"
 
 namespace {
 
@@ -38,6 +39,11 @@ QWidget* createValuesPage(Host& host)
     return new ValuesPage(host);
 }
 
+QWidget* createWriteValuePage(Host&)
+{
+    return new WriteValuePage;
+}
+
 } // namespace
 
 const QList<Page>& pages()
@@ -48,6 +54,7 @@ const QList<Page>& pages()
         {"certificates", QT_TRANSLATE_NOOP("Page", "Certificates"), createCertificatesPage},
         {"nodeid", QT_TRANSLATE_NOOP("Page", "NodeId"), createNodeIdPage},
         {"values", QT_TRANSLATE_NOOP("Page", "Values"), createValuesPage},
+        {"writevalue", QT_TRANSLATE_NOOP("Page", "Write value"), createWriteValuePage},
     };
     return all;
 }

@@ -3,7 +3,6 @@
 #include "editorbases.h"
 
 #include <QtCore/QMetaType>
-#include <QtCore/QStringDecoder>
 #include <QtWidgets/QAbstractSpinBox>
 #include <QtWidgets/QComboBox>
 #include <QtWidgets/QGridLayout>
@@ -16,9 +15,10 @@
 /// The text of a value. A U+FEFF at its beginning belongs to it, unlike in a file.
 inline QString textFromUtf8(const QByteArray& utf8)
 {
-    using Flag = QStringDecoder::Flag;
-    QStringDecoder decoder(QStringDecoder::Utf8, Flag::Stateless | Flag::ConvertInitialBom);
-    return decoder.decode(utf8);
+    QString text = QString::fromUtf8(utf8);
+    if (utf8.startsWith("\xef\xbb\xbf"))
+        text.prepend(QChar(QChar::ByteOrderMark));
+    return text;
 }
 
 /// Shows the text of a value whole: the limit of a line edit is one for typing and pasting. The

@@ -111,8 +111,8 @@ QvelDialogWidgetArray::QvelDialogWidgetArray(const UaVariant& value, QvelDialogW
     connect(m_model, &QAbstractItemModel::dataChanged, this,
             &QvelDialogWidgetArray::sltValueChanged);
     d->value = value;
-    m_model->refresh();
     d->applyType();
+    m_model->refresh();
 }
 
 QvelDialogWidgetArray::~QvelDialogWidgetArray() = default;
@@ -129,8 +129,8 @@ void QvelDialogWidgetArray::setValue(const UaVariant& value)
     if (value.arrayType() != OpcUa_VariantArrayType_Array)
         return;
     d->value = value;
-    m_model->refresh();
     d->applyType();
+    m_model->refresh();
 }
 
 void QvelDialogWidgetArray::setInitialValue(OpcUa_Byte builtInType, OpcUa_UInt32 length)
@@ -144,7 +144,7 @@ void QvelDialogWidgetArray::setInitialValue(OpcUa_Byte builtInType, OpcUa_UInt32
 void QvelDialogWidgetArray::setEnumInfo(const QvelEnumInfo& info)
 {
     m_model->setEnumInfo(info);
-    d->table->fitContents();
+    d->setNamed(info.kind != QvelEnumInfo::NoEnumeration);
 }
 
 void QvelDialogWidgetArray::sltResizeView()

@@ -12,6 +12,13 @@ ElementDialog::ElementDialog(QvelDialogWidgetBase* dialog)
     registerValueTypes<UaVariant>();
 }
 
+// Nothing may ask the model once the value is gone.
+ElementDialog::~ElementDialog()
+{
+    table->hide();
+    delete table;
+}
+
 void ElementDialog::layOut(QVBoxLayout* layout, QDialogButtonBox* box, QAbstractItemModel* model,
                            const QList<QAbstractButton*>& buttons, const QString& unsupported)
 {
@@ -53,4 +60,12 @@ void ElementDialog::applyType()
     m_unsupported->setVisible(!isEditable);
     for (QAbstractButton* button : m_buttons)
         button->setVisible(isEditable);
+    table->setUnbroken(!m_isNamed && isUnbrokenText(value.type()));
+}
+
+void ElementDialog::setNamed(bool isNamed)
+{
+    m_isNamed = isNamed;
+    table->setUnbroken(!m_isNamed && isUnbrokenText(value.type()));
+    table->fitContents();
 }

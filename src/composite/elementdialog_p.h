@@ -16,6 +16,8 @@ class ElementDialog
 {
 public:
     explicit ElementDialog(QvelDialogWidgetBase* dialog);
+    ~ElementDialog();
+    Q_DISABLE_COPY_MOVE(ElementDialog)
 
     UaVariant value;
     ElementTable* const table;
@@ -24,8 +26,10 @@ public:
     /// Fills the dialog's layout. `buttons` change the number of elements.
     void layOut(QVBoxLayout* layout, QDialogButtonBox* box, QAbstractItemModel* model,
                 const QList<QAbstractButton*>& buttons, const QString& unsupported);
-    /// Follows a change of the value's type. A type that cannot be written disables "Write", and
-    /// does so for good.
+    /// Whether the elements are named, and so shown in words.
+    void setNamed(bool isNamed);
+    /// Follows a change of the value's type, before the model does. A type that cannot be written
+    /// disables "Write", and does so for good.
     void applyType();
 
 private:
@@ -33,6 +37,7 @@ private:
     QList<QAbstractButton*> m_buttons;
     QLabel* m_unsupported = nullptr;
     QAbstractButton* m_ok = nullptr;
+    bool m_isNamed = false;
 };
 
 /// The edit field over one of these dialogs: the last accepted value, and its text.

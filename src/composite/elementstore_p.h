@@ -20,6 +20,12 @@ inline constexpr std::size_t maxEditedElements = std::size_t(1) << 25;
 /// False for the types whose arrays are shown but not changed: ExtensionObject and after.
 bool isEditableType(OpcUa_BuiltInType type);
 
+/// True for the types whose text has nowhere to break into lines.
+inline bool isUnbrokenText(OpcUa_BuiltInType type)
+{
+    return type <= OpcUaType_Double || type == OpcUaType_DateTime || type == OpcUaType_StatusCode;
+}
+
 /// A scalar as enumeration metadata reads it: as a 32-bit integer, widened if it is narrower.
 int enumNumber(const UaVariant& scalar);
 

@@ -115,8 +115,9 @@ void ElementTable::fitRows(int row, int step)
     // asked for one, so all is measured before anything is changed.
     std::vector<std::pair<int, int>> changes;
     const int count = rows();
+    const int common = m_isUnbroken && row >= 0 && row < count ? contentHeight(row) : 0;
     for (int y = 0; row >= 0 && row < count && y < viewport()->height(); row += step) {
-        const int height = contentHeight(row);
+        const int height = m_isUnbroken ? common : contentHeight(row);
         if (height != rowHeight(row))
             changes.emplace_back(row, height);
         y += height;
@@ -137,9 +138,10 @@ void ElementTable::fitVisibleRows()
 // The column needs no care: it is the last section, and stretched.
 void ElementTable::fitContents()
 {
-    updateGeometry();
-    if (!isVisible())
+    if (!isVisible()) {
+        updateGeometry(); // the hint is for opening only
         return;
+    }
     rowHeader(this)->follow(lineHeight());
     fitVisibleRows();
     verticalHeader()->viewport()->update();
@@ -189,6 +191,7 @@ bool ElementTable::edit(const QModelIndex& index, EditTrigger trigger, QEvent* e
     if (!QTableView::edit(index, trigger, event))
         return false;
     if (QWidget* editor = indexWidget(index)) {
+        m_editors.insert(editor);
         if (editor->isWindow())
             focusDialog(editor);
         else if (editor->focusProxy())
@@ -197,19 +200,30 @@ bool ElementTable::edit(const QModelIndex& index, EditTrigger trigger, QEvent* e
     return true;
 }
 
+// Enter in a dialog is told twice: by the dialog, which it closes, and then by the delegate.
+void ElementTable::commitData(QWidget* editor)
+{
+    if (m_editors.contains(editor))
+        QTableView::commitData(editor);
+}
+
 void ElementTable::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint)
 {
-    const bool wasDialog = editor->isWindow() && indexWidget(currentIndex()) == editor;
-    QTableView::closeEditor(editor, hint);
-    if (wasDialog) {
-        activateWindow();
-        setFocus();
+    if (m_editors.remove(editor)) {
+        const bool isDialog = editor->isWindow();
+        const QWidget* focus = window()->focusWidget();
+        const bool hadFocus = focus && (focus == editor || editor->isAncestorOf(focus));
+        QTableView::closeEditor(editor, hint);
+        if (isDialog) // as long as there is its window, it may take the activation with it
+            connect(editor, &QObject::destroyed, this, &QWidget::activateWindow);
+        if ((isDialog || hadFocus) && m_editors.isEmpty()) // else Tab has opened the next one
+            setFocus();
+        // The model does not tell of an edit.
+        viewport()->update();
+        fitVisibleRows();
     }
     if (hint == QAbstractItemDelegate::SubmitModelCache) // Enter
         moveOn();
-    // The model does not tell of an edit.
-    viewport()->update();
-    fitVisibleRows();
 }
 
 // The delegate watches the keys of an editor, not those of the control inside it.
@@ -257,6 +271,15 @@ void ElementTable::showEvent(QShowEvent* event)
     QTableView::showEvent(event);
     makeRoom();
     fitContents();
+}
+
+// A dialog at a cell is a window of its own, and would stay.
+void ElementTable::hideEvent(QHideEvent* event)
+{
+    const QSet<QWidget*> open = m_editors;
+    for (QWidget* editor : open)
+        closeEditor(editor, QAbstractItemDelegate::RevertModelCache);
+    QTableView::hideEvent(event);
 }
 
 void ElementTable::resizeEvent(QResizeEvent* event)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtCore/QSet>
 #include <QtWidgets/QTableView>
 
 /// The table of an array or matrix: one column of elements, edited as in a spreadsheet.
@@ -11,6 +12,8 @@ class ElementTable : public QTableView
 public:
     explicit ElementTable(QWidget* parent = nullptr);
 
+    /// Whether no text is ever broken into lines, so that one measurement serves all rows.
+    void setUnbroken(bool unbroken) { m_isUnbroken = unbroken; }
     /// Gives every row that can be seen the height of its contents; once the table is shown, if it
     /// is not.
     void fitContents();
@@ -23,12 +26,14 @@ public:
 protected:
     using QTableView::edit;
     bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
+    void commitData(QWidget* editor) override;
     void closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     bool focusNextPrevChild(bool next) override;
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
     void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void scrollContentsBy(int dx, int dy) override;
     void changeEvent(QEvent* event) override;
@@ -42,5 +47,7 @@ private:
     void makeRoom();
     void moveOn();
 
+    QSet<QWidget*> m_editors; // that are open
+    bool m_isUnbroken = false;
     bool m_isFitting = false;
 };

@@ -137,8 +137,8 @@ QvelDialogWidgetMatrix::QvelDialogWidgetMatrix(const UaVariant& value, QvelDialo
     connect(m_model, &QAbstractItemModel::dataChanged, this,
             &QvelDialogWidgetMatrix::sltValueChanged);
     d->value = value;
-    m_model->refresh();
     d->applyType();
+    m_model->refresh();
 }
 
 QvelDialogWidgetMatrix::~QvelDialogWidgetMatrix() = default;
@@ -155,8 +155,8 @@ void QvelDialogWidgetMatrix::setValue(const UaVariant& value)
     if (value.arrayType() != OpcUa_VariantArrayType_Matrix)
         return;
     d->value = value;
-    m_model->refresh();
     d->applyType();
+    m_model->refresh();
 }
 
 void QvelDialogWidgetMatrix::setInitialValue(OpcUa_Byte builtInType,
@@ -171,7 +171,7 @@ void QvelDialogWidgetMatrix::setInitialValue(OpcUa_Byte builtInType,
 void QvelDialogWidgetMatrix::setEnumInfo(const QvelEnumInfo& info)
 {
     m_model->setEnumInfo(info);
-    d->table->fitContents();
+    d->setNamed(info.kind != QvelEnumInfo::NoEnumeration);
 }
 
 void QvelDialogWidgetMatrix::sltResizeView()
@@ -250,7 +250,7 @@ void QvelEditWidgetMatrix::setInitialValue(OpcUa_Byte builtInType,
 
 void QvelEditWidgetMatrix::setEnumInfo(const QvelEnumInfo& info)
 {
-    d->setEnumInfo(info, tr("This array type cannot be displayed"));
+    d->setEnumInfo(info, tr("This matrix type cannot be displayed"));
 }
 
 // Edits in the dialog are not told one by one; what was accepted is.

@@ -1,0 +1,236 @@
+#include "writevaluepage.h"
+
+#include <Kestrel/QvelEditWidgetArray>
+#include <Kestrel/QvelEnumInfo>
+#include <Kestrel/QvelWidgetVariant>
+#include <Kestrel/UaString>
+#include <Kestrel/UaVariant>
+
+#include <QtWidgets/QFormLayout>
+#include <QtWidgets/QGroupBox>
+#include <QtWidgets/QHBoxLayout>
+#include <QtWidgets/QLabel>
+#include <QtWidgets/QListWidget>
+#include <QtWidgets/QPlainTextEdit>
+#include <QtWidgets/QVBoxLayout>
+
+#include <cstring>
+
+namespace {
+
+constexpr int maxText = 100'000; // characters that are shown of a value
+constexpr int million = 1'000'000;
+
+struct Example
+{
+    const char* title; // context "WriteValuePage"
+    UaVariant (*create)();
+    QvelEnumInfo (*enumInfo)();
+};
+
+QvelEnumInfo noNames()
+{
+    return QvelEnumInfo();
+}
+
+// Memory for the elements of an array, all of them null values.
+template <class Element>
+Element* allocate(OpcUa_Variant* array, OpcUa_Int32 length)
+{
+    const std::size_t size = std::size_t(length) * sizeof(Element);
+    void* elements = OpcUa_Memory_ReAlloc(array->Value.Array.Elements, size);
+    if (!elements)
+        return nullptr;
+    std::memset(elements, 0, size);
+    array->Value.Array.Elements = elements;
+    array->Value.Array.Length = length;
+    return static_cast<Element*>(elements);
+}
+
+UaVariant integers(OpcUa_Int32 length)
+{
+    UaVariant value;
+    value.setEmptyArray(OpcUaType_Int32);
+    if (auto* elements = allocate<OpcUa_Int32>(value.detach(), length)) {
+        for (OpcUa_Int32 i = 0; i < length; ++i)
+            elements[i] = i % 4;
+    }
+    return value;
+}
+
+UaVariant texts()
+{
+    UaVariant value;
+    value.setEmptyArray(OpcUaType_String);
+    const char* names[] = {"Pump", "Valve", "Boiler\nhouse 3"};
+    if (auto* elements = allocate<OpcUa_String>(value.detach(), 3)) {
+        for (int i = 0; i < 3; ++i)
+            UaString(names[i]).copyTo(&elements[i]);
+    }
+    return value;
+}
+
+// The elements of an array, given lengths.
+UaVariant matrix()
+{
+    UaVariant array;
+    array.setEmptyArray(OpcUaType_Double);
+    auto* elements = allocate<OpcUa_Double>(array.detach(), 6);
+    auto* lengths = static_cast<OpcUa_UInt32*>(OpcUa_Memory_Alloc(2 * sizeof(OpcUa_UInt32)));
+    if (!elements || !lengths) {
+        OpcUa_Memory_Free(lengths);
+        return UaVariant();
+    }
+    for (int i = 0; i < 6; ++i)
+        elements[i] = 1.5 * i;
+    lengths[0] = 2;
+    lengths[1] = 3;
+    OpcUa_Variant* variant = array.detach();
+    variant->ArrayType = OpcUa_VariantArrayType_Matrix;
+    variant->Value.Matrix = {2, lengths, elements};
+    return array;
+}
+
+// An array of Variants: a number, and an array in an element.
+UaVariant nested()
+{
+    UaVariant value;
+    value.setEmptyArray(OpcUaType_Variant);
+    if (auto* elements = allocate<OpcUa_Variant>(value.detach(), 2)) {
+        OpcUa_Variant_CopyTo(UaVariant(OpcUa_Int32(7)), &elements[0]);
+        OpcUa_Variant_CopyTo(integers(3), &elements[1]);
+    }
+    return value;
+}
+
+UaVariant dataValues()
+{
+    UaVariant value;
+    value.setEmptyArray(OpcUaType_DataValue);
+    if (auto* elements = allocate<OpcUa_DataValue>(value.detach(), 2))
+        OpcUa_Variant_CopyTo(UaVariant(OpcUa_Int32(7)), &elements[0].Value);
+    return value;
+}
+
+UaVariant scalar()
+{
+    UaVariant value;
+    value.setString(UaString("Water treatment, line 3"));
+    return value;
+}
+
+QvelEnumInfo valveStates()
+{
+    QvelEnumInfo info;
+    info.kind = QvelEnumInfo::Enumeration;
+    info.values = {{0, "Closed"}, {1, "Opening"}, {2, "Open"}, {3, "Stuck"}};
+    return info;
+}
+
+QvelEnumInfo permissions()
+{
+    QvelEnumInfo info;
+    info.kind = QvelEnumInfo::EnumerationFlags;
+    info.values = {{0, "None"}, {1, "Read"}, {2, "Write"}, {4, "Execute"}};
+    return info;
+}
+
+const Example examples[] = {
+    {QT_TRANSLATE_NOOP("WriteValuePage", "Text"), scalar, noNames},
+    {QT_TRANSLATE_NOOP("WriteValuePage", "Array of Int32"), [] { return integers(5); }, noNames},
+    {QT_TRANSLATE_NOOP("WriteValuePage", "Array of String"), texts, noNames},
+    {QT_TRANSLATE_NOOP("WriteValuePage", "Matrix of Double, 2 by 3"), matrix, noNames},
+    {QT_TRANSLATE_NOOP("WriteValuePage", "Array of an enumeration"), [] { return integers(5); },
+     valveStates},
+    {QT_TRANSLATE_NOOP("WriteValuePage", "Array of flags"), [] { return integers(5); },
+     permissions},
+    {QT_TRANSLATE_NOOP("WriteValuePage", "Array of 1,000,000 Int32"),
+     [] { return integers(million); }, noNames},
+    {QT_TRANSLATE_NOOP("WriteValuePage", "Nested: an array in an array"), nested, noNames},
+    {QT_TRANSLATE_NOOP("WriteValuePage", "Unsupported: array of DataValue"), dataValues, noNames},
+};
+
+QString shapeName(OpcUa_VariantArrayType shape)
+{
+    switch (shape) {
+    case OpcUa_VariantArrayType_Array:
+        return WriteValuePage::tr("array");
+    case OpcUa_VariantArrayType_Matrix:
+        return WriteValuePage::tr("matrix");
+    default:
+        return WriteValuePage::tr("scalar");
+    }
+}
+
+} // namespace
+
+WriteValuePage::WriteValuePage(QWidget* parent)
+    : QWidget(parent), m_examples(new QListWidget), m_place(new QWidget),
+      m_variant(new QvelWidgetVariant), m_type(new QLabel), m_ok(new QLabel),
+      m_text(new QPlainTextEdit)
+{
+    m_examples->setAccessibleName(tr("Examples"));
+    for (const Example& example : examples)
+        m_examples->addItem(tr(example.title));
+    m_text->setReadOnly(true);
+    m_text->setAccessibleName(tr("Full text"));
+    m_ok->setAccessibleName(tr("Validity"));
+
+    auto* placeLayout = new QVBoxLayout(m_place);
+    placeLayout->setContentsMargins({});
+    placeLayout->addWidget(m_variant);
+
+    auto* editor = new QGroupBox(tr("Value to write"));
+    (new QVBoxLayout(editor))->addWidget(m_place);
+    auto* result = new QGroupBox(tr("Result"));
+    auto* form = new QFormLayout(result);
+    form->addRow(tr("Type:"), m_type);
+    form->addRow(tr("Valid:"), m_ok);
+    form->addRow(tr("Text:"), m_text);
+
+    auto* right = new QVBoxLayout;
+    right->addWidget(editor);
+    right->addWidget(result, 1);
+    auto* layout = new QHBoxLayout(this);
+    layout->addWidget(m_examples, 1);
+    layout->addLayout(right, 2);
+
+    connect(m_variant, &QvelWidgetVariant::valueChanged, this, &WriteValuePage::showValue);
+    connect(m_examples, &QListWidget::currentRowChanged, this, &WriteValuePage::showExample);
+    m_examples->setCurrentRow(0);
+}
+
+void WriteValuePage::showExample(int index)
+{
+    if (index < 0)
+        return;
+    const Example& example = examples[index];
+    const QvelEnumInfo info = example.enumInfo();
+    delete m_named;
+    m_named = nullptr;
+    // The variant editor knows no names; its array editor does.
+    m_variant->setVisible(info.kind == QvelEnumInfo::NoEnumeration);
+    if (info.kind == QvelEnumInfo::NoEnumeration) {
+        m_variant->setValue(example.create());
+    } else {
+        auto* field = new QvelEditWidgetArray;
+        field->setEnumInfo(info);
+        field->setValue(example.create());
+        connect(field, &QvelEditWidgetArray::valueChanged, this, &WriteValuePage::showValue);
+        m_named = field;
+        m_place->layout()->addWidget(field);
+    }
+    showValue();
+}
+
+void WriteValuePage::showValue()
+{
+    bool ok = false;
+    const UaVariant value = m_named ? m_named->value(&ok) : m_variant->value(&ok);
+    QString type = tr("type %1, %2").arg(int(value.type())).arg(shapeName(value.arrayType()));
+    if (value.arrayType() != OpcUa_VariantArrayType_Scalar)
+        type = tr("%1 of %n element(s)", nullptr, value.arraySize()).arg(type);
+    m_type->setText(type);
+    m_ok->setText(ok ? tr("ok") : tr("not valid"));
+    m_text->setPlainText(QString::fromUtf8(value.toFullString().toUtf8()).left(maxText));
+}
