@@ -17,7 +17,7 @@ namespace {
 // The rows and characters that the table makes room for.
 constexpr int fewestRows = 8;
 constexpr int mostRows = 32;
-constexpr int textWidth = 40;
+constexpr int textWidth = 60;
 
 // A header that follows its model only while it is seen, since its items cost time and memory by
 // the row.

@@ -198,7 +198,8 @@ QByteArray variantText(const OpcUa_Variant& variant, ValueText form)
         return elementText(variant.Datatype, opcUaElements(variant).data, form);
     ArrayText array(variant, form);
     const auto& matrix = variant.Value.Matrix;
-    if (variant.ArrayType == OpcUa_VariantArrayType_Matrix && matrix.Dimensions)
+    if (variant.ArrayType == OpcUa_VariantArrayType_Matrix && matrix.Dimensions &&
+        matrix.NoOfDimensions > 0)
         return array.text(matrix.Dimensions, matrix.NoOfDimensions);
     const auto length = OpcUa_UInt32(array.count());
     return array.text(&length, 1);
