@@ -52,6 +52,14 @@ public:
     }
     int labelHeight(int row) const { return sectionSizeFromContents(row).height(); }
 
+    // The last label is the widest: it has the most digits. Qt measures two hundred of them.
+    QSize sizeHint() const override
+    {
+        const int last = model() ? model()->rowCount() - 1 : -1;
+        return last < 0 ? QHeaderView::sizeHint()
+                        : sectionSizeFromContents(0).expandedTo(sectionSizeFromContents(last));
+    }
+
 private:
     bool m_isStale = true;
 };
@@ -144,6 +152,7 @@ void ElementTable::fitContents()
     }
     rowHeader(this)->follow(lineHeight());
     fitVisibleRows();
+    updateGeometries(); // for the width of new labels, so that all is painted once
     verticalHeader()->viewport()->update();
 }
 
