@@ -26,17 +26,15 @@ private Q_SLOTS:
         WriteValuePage page;
         page.show();
         auto* examples = page.findChild<QListWidget*>();
-        QSet<QString> texts;
-        bool isCounted = false;
+        const QStringList parts = {"Water treatment", "{0, 1, 2", "{Pump, ",
+                                   "{{0, 1.5",        "{0, 1, 2", "{0, 1, 2",
+                                   " more}",          "{7, {0, ", "{7, "};
+        QCOMPARE(examples->count(), parts.size());
         for (int row = 0; row < examples->count(); ++row) {
             QTest::keyClick(examples, row == 0 ? Qt::Key_Home : Qt::Key_Down);
             QCOMPARE(examples->currentRow(), row);
-            QVERIFY2(!shown(page).isEmpty(), qPrintable(examples->currentItem()->text()));
-            texts.insert(shown(page));
-            isCounted |= shown(page).contains(" more}"); // the million
+            QVERIFY2(shown(page).contains(parts[row]), qPrintable(shown(page)));
         }
-        QCOMPARE(texts.size(), examples->count());
-        QVERIFY(isCounted);
     }
 
     void typedValueIsShown()
