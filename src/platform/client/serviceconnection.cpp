@@ -77,7 +77,7 @@ OpcUa_StatusCode ServiceConnection::sayHello(const QByteArray& url)
     hello.maxMessageSize = chunkLimits.messageSize;
     hello.maxChunkCount = chunkLimits.chunkCount;
     hello.endpointUrl = UaString(url);
-    m_socket.write(encodeConnectionMessage(MessageType::Hello, hello));
+    send(encodeConnectionMessage(MessageType::Hello, hello));
 
     Message message;
     OpcUa_StatusCode status = receive(MessageType::Acknowledge, message);
@@ -127,7 +127,7 @@ OpcUa_StatusCode ServiceConnection::exchange(MessageType type, const QByteArray&
     if ((m_maxMessageSize != 0 && body.size() > qsizetype(m_maxMessageSize)) ||
         (m_maxChunkCount != 0 && chunkCount > qsizetype(m_maxChunkCount)))
         return OpcUa_BadRequestTooLarge;
-    m_socket.write(chunks);
+    send(chunks);
 
     const OpcUa_StatusCode status = receive(type, response);
     if (OpcUa_IsNotGood(status))
@@ -141,6 +141,13 @@ OpcUa_StatusCode ServiceConnection::exchange(MessageType type, const QByteArray&
     if (response.requestId != m_requestId)
         return OpcUa_BadUnknownResponse;
     return response.abortCode;
+}
+
+// Without waiting for the event loop to come round.
+void ServiceConnection::send(const QByteArray& bytes)
+{
+    m_socket.write(bytes);
+    m_socket.flush();
 }
 
 OpcUa_StatusCode ServiceConnection::receive(MessageType type, Message& message)
@@ -177,7 +184,13 @@ OpcUa_StatusCode ServiceConnection::waitUntil(Condition condition)
             return OpcUa_Good;
         if (m_socket.state() == QAbstractSocket::UnconnectedState)
             return socketStatus();
-        m_loop.processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::ExcludeUserInputEvents);
+        // A look-up comes back by an event; data comes sooner without the event loop.
+        if (m_socket.state() == QAbstractSocket::ConnectedState)
+            m_socket.waitForReadyRead(
+                int(std::min<qint64>(pollInterval.count(), m_deadline.remainingTime())));
+        else
+            m_loop.processEvents(QEventLoop::WaitForMoreEvents |
+                                 QEventLoop::ExcludeUserInputEvents);
     }
 }
 

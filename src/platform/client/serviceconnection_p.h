@@ -42,6 +42,7 @@ private:
     OpcUa_StatusCode sayHello(const QByteArray& url);
     OpcUa_StatusCode openChannel();
     OpcUa_StatusCode exchange(MessageType type, const QByteArray& body, Message& response);
+    void send(const QByteArray& bytes);
     OpcUa_StatusCode receive(MessageType type, Message& message);
     template <class Condition>
     OpcUa_StatusCode waitUntil(Condition condition);
