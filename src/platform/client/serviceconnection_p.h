@@ -12,9 +12,9 @@ namespace UaWire {
 /// A connection with a secure channel without security, for one thread.
 ///
 /// All operations together end when the time is up (BadTimeout) or when the thread is interrupted
-/// (BadShutdown). They run an event loop of their own, without user input, so they need no loop in
-/// the thread. After a failure the connection is of no more use. The destructor closes channel and
-/// connection and does not wait for the peer.
+/// (BadShutdown). The thread needs no event loop; until the connection stands, they run one of
+/// their own, without user input. After a failure the connection is of no more use. The destructor
+/// closes channel and connection and does not wait for the peer.
 class ServiceConnection
 {
 public:
