@@ -15,7 +15,11 @@ constexpr int dayInSeconds = 86'400;
 constexpr int yearInDays = 365;
 constexpr int oneYear = 4; // its index
 
-static const QList<int> defaultKeyStrengths = {1024, 2048};
+static QList<int> defaultKeyStrengths()
+{
+    return {1024, 2048};
+}
+
 // In the order of the combo box.
 static const int validities[] = {
     3600,
@@ -69,7 +73,7 @@ public:
     const QIcon off = QIcon(QStringLiteral(":/kestrel/images/clearlog.png"));
     std::unique_ptr<UaPkiCertificate> certificate;
     std::unique_ptr<UaPkiRsaKeyPair> keyPair;
-    QList<int> keyStrengths = defaultKeyStrengths;
+    QList<int> keyStrengths = defaultKeyStrengths();
     bool passwordValid = true;
     bool mandatory = false;
 };
@@ -195,7 +199,7 @@ void QvelNewCertificateDlg::setRSAKeyStrengths(const QList<int>& bits)
             strength <= UaPkiRsaKeyPair::largestKeySize && !offered.contains(strength))
             offered.append(strength);
     if (offered.isEmpty())
-        offered = defaultKeyStrengths;
+        offered = defaultKeyStrengths();
 
     QComboBox* combo = d->ui.cmbRSAKeyStrength;
     const int selected = d->keyStrengths.value(combo->currentIndex());
