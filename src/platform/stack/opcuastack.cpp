@@ -388,8 +388,9 @@ bool OpcUa_Variant_Equal(const OpcUa_Variant* a, const OpcUa_Variant* b)
     if (a->ArrayType == OpcUa_VariantArrayType_Matrix) {
         const auto& ma = a->Value.Matrix;
         const auto& mb = b->Value.Matrix;
-        if (ma.NoOfDimensions != mb.NoOfDimensions ||
-            (ma.NoOfDimensions > 0 &&
+        // A count that no list backs is compared by the elements alone.
+        if (ma.NoOfDimensions != mb.NoOfDimensions || !ma.Dimensions != !mb.Dimensions ||
+            (ma.Dimensions && ma.NoOfDimensions > 0 &&
              std::memcmp(ma.Dimensions, mb.Dimensions,
                          std::size_t(ma.NoOfDimensions) * sizeof(OpcUa_UInt32))))
             return false;
