@@ -374,6 +374,12 @@ private Q_SLOTS:
         QCOMPARE(matrix.arrayType(), OpcUa_VariantArrayType_Matrix);
         QCOMPARE((*matrix).Value.Matrix.NoOfDimensions, 4);
 
+        OpcUa_Variant unbacked = {};
+        unbacked.Datatype = OpcUaType_Int32;
+        unbacked.ArrayType = OpcUa_VariantArrayType_Matrix;
+        unbacked.Value.Matrix.NoOfDimensions = 3;
+        QVERIFY(OpcUa_Variant_Equal(&unbacked, &unbacked));
+
         const UaVariant sound = arrayOf(OpcUaType_Int32, upTo(6), {2, 3});
         QVERIFY(sound == arrayOf(OpcUaType_Int32, upTo(6), {2, 3}));
         QVERIFY(sound != arrayOf(OpcUaType_Int32, upTo(6), {3, 2}));
