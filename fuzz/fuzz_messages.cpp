@@ -1,7 +1,7 @@
 // Everything that the client takes from a connection: the input is read once as the bytes of a
 // connection and once as the body of a message.
 
-#include "platform/client/messagechunks_p.h"
+#include "platform/wire/messagechunks_p.h"
 
 #include <cstdint>
 #include <cstdlib>

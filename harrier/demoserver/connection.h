@@ -1,7 +1,7 @@
 #pragma once
 
 #include "plant.h"
-#include "platform/client/messagechunks_p.h"
+#include "platform/wire/messagechunks_p.h"
 
 #include <QtCore/QTimer>
 

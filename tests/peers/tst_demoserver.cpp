@@ -1,6 +1,6 @@
 // The demo server and clients that misbehave; the certificates that it makes.
 
-#include "platform/client/messagechunks_p.h"
+#include "platform/wire/messagechunks_p.h"
 #include "platform/client/uadiscovery.h"
 #include "platform/types/uabytestring.h"
 #include "support/peerprocess.h"

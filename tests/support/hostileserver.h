@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/client/messagechunks_p.h"
+#include "platform/wire/messagechunks_p.h"
 
 #include <chrono>
 #include <condition_variable>

@@ -1,5 +1,5 @@
 #include "uadiscovery.h"
-#include "serviceconnection_p.h"
+#include "platform/wire/serviceconnection_p.h"
 
 namespace UaClientSdk {
 

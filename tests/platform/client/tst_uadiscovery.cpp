@@ -1,6 +1,6 @@
 #include "platform/client/uadiscovery.h"
 #include "platform/stack/opcuastatuscodes.h"
-#include "samples.h"
+#include "platform/wire/samples.h"
 #include "support/hostileserver.h"
 #include "support/warnings.h"
 

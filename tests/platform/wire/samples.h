@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/client/messages_p.h"
+#include "platform/wire/messages_p.h"
 
 #include <QtCore/QByteArrayList>
 

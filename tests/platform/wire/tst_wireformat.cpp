@@ -1,7 +1,7 @@
-#include "platform/client/endpointurl_p.h"
-#include "platform/client/messagechunks_p.h"
 #include "platform/types/uastatuscode.h"
-#include "samples.h"
+#include "platform/wire/endpointurl_p.h"
+#include "platform/wire/messagechunks_p.h"
+#include "platform/wire/samples.h"
 #include "support/warnings.h"
 
 #include <QtTest/QtTest>
