@@ -1,9 +1,11 @@
 # Sourced by the scripts beside it: the repository's root, and one way to configure and build.
+# `purposes` says what packages the script needs, see install-packages.
 # shellcheck shell=sh
 
 root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root"
-"$root/scripts/install-packages"
+# shellcheck disable=SC2086,SC2154 # words, set by the script
+"$root/scripts/install-packages" $purposes
 
 jobs=$(nproc)
 
