@@ -5,6 +5,12 @@ namespace UaClientSdk {
 
 namespace {
 
+// Users paste URLs with blanks around them.
+UaString trimmed(const UaString& url)
+{
+    return UaString(url.bytes().trimmed());
+}
+
 template <class Response, class Request, class Element>
 UaStatus callService(const ServiceSettings& settings, const UaString& url, Request& request,
                      UaStackTypeArray<Element> Response::*member, UaStackTypeArray<Element>& result)
@@ -13,12 +19,12 @@ UaStatus callService(const ServiceSettings& settings, const UaString& url, Reque
     if (settings.callTimeout <= 0)
         return OpcUa_BadInvalidArgument;
     UaWire::ServiceConnection connection(settings.callTimeout);
-    OpcUa_StatusCode status = connection.open(url.bytes());
+    OpcUa_StatusCode status = connection.open(url.bytes().trimmed());
     if (OpcUa_IsNotGood(status))
         return status;
     Response response;
     status = connection.call(request, response);
-    if (OpcUa_IsGood(status))
+    if (!OpcUa_IsBad(status))
         result.swap(response.*member);
     return status;
 }
@@ -30,7 +36,7 @@ UaStatus UaDiscovery::findServers(const ServiceSettings& settings, const UaStrin
                                   UaStackTypeArray<OpcUa_ApplicationDescription>& servers)
 {
     UaWire::FindServersRequest request;
-    request.endpointUrl = discoveryUrl;
+    request.endpointUrl = trimmed(discoveryUrl);
     return callService(settings, discoveryUrl, request, &UaWire::FindServersResponse::servers,
                        servers);
 }
@@ -40,7 +46,7 @@ UaStatus UaDiscovery::getEndpoints(const ServiceSettings& settings, const UaStri
                                    UaStackTypeArray<OpcUa_EndpointDescription>& endpoints)
 {
     UaWire::GetEndpointsRequest request;
-    request.endpointUrl = discoveryUrl;
+    request.endpointUrl = trimmed(discoveryUrl);
     return callService(settings, discoveryUrl, request, &UaWire::GetEndpointsResponse::endpoints,
                        endpoints);
 }

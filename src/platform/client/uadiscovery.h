@@ -25,16 +25,19 @@ class SessionSecurityInfo
 /// The discovery services of OPC 10000-4, 5.5, over OPC UA TCP with SecurityPolicy None.
 ///
 /// Each call connects, asks and closes; it blocks its thread for the call time-out at most and
-/// may be made on any thread. While it looks up the host and connects it runs an event loop that
-/// leaves out user input; then it only waits. A call that takes longer gives BadTimeout;
-/// QThread::requestInterruption() ends one with BadShutdown. What a server sends is bounded in
-/// size, number and depth; a call that fails gives a Bad status and leaves the result empty. What
-/// the server reports, as an Error message, a ServiceFault or a service result, is the status of
-/// the call. Others are BadTcpEndpointUrlInvalid (the URL is not `opc.tcp://host[:port][/path]`),
-/// BadConnectionRejected (nobody listens), BadConnectionClosed, BadCommunicationError (no such
-/// host, no way to it), BadUnknownResponse (an answer to something else), BadDecodingError,
-/// BadEncodingLimitsExceeded, BadResponseTooLarge and BadInvalidArgument (a time-out that is not
-/// positive).
+/// may be made on any thread. It connects by whichever of the host's addresses answers first.
+/// While it looks up the host and connects it runs an event loop that leaves out user input; then
+/// it only waits. A call that takes longer gives BadTimeout; QThread::requestInterruption() ends
+/// one with BadShutdown. What a server sends is bounded in size, number and depth.
+///
+/// What the server reports, as an Error message, a ServiceFault or a service result, is the status
+/// of the call; an Uncertain service result comes with what was found. Any other status that is
+/// not Good leaves the result empty: BadTcpEndpointUrlInvalid (the URL is not
+/// `opc.tcp://host[:port][/path]`; blanks around it do not count), BadConnectionRejected (nobody
+/// listens), BadConnectionClosed, BadCommunicationError (no such host, no way to it),
+/// BadResourceUnavailable (too many look-ups of host names are stuck), BadUnknownResponse (an
+/// answer to something else), BadDecodingError, BadEncodingLimitsExceeded, BadResponseTooLarge and
+/// BadInvalidArgument (a time-out that is not positive).
 class KESTREL_EXPORT UaDiscovery
 {
 public:

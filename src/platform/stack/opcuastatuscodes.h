@@ -11,6 +11,7 @@ inline constexpr OpcUa_StatusCode OpcUa_Bad = 0x80000000u;
 inline constexpr OpcUa_StatusCode OpcUa_BadUnexpectedError = 0x80010000u;
 inline constexpr OpcUa_StatusCode OpcUa_BadInternalError = 0x80020000u;
 inline constexpr OpcUa_StatusCode OpcUa_BadOutOfMemory = 0x80030000u;
+inline constexpr OpcUa_StatusCode OpcUa_BadResourceUnavailable = 0x80040000u;
 inline constexpr OpcUa_StatusCode OpcUa_BadCommunicationError = 0x80050000u;
 inline constexpr OpcUa_StatusCode OpcUa_BadEncodingError = 0x80060000u;
 inline constexpr OpcUa_StatusCode OpcUa_BadDecodingError = 0x80070000u;

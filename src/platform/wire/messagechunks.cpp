@@ -101,7 +101,7 @@ OpcUa_StatusCode MessageReader::takeChunk(ChunkHeader header, QByteArrayView res
     if (letter == 'A') {
         Error error;
         const OpcUa_StatusCode status = decodeFields(decoder.rest(), error);
-        m_message.abortCode = asBad(error.error);
+        m_message.abortCode = asFailure(error.error);
         m_message.body.clear();
         return status;
     }

@@ -157,10 +157,10 @@ struct Error
     UaString reason;
 };
 
-/// The code of a failure that a peer reports. A failure that claims to be none is still one.
-inline OpcUa_StatusCode asBad(OpcUa_StatusCode code)
+/// The code of a failure that a peer reports. A failure that claims to be Good is still one.
+inline OpcUa_StatusCode asFailure(OpcUa_StatusCode code)
 {
-    return OpcUa_IsBad(code) ? code : OpcUa_BadUnexpectedError;
+    return OpcUa_IsNotGood(code) ? code : OpcUa_BadUnexpectedError;
 }
 
 /// The body of a message: the NodeId of its encoding and its fields.

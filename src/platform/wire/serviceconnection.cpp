@@ -1,9 +1,11 @@
-#include "endpointurl_p.h"
 #include "serviceconnection_p.h"
 
+#include "connector_p.h"
+#include "endpointurl_p.h"
+
 #include <QtCore/QDateTime>
+#include <QtCore/QEventLoop>
 #include <QtCore/QThread>
-#include <QtNetwork/QNetworkProxy>
 
 #include <algorithm>
 #include <chrono>
@@ -30,29 +32,26 @@ OpcUa_DateTime now()
 ServiceConnection::ServiceConnection(int timeout)
     : m_deadline(timeout, Qt::PreciseTimer), m_reader(chunkLimits)
 {
-    m_socket.setProxy(QNetworkProxy::NoProxy);
-    m_socket.setReadBufferSize(chunkLimits.chunkSize);
-    // Its events are what waitUntil() wakes up for when the peer is silent.
-    m_poll.setTimerType(Qt::PreciseTimer);
-    m_poll.start(pollInterval);
 }
 
 ServiceConnection::~ServiceConnection()
 {
-    if (m_writer.channelId != 0 && m_socket.state() == QAbstractSocket::ConnectedState) {
+    if (!m_socket)
+        return;
+    if (m_writer.channelId != 0 && m_socket->state() == QAbstractSocket::ConnectedState) {
         CloseSecureChannelRequest request;
         fill(request.header);
-        m_socket.write(
-            m_writer.chunks(MessageType::CloseSecureChannel, m_requestId, encodeMessage(request)));
-        m_socket.flush();
-        m_socket.disconnectFromHost();
+        send(m_writer.chunks(MessageType::CloseSecureChannel, m_requestId, encodeMessage(request)));
+        m_socket->disconnectFromHost();
     }
-    m_socket.abort();
+    m_socket->abort();
 }
 
 OpcUa_StatusCode ServiceConnection::open(const QByteArray& url)
 {
-    OpcUa_StatusCode status = connectToHost(url);
+    OpcUa_StatusCode status = checkTime();
+    if (OpcUa_IsGood(status))
+        status = connectToHost(url);
     if (OpcUa_IsGood(status))
         status = sayHello(url);
     if (OpcUa_IsGood(status))
@@ -65,8 +64,21 @@ OpcUa_StatusCode ServiceConnection::connectToHost(const QByteArray& url)
     const std::optional<EndpointAddress> address = parseEndpointUrl(url);
     if (!address)
         return OpcUa_BadTcpEndpointUrlInvalid;
-    m_socket.connectToHost(address->host, address->port);
-    return waitUntil([this] { return m_socket.state() == QAbstractSocket::ConnectedState; });
+    QEventLoop loop; // before the connector, which needs the thread's dispatcher
+    Connector connector;
+    QTimer poll; // wakes the loop up while nothing happens
+    poll.start(pollInterval);
+    connector.start(address->host, address->port, m_deadline);
+    while (!connector.isFinished()) {
+        const OpcUa_StatusCode status = checkTime();
+        if (OpcUa_IsNotGood(status))
+            return status;
+        loop.processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::ExcludeUserInputEvents);
+    }
+    m_socket = connector.takeSocket();
+    if (m_socket)
+        m_socket->setReadBufferSize(chunkLimits.chunkSize);
+    return connector.status();
 }
 
 OpcUa_StatusCode ServiceConnection::sayHello(const QByteArray& url)
@@ -146,8 +158,8 @@ OpcUa_StatusCode ServiceConnection::exchange(MessageType type, const QByteArray&
 // Without waiting for the event loop to come round.
 void ServiceConnection::send(const QByteArray& bytes)
 {
-    m_socket.write(bytes);
-    m_socket.flush();
+    m_socket->write(bytes);
+    m_socket->flush();
 }
 
 OpcUa_StatusCode ServiceConnection::receive(MessageType type, Message& message)
@@ -159,53 +171,40 @@ OpcUa_StatusCode ServiceConnection::receive(MessageType type, Message& message)
         }
         if (OpcUa_IsNotGood(m_reader.status()))
             return m_reader.status();
-        const OpcUa_StatusCode status = waitUntil([this] { return m_socket.bytesAvailable() > 0; });
+        const OpcUa_StatusCode status = waitForBytes();
         if (OpcUa_IsNotGood(status))
             return status;
-        m_reader.append(m_socket.read(chunkLimits.chunkSize));
+        m_reader.append(m_socket->read(chunkLimits.chunkSize));
     }
     if (message.type == MessageType::Error) {
         Error error;
         const OpcUa_StatusCode status = decodeFields(message.body, error);
-        return OpcUa_IsGood(status) ? asBad(error.error) : status;
+        return OpcUa_IsGood(status) ? asFailure(error.error) : status;
     }
     return message.type == type ? OpcUa_Good : OpcUa_BadTcpMessageTypeInvalid;
 }
 
-template <class Condition>
-OpcUa_StatusCode ServiceConnection::waitUntil(Condition condition)
+OpcUa_StatusCode ServiceConnection::waitForBytes()
 {
     for (;;) {
-        if (QThread::currentThread()->isInterruptionRequested())
-            return OpcUa_BadShutdown;
-        if (m_deadline.hasExpired())
-            return OpcUa_BadTimeout;
-        if (condition())
+        const OpcUa_StatusCode status = checkTime();
+        if (OpcUa_IsNotGood(status))
+            return status;
+        if (m_socket->bytesAvailable() > 0)
             return OpcUa_Good;
-        if (m_socket.state() == QAbstractSocket::UnconnectedState)
-            return socketStatus();
-        // A look-up comes back by an event; data comes sooner without the event loop.
-        if (m_socket.state() == QAbstractSocket::ConnectedState)
-            m_socket.waitForReadyRead(
-                int(std::min<qint64>(pollInterval.count(), m_deadline.remainingTime())));
-        else
-            m_loop.processEvents(QEventLoop::WaitForMoreEvents |
-                                 QEventLoop::ExcludeUserInputEvents);
+        if (m_socket->state() != QAbstractSocket::ConnectedState)
+            return socketStatus(m_socket->error());
+        m_socket->waitForReadyRead(
+            int(std::min<qint64>(pollInterval.count(), m_deadline.remainingTime())));
     }
 }
 
-OpcUa_StatusCode ServiceConnection::socketStatus() const
+/// Whether to go on.
+OpcUa_StatusCode ServiceConnection::checkTime() const
 {
-    switch (m_socket.error()) {
-    case QAbstractSocket::ConnectionRefusedError:
-        return OpcUa_BadConnectionRejected;
-    case QAbstractSocket::RemoteHostClosedError:
-        return OpcUa_BadConnectionClosed;
-    case QAbstractSocket::SocketTimeoutError:
-        return OpcUa_BadTimeout;
-    default: // no such host, no route to it, ...
-        return OpcUa_BadCommunicationError;
-    }
+    if (QThread::currentThread()->isInterruptionRequested())
+        return OpcUa_BadShutdown;
+    return m_deadline.hasExpired() ? OpcUa_BadTimeout : OpcUa_Good;
 }
 
 } // namespace UaWire

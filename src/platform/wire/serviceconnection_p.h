@@ -3,9 +3,9 @@
 #include "messagechunks_p.h"
 
 #include <QtCore/QDeadlineTimer>
-#include <QtCore/QEventLoop>
-#include <QtCore/QTimer>
 #include <QtNetwork/QTcpSocket>
+
+#include <memory>
 
 namespace UaWire {
 
@@ -25,8 +25,8 @@ public:
     /// Looks up the host, connects, agrees on the sizes and opens the channel.
     OpcUa_StatusCode open(const QByteArray& url);
 
-    /// Sends a request and fills its fresh response. Good only if the response is decoded, answers
-    /// this request and has a Good service result.
+    /// Sends a request and fills its fresh response. Not Bad only if the response is decoded and
+    /// answers this request; then it is the service result, or what a fault tells.
     template <class Request, class Response>
     OpcUa_StatusCode call(Request& request, Response& response)
     {
@@ -44,15 +44,12 @@ private:
     OpcUa_StatusCode exchange(MessageType type, const QByteArray& body, Message& response);
     void send(const QByteArray& bytes);
     OpcUa_StatusCode receive(MessageType type, Message& message);
-    template <class Condition>
-    OpcUa_StatusCode waitUntil(Condition condition);
-    OpcUa_StatusCode socketStatus() const;
+    OpcUa_StatusCode waitForBytes();
+    OpcUa_StatusCode checkTime() const;
     void fill(RequestHeader& header);
 
     QDeadlineTimer m_deadline;
-    QEventLoop m_loop; // before the socket, which needs the thread's dispatcher
-    QTimer m_poll;
-    QTcpSocket m_socket;
+    std::unique_ptr<QTcpSocket> m_socket; // connected by open()
     MessageReader m_reader;
     MessageWriter m_writer;
     OpcUa_UInt32 m_requestId = 0; // of the last request, and its handle
@@ -75,16 +72,18 @@ OpcUa_StatusCode ServiceConnection::decodeResponse(QByteArrayView body, Response
     switch (takeTypeId(body)) {
     case Response::encodingId: {
         const OpcUa_StatusCode status = decodeFields(body, response);
-        if (OpcUa_IsNotGood(response.header.serviceResult))
-            return asBad(response.header.serviceResult);
-        if (OpcUa_IsGood(status) && response.header.requestHandle != m_requestId)
+        if (OpcUa_IsBad(response.header.serviceResult))
+            return response.header.serviceResult;
+        if (OpcUa_IsNotGood(status))
+            return status;
+        if (response.header.requestHandle != m_requestId)
             return OpcUa_BadUnknownResponse;
-        return status;
+        return response.header.serviceResult;
     }
     case ServiceFault::encodingId: {
         ServiceFault fault;
         const OpcUa_StatusCode status = decodeFields(body, fault);
-        return OpcUa_IsGood(status) ? asBad(fault.header.serviceResult) : status;
+        return OpcUa_IsGood(status) ? asFailure(fault.header.serviceResult) : status;
     }
     default:
         return OpcUa_BadUnknownResponse;
