@@ -2,8 +2,8 @@
 
 /// \file
 /// The part of COM that the enumeration of OPC Classic servers calls, under the names that it has
-/// on Windows: the real thing there, and elsewhere our own declarations over an in-process table of
-/// class objects (comclasstable_p.h). Needs the standard library alone.
+/// on Windows: the real thing there, and elsewhere our own declarations over functions that know of
+/// no class. Needs the standard library alone.
 ///
 /// The OPC interfaces are those of OPC Common 1.10.
 
@@ -20,7 +20,6 @@
 namespace comsurface {
 #else
 
-#include <cstddef>
 #include <cstdint>
 
 #define STDMETHODCALLTYPE
@@ -36,11 +35,9 @@ using LPCOLESTR = const OLECHAR*;
 
 constexpr HRESULT S_OK = 0;
 constexpr HRESULT S_FALSE = 1;
-constexpr HRESULT CO_S_NOTALLINTERFACES = 0x00080012;
 constexpr HRESULT E_NOINTERFACE = HRESULT(0x80004002);
 constexpr HRESULT E_POINTER = HRESULT(0x80004003);
 constexpr HRESULT REGDB_E_CLASSNOTREG = HRESULT(0x80040154);
-constexpr HRESULT CO_E_NOTINITIALIZED = HRESULT(0x800401F0);
 
 constexpr bool SUCCEEDED(HRESULT result)
 {
@@ -63,13 +60,6 @@ using CLSID = GUID;
 using CATID = GUID;
 using REFIID = const IID&;
 using REFCLSID = const CLSID&;
-bool operator==(const GUID& a, const GUID& b);
-inline bool operator!=(const GUID& a, const GUID& b)
-{
-    return !(a == b);
-}
-
-constexpr IID IID_IUnknown = {0x00000000, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
 
 /// Counts its references; no virtual destructor, as the layout is binary.
 struct IUnknown
@@ -109,7 +99,6 @@ HRESULT CoInitializeEx(void* reserved, DWORD flags);
 void CoUninitialize();
 HRESULT CoCreateInstanceEx(REFCLSID clsid, IUnknown* outer, DWORD context, COSERVERINFO* server,
                            DWORD count, MULTI_QI* results);
-void* CoTaskMemAlloc(std::size_t size);
 void CoTaskMemFree(void* memory);
 
 #endif

@@ -1,4 +1,3 @@
-#include "platform/com/comclasstable_p.h"
 #include "platform/com/comserverlist_p.h"
 #include "support/comstandin.h"
 #include "support/warnings.h"
@@ -20,7 +19,7 @@ struct Answer
 };
 
 Answer enumerate(
-    const std::u16string& host, ComServerKind kind = ComServerKind::DataAccess,
+    const std::u16string& host = {}, ComServerKind kind = ComServerKind::DataAccess,
     const std::function<bool()>& stop = [] { return false; })
 {
     Answer answer;
@@ -49,43 +48,27 @@ private Q_SLOTS:
         QCOMPARE(comUsage().taskBlocks, 0);
     }
 
-    void kinds()
+    void kindsAndComputers()
     {
-        Computer computer{{{dataAccess1, u"Old.Da.1"},
-                           {alarms, u"Plant.Ae.1"},
-                           {dataAccess2, u"Plant.Da.2"},
-                           {IID_IUnknown, u"Not.Opc"},
-                           {dataAccess3, u"Wörk.Da.3"}}};
-        install(computer);
-        const Answer da = enumerate({});
-        QCOMPARE(da.progIds,
-                 QStringList({"Old.Da.1", "Plant.Da.2", QString::fromUtf8("Wörk.Da.3")}));
-        const Answer ae = enumerate({}, ComServerKind::AlarmsAndEvents);
-        QCOMPARE(ae.progIds, QStringList("Plant.Ae.1"));
-        QCOMPARE(da.failures + ae.failures, QStringList());
-        QCOMPARE(computer.contexts, QList<DWORD>({0x17, 0x17}));
-        QCOMPARE(computer.objects, 0);
-    }
-
-    void otherComputers()
-    {
-        Computer here{{{dataAccess2, u"Here.1"}}};
+        Computer here{{{dataAccess1, u"Old.Da.1"},
+                       {alarms, u"Plant.Ae.1"},
+                       {dataAccess2, u"Plant.Da.2"},
+                       {IID_IOPCEnumGUID, u"Not.Opc"},
+                       {dataAccess3, u"Wörk.Da.3"}}};
         Computer there{{{dataAccess2, u"There.1"}}};
         install(here);
         install(there, u"plant7");
-        QCOMPARE(enumerate(u"plant7").progIds, QStringList("There.1"));
+        const Answer da = enumerate();
+        const Answer ae = enumerate({}, ComServerKind::AlarmsAndEvents);
+        const Answer remote = enumerate(u"plant7");
+        QCOMPARE(da.progIds,
+                 QStringList({"Old.Da.1", "Plant.Da.2", QString::fromUtf8("Wörk.Da.3")}));
+        QCOMPARE(ae.progIds, QStringList("Plant.Ae.1"));
+        QCOMPARE(remote.progIds, QStringList("There.1"));
+        QCOMPARE(da.failures + ae.failures + remote.failures, QStringList());
+        QCOMPARE(here.contexts, QList<DWORD>({0x17, 0x17}));
         QCOMPARE(there.contexts, QList<DWORD>({0x10}));
-        QCOMPARE(here.contexts, QList<DWORD>());
-        QCOMPARE(there.objects, 0);
-        setComHostAnswer(u"plant7", serverUnavailable); // it has gone
-        QCOMPARE(enumerate(u"plant7").failures, QStringList("CoCreateInstanceEx 800706ba"));
-        QCOMPARE(there.contexts.size(), 1);
-        clearComTable();
-        for (const char16_t* host : {u"", u"plant7"})
-            QCOMPARE(enumerate(host).failures, QStringList("CoCreateInstanceEx 80040154"));
-        registerComClass({}, CLSID_OpcServerList,
-                         [](DWORD, REFIID, void**) { return E_NOINTERFACE; });
-        QCOMPARE(enumerate({}).failures, QStringList("CoCreateInstanceEx 80004002"));
+        QCOMPARE(here.objects + there.objects, 0);
     }
 
     void ends_data()
@@ -112,32 +95,24 @@ private Q_SLOTS:
         QCOMPARE(computer.objects, 0);
     }
 
-    void failingCall_data()
+    void failingCalls()
     {
-        QTest::addColumn<ComAnswers>("answers");
-        QTest::addColumn<HRESULT>("enumeration");
-        QTest::addColumn<QString>("failure");
-        QTest::newRow("CoInitializeEx")
-            << ComAnswers{HRESULT(0x80010106), S_OK, S_OK} << S_OK << "CoInitializeEx 80010106";
-        QTest::newRow("CoCreateInstanceEx")
-            << ComAnswers{S_OK, accessDenied, S_OK} << S_OK << "CoCreateInstanceEx 80070005";
-        QTest::newRow("interface result")
-            << ComAnswers{S_OK, S_OK, E_NOINTERFACE} << S_OK << "CoCreateInstanceEx 80004002";
-        QTest::newRow("EnumClassesOfCategories")
-            << ComAnswers{} << accessDenied << "EnumClassesOfCategories 80070005";
-    }
-    void failingCall()
-    {
-        QFETCH(ComAnswers, answers);
-        QFETCH(HRESULT, enumeration);
-        QFETCH(QString, failure);
-        Computer computer{{{dataAccess2, u"Plant.Da.2"}}, enumeration};
-        install(computer);
-        setComAnswers(answers);
-        const Answer answer = enumerate({});
-        QCOMPARE(answer.failures, QStringList(failure));
-        QCOMPARE(answer.progIds, QStringList());
-        QCOMPARE(computer.objects, 0);
+        Computer computer{{{dataAccess2, u"Plant.Da.2"}}};
+        const auto failures = [&](const ComAnswers& answers, const std::u16string& host = {}) {
+            install(computer);
+            setComAnswers(answers);
+            const Answer answer = enumerate(host);
+            return answer.progIds.isEmpty() && computer.objects == 0 ? answer.failures.join(u',')
+                                                                     : QStringLiteral("servers");
+        };
+        QCOMPARE(failures({HRESULT(0x80010106), S_OK, S_OK}), "CoInitializeEx 80010106");
+        QCOMPARE(failures({S_OK, accessDenied, S_OK}), "CoCreateInstanceEx 80070005");
+        QCOMPARE(failures({S_OK, S_OK, E_NOINTERFACE}), "CoCreateInstanceEx 80004002");
+        QCOMPARE(failures({}, u"plant7"), "CoCreateInstanceEx 80040154");
+        computer.enumeration = accessDenied;
+        QCOMPARE(failures({}), "EnumClassesOfCategories 80070005");
+        computer.creation = serverUnavailable; // it has gone
+        QCOMPARE(failures({}), "CoCreateInstanceEx 800706ba");
     }
 
     void failedDetailsCostOneServer()
@@ -150,23 +125,16 @@ private Q_SLOTS:
                            {dataAccess1, longest},
                            {dataAccess1, u"Last.1"}}};
         install(computer);
-        const Answer answer = enumerate({});
+        QCOMPARE(CoInitializeEx(nullptr, COINIT_MULTITHREADED), S_OK); // as a host may have done
+        const Answer answer = enumerate();
+        QCOMPARE(comUsage().initialized, 1);
+        CoUninitialize();
         QCOMPARE(answer.progIds,
                  QStringList({"First.1", QString::fromStdU16String(longest), "Last.1"}));
         QCOMPARE(answer.failures,
                  QStringList({"GetClassDetails 80070005", "GetClassDetails 80004003",
                               "GetClassDetails 8007000d"}));
         QCOMPARE(computer.objects, 0);
-    }
-
-    void threadThatHasComAlready()
-    {
-        Computer computer{{{dataAccess1, u"First.1"}}};
-        install(computer);
-        QCOMPARE(CoInitializeEx(nullptr, COINIT_MULTITHREADED), S_OK);
-        QCOMPARE(enumerate({}).progIds.size(), 1);
-        QCOMPARE(comUsage().initialized, 1);
-        CoUninitialize();
     }
 };
 

@@ -1,0 +1,23 @@
+#include "platform/com/comserverlist_p.h"
+
+#include <QtTest/QtTest>
+
+// What the library itself says where there is no COM.
+class TestNoCom : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void noClassIsRegistered()
+    {
+        QList<quint32> failures;
+        const auto failed = [&](comsurface::ComCall, std::uint32_t code) { failures << code; };
+        for (const char16_t* host : {u"", u"plant7"})
+            QVERIFY(comsurface::enumerateComServers(host, comsurface::ComServerKind::DataAccess,
+                                                    failed, [] { return false; })
+                        .empty());
+        QCOMPARE(failures, QList<quint32>(2, 0x80040154));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestNoCom)
+#include "tst_nocom.moc"
