@@ -3,6 +3,8 @@
 #include "opcuatypes.h"
 #include "opcuatypetable_p.h"
 
+#include <QtCore/QtNumeric>
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -292,7 +294,7 @@ OpcUaElements opcUaElements(const OpcUa_Variant& variant)
         const auto& matrix = variant.Value.Matrix;
         std::size_t count = 1;
         for (OpcUa_Int32 i = 0; matrix.Dimensions && i < matrix.NoOfDimensions; ++i) {
-            if (__builtin_mul_overflow(count, std::size_t(matrix.Dimensions[i]), &count) ||
+            if (qMulOverflow(count, std::size_t(matrix.Dimensions[i]), &count) ||
                 count > std::size_t(INT32_MAX))
                 return {matrix.Elements, 0};
         }

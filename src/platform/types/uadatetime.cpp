@@ -2,6 +2,7 @@
 
 #include <QtCore/QDateTime>
 #include <QtCore/QRegularExpression>
+#include <QtCore/QtNumeric>
 
 namespace {
 
@@ -93,8 +94,8 @@ UaDateTime UaDateTime::fromString(const UaString& text, bool* ok)
     qint64 ticks = 0;
     // A negative second count plus its fraction may fit although the product alone does not.
     const qint64 carry = seconds < 0 ? ticksPerSecond : 0;
-    if (__builtin_mul_overflow(seconds + (carry ? 1 : 0), ticksPerSecond, &ticks) ||
-        __builtin_add_overflow(ticks, fraction - carry, &ticks))
+    if (qMulOverflow(seconds + (carry ? 1 : 0), ticksPerSecond, &ticks) ||
+        qAddOverflow(ticks, fraction - carry, &ticks))
         return UaDateTime();
     if (ok)
         *ok = true;
