@@ -1,0 +1,353 @@
+// harrier as its users walk through it: the windows, by mouse and keys, and the command.
+
+#include "discovery/endpoints.h"
+#include "host.h"
+#include "mainwindow.h"
+#include "pages.h"
+#include "support/modaluser.h"
+#include "support/peerprocess.h"
+#include "support/warnings.h"
+
+#include <Kestrel/QvelDiscoveryModel>
+#include <Kestrel/QvelDiscoveryNode>
+#include <Kestrel/QvelToolBox>
+
+#include <QtWidgets/QtWidgets>
+
+namespace {
+
+// By the name of the object, or what a screen reader says.
+template <class W>
+W* named(const QWidget& in, const QString& name)
+{
+    for (auto* widget : in.findChildren<W*>())
+        if (widget->objectName() == name || widget->accessibleName() == name)
+            return widget;
+    qFatal("no widget %s", qPrintable(name));
+}
+
+// One run of harrier with a settings file.
+struct Run
+{
+    explicit Run(const QString& file) : store(file), host(store, 5000, file + ".data"), window(host)
+    {
+        window.show();
+        window.activateWindow();
+        if (!QTest::qWaitForWindowActive(&window))
+            qFatal("the window does not become active");
+    }
+    QWidget& page(const char* name)
+    {
+        for (int i = 0; i < pages().size(); ++i)
+            if (QByteArray(pages().at(i).name) == name)
+                QTest::keyClick(&window, Qt::Key(Qt::Key_1 + i), Qt::AltModifier);
+        return *window.pageTabs()->currentWidget();
+    }
+    QString log() const { return named<QPlainTextEdit>(window, "Log")->toPlainText(); }
+    // Clicks the entry that begins so, at or below `parent`, and opens it.
+    QModelIndex open(const QString& text, const QModelIndex& parent = {}, bool twice = false)
+    {
+        QvelDiscoveryWidget& tree = *window.currentView();
+        const auto found = tree.model()->match(tree.model()->index(0, 0, parent), Qt::DisplayRole,
+                                               text, 1, Qt::MatchStartsWith | Qt::MatchRecursive);
+        if (found.isEmpty())
+            qFatal("no entry %s", qPrintable(text));
+        tree.scrollTo(found[0]);
+        const QPoint place = tree.visualRect(found[0]).center();
+        QTest::mouseClick(tree.viewport(), Qt::LeftButton, {}, place);
+        if (twice)
+            QTest::mouseDClick(tree.viewport(), Qt::LeftButton, {}, place);
+        else
+            QTest::keyClick(&tree, Qt::Key_Right);
+        return found[0];
+    }
+
+    SettingsStore store;
+    Host host;
+    MainWindow window;
+};
+
+void type(QLineEdit* line, const QString& text)
+{
+    line->selectAll();
+    QTest::keyClicks(line, text);
+}
+
+} // namespace
+
+class tst_Harrier : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        failOnWarnings();
+        m_dir = std::make_unique<QTemporaryDir>();
+        m_file = m_dir->filePath("harrier.ini");
+    }
+    void connects();
+    void firstStart();
+    void editsValues();
+    void hostileServer();
+    void spoiltSettings();
+    void command_data();
+    void command();
+
+private:
+    std::unique_ptr<QTemporaryDir> m_dir;
+    QString m_file;
+};
+
+// Discover, select, look at it, set the connection up, use it; and find it again the next time.
+void tst_Harrier::connects()
+{
+    PeerProcess server;
+    const QString url = server.start(DEMO_SERVER, {"--port", "0", "--until-eof"});
+    const QString name = "Boiler house - Basic256Sha256 - Sign";
+    {
+        Run run(m_file);
+        ModalUser user([&](QDialog* dialog) {
+            type(dialog->findChild<QLineEdit*>(), url);
+            QTest::keyClick(dialog, Qt::Key_Return);
+        });
+        run.open("Custom Discovery");
+        run.open("< Double", {}, true);
+        run.open(url);
+        QTRY_VERIFY(run.log().contains("Historian"));
+        const QModelIndex boiler = run.open("Boiler house");
+        QTRY_COMPARE(run.window.currentView()->model()->rowCount(boiler), 4);
+        QWidget& details = run.page("endpoint");
+        QVERIFY(!named<QPushButton>(details, "use")->isEnabled());
+        run.open("Basic256Sha256 - Sign", boiler);
+        QString shown;
+        for (const char* field : {"server", "securityMode", "securityLevel", "subject"})
+            shown += named<QLineEdit>(details, field)->text() + ' ';
+        QVERIFY2(shown.startsWith("Boiler house Sign 60 CN=Boiler house"), qPrintable(shown));
+
+        QWidget& form = run.page("connection");
+        const QPoint mark(8, 8);
+        QTest::mouseClick(named<QWidget>(form, "radioButton_Username"), Qt::LeftButton, {}, mark);
+        type(named<QLineEdit>(form, "lineEdit_UserName"), "ann");
+        run.host.setEndpoint({}); // the user looks at another node, and comes back to the form
+        auto* keep = named<QWidget>(form, "checkBox_StorePassword");
+        QTest::mouseClick(keep, Qt::LeftButton, {}, mark);
+        type(named<QLineEdit>(form, "lineEdit_Password"), "secret");
+        auto* use = named<QPushButton>(form, "useConnection");
+        QTest::mouseClick(use, Qt::LeftButton);
+        QCOMPARE(run.host.endpoint().displayName() + run.host.endpoint().password(),
+                 name + "secret");
+        QTest::mouseClick(keep, Qt::LeftButton, {}, mark);
+        QTest::mouseClick(use, Qt::LeftButton); // in place
+        run.open("Aes256", boiler, true);       // files it, too
+        QCOMPARE(run.window.currentView()->noOfRecentNodes(), 2);
+        run.open(name);
+        run.window.resize(1000, 700);
+        QTest::mouseClick(run.window.discoveryToggle(2), Qt::LeftButton);
+    }
+    QVERIFY(server.stop());
+
+    Run run(m_file);
+    QCOMPARE(run.window.size(), QSize(1000, 700));
+    QVERIFY(run.window.discoveryToggle(2)->isChecked());
+    QVERIFY(!run.window.discoveryToggle(1)->isChecked());
+    const QWidget& form = *run.window.pageTabs()->currentWidget();
+    QCOMPARE(named<QLineEdit>(form, "lineEdit_UserName")->text(), "ann");
+    const QvelDiscoverySetting kept = run.host.endpoint();
+    QCOMPARE(kept.displayName() + kept.password(), name);
+    QCOMPARE(kept.userTokenType(), OpcUa_UserTokenType_UserName);
+    QCOMPARE(kept.messageSecurityMode(), OpcUa_MessageSecurityMode_Sign);
+    run.window.discoveryBox()->widget(2)->setFocus();
+    QVERIFY(!run.host.hasEndpoint()); // the tree with the focus is the current one
+}
+
+// The first start offers a certificate, the next one does not ask.
+void tst_Harrier::firstStart()
+{
+    ModalUser user([](QDialog* dialog) {
+        for (const char* input : {"txtOrganization", "txtLocality", "txtState", "txtCountry"})
+            named<QLineEdit>(*dialog, input)->setText("GB");
+        QTest::keyClick(dialog, Qt::Key_Return);
+    });
+    for (bool agreed : {true, false}) {
+        const QString file = m_file + (agreed ? "1" : "0");
+        user.button = agreed ? QMessageBox::Yes : QMessageBox::No;
+        user.seen.clear();
+        for (int start = 0; start < 2; ++start) {
+            Run run(file);
+            Q_EMIT run.host.started();
+            QTRY_COMPARE(run.page("certificates").findChild<QTreeView*>()->model()->rowCount(),
+                         agreed ? 1 : 0);
+            QCOMPARE(user.seen.size(), agreed ? 2 : 1);
+        }
+        QCOMPARE(QFile::exists(file + ".data/certificates/private/harrier.pem"), agreed);
+    }
+}
+
+void tst_Harrier::editsValues()
+{
+    Run run(m_file);
+    // What is typed is shown, and reaches the read-only copy only where it is valid.
+    QWidget& page = run.page("nodeid");
+    const auto shown = [&](const char* title) {
+        return named<QLineEdit>(page, title + QString(": value"))->text();
+    };
+    const auto lineOf = [](const QWidget& editor) {
+        const auto lines = editor.findChildren<QLineEdit*>();
+        return *std::find_if(lines.begin(), lines.end(), [](const QLineEdit* line) {
+            return !qobject_cast<QSpinBox*>(line->parent());
+        });
+    };
+    auto* editor = named<QWidget>(page, "Inline");
+    type(lineOf(*editor), "Valve");
+    QCOMPARE(shown("Inline") + shown("Read-only copy"), "ns=2;s=Valvens=2;s=Valve");
+    QTest::keyClick(editor->findChild<QComboBox*>(), Qt::Key_Home);
+    type(lineOf(*editor), "-1");
+    QCOMPARE(shown("Inline") + '|' + shown("Read-only copy"), "|ns=2;i=0");
+    // The dialog keeps what was accepted last.
+    auto* dialog = page.findChild<QDialog*>();
+    for (const auto& [text, key] : {std::pair("85", Qt::Key_Return), {"86", Qt::Key_Escape}}) {
+        QTest::mouseClick(named<QPushButton>(page, "Dialog"), Qt::LeftButton);
+        QVERIFY(QTest::qWaitForWindowActive(dialog));
+        type(lineOf(*dialog), text);
+        QTest::keyClick(dialog, key);
+        QVERIFY(dialog->isHidden());
+        QCOMPARE(shown("Dialog"), "i=85");
+    }
+
+    QWidget& values = run.page("values");
+    const QString guid = "{12345678-1234-1234-1234-123456789abc}";
+    type(lineOf(*named<QWidget>(values, "WidgetGuid, normal")), guid);
+    QTRY_COMPARE(named<QLineEdit>(values, "WidgetGuid, no frame: value")->text(), guid);
+    QVERIFY(named<QLineEdit>(values, "WidgetGuid, normal: last signals")
+                ->text()
+                .startsWith("valueChanged, guidChanged"));
+    // A field notes a file's name before it is known whether it could be written.
+    QSignalSpy messages(&run.host, &Host::message);
+    run.host.editorCallback().writeSetting(&run.store, "QvelEditWidgetString.LastSaveFilename",
+                                           m_dir->path());
+    QCOMPARE(messages.value(0).value(0).toString(), m_dir->path() + " could not be written");
+
+    QWidget& write = run.page("writevalue");
+    auto* examples = named<QListWidget>(write, "Examples");
+    const QStringList parts = {"Water treatment", "{0, 1, 2", "{Pump, ",  "{{0, 1.5", "{0, 1, 2",
+                               "{0, 1, 2",        " more}",   "{7, {0, ", "{7, "};
+    QTest::keyClick(examples, Qt::Key_Home);
+    for (const QString& part : parts) {
+        const QString text = named<QPlainTextEdit>(write, "Full text")->toPlainText();
+        QVERIFY2(text.contains(part), qPrintable(text));
+        QTest::keyClick(examples, Qt::Key_Down);
+    }
+    QTest::keyClick(examples, Qt::Key_Home);
+    type(named<QLineEdit>(write, "Value"), "Valve");
+    QCOMPARE(named<QPlainTextEdit>(write, "Full text")->toPlainText(), "Valve");
+}
+
+// What a server sends is shown as plain text of bounded length.
+void tst_Harrier::hostileServer()
+{
+    Run run(m_file);
+    const QByteArray text = "<h1>A</h1>\n\x1b[2J\xff\xe2\x80\xae" + QByteArray(1000000, 'x');
+    const QString start = QStringLiteral("<h1>A</h1> \ufffd[2J\ufffd\ufffdxx");
+    Endpoint endpoint(text, text, text, OpcUa_MessageSecurityMode(4711));
+    OpcUa_ByteString_Assign(&endpoint.value.ServerCertificate, "\x30\x82\xff\xff", 4);
+    setTokens(endpoint.value, QList<OpcUa_UserTokenType>(5000));
+    QvelDiscoverySetting setting;
+    setting.setEndpointDescription(&endpoint.value);
+    run.host.setEndpoint(setting);
+    const QWidget& page = run.page("endpoint");
+    const auto field = [&](const char* name) { return named<QLineEdit>(page, name)->text(); };
+    QVERIFY(field("server").startsWith(start) && field("server").size() <= 1000);
+    QCOMPARE(field("securityMode") + field("subject"),
+             "Unknown mode 4711Not a certificate (bytes: 4)");
+    const QString tokens = named<QPlainTextEdit>(page, "tokens")->toPlainText();
+    QCOMPARE(tokens.section('\n', 99),
+             QStringLiteral("Anonymous \u2013 policy99 \u2013 uri99 \u2013 issued99 \u2013 issuer99"
+                            "\nMore: 4900"));
+
+    // A flood of lines is told; failures have a mark, which no server can put on or keep off.
+    for (int i = 0; i < 100000; ++i)
+        run.host.log().append(QString::number(i));
+    QTRY_VERIFY(run.log().endsWith("  99999"));
+    QCOMPARE(run.log().count('\n'), 5000);
+    QVERIFY(run.log().contains(QStringLiteral("\u26a0 Lines not shown: 95000")));
+    QTest::keyClick(&run.window, Qt::Key_L, Qt::ControlModifier);
+    for (const QByteArray& line :
+         {QByteArray("Adding Server failed"), QByteArray("Discarding https://failed"),
+          QByteArray("GetEndpoints failed"), text})
+        run.host.log().append(QString::fromUtf8(line));
+    QTRY_COMPARE(run.log().count('\n'), 3);
+    QTest::keyClick(&run.window, Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
+    const QString copied =
+        QGuiApplication::clipboard()->text().remove(QRegularExpression("[0-9:.]{12}  "));
+    QCOMPARE(copied.section("xx", 0, 0) + "xx",
+             "Adding Server failed\nDiscarding https://failed\n" +
+                 QStringLiteral("\u26a0 GetEndpoints failed\n") + start);
+    QVERIFY(copied.size() < 1100);
+}
+
+// A file that is none is told of and left alone; a spoilt geometry does no harm.
+void tst_Harrier::spoiltSettings()
+{
+    const QByteArray content = "this is not\na settings file\n";
+    QFile file(m_file);
+    QVERIFY(file.open(QIODevice::ReadWrite) && file.write(content) && file.flush());
+    {
+        Run run(m_file);
+        QTRY_VERIFY(run.log().contains("is not a settings file"));
+        run.store.setValue("Window/Page", 4711);
+        run.store.setValue("Window/Geometry", QByteArray("\x01\xd9\xd0\xcbgarbage"));
+        const MainWindow second(run.host);
+        QVERIFY(second.pageTabs()->currentIndex() >= 0 && second.width() > 200);
+    }
+    file.seek(0);
+    QCOMPARE(file.readAll(), content);
+}
+
+void tst_Harrier::command_data()
+{
+    QTest::addColumn<int>("code");
+    QTest::addColumn<QString>("error");
+    QTest::newRow("--render pages") << 0 << "";
+    QTest::newRow("--render FILE") << 1 << "FILE";
+    QTest::newRow("--discover opc.tcp://127.0.0.1:1 --settings kept.ini") << 1 << "failed";
+    QTest::newRow("--discover") << 2 << "needs a URL";
+    QTest::newRow("--discover http://plant") << 2 << "not an opc.tcp URL";
+    QTest::newRow("--discover \x1b[2J") << 2 << "\ufffd[2J";
+    QTest::newRow("--discovr opc.tcp://x") << 2 << "discovr";
+    QTest::newRow("opc.tcp://x") << 2 << "opc.tcp://x";
+    QTest::newRow("") << 2 << "no display";
+    QTest::newRow("--discover opc.tcp://x --render x") << 2 << "exclude";
+    for (const char* timeout : {"0", "soon", "99999999999"})
+        QTest::addRow("--discover opc.tcp://x --timeout %s", timeout) << 2 << "--timeout";
+}
+
+// As users start it, without a display. The user's own settings are left alone, others are kept
+// where told.
+void tst_Harrier::command()
+{
+    QFETCH(int, code);
+    QFETCH(QString, error);
+    const QDir directory(m_dir->path());
+    QVERIFY(QFile(directory.filePath("FILE")).open(QIODevice::WriteOnly));
+    QProcess process;
+    process.setEnvironment({"HOME=" + directory.path()});
+    process.setWorkingDirectory(directory.path());
+    process.start(HARRIER, QProcess::splitCommand(QString(QTest::currentDataTag())));
+    QVERIFY(process.waitForFinished());
+    const QString errors = QString::fromUtf8(process.readAllStandardError());
+    QVERIFY2(process.exitCode() == code && errors.contains(error), qPrintable(errors));
+    const QJsonDocument found = QJsonDocument::fromJson(process.readAllStandardOutput());
+    const QString url = error == "failed" ? "opc.tcp://127.0.0.1:1" : "";
+    QCOMPARE(found["nodes"][0]["url"].toString(), url);
+    const QSettings kept(directory.filePath("kept.ini"), QSettings::IniFormat);
+    QCOMPARE(kept.value("Discovery.OpcUa/DiscoveryServer0").toString(), url);
+    QCOMPARE(directory.entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+             url.isEmpty() ? QStringList("FILE") + QStringList("pages").mid(code ? 1 : 0)
+                           : QStringList({"FILE", "kept.ini"}));
+    for (const char* name : {"endpoint", "writevalue", "discovery-comae", "toolbox"})
+        QCOMPARE(QImage(directory.filePath(QString("pages/%1.png").arg(name))).isNull(), code > 0);
+}
+
+QTEST_MAIN(tst_Harrier)
+#include "tst_harrier.moc"
