@@ -7,144 +7,117 @@
 #include <QtDBus/QDBusObjectPath>
 #include <QtDBus/QDBusVirtualObject>
 
-#include <atomic>
-
 namespace {
 
-const QByteArray systemBusVariable = "DBUS_SYSTEM_BUS_ADDRESS";
+constexpr char busVariable[] = "DBUS_SYSTEM_BUS_ADDRESS";
 const QString serviceName = QStringLiteral("org.freedesktop.Avahi");
-
-QByteArray busConfiguration(const QString& address)
-{
-    return "<busconfig><type>system</type><listen>" + address.toUtf8() +
-           "</listen><auth>EXTERNAL</auth><policy context=\"default\"><allow user=\"*\"/>"
-           "<allow own=\"*\"/><allow send_destination=\"*\" eavesdrop=\"true\"/>"
-           "<allow receive_sender=\"*\" eavesdrop=\"true\"/></policy></busconfig>";
-}
+const QString serviceType = QStringLiteral("_opcua-tcp._tcp");
 
 } // namespace
 
-PrivateSystemBus::PrivateSystemBus() : m_oldAddress(qgetenv(systemBusVariable.constData()))
+PrivateSystemBus::PrivateSystemBus() : m_oldAddress(qgetenv(busVariable))
 {
-    const QString configuration = m_dir.filePath(QStringLiteral("bus.conf"));
-    QFile file(configuration);
+    QFile file(m_dir.filePath("bus.conf"));
     if (!file.open(QIODevice::WriteOnly))
         return;
-    file.write(busConfiguration(address()));
+    file.write("<busconfig><type>system</type><listen>" + address().toUtf8() +
+               "</listen><auth>EXTERNAL</auth><policy context=\"default\"><allow user=\"*\"/>"
+               "<allow own=\"*\"/><allow send_destination=\"*\" eavesdrop=\"true\"/>"
+               "<allow receive_sender=\"*\" eavesdrop=\"true\"/></policy></busconfig>");
     file.close();
-    m_daemon.start(QStringLiteral("dbus-daemon"),
-                   {QStringLiteral("--nofork"), QStringLiteral("--print-address"),
-                    QStringLiteral("--config-file=") + configuration});
+    m_daemon.start("dbus-daemon",
+                   {"--nofork", "--print-address", "--config-file=" + file.fileName()});
     m_running = m_daemon.waitForReadyRead(); // it prints its address once it listens
-    qputenv(systemBusVariable.constData(), address().toUtf8());
+    qputenv(busVariable, address().toUtf8());
 }
 
 PrivateSystemBus::~PrivateSystemBus()
 {
-    if (m_oldAddress.isNull())
-        qunsetenv(systemBusVariable.constData());
-    else
-        qputenv(systemBusVariable.constData(), m_oldAddress);
+    m_oldAddress.isNull() ? qunsetenv(busVariable) : qputenv(busVariable, m_oldAddress);
     m_daemon.kill();
     m_daemon.waitForFinished();
-}
-
-QString PrivateSystemBus::address() const
-{
-    return QStringLiteral("unix:path=") + m_dir.filePath(QStringLiteral("bus"));
 }
 
 class AvahiStandIn::Daemon : public QDBusVirtualObject
 {
 public:
-    Daemon(const AvahiScript& script, const QString& busAddress)
-        : m_script(script), m_name(QStringLiteral("avahi-stand-in-%1").arg(++instances)),
-          m_bus(QDBusConnection::connectToBus(busAddress, m_name))
+    Daemon(AvahiStandIn& owner, const QString& busAddress, const AvahiScript& script)
+        : m_owner(owner), m_script(script),
+          m_bus(QDBusConnection::connectToBus(busAddress, "avahi-stand-in-" + busAddress))
     {
     }
     ~Daemon() override
     {
-        m_bus.unregisterObject(QStringLiteral("/"), QDBusConnection::UnregisterTree);
-        QDBusConnection::disconnectFromBus(m_name);
+        m_bus.unregisterObject("/", QDBusConnection::UnregisterTree);
+        QDBusConnection::disconnectFromBus(m_bus.name());
     }
-
     bool enter()
     {
         qDBusRegisterMetaType<QList<QByteArray>>();
-        return m_bus.registerVirtualObject(QStringLiteral("/"), this, QDBusConnection::SubPath) &&
+        return m_bus.registerVirtualObject("/", this, QDBusConnection::SubPath) &&
                m_bus.registerService(serviceName);
     }
     QString introspect(const QString&) const override { return {}; }
-    bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection&) override
     {
-        if (message.interface() != serviceName + QStringLiteral(".Server"))
-            return false;
         message.setDelayedReply(true);
-        if (message.member() == QStringLiteral("ServiceBrowserNew"))
-            browse(message, bus);
-        else if (message.member() == QStringLiteral("ResolveService"))
-            resolve(message, bus);
-        else
-            return false;
+        if (message.member() == QLatin1String("ServiceBrowserNew"))
+            browse(message);
+        else if (message.member() == QLatin1String("ResolveService"))
+            resolve(message);
         return true;
     }
 
-    std::atomic<int> browserCalls = 0;
-    std::atomic<int> resolveCalls = 0;
-
 private:
-    void browse(const QDBusMessage& message, const QDBusConnection& bus)
+    void refuse(const QDBusMessage& message)
     {
-        const int number = ++browserCalls;
-        if (m_script.silent)
+        m_bus.send(message.createErrorReply(serviceName + ".TimeoutError", "Timeout reached"));
+    }
+
+    void browse(const QDBusMessage& message)
+    {
+        const QString path = QString("/Client/ServiceBrowser%1").arg(++m_owner.m_browserCalls);
+        if (m_script.fault == AvahiScript::Silent)
             return;
-        const bool asksForOpcUa = message.signature() == QStringLiteral("iissu") &&
-                                  message.arguments().at(2) == QStringLiteral("_opcua-tcp._tcp");
-        if (m_script.refuses || !asksForOpcUa) {
-            bus.send(message.createErrorReply(serviceName + QStringLiteral(".TooManyObjectsError"),
-                                              QStringLiteral("Too many objects")));
+        const bool isRight = message.signature() == QLatin1String("iissu") &&
+                             message.arguments().at(2) == serviceType;
+        if (m_script.fault == AvahiScript::Refuses || !isRight) {
+            refuse(message);
             return;
         }
-        const QString path = QStringLiteral("/Client/ServiceBrowser%1").arg(number);
         const QDBusMessage reply = message.createReply(QVariant::fromValue(QDBusObjectPath(path)));
-        if (!m_script.early)
-            bus.send(reply);
-        announce(path, message.service(), bus);
-        if (m_script.early) {
+        if (m_script.fault != AvahiScript::Early)
+            m_bus.send(reply);
+        announce(path, message.service());
+        if (m_script.fault == AvahiScript::Early) {
             QThread::msleep(100); // so that the client sees the signals by themselves
-            bus.send(reply);
+            m_bus.send(reply);
         }
     }
 
-    void announce(const QString& path, const QString& client, const QDBusConnection& bus)
+    void announce(const QString& path, const QString& client)
     {
-        const auto emitSignal = [&](const QString& from, const char* name,
-                                    const QVariantList& arguments) {
+        const auto tell = [&](const QString& from, const char* name, const QVariantList& what) {
             QDBusMessage signal = QDBusMessage::createTargetedSignal(
-                client, from, serviceName + QStringLiteral(".ServiceBrowser"), QLatin1String(name));
-            signal.setArguments(arguments);
-            bus.send(signal);
+                client, from, serviceName + ".ServiceBrowser", QLatin1String(name));
+            signal.setArguments(what);
+            m_bus.send(signal);
         };
-        const auto item = [](int interface, const QString& name, const QString& domain) {
-            return QVariantList{interface, 0, name, QStringLiteral("_opcua-tcp._tcp"), domain, 0u};
-        };
-        for (int i = 0; i < m_script.services.size(); ++i) {
-            for (int copy = 0; copy < m_script.copies; ++copy)
-                emitSignal(
-                    path, "ItemNew",
-                    item(copy, m_script.services.at(i).name, m_script.services.at(i).domain));
-        }
+        for (const AvahiScript::Service& service : m_script.services)
+            for (int interface = 0; interface < m_script.copies; ++interface)
+                tell(path, "ItemNew",
+                     {interface, 0, service.name, serviceType, service.domain, 0u});
         // What another browser of the same client finds is none of this one's business.
-        emitSignal(path + QStringLiteral("0"), "Failure", {QStringLiteral("Not yours")});
-        if (m_script.fails)
-            emitSignal(path, "Failure", {QStringLiteral("Timeout reached")});
-        if (!m_script.neverDone)
-            emitSignal(path, "AllForNow", {});
+        tell(path + "0", "Failure", {"Not yours"});
+        if (m_script.fault == AvahiScript::Fails)
+            tell(path, "Failure", {"Timeout reached"});
+        if (m_script.fault != AvahiScript::NeverDone)
+            tell(path, "AllForNow", {});
     }
 
-    void resolve(const QDBusMessage& message, const QDBusConnection& bus)
+    void resolve(const QDBusMessage& message)
     {
-        ++resolveCalls;
+        ++m_owner.m_resolveCalls;
         const QVariantList asked = message.arguments();
         for (const AvahiScript::Service& service : m_script.services) {
             if (asked.value(2) != service.name || asked.value(4) != service.domain)
@@ -155,23 +128,21 @@ private:
                 break;
             QDBusMessage reply = message.createReply();
             reply.setArguments({2, 0, service.name, asked.value(3), service.domain, service.host, 0,
-                                QString(), QVariant::fromValue(ushort(4840)),
+                                QString(), QVariant::fromValue(service.port),
                                 QVariant::fromValue(QList<QByteArray>()), 0u});
-            bus.send(reply);
+            m_bus.send(reply);
             return;
         }
-        bus.send(message.createErrorReply(serviceName + QStringLiteral(".TimeoutError"),
-                                          QStringLiteral("Timeout reached")));
+        refuse(message);
     }
 
-    static inline std::atomic<int> instances = 0;
+    AvahiStandIn& m_owner;
     const AvahiScript m_script;
-    const QString m_name;
     QDBusConnection m_bus;
 };
 
 AvahiStandIn::AvahiStandIn(const QString& busAddress, const AvahiScript& script)
-    : m_daemon(std::make_unique<Daemon>(script, busAddress))
+    : m_daemon(std::make_unique<Daemon>(*this, busAddress, script))
 {
     m_running = m_daemon->enter();
     m_daemon->moveToThread(&m_thread);
@@ -182,14 +153,4 @@ AvahiStandIn::~AvahiStandIn()
 {
     m_thread.quit();
     m_thread.wait();
-}
-
-int AvahiStandIn::browserCalls() const
-{
-    return m_daemon->browserCalls;
-}
-
-int AvahiStandIn::resolveCalls() const
-{
-    return m_daemon->resolveCalls;
 }

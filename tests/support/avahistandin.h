@@ -6,6 +6,7 @@
 #include <QtCore/QTemporaryDir>
 #include <QtCore/QThread>
 
+#include <atomic>
 #include <memory>
 
 /// A message bus of the test's own, the system bus of this process for as long as it lives.
@@ -16,7 +17,7 @@ public:
     ~PrivateSystemBus();
     /// False when dbus-daemon could not be started.
     bool isRunning() const { return m_running; }
-    QString address() const;
+    QString address() const { return QStringLiteral("unix:path=") + m_dir.filePath("bus"); }
 
 private:
     QTemporaryDir m_dir;
@@ -32,16 +33,20 @@ struct AvahiScript
     {
         QString name;
         QString host; ///< empty: the service cannot be resolved
+        ushort port = 4840;
         QString domain = QStringLiteral("local");
         bool silent = false; ///< its resolution is never answered
     };
     QList<Service> services;
-    int copies = 1;         ///< announcements of each service, one for each interface
-    bool refuses = false;   ///< ServiceBrowserNew fails
-    bool silent = false;    ///< ServiceBrowserNew is never answered
-    bool fails = false;     ///< the browser announces, then says Failure
-    bool neverDone = false; ///< the browser never says AllForNow
-    bool early = false;     ///< signals go out before ServiceBrowserNew is answered
+    int copies = 1; ///< announcements of each service, one for each interface
+    enum Fault {
+        None,
+        Refuses,   ///< ServiceBrowserNew fails
+        Silent,    ///< ServiceBrowserNew is never answered
+        Fails,     ///< the browser announces, then says Failure
+        NeverDone, ///< the browser never says AllForNow
+        Early      ///< signals go out before ServiceBrowserNew is answered
+    } fault = None;
 };
 
 /// Owns org.freedesktop.Avahi on a bus, answering on a thread of its own.
@@ -52,11 +57,13 @@ public:
     ~AvahiStandIn();
     bool isRunning() const { return m_running; }
     /// Calls of ServiceBrowserNew and of ResolveService so far.
-    int browserCalls() const;
-    int resolveCalls() const;
+    int browserCalls() const { return m_browserCalls; }
+    int resolveCalls() const { return m_resolveCalls; }
 
 private:
     class Daemon;
+    std::atomic<int> m_browserCalls = 0;
+    std::atomic<int> m_resolveCalls = 0;
     QThread m_thread;
     std::unique_ptr<Daemon> m_daemon;
     bool m_running = false;

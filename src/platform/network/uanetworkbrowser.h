@@ -27,8 +27,9 @@ private:
 /// Finds the computers of the local network that announce OPC UA servers.
 ///
 /// On Linux: every host that announces `_opcua-tcp._tcp` by DNS-SD (OPC 10000-12, annex C), asked
-/// of the Avahi daemon over the system D-Bus. Stateless; any thread, several at a time; no event
-/// loop needed and none run.
+/// of the Avahi daemon over the system D-Bus. A computer is named "host", or "host:port" for each
+/// port other than 4840 that it announces, so that "opc.tcp://" and the name lead to the server.
+/// Stateless; any thread, several at a time; no event loop needed and none run.
 class KESTREL_EXPORT UaNetworkBrowser
 {
 public:
@@ -37,8 +38,8 @@ public:
     /// Services that are looked at; what is announced beyond that is left.
     static constexpr int maxServices = 500;
 
-    /// Replaces `results` by the computers, each once, sorted by name. The name of a network is
-    /// not needed on Linux: any name gives all computers.
+    /// Replaces `results` by the computers, each name once, sorted by host and port. The name of a
+    /// network is not needed on Linux: any name gives all computers.
     ///
     /// Good, with no results where nothing announces. When the time is up: Good with what there is,
     /// BadTimeout if the bus or the daemon has told nothing. BadConnectionRejected where there is

@@ -32,8 +32,9 @@ constexpr uint lookupNoAddress = 8;
 
 constexpr int pollInterval = 10; // milliseconds
 constexpr int maxWaitingSignals = 16 * UaNetworkBrowser::maxServices;
-constexpr int maxResolving = 50;   // calls at once; a system bus takes 128 from a connection
-constexpr int maxNameLength = 253; // octets of a domain name (RFC 1035, 2.3.4)
+constexpr int maxResolving = 50;     // calls at once; a system bus takes 128 from a connection
+constexpr ushort defaultPort = 4840; // of opc.tcp (OPC 10000-6, 7.2)
+constexpr int maxNameLength = 253;   // octets of a domain name (RFC 1035, 2.3.4)
 
 QString avahi(const char* name = "")
 {
@@ -135,7 +136,7 @@ private:
     UaStatus takeBrowser(const QDBusPendingReply<QDBusObjectPath>& reply);
     void takeSignals();
     void takeItem(const QVariantList& item);
-    void takeHosts();
+    void takeComputers();
 
     QDBusConnection m_bus;
     QString m_browser;                // object path; empty until the daemon has answered
@@ -143,7 +144,7 @@ private:
     QSet<QStringList> m_services;     // name and domain
     QList<QVariantList> m_unresolved; // arguments of ResolveService
     QList<QDBusPendingCall> m_resolving;
-    QMap<QString, QString> m_hosts; // by lower-case name
+    QMap<std::pair<QString, ushort>, QString> m_computers; // by lower-case host name and port
     bool m_allForNow = false;
     bool m_failed = false;
 };
@@ -169,21 +170,21 @@ UaStatus Inquiry::run(const QDeadlineTimer& deadline)
         }
         if (!m_browser.isEmpty())
             takeSignals();
-        takeHosts();
+        takeComputers();
         if (m_failed)
             return OpcUa_BadCommunicationError;
         if (m_allForNow && m_resolving.isEmpty())
             return OpcUa_Good;
         QThread::msleep(pollInterval);
     }
-    return m_allForNow || !m_hosts.isEmpty() ? OpcUa_Good : OpcUa_BadTimeout;
+    return m_allForNow || !m_computers.isEmpty() ? OpcUa_Good : OpcUa_BadTimeout;
 }
 
 QList<UaNetworkBrowseResult> Inquiry::results() const
 {
     QList<UaNetworkBrowseResult> results;
-    for (const QString& host : m_hosts)
-        results.append({UaString(host.toUtf8()), UaNetworkBrowseResult::Computer});
+    for (const QString& computer : m_computers)
+        results.append({UaString(computer.toUtf8()), UaNetworkBrowseResult::Computer});
     return results;
 }
 
@@ -226,8 +227,8 @@ void Inquiry::takeSignals()
     m_signals.clear();
 }
 
-/// Notes a service to be asked for its host, once although the daemon tells of it once for each
-/// interface and protocol.
+/// Notes a service to be asked for its host and port, once although the daemon tells of it once for
+/// each interface and protocol.
 void Inquiry::takeItem(const QVariantList& item)
 {
     const QString name = item.value(2).toString();
@@ -243,16 +244,19 @@ void Inquiry::takeItem(const QVariantList& item)
 }
 
 /// A service that cannot be resolved has gone; that is no failure of the inquiry.
-void Inquiry::takeHosts()
+void Inquiry::takeComputers()
 {
     const auto take = [this](const QDBusPendingCall& call) {
         if (!call.isFinished())
             return false;
-        QString host = call.reply().arguments().value(5).toString();
+        const QVariantList resolved = call.reply().arguments();
+        QString host = resolved.value(5).toString();
+        const ushort port = resolved.value(8).value<ushort>();
         if (host.endsWith(u'.'))
             host.chop(1);
-        if (!call.isError() && isHostName(host))
-            m_hosts.insert(host.toLower(), host);
+        if (!call.isError() && isHostName(host) && port != 0)
+            m_computers.insert({host.toLower(), port},
+                               port == defaultPort ? host : host + u':' + QString::number(port));
         return true;
     };
     m_resolving.removeIf(take);

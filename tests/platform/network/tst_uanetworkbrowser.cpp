@@ -15,45 +15,32 @@ Q_DECLARE_METATYPE(AvahiScript)
 
 namespace {
 
-struct Answer
-{
-    UaStatus status;
-    QStringList hosts;
-};
-
-Answer browse()
-{
-    // What a caller left in the list does not come back.
-    QList<UaNetworkBrowseResult> results = {{UaString("stale"), UaNetworkBrowseResult::Domain}};
-    Answer answer;
-    answer.status = UaNetworkBrowser().browse(UaString("Local Network"), results);
-    for (const UaNetworkBrowseResult& result : std::as_const(results)) {
-        if (result.type() == UaNetworkBrowseResult::Computer)
-            answer.hosts.append(QString::fromUtf8(result.name().bytes()));
-        else
-            answer.hosts.append(QStringLiteral("not a computer"));
-    }
-    return answer;
-}
-
-/// Like a job of a pool: a thread without an event loop.
+/// A job of a pool: a thread without an event loop.
 class BrowseThread
 {
 public:
-    BrowseThread() : m_thread(QThread::create([this] { m_answer = browse(); }))
-    {
-        m_thread->start();
-    }
-    Answer answer()
+    BrowseThread() { m_thread->start(); }
+    /// The hosts or the status, once the thread has ended.
+    QString answer()
     {
         m_thread->wait();
-        return m_answer;
+        QStringList names;
+        for (const UaNetworkBrowseResult& result : std::as_const(m_results))
+            names.append(result.type() == UaNetworkBrowseResult::Computer
+                             ? QString::fromUtf8(result.name().bytes())
+                             : QStringLiteral("not a computer"));
+        return m_status.isGood()
+                   ? names.join(u' ')
+                   : QString::fromUtf8(m_status.toString().bytes()) + names.join(u' ');
     }
     void interrupt() { m_thread->requestInterruption(); }
 
 private:
-    Answer m_answer;
-    const std::unique_ptr<QThread> m_thread;
+    // What a caller left in the list does not come back.
+    QList<UaNetworkBrowseResult> m_results = {{UaString("stale"), UaNetworkBrowseResult::Domain}};
+    UaStatus m_status;
+    const std::unique_ptr<QThread> m_thread{QThread::create(
+        [this] { m_status = UaNetworkBrowser().browse(UaString("Local Network"), m_results); })};
 };
 
 void useBus(const QString& address)
@@ -61,12 +48,7 @@ void useBus(const QString& address)
     qputenv("DBUS_SYSTEM_BUS_ADDRESS", address.toUtf8());
 }
 
-AvahiScript script(const QList<AvahiScript::Service>& services)
-{
-    AvahiScript script;
-    script.services = services;
-    return script;
-}
+using Services = QList<AvahiScript::Service>;
 
 } // namespace
 
@@ -74,194 +56,136 @@ class TestUaNetworkBrowser : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase()
+    void initTestCase() { QVERIFY2(m_bus.isRunning(), "dbus-daemon is needed"); }
+    void init()
     {
-        m_bus = std::make_unique<PrivateSystemBus>();
-        QVERIFY2(m_bus->isRunning(), "dbus-daemon is needed");
+        failOnWarnings();
+        useBus(m_bus.address());
     }
-    void init() { failOnWarnings(); }
 
-    void results_data()
+    void answers_data()
     {
         QTest::addColumn<AvahiScript>("script");
-        QTest::addColumn<QStringList>("hosts");
-
-        QTest::newRow("none") << script({}) << QStringList();
-        AvahiScript plant = script({{"Press 2", "plant7.local"}, {"Press 1", "Anna.local"}});
-        QTest::newRow("two, sorted") << plant << QStringList({"Anna.local", "plant7.local"});
-        plant.early = true;
-        QTest::newRow("signals before the answer")
-            << plant << QStringList({"Anna.local", "plant7.local"});
-        QTest::newRow("two servers of one host")
-            << script({{"A", "plant7.local"}, {"B", "PLANT7.local."}})
-            << QStringList({"PLANT7.local"});
-        QTest::newRow("one name in two domains")
-            << script({{"A", "a.local"}, {"A", "a.example.org", "example.org"}})
-            << QStringList({"a.example.org", "a.local"});
-        QTest::newRow("one that has gone")
-            << script({{"Gone", ""}, {"Here", "here.local"}}) << QStringList({"here.local"});
-        QTest::newRow("beyond ASCII") << script({{"Mühle", QString::fromUtf8("mühle.local")}})
-                                      << QStringList(QString::fromUtf8("mühle.local"));
-        plant.copies = 4;
-        QTest::newRow("on four interfaces") << plant << QStringList({"Anna.local", "plant7.local"});
-        AvahiScript crowd;
+        QTest::addColumn<QString>("expected");
+        const auto row = [](const char* name, const Services& services, const QString& expected,
+                            AvahiScript::Fault fault = AvahiScript::None, int copies = 1) {
+            QTest::newRow(name) << AvahiScript{services, copies, fault} << expected;
+        };
+        row("none", {}, {});
+        const Services plant = {{"Press 2", "plant7.local"}, {"Press 1", "Anna.local"}};
+        row("sorted", plant, "Anna.local plant7.local");
+        row("signals before the answer", plant, "Anna.local plant7.local", AvahiScript::Early);
+        row("on four interfaces", plant, "Anna.local plant7.local", AvahiScript::None, 4);
+        row("two servers of one host", {{"A", "plant7.local"}, {"B", "PLANT7.local."}},
+            "PLANT7.local");
+        row("ports",
+            {{"A", "b.local", 10000},
+             {"B", "B.local.", 10000},
+             {"C", "b.local", 4841},
+             {"D", "b.local"},
+             {"E", "a.local", 62541},
+             {"F", "c.local", 0}},
+            "a.local:62541 b.local b.local:4841 B.local:10000");
+        row("one name in two domains",
+            {{"A", "a.local"}, {"A", "a.example.org", 4840, "example.org"}},
+            "a.example.org a.local");
+        row("one that has gone", {{"Gone", ""}, {"Here", "here.local"}}, "here.local");
+        row("beyond ASCII", {{"Mühle", QString::fromUtf8("mühle.local")}},
+            QString::fromUtf8("mühle.local"));
+        Services crowd;
         QStringList first;
         for (int i = 0; i < UaNetworkBrowser::maxServices + 200; ++i) {
-            const QString host = QString("host%1.local").arg(i);
-            crowd.services.append({QString::number(i), host});
+            crowd.append({QString::number(i), QString("host%1.local").arg(i)});
             if (i < UaNetworkBrowser::maxServices)
-                first.append(host);
+                first.append(crowd.last().host);
         }
         first.sort();
-        QTest::newRow("a crowd") << crowd << first;
-        QTest::newRow("names that are none") << script({{"1", "."},
-                                                        {"2", "a/b"},
-                                                        {"3", "a b"},
-                                                        {"4", "a:4840/?x=#y"},
-                                                        {"5", "user@host"},
-                                                        {"6", "line\nbreak"},
-                                                        {"7", QString(254, 'x')},
-                                                        {"8", "-dash"},
-                                                        {"9", "%41"},
-                                                        {"10", QString(1000000, 'x')},
-                                                        {QString(1000, 'n'), "long.local"},
-                                                        {"11", QString(253, 'x')}})
-                                             << QStringList(QString(253, 'x'));
+        row("a crowd", crowd, first.join(u' '));
+        Services bad = {{"A", QString(253, 'x')}, {QString(1000, 'n'), "long.local"}};
+        for (const QString& name :
+             QStringList{".", "a/b", "a b", "a:4840/?x=#y", "user@host", "a\nb", "-dash", "%41",
+                         QString(254, 'x'), QString(1000000, 'x')})
+            bad.append({QString::number(bad.size()), name});
+        row("names that are none", bad, QString(253, 'x'));
+        row("no browser", {}, "BadCommunicationError", AvahiScript::Refuses);
+        row("failing browser", plant, "BadCommunicationError", AvahiScript::Fails);
     }
-    void results()
+    void answers()
     {
         QFETCH(AvahiScript, script);
-        QFETCH(QStringList, hosts);
-        AvahiStandIn avahi(m_bus->address(), script);
+        AvahiStandIn avahi(m_bus.address(), script);
         QVERIFY(avahi.isRunning());
-        const Answer answer = BrowseThread().answer();
-        QCOMPARE(answer.status.code(), OpcUa_Good);
-        QCOMPARE(answer.hosts, hosts);
+        QTEST(BrowseThread().answer(), "expected");
         QVERIFY(avahi.resolveCalls() <=
                 std::min(int(script.services.size()), UaNetworkBrowser::maxServices));
     }
 
-    void failures_data()
+    void nobodyToAsk()
     {
-        QTest::addColumn<QString>("address");
-        QTest::addColumn<AvahiScript>("script");
-        QTest::addColumn<uint>("status");
-        AvahiScript refusing, failing = script({{"A", "a.local"}});
-        refusing.refuses = true;
-        failing.fails = true;
-        const QString bus = m_bus->address();
-        QTest::newRow("no browser") << bus << refusing << OpcUa_BadCommunicationError;
-        QTest::newRow("failing browser") << bus << failing << OpcUa_BadCommunicationError;
-        QTest::newRow("no daemon") << bus << AvahiScript() << OpcUa_BadConnectionRejected;
-        for (const char* address :
-             {"unix:path=/nonexistent/bus", "tcp:host=127.0.0.1,port=1", "nonsense"})
-            QTest::newRow(address)
-                << QString(address) << AvahiScript() << OpcUa_BadConnectionRejected;
-        QTest::newRow("long address") << QString("unix:path=/").leftJustified(5000, 'x')
-                                      << AvahiScript() << OpcUa_BadConnectionRejected;
-    }
-    void failures()
-    {
-        QFETCH(QString, address);
-        QFETCH(AvahiScript, script);
-        QFETCH(uint, status);
-        std::optional<AvahiStandIn> avahi;
-        if (script.refuses || script.fails)
-            avahi.emplace(m_bus->address(), script);
-        useBus(address);
-        const Answer answer = BrowseThread().answer();
-        useBus(m_bus->address());
-        QCOMPARE(answer.status.code(), status);
-        QCOMPARE(answer.hosts, QStringList());
+        for (const QString& address :
+             QStringList{m_bus.address(), "unix:path=/nonexistent/bus", "tcp:host=127.0.0.1,port=1",
+                         "nonsense", QString("unix:path=/").leftJustified(5000, 'x')}) {
+            useBus(address);
+            QCOMPARE(BrowseThread().answer(), "BadConnectionRejected");
+        }
     }
 
-    /// The bus or the daemon leaves something open for ever; the time limit ends it. Each of the
-    /// cases has a bus of its own, so that they wait at the same time.
-    void timeLimit()
+    /// The bus or the daemon leaves something open for ever; the time limit ends it, or an
+    /// interruption. Each case has a bus of its own, so that they wait at the same time.
+    void timeLimitAndInterruption()
     {
-        QLocalServer silentBus;
+        struct Case
+        {
+            AvahiScript script;
+            const char* expected;
+        };
+        const Case cases[] = {
+            {{{}, 1, AvahiScript::Silent}, "BadTimeout"},
+            {{{}, 1, AvahiScript::NeverDone}, "BadTimeout"},
+            {{{{"A", "a.local"}, {"B", "b.local", 4840, "local", true}}}, "a.local"},
+            {{{}, 1, AvahiScript::Silent}, "BadShutdown"}};
         const QTemporaryDir dir;
+        QLocalServer silentBus;
         QVERIFY(silentBus.listen(dir.filePath("bus")));
         useBus("unix:path=" + silentBus.fullServerName());
         BrowseThread withoutBus;
+        QVERIFY(silentBus.waitForNewConnection(5000) && silentBus.nextPendingConnection());
+        BrowseThread interrupted;
         QVERIFY(silentBus.waitForNewConnection(5000));
+        interrupted.interrupt();
 
-        AvahiScript silent, endless;
-        silent.silent = true;
-        endless.neverDone = true;
-        const AvahiScript scripts[] = {silent, endless,
-                                       script({{"A", "a.local"}, {"B", "b.local", "local", true}})};
         std::vector<std::unique_ptr<PrivateSystemBus>> buses;
         std::vector<std::unique_ptr<AvahiStandIn>> daemons;
         std::vector<std::unique_ptr<BrowseThread>> threads;
-        for (const AvahiScript& script : scripts) {
+        for (const Case& each : cases) {
             buses.push_back(std::make_unique<PrivateSystemBus>());
-            daemons.push_back(std::make_unique<AvahiStandIn>(buses.back()->address(), script));
+            daemons.push_back(std::make_unique<AvahiStandIn>(buses.back()->address(), each.script));
             threads.push_back(std::make_unique<BrowseThread>());
             QTRY_COMPARE(daemons.back()->browserCalls(), 1);
         }
-        useBus(m_bus->address());
-        QCOMPARE(withoutBus.answer().status.code(), OpcUa_BadTimeout);
-        for (int i : {0, 1}) {
-            QCOMPARE(threads[i]->answer().status.code(), OpcUa_BadTimeout);
-            QCOMPARE(threads[i]->answer().hosts, QStringList());
-        }
-        QCOMPARE(threads[2]->answer().status.code(), OpcUa_Good);
-        QCOMPARE(threads[2]->answer().hosts, QStringList("a.local"));
-        buses.clear();
-        useBus(m_bus->address());
-    }
-
-    /// Of waiting for the bus, and for the daemon.
-    void interruption()
-    {
-        const QTemporaryDir dir;
-        QLocalServer silentBus;
-        QVERIFY(silentBus.listen(dir.filePath("bus")));
-        useBus("unix:path=" + silentBus.fullServerName());
-        BrowseThread withoutBus;
-        QVERIFY(silentBus.waitForNewConnection(5000));
-        withoutBus.interrupt();
-        QCOMPARE(withoutBus.answer().status.code(), OpcUa_BadShutdown); // not BadTimeout
-        useBus(m_bus->address());
-
-        AvahiScript silent;
-        silent.silent = true;
-        AvahiStandIn avahi(m_bus->address(), silent);
-        BrowseThread thread;
-        QTRY_COMPARE(avahi.browserCalls(), 1);
-        thread.interrupt();
-        QCOMPARE(thread.answer().status.code(), OpcUa_BadShutdown);
-        QCOMPARE(thread.answer().hosts, QStringList());
-    }
-
-    void severalAtOnce()
-    {
-        AvahiStandIn avahi(m_bus->address(), script({{"A", "a.local"}, {"B", "b.local"}}));
-        std::vector<std::unique_ptr<BrowseThread>> threads;
-        for (int i = 0; i < 12; ++i)
-            threads.push_back(std::make_unique<BrowseThread>());
-        for (const auto& thread : threads) {
-            const Answer answer = thread->answer();
-            QCOMPARE(answer.status.code(), OpcUa_Good);
-            QCOMPARE(answer.hosts, QStringList({"a.local", "b.local"}));
-        }
+        threads.back()->interrupt();
+        QCOMPARE(interrupted.answer(), "BadShutdown"); // not BadTimeout
+        for (std::size_t i = threads.size(); i-- > 0;)
+            QCOMPARE(threads[i]->answer(), cases[i].expected);
+        QCOMPARE(withoutBus.answer(), "BadTimeout");
     }
 
     void onTheMainThread()
     {
-        AvahiStandIn avahi(m_bus->address(), script({{"A", "a.local"}}));
+        AvahiStandIn avahi(m_bus.address(), {{{"A", "a.local"}}});
         bool foreignEvent = false;
         QMetaObject::invokeMethod(
             this, [&foreignEvent] { foreignEvent = true; }, Qt::QueuedConnection);
-        QCOMPARE(browse().hosts, QStringList("a.local"));
+        QList<UaNetworkBrowseResult> results;
+        QVERIFY(UaNetworkBrowser().browse({}, results).isGood());
+        QCOMPARE(results.size(), 1);
         QVERIFY(!foreignEvent);
         QCoreApplication::sendPostedEvents(this);
         QVERIFY(foreignEvent);
     }
 
 private:
-    std::unique_ptr<PrivateSystemBus> m_bus;
+    const PrivateSystemBus m_bus;
 };
 
 QTEST_GUILESS_MAIN(TestUaNetworkBrowser)
