@@ -37,6 +37,8 @@ void join(const std::vector<Thread>& threads)
 
 } // namespace
 
+// Not a QThreadPool: that keeps no minimum of threads, and where the system gives no more of them
+// it loses jobs and never ends.
 class UaThreadPool::Private
 {
 public:

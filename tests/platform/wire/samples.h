@@ -2,81 +2,66 @@
 
 #include "platform/wire/messages_p.h"
 
-#include <QtCore/QByteArrayList>
+template <class T, class = void>
+inline constexpr bool hasFieldList = false;
+template <class T>
+inline constexpr bool hasFieldList<T, std::void_t<decltype(sizeof(StackFields<T>))>> = true;
 
-/// Values that fill every field of the discovery messages.
-namespace Samples {
-
-inline void assign(OpcUa_String& target, const QByteArray& bytes)
+/// Fills every field of a message with a value of its own; texts are plain, empty, or no UTF-8.
+/// What has no field list stays as it is.
+struct Filler
 {
-    OpcUa_String_Assign(&target, bytes.constData(), OpcUa_Int32(bytes.size()));
-}
+    OpcUa_UInt32 last = 0;
 
-inline void assign(OpcUa_Int32& count, OpcUa_String*& elements, const QByteArrayList& texts)
-{
-    UaStackTypeArray<OpcUa_String> array;
-    array.resize(OpcUa_UInt32(texts.size()));
-    for (qsizetype i = 0; i < texts.size(); ++i)
-        assign(array[OpcUa_UInt32(i)], texts[i]);
-    count = OpcUa_Int32(texts.size());
-    elements =
-        static_cast<OpcUa_String*>(OpcUa_Memory_Alloc(sizeof(OpcUa_String) * array.length()));
-    OpcUa_Memory_MemCpy(elements, array.data(), sizeof(OpcUa_String) * array.length());
-    // The texts belong to the new block.
-    for (OpcUa_String& text : array)
-        text = {};
-}
-
-inline void fill(OpcUa_ApplicationDescription& server)
-{
-    assign(server.ApplicationUri, "urn:plant:server");
-    assign(server.ProductUri, "urn:kestrel:test");
-    assign(server.ApplicationName.Locale, "de");
-    assign(server.ApplicationName.Text, "K\xc3\xbchlung");
-    server.ApplicationType = OpcUa_ApplicationType_ClientAndServer;
-    assign(server.GatewayServerUri, "");
-    assign(server.DiscoveryProfileUri, "urn:profile");
-    assign(server.NoOfDiscoveryUrls, server.DiscoveryUrls,
-           {"opc.tcp://plant:4840", "", "opc.https://plant"});
-}
-
-inline void fill(OpcUa_EndpointDescription& endpoint)
-{
-    assign(endpoint.EndpointUrl, "opc.tcp://plant:4840");
-    fill(endpoint.Server);
-    OpcUa_ByteString_Assign(&endpoint.ServerCertificate, "\x30\x82\x00\xff", 4);
-    endpoint.SecurityMode = OpcUa_MessageSecurityMode_SignAndEncrypt;
-    assign(endpoint.SecurityPolicyUri, QByteArray("nul\0 and invalid \xff\xfe", 18));
-    endpoint.UserIdentityTokens =
-        static_cast<OpcUa_UserTokenPolicy*>(OpcUa_Memory_Alloc(2 * sizeof(OpcUa_UserTokenPolicy)));
-    endpoint.NoOfUserIdentityTokens = 2;
-    for (int i = 0; i < 2; ++i) {
-        OpcUa_UserTokenPolicy& token = endpoint.UserIdentityTokens[i];
-        OpcUa_UserTokenPolicy_Initialize(&token);
-        assign(token.PolicyId, i ? "name" : "anonymous");
-        token.TokenType = i ? OpcUa_UserTokenType_UserName : OpcUa_UserTokenType_Anonymous;
-        assign(token.SecurityPolicyUri, "urn:policy");
+    QByteArray text()
+    {
+        static const QByteArray texts[] = {"urn:plant", "", QByteArray("nul\0 \xff\xfe", 7)};
+        return texts[++last % 3];
     }
-    assign(endpoint.TransportProfileUri, "urn:transport");
-    endpoint.SecurityLevel = 200;
-}
-
-inline void fill(OpcUa_ServerOnNetwork& server)
-{
-    server.RecordId = 0xfffffffe;
-    assign(server.ServerName, "Pump");
-    assign(server.DiscoveryUrl, "opc.tcp://pump");
-    assign(server.NoOfServerCapabilities, server.ServerCapabilities, {"DA", "LDS"});
-}
+    template <class T>
+    void operator()(T& value)
+    {
+        if constexpr (std::is_arithmetic_v<T> || std::is_enum_v<T>)
+            value = T(++last);
+        else if constexpr (hasFieldList<T>)
+            StackFields<T>::visit(*this, value);
+    }
+    template <class N, class P>
+    void operator()(StackArray<N, P> array)
+    {
+        using Element = std::remove_reference_t<decltype(*array.elements)>;
+        array.count = 2;
+        array.elements = static_cast<Element*>(OpcUa_Memory_Alloc(2 * sizeof(Element)));
+        std::memset(static_cast<void*>(array.elements), 0, 2 * sizeof(Element));
+        (*this)(array.elements[0]);
+        (*this)(array.elements[1]);
+    }
+    template <class T>
+    void operator()(UaStackTypeArray<T>& array)
+    {
+        array.resize(2);
+        (*this)(array[0]);
+        (*this)(array[1]);
+    }
+    void operator()(UaString& value) { value = UaString(text()); }
+    void operator()(QByteArray& value) { value = text(); }
+    void operator()(OpcUa_String& value)
+    {
+        const QByteArray bytes = text();
+        OpcUa_String_Assign(&value, bytes.constData(), OpcUa_Int32(bytes.size()));
+    }
+    void operator()(OpcUa_ByteString& value)
+    {
+        OpcUa_ByteString_Assign(&value, "\x30\x82\x00\xff", 4);
+    }
+};
 
 template <class T>
-UaStackTypeArray<T> array(OpcUa_UInt32 count)
+UaStackTypeArray<T> filledArray(OpcUa_UInt32 count)
 {
     UaStackTypeArray<T> result;
     result.resize(count);
     for (T& element : result)
-        fill(element);
+        Filler()(element);
     return result;
 }
-
-} // namespace Samples
