@@ -1,145 +1,61 @@
-// Our client and a foreign client read the same servers: foreign ones, which puts our decoder to
-// the test, and our demo server, whose encoder the foreign client puts to the test.
+// Software of another make agrees with ours: its client with what harrier prints of its servers and
+// of our demo server, its server with a certificate that we made.
 
 #include "support/peerprocess.h"
 #include "support/warnings.h"
 
-#include <Kestrel/UaDiscovery>
+#include <Kestrel/UaPkiCertificate>
+#include <Kestrel/UaPkiRsaKeyPair>
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
-
-using namespace UaClientSdk;
+#include <QtCore/QTemporaryDir>
+#include <QtCore/QUrl>
+#include <QtNetwork/QNetworkInterface>
+#include <QtNetwork/QTcpSocket>
 
 namespace {
 
-constexpr int clientTimeout = 60000; // ms
+constexpr int timeout = 120'000; // ms
 
-QString script(const char* name)
+// The lines that a program prints.
+QByteArrayList outputOf(const QString& program, const QStringList& arguments)
 {
-    return QStringLiteral(PEERS "/") + name;
+    QProcess process;
+    process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    process.start(program, arguments);
+    if (!process.waitForFinished(timeout) || process.exitCode() != 0)
+        qWarning() << program << arguments << "failed";
+    return process.readAllStandardOutput().trimmed().split('\n');
 }
 
-// The null String is not the empty one.
-QJsonValue text(const OpcUa_String& value)
-{
-    if (!value.Data)
-        return QJsonValue::Null;
-    return QString::fromUtf8(value.Data, value.Length);
-}
-
-QJsonObject toJson(const OpcUa_ApplicationDescription& value)
-{
-    QJsonArray urls;
-    for (int i = 0; i < value.NoOfDiscoveryUrls; ++i)
-        urls.append(text(value.DiscoveryUrls[i]));
-    return {{"applicationUri", text(value.ApplicationUri)},
-            {"productUri", text(value.ProductUri)},
-            {"applicationName", QJsonObject{{"locale", text(value.ApplicationName.Locale)},
-                                            {"text", text(value.ApplicationName.Text)}}},
-            {"applicationType", int(value.ApplicationType)},
-            {"gatewayServerUri", text(value.GatewayServerUri)},
-            {"discoveryProfileUri", text(value.DiscoveryProfileUri)},
-            {"discoveryUrls", urls}};
-}
-
-QJsonObject toJson(const OpcUa_EndpointDescription& value)
-{
-    QJsonArray tokens;
-    for (int i = 0; i < value.NoOfUserIdentityTokens; ++i) {
-        const OpcUa_UserTokenPolicy& token = value.UserIdentityTokens[i];
-        tokens.append(QJsonObject{{"policyId", text(token.PolicyId)},
-                                  {"tokenType", int(token.TokenType)},
-                                  {"issuedTokenType", text(token.IssuedTokenType)},
-                                  {"issuerEndpointUrl", text(token.IssuerEndpointUrl)},
-                                  {"securityPolicyUri", text(token.SecurityPolicyUri)}});
-    }
-    QJsonValue certificate;
-    if (value.ServerCertificate.Data)
-        certificate = QString::fromLatin1(
-            QByteArray(reinterpret_cast<const char*>(value.ServerCertificate.Data),
-                       value.ServerCertificate.Length)
-                .toHex());
-    return {{"endpointUrl", text(value.EndpointUrl)},
-            {"server", toJson(value.Server)},
-            {"serverCertificate", certificate},
-            {"securityMode", int(value.SecurityMode)},
-            {"securityPolicyUri", text(value.SecurityPolicyUri)},
-            {"userIdentityTokens", tokens},
-            {"transportProfileUri", text(value.TransportProfileUri)},
-            {"securityLevel", int(value.SecurityLevel)}};
-}
-
-template <class T>
-QJsonArray toJson(const UaStackTypeArray<T>& values)
-{
-    QJsonArray array;
-    for (const T& value : values)
-        array.append(toJson(value));
-    return array;
-}
-
-/// For comparisons that name the first line that differs.
-QStringList lines(const QJsonArray& array)
-{
-    return QString::fromUtf8(QJsonDocument(array).toJson()).split('\n');
-}
-
-/// What the foreign client prints, an array a URL; empty after a failure.
+// What the foreign client reads, an array a URL.
 QJsonArray foreignClient(const QStringList& arguments)
 {
-    QProcess client;
-    client.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    client.start(NODE, QStringList{script("client.mjs")} + arguments);
-    if (!client.waitForFinished(clientTimeout) || client.exitStatus() != QProcess::NormalExit ||
-        client.exitCode() != 0) {
-        qWarning() << "client.mjs failed:" << arguments << client.errorString();
-        return {};
-    }
     QJsonArray results;
-    while (client.canReadLine())
-        results.append(QJsonDocument::fromJson(client.readLine()).array());
+    for (const QByteArray& line : outputOf(NODE, QStringList(PEERS "/client.mjs") + arguments))
+        results.append(QJsonDocument::fromJson(line).array());
     return results;
 }
 
-/// Our client's FindServers, compared with the foreign one's.
-void readServers(const QString& url, QJsonArray* servers)
+// As harrier prints it: the null String as the empty one, of an application's name the text alone.
+QJsonValue asPrinted(const QJsonValue& value)
 {
-    UaStackTypeArray<OpcUa_ApplicationDescription> found;
-    const UaStatus status = UaDiscovery().findServers({}, url.toUtf8().constData(), {}, found);
-    QCOMPARE(status.toString().toUtf8(), "Good");
-    *servers = toJson(found);
-    QCOMPARE(lines(QJsonArray{*servers}), lines(foreignClient({"--find-servers", url})));
-}
-
-/// The endpoints of each server, read and compared likewise.
-void readEndpoints(const QStringList& urls, QJsonArray* endpoints)
-{
-    for (const QString& url : urls) {
-        UaStackTypeArray<OpcUa_EndpointDescription> found;
-        const UaStatus status = UaDiscovery().getEndpoints({}, url.toUtf8().constData(), {}, found);
-        QCOMPARE(status.toString().toUtf8(), "Good");
-        endpoints->append(toJson(found));
+    if (value.isNull())
+        return "";
+    if (value.isArray()) {
+        QJsonArray array;
+        for (const QJsonValue& element : value.toArray())
+            array.append(asPrinted(element));
+        return array;
     }
-    QCOMPARE(lines(*endpoints), lines(foreignClient(urls)));
-}
-
-QStringList discoveryUrls(const QJsonArray& servers)
-{
-    QStringList list;
-    for (const QJsonValue& server : servers)
-        for (const QJsonValue& url : server["discoveryUrls"].toArray())
-            list.append(url.toString());
-    return list;
-}
-
-QStringList names(const QJsonArray& servers)
-{
-    QStringList list;
-    for (const QJsonValue& server : servers)
-        list.append(server["applicationName"]["text"].toString());
-    return list;
+    if (!value.isObject())
+        return value;
+    QJsonObject object = value.toObject();
+    for (auto field = object.begin(); field != object.end(); ++field)
+        *field = asPrinted(field.key() == "applicationName" ? QJsonValue(*field)["text"] : *field);
+    return object;
 }
 
 } // namespace
@@ -150,83 +66,103 @@ class tst_Peers : public QObject
 
 private Q_SLOTS:
     void init() { failOnWarnings(); }
-    void foreignServer();
-    void foreignDiscoveryServer();
-#ifdef DEMO_SERVER
-    void demoServer();
-#endif
+    void discovery_data();
+    void discovery();
+    void secureSession_data();
+    void secureSession();
 };
 
-void tst_Peers::foreignServer()
+void tst_Peers::discovery_data()
 {
+    QTest::addColumn<QString>("program");
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("servers");
+    QTest::newRow("foreign servers") << NODE << QStringList(PEERS "/discovery-server.mjs") << 3;
+    QTest::newRow("demo servers") << DEMO_SERVER << QStringList({"--port", "0", "--until-eof"})
+                                  << 4;
+}
+
+void tst_Peers::discovery()
+{
+    QFETCH(QString, program);
+    QFETCH(QStringList, arguments);
     PeerProcess server;
-    const QString url = server.start(NODE, {script("server.mjs")});
-    QVERIFY(!url.isEmpty());
-
-    QJsonArray servers;
-    readServers(url, &servers);
-    QCOMPARE(discoveryUrls(servers), QStringList{url});
-
-    QJsonArray all;
-    readEndpoints({url}, &all);
-    const QJsonArray endpoints = all[0].toArray();
-    QCOMPARE(endpoints.size(), 7);
-    QSet<QPair<QString, int>> kinds;
-    for (const QJsonValue& endpoint : endpoints) {
-        kinds.insert({endpoint["securityPolicyUri"].toString(), endpoint["securityMode"].toInt()});
-        QVERIFY(!endpoint["serverCertificate"].toString().isEmpty());
-        QVERIFY(!endpoint["userIdentityTokens"].toArray().isEmpty());
+    const QString url = server.start(program, arguments);
+    for (const QHostAddress& address : QNetworkInterface::allAddresses()) {
+        QTcpSocket socket; // they are there for this machine only
+        socket.connectToHost(address, quint16(QUrl(url).port()));
+        QVERIFY(!socket.waitForConnected(1000) || address.isLoopback());
     }
-    QCOMPARE(kinds.size(), 7);
-    QVERIFY(server.stop());
-}
-
-void tst_Peers::foreignDiscoveryServer()
-{
-    PeerProcess server;
-    const QString url = server.start(NODE, {script("discovery-server.mjs")});
-    QVERIFY(!url.isEmpty());
-
-    QJsonArray servers;
-    readServers(url, &servers);
-    QCOMPARE(names(servers),
-             QStringList({"Discovery", "Boiler house", "Bottling line", "Water treatment"}));
-    const QStringList urls = discoveryUrls(servers);
-    QCOMPARE(urls.size(), 4);
-    QJsonArray endpoints;
-    readEndpoints(urls, &endpoints);
-    for (int i = 0; i < urls.size(); ++i)
-        QCOMPARE(endpoints[i].toArray().size(), 7);
-    QVERIFY(server.stop());
-}
-
-#ifdef DEMO_SERVER
-void tst_Peers::demoServer()
-{
-    PeerProcess server;
-    const QString url = server.start(DEMO_SERVER, {"--port", "0", "--until-eof"});
-    QVERIFY(!url.isEmpty());
-
-    QJsonArray servers;
-    readServers(url, &servers);
-    QCOMPARE(names(servers), QStringList({"Plant discovery", "Boiler house",
-                                          QString::fromUtf8("Bottling line K\xc3\xb6ln"),
-                                          "Water treatment", "Historian"}));
-    const QStringList urls = discoveryUrls(servers);
-    QCOMPARE(urls.size(), servers.size());
-    QJsonArray all;
-    readEndpoints(urls, &all);
-    for (int i = 0; i < urls.size(); ++i) {
-        const QJsonArray endpoints = all[i].toArray();
-        QVERIFY(!endpoints.isEmpty());
-        for (const QJsonValue& endpoint : endpoints) {
-            QCOMPARE(endpoint["endpointUrl"].toString(), urls[i]);
-            QCOMPARE(endpoint.toObject()["server"], servers[i]);
+    QJsonArray expected;
+    for (const QJsonValue& found : foreignClient({"--find-servers", url})[0].toArray()) {
+        const QString serverUrl = found["discoveryUrls"][0].toString();
+        if (found["applicationType"] != 3) // the discovery server itself
+            expected.append(QJsonObject{{"type", "server"},
+                                        {"name", found["applicationName"]["text"]},
+                                        {"url", serverUrl},
+                                        {"children", asPrinted(foreignClient({serverUrl})[0])}});
+    }
+    QTEST(int(expected.size()), "servers");
+    const QByteArray json = outputOf(HARRIER, {"--discover", url}).join();
+    QJsonArray printed;
+    for (QJsonValue node : QJsonDocument::fromJson(json)["nodes"][0]["children"].toArray()) {
+        QJsonArray endpoints;
+        for (const QJsonValue& endpoint : node["children"].toArray()) {
+            QJsonObject fields = endpoint.toObject();
+            for (const char* added : {"type", "name", "children"}) // for the tree
+                fields.remove(QLatin1String(added));
+            endpoints.append(fields);
         }
+        QVERIFY(endpoints.size() >= 4);
+        QJsonObject object = node.toObject();
+        object["children"] = endpoints;
+        printed.append(object);
     }
+    QCOMPARE(QJsonDocument(printed).toJson().split('\n'),
+             QJsonDocument(expected).toJson().split('\n'));
     QVERIFY(server.stop());
 }
-#endif
+
+void tst_Peers::secureSession_data()
+{
+    QTest::addColumn<int>("bits");
+    QTest::addColumn<QString>("failure");
+    QTest::newRow("2048 bits") << 2048 << "";
+    QTest::newRow("4096 bits") << 4096 << "";
+    QTest::newRow("not trusted") << 2048 << "Bad";
+}
+
+void tst_Peers::secureSession()
+{
+    QFETCH(int, bits);
+    QFETCH(QString, failure);
+    const QTemporaryDir directory;
+    UaPkiIdentity identity;
+    identity.commonName = "Pumpenw\xc3\xa4rter";
+    identity.country = "DE";
+    UaPkiCertificateInfo info;
+    info.applicationUri = "urn:localhost:plant:PumpStation";
+    info.dnsName = "localhost";
+    const UaPkiRsaKeyPair pair(bits);
+    const UaPkiCertificate own(info, identity, pair.publicKey(), identity, pair.privateKey());
+    const QStringList files = {directory.filePath("own.der"), directory.filePath("own.pem")};
+    QVERIFY(own.toDERFile(files[0].toUtf8()) && pair.toPEMFile(files[1].toUtf8()));
+    QStringList arguments = QStringList(PEERS "/secure-session.mjs") + files;
+    arguments.append(QString::fromUtf8(info.applicationUri.toUtf8()));
+    if (!failure.isEmpty())
+        arguments.append("--untrusted");
+    const QByteArray output = outputOf(NODE, arguments).join();
+    QJsonObject seen = QJsonDocument::fromJson(output).object();
+    QVERIFY2(seen.take("failure").toString().contains(failure), output);
+    const QJsonObject expected{
+        {"applicationUri", arguments[3]},
+        {"thumbprint", QString::fromLatin1(own.thumbprint().bytes().toHex())},
+        {"securityMode", "SignAndEncrypt"},
+        {"securityPolicy", "http://opcfoundation.org/UA/SecurityPolicy#Basic256Sha256"},
+        {"serverState", 0}, // Running
+    };
+    QVERIFY2(seen == (failure.isEmpty() ? expected : QJsonObject()), output);
+}
 
 QTEST_GUILESS_MAIN(tst_Peers)
 #include "tst_peers.moc"
