@@ -139,7 +139,8 @@ void tst_Harrier::connects()
                  name + "secret");
         QTest::mouseClick(keep, Qt::LeftButton, {}, mark);
         QTest::mouseClick(use, Qt::LeftButton); // in place
-        run.open("Aes256", boiler, true);       // files it, too
+        QCOMPARE(run.host.endpoint().password(), "");
+        run.open("Aes256", boiler, true); // files it, too
         QCOMPARE(run.window.currentView()->noOfRecentNodes(), 2);
         run.open(name);
         run.window.resize(1000, 700);
