@@ -10,6 +10,7 @@
 #include "uanodeid.h"
 #include "uastatuscode.h"
 
+#include <algorithm>
 #include <charconv>
 #include <type_traits>
 
@@ -17,6 +18,8 @@ namespace {
 
 // The longest text of an array, in bytes: about a line.
 constexpr qsizetype maxArrayText = 200;
+// The most dimensions of a matrix that braces tell; the last of them stands for all the rest.
+constexpr OpcUa_Int32 maxBraces = 32;
 
 template <class T>
 QByteArray numberText(const void* element, ValueText)
@@ -136,11 +139,15 @@ public:
     {
     }
 
-    // One level of braces for each length; the elements come in row-major order.
+    // One level of braces for each length, as far as it goes; the elements come in row-major order.
     QByteArray text(const OpcUa_UInt32* lengths, OpcUa_Int32 levels)
     {
         m_text.clear();
         m_next = 0;
+        m_innermost = 1;
+        for (; levels > maxBraces; --levels)
+            m_innermost = std::min(m_innermost * lengths[levels - 1], m_elements.count);
+        m_innermost = std::min(m_innermost * lengths[levels - 1], m_elements.count);
         appendLevel(lengths, levels);
         return m_text;
     }
@@ -153,7 +160,8 @@ private:
     {
         m_text += '{';
         bool more = true;
-        for (OpcUa_UInt32 i = 0; more && i < *lengths && m_next < m_elements.count; ++i) {
+        const std::size_t length = levels > 1 ? *lengths : m_innermost;
+        for (std::size_t i = 0; more && i < length && m_next < m_elements.count; ++i) {
             if (i > 0)
                 m_text += ", ";
             more = levels > 1 ? appendLevel(lengths + 1, levels - 1) : appendElement();
@@ -180,6 +188,7 @@ private:
     const OpcUaElements m_elements;
     const std::size_t m_size;
     QByteArray m_text;
+    std::size_t m_innermost = 0; // elements in the innermost braces
     std::size_t m_next = 0;
 };
 
