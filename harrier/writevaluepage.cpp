@@ -214,6 +214,7 @@ void WriteValuePage::showExample(int index)
         m_variant->setValue(example.create());
     } else {
         auto* field = new QvelEditWidgetArray;
+        field->setWritesOnlyChanges(true);
         field->setEnumInfo(info);
         field->setValue(example.create());
         connect(field, &QvelEditWidgetArray::valueChanged, this, &WriteValuePage::showValue);

@@ -1,13 +1,12 @@
 #include "arrayeditors.h"
 
+#include "base/ownmodal_p.h"
 #include "elementdialog_p.h"
 #include "elementstore_p.h"
 #include "platform/types/variantelements_p.h"
 
-#include <QtWidgets/QMessageBox>
-
 QvelArrayModel::QvelArrayModel(UaVariant* value, bool readOnly, QObject* parent)
-    : QAbstractTableModel(parent), d(new ElementStore(value, readOnly))
+    : QvelElementModel(value, readOnly, parent)
 {
 }
 
@@ -18,30 +17,10 @@ int QvelArrayModel::rowCount(const QModelIndex& parent) const
     return parent.isValid() ? 0 : d->value().arraySize() - m_pending;
 }
 
-int QvelArrayModel::columnCount(const QModelIndex& /*parent*/) const
-{
-    return 1;
-}
-
-QVariant QvelArrayModel::data(const QModelIndex& index, int role) const
-{
-    return d->data(index, role);
-}
-
-bool QvelArrayModel::setData(const QModelIndex& index, const QVariant& value, int role)
-{
-    return d->setData(index, value, role);
-}
-
 QVariant QvelArrayModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
     const bool isRow = orientation == Qt::Vertical && section >= 0 && section < rowCount();
     return isRow && role == Qt::DisplayRole ? QString::number(section) : QVariant();
-}
-
-Qt::ItemFlags QvelArrayModel::flags(const QModelIndex& index) const
-{
-    return d->flags(index, rowCount());
 }
 
 bool QvelArrayModel::addElement()
@@ -82,11 +61,6 @@ void QvelArrayModel::refresh()
     endResetModel();
 }
 
-void QvelArrayModel::setEnumInfo(const QvelEnumInfo& info)
-{
-    d->setEnumInfo(info);
-}
-
 QvelDialogWidgetArray::QvelDialogWidgetArray(const UaVariant& value, QvelDialogWidgetFlags flags,
                                              QWidget* parent, Qt::WindowFlags windowFlags)
     : QvelDialogWidgetBase(flags, parent, windowFlags), d(new ElementDialog(this)),
@@ -100,18 +74,10 @@ QvelDialogWidgetArray::QvelDialogWidgetArray(const UaVariant& value, QvelDialogW
     remove->setAccessibleName(tr("Remove last element"));
     d->layOut(mainLayout(), buttonBox(), m_model, {add, remove},
               tr("Writing values of this type\nis currently not supported."));
+    d->watch(this, &QvelDialogWidgetArray::sltResizeView, &QvelDialogWidgetArray::sltValueChanged);
     connect(add, &QToolButton::clicked, this, &QvelDialogWidgetArray::sltAddElement);
     connect(remove, &QToolButton::clicked, this, &QvelDialogWidgetArray::sltRemoveElement);
-    connect(m_model, &QAbstractItemModel::rowsInserted, this,
-            &QvelDialogWidgetArray::sltResizeView);
-    connect(m_model, &QAbstractItemModel::rowsRemoved, this, &QvelDialogWidgetArray::sltResizeView);
-    connect(m_model, &QAbstractItemModel::headerDataChanged, this,
-            &QvelDialogWidgetArray::sltResizeView);
-    connect(m_model, &QAbstractItemModel::modelReset, this, &QvelDialogWidgetArray::sltResizeView);
-    connect(m_model, &QAbstractItemModel::dataChanged, this,
-            &QvelDialogWidgetArray::sltValueChanged);
-    d->value = value;
-    d->applyType();
+    d->take(value);
     m_model->refresh();
 }
 
@@ -128,8 +94,7 @@ void QvelDialogWidgetArray::setValue(const UaVariant& value)
 {
     if (value.arrayType() != OpcUa_VariantArrayType_Array)
         return;
-    d->value = value;
-    d->applyType();
+    d->take(value);
     m_model->refresh();
 }
 
@@ -143,8 +108,20 @@ void QvelDialogWidgetArray::setInitialValue(OpcUa_Byte builtInType, OpcUa_UInt32
 
 void QvelDialogWidgetArray::setEnumInfo(const QvelEnumInfo& info)
 {
-    m_model->setEnumInfo(info);
-    d->setNamed(info.kind != QvelEnumInfo::NoEnumeration);
+    d->setEnumInfo(info);
+}
+
+void QvelDialogWidgetArray::setWritesOnlyChanges(bool onlyChanges)
+{
+    d->setWritesOnlyChanges(onlyChanges);
+}
+
+// A window that gets its size only when it is shown may not stay where it was moved.
+void QvelDialogWidgetArray::setVisible(bool visible)
+{
+    if (visible && !isVisible())
+        d->table->makeRoom();
+    QvelDialogWidgetBase::setVisible(visible);
 }
 
 void QvelDialogWidgetArray::sltResizeView()
@@ -154,22 +131,28 @@ void QvelDialogWidgetArray::sltResizeView()
 
 void QvelDialogWidgetArray::sltAddElement()
 {
-    if (m_model->addElement())
+    const int rows = m_model->rowCount();
+    change(&QvelArrayModel::addElement);
+    if (m_model->rowCount() > rows)
         d->table->showLastRow();
-    else
-        showNoMemory();
 }
 
 void QvelDialogWidgetArray::sltRemoveElement()
 {
-    if (!m_model->removeElement())
-        showNoMemory();
+    change(&QvelArrayModel::removeElement);
 }
 
 // The buttons of a type that cannot be edited are not there to be clicked.
-void QvelDialogWidgetArray::showNoMemory()
+void QvelDialogWidgetArray::change(bool (QvelArrayModel::*change)())
 {
-    QMessageBox::warning(this, tr("Array"), tr("There is not enough memory to change the array."));
+    const bool isFull = change == &QvelArrayModel::addElement &&
+                        !d->table->hasRoomFor(std::size_t(m_model->rowCount()) + 1);
+    if (!isFull && (m_model->*change)())
+        return;
+    d->clicked.run(qobject_cast<QAbstractButton*>(sender()), [this] {
+        runMessageBox(this, QMessageBox::Warning, tr("Array"),
+                      tr("There is not enough memory to change the array."));
+    });
 }
 
 void QvelDialogWidgetArray::sltValueChanged()
@@ -180,30 +163,22 @@ void QvelDialogWidgetArray::sltValueChanged()
 QvelEditWidgetArray::QvelEditWidgetArray(QvelEditWidgetFlags flags, QWidget* parent,
                                          Qt::WindowFlags windowFlags)
     : QvelEditWidgetBase(flags, parent, windowFlags),
-      d(new ElementField<QvelDialogWidgetArray>(this))
+      d(new ElementField<QvelDialogWidgetArray>(this, &QvelEditWidgetArray::sltDialogWidgetAccepted,
+                                                &QvelEditWidgetArray::sltDialogWidgetRejected,
+                                                &QvelEditWidgetArray::sltShowDialogWidget))
 {
-    connect(d->dialog(), &QDialog::accepted, this, &QvelEditWidgetArray::sltDialogWidgetAccepted);
-    connect(d->dialog(), &QDialog::rejected, this, &QvelEditWidgetArray::sltDialogWidgetRejected);
-    connect(d->dialog(), &QvelDialogWidgetArray::valueChanged, this,
-            &QvelEditWidgetArray::valueChanged);
-    connect(d->button(), &QToolButton::clicked, this, &QvelEditWidgetArray::sltShowDialogWidget);
 }
 
 QvelEditWidgetArray::~QvelEditWidgetArray() = default;
 
 UaVariant QvelEditWidgetArray::value(bool* ok) const
 {
-    if (ok)
-        *ok = false;
-    return d->dialog()->value(ok);
+    return d->value(ok);
 }
 
 void QvelEditWidgetArray::setValue(const UaVariant& value)
 {
-    if (value.arrayType() != OpcUa_VariantArrayType_Array)
-        return;
-    d->dialog()->setValue(value);
-    d->take();
+    d->setValue(value, OpcUa_VariantArrayType_Array);
 }
 
 void QvelEditWidgetArray::setInitialValue(OpcUa_Byte builtInType, OpcUa_UInt32 length)
@@ -215,6 +190,11 @@ void QvelEditWidgetArray::setInitialValue(OpcUa_Byte builtInType, OpcUa_UInt32 l
 void QvelEditWidgetArray::setEnumInfo(const QvelEnumInfo& info)
 {
     d->setEnumInfo(info, tr("This array type cannot be displayed"));
+}
+
+void QvelEditWidgetArray::setWritesOnlyChanges(bool onlyChanges)
+{
+    d->dialog()->setWritesOnlyChanges(onlyChanges);
 }
 
 // Edits in the dialog are not told one by one; what was accepted is.

@@ -1,40 +1,27 @@
 #pragma once
 
 #include "../base/editorbases.h"
-
-#include <QtCore/QAbstractTableModel>
-
-#include <memory>
+#include "elementmodel.h"
 
 class ElementDialog;
-class ElementStore;
 class QvelDialogWidgetArray;
-class QvelEnumInfo;
 template <class Dialog>
 class ElementField;
 
 /// \file
 /// Editors of a one-dimensional array of any built-in type. Arrays of ExtensionObject, DataValue,
-/// Variant and DiagnosticInfo are shown but not changed. At most 33,554,432 elements are edited.
+/// Variant and DiagnosticInfo are shown but not changed.
 
-/// The elements of an array as one column, edited in place. User-interface thread only.
-///
-/// An edit emits no dataChanged(): the value is taken from the dialog when it is accepted.
-class KESTREL_EXPORT QvelArrayModel : public QAbstractTableModel
+/// The elements of an array. User-interface thread only.
+class KESTREL_EXPORT QvelArrayModel : public QvelElementModel
 {
 public:
-    /// `value` is not owned and must outlive the model. It is detached from its copies before it
-    /// is changed. Whoever replaces it calls refresh().
     QvelArrayModel(UaVariant* value, bool readOnly, QObject* parent = nullptr);
     ~QvelArrayModel() override;
 
     int rowCount(const QModelIndex& parent = {}) const override;
-    int columnCount(const QModelIndex& parent = {}) const override;
-    QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
-    bool setData(const QModelIndex& index, const QVariant& value, int role = Qt::EditRole) override;
     QVariant headerData(int section, Qt::Orientation orientation,
                         int role = Qt::DisplayRole) const override;
-    Qt::ItemFlags flags(const QModelIndex& index) const override;
 
     /// Appends a null value. False for a type that cannot be edited, and, with nothing changed,
     /// when there is no memory.
@@ -42,14 +29,15 @@ public:
     /// Drops the last element, if there is one. False as for addElement().
     bool removeElement();
     void refresh();
-    void setEnumInfo(const QvelEnumInfo& info);
 
 private:
-    const std::unique_ptr<ElementStore> d;
     int m_pending = 0; // elements that are there but not yet announced
 };
 
 /// Dialog editor of an array. The value is always valid.
+///
+/// A cell that is being edited while setValue() comes stays open with what was typed where its row
+/// still exists and takes the same editor; else the user is told that it was dropped.
 class KESTREL_EXPORT QvelDialogWidgetArray : public QvelDialogWidgetBase
 {
     Q_OBJECT
@@ -64,6 +52,10 @@ public:
     void setInitialValue(OpcUa_Byte builtInType, OpcUa_UInt32 length);
     /// Names for the elements, as 32-bit integers.
     void setEnumInfo(const QvelEnumInfo& info);
+    /// As QvelModelDelegate::setWritesOnlyChanges(), for the cells.
+    void setWritesOnlyChanges(bool onlyChanges);
+
+    void setVisible(bool visible) override;
 
 Q_SIGNALS:
     void valueChanged(UaVariant value);
@@ -75,7 +67,7 @@ private Q_SLOTS:
     void sltValueChanged();
 
 private:
-    void showNoMemory();
+    void change(bool (QvelArrayModel::*change)());
 
     const std::unique_ptr<ElementDialog> d;
     QvelArrayModel* m_model;
@@ -97,6 +89,8 @@ public:
     void setInitialValue(OpcUa_Byte builtInType, OpcUa_UInt32 length);
     /// Names for the elements. From then on, the line does not show the array.
     void setEnumInfo(const QvelEnumInfo& info);
+    /// As QvelModelDelegate::setWritesOnlyChanges(), for the cells.
+    void setWritesOnlyChanges(bool onlyChanges);
 
 Q_SIGNALS:
     void valueChanged(UaVariant value);

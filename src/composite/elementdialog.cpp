@@ -1,5 +1,6 @@
 #include "elementdialog_p.h"
 
+#include "elementmodel.h"
 #include "elementstore_p.h"
 #include "modeldelegate.h"
 
@@ -19,14 +20,16 @@ ElementDialog::~ElementDialog()
     delete table;
 }
 
-void ElementDialog::layOut(QVBoxLayout* layout, QDialogButtonBox* box, QAbstractItemModel* model,
+void ElementDialog::layOut(QVBoxLayout* layout, QDialogButtonBox* box, QvelElementModel* model,
                            const QList<QAbstractButton*>& buttons, const QString& unsupported)
 {
+    m_model = model;
     m_buttons = buttons;
     m_unsupported = new QLabel(unsupported);
     m_ok = box->button(QDialogButtonBox::Ok);
+    m_delegate = new QvelModelDelegate(m_dialog);
     table->setModel(model);
-    table->setItemDelegate(new QvelModelDelegate(m_dialog));
+    table->setItemDelegate(m_delegate);
 
     auto* row = new QHBoxLayout;
     row->setContentsMargins(0, 0, 0, 0);
@@ -43,6 +46,7 @@ void ElementDialog::layOut(QVBoxLayout* layout, QDialogButtonBox* box, QAbstract
         QWidget::setTabOrder(last, next);
         last = next;
     }
+    table->setFocus();
 
     const auto flags = m_dialog->flags();
     for (QAbstractButton* button : m_buttons)
@@ -52,20 +56,32 @@ void ElementDialog::layOut(QVBoxLayout* layout, QDialogButtonBox* box, QAbstract
         m_ok->setEnabled(false);
 }
 
-void ElementDialog::applyType()
+void ElementDialog::take(const UaVariant& taken)
 {
+    value = taken;
     const bool isEditable = isEditableType(value.type());
     if (!isEditable)
         m_ok->setEnabled(false);
     m_unsupported->setVisible(!isEditable);
     for (QAbstractButton* button : m_buttons)
         button->setVisible(isEditable);
-    table->setUnbroken(!m_isNamed && isUnbrokenText(value.type()));
+    applyUnbroken();
 }
 
-void ElementDialog::setNamed(bool isNamed)
+void ElementDialog::setEnumInfo(const QvelEnumInfo& info)
 {
-    m_isNamed = isNamed;
-    table->setUnbroken(!m_isNamed && isUnbrokenText(value.type()));
+    m_model->setEnumInfo(info);
+    m_isNamed = info.kind != QvelEnumInfo::NoEnumeration;
+    applyUnbroken();
     table->fitContents();
+}
+
+void ElementDialog::setWritesOnlyChanges(bool onlyChanges)
+{
+    m_delegate->setWritesOnlyChanges(onlyChanges);
+}
+
+void ElementDialog::applyUnbroken()
+{
+    table->setUnbroken(!m_isNamed && isUnbrokenText(value.type()));
 }

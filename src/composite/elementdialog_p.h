@@ -5,10 +5,41 @@
 #include "elementtable_p.h"
 #include "platform/types/uastring.h"
 
+#include <QtCore/QPointer>
 #include <QtWidgets/QAbstractButton>
 
-class QAbstractItemModel;
 class QDialogButtonBox;
+class QvelElementModel;
+class QvelModelDelegate;
+
+/// The button in whose click a modal dialog runs. Whoever deletes the button's owner meanwhile must
+/// not delete the button, to which the click returns.
+class ClickedButton
+{
+public:
+    ClickedButton() = default;
+    ~ClickedButton()
+    {
+        if (m_button)
+            m_button->setParent(nullptr);
+    }
+    Q_DISABLE_COPY_MOVE(ClickedButton)
+
+    /// `button` may be null. This object may be gone when `work` returns.
+    template <class Work>
+    void run(QAbstractButton* button, Work work)
+    {
+        const QPointer<QAbstractButton> clicked = m_button = button;
+        work();
+        if (clicked && clicked->parent())
+            m_button = nullptr;
+        else if (clicked)
+            clicked->deleteLater();
+    }
+
+private:
+    QPointer<QAbstractButton> m_button;
+};
 
 /// What the dialogs of arrays and matrices have in common: the value, its table, and the row of
 /// buttons below.
@@ -21,19 +52,36 @@ public:
 
     UaVariant value;
     ElementTable* const table;
+    ClickedButton clicked;
 
     bool isReadOnly() const { return m_dialog->flags().testFlag(QvelDialogWidgetBase::ReadOnly); }
     /// Fills the dialog's layout. `buttons` change the number of elements.
-    void layOut(QVBoxLayout* layout, QDialogButtonBox* box, QAbstractItemModel* model,
+    void layOut(QVBoxLayout* layout, QDialogButtonBox* box, QvelElementModel* model,
                 const QList<QAbstractButton*>& buttons, const QString& unsupported);
-    /// Whether the elements are named, and so shown in words.
-    void setNamed(bool isNamed);
-    /// Follows a change of the value's type, before the model does. A type that cannot be written
-    /// disables "Write", and does so for good.
-    void applyType();
+    /// Connects the model to the dialog's slots.
+    template <class Dialog>
+    void watch(Dialog* dialog, void (Dialog::*resize)(), void (Dialog::*changed)())
+    {
+        const QAbstractItemModel* model = table->model();
+        QObject::connect(model, &QAbstractItemModel::rowsInserted, dialog, resize);
+        QObject::connect(model, &QAbstractItemModel::rowsRemoved, dialog, resize);
+        QObject::connect(model, &QAbstractItemModel::headerDataChanged, dialog, resize);
+        QObject::connect(model, &QAbstractItemModel::modelReset, dialog, resize);
+        QObject::connect(model, &QAbstractItemModel::dataChanged, dialog, changed);
+    }
+    /// Takes a value, before the model does. A type that cannot be written disables "Write", and
+    /// does so for good.
+    void take(const UaVariant& taken);
+    /// Names for the elements, which are then shown in words.
+    void setEnumInfo(const QvelEnumInfo& info);
+    void setWritesOnlyChanges(bool onlyChanges);
 
 private:
+    void applyUnbroken();
+
     QvelDialogWidgetBase* const m_dialog;
+    QvelElementModel* m_model = nullptr;
+    QvelModelDelegate* m_delegate = nullptr;
     QList<QAbstractButton*> m_buttons;
     QLabel* m_unsupported = nullptr;
     QAbstractButton* m_ok = nullptr;
@@ -45,24 +93,44 @@ template <class Dialog>
 class ElementField
 {
 public:
-    explicit ElementField(QvelEditWidgetBase* field)
+    template <class Field>
+    ElementField(Field* field, void (Field::*accepted)(), void (Field::*rejected)(),
+                 void (Field::*show)())
         : m_field(field), m_edit(nullptr),
           m_dialog(new Dialog(UaVariant(), dialogFlags(field->flags()), field))
     {
         const EditFieldControls controls = layOutEditField(field);
         m_edit = controls.edit;
         m_button = controls.button;
+        QObject::connect(m_dialog, &QDialog::accepted, field, accepted);
+        QObject::connect(m_dialog, &QDialog::rejected, field, rejected);
+        QObject::connect(m_dialog, &Dialog::valueChanged, field, &Field::valueChanged);
+        QObject::connect(m_button, &QToolButton::clicked, field, show);
     }
 
     Dialog* dialog() const { return m_dialog; }
-    QToolButton* button() const { return m_button; }
 
+    UaVariant value(bool* ok) const
+    {
+        if (ok)
+            *ok = false;
+        return m_dialog->value(ok);
+    }
+    void setValue(const UaVariant& value, OpcUa_VariantArrayType arrayType)
+    {
+        if (value.arrayType() != arrayType)
+            return;
+        m_dialog->setValue(value);
+        take();
+    }
     /// Makes the dialog's value the last accepted one.
     void take()
     {
         m_value = m_dialog->value(nullptr);
-        if (!m_showsEnum)
-            showWhole(m_edit, textFromUtf8(m_value.toFullString().bytes()));
+        if (m_showsEnum)
+            return;
+        showWhole(m_edit, textFromUtf8(m_value.toFullString().bytes()));
+        m_edit->setCursorPosition(0);
     }
     /// Gives the last accepted value back to the dialog.
     void restore() { m_dialog->setValue(m_value); }
@@ -76,10 +144,11 @@ public:
         m_edit->setText(text);
         m_showsEnum = true;
     }
+    /// The field may be gone when this returns.
     void run()
     {
         m_dialog->move(m_field->mapToGlobal(m_edit->pos()));
-        m_dialog->exec();
+        m_clicked.run(m_button, [dialog = m_dialog] { dialog->exec(); });
     }
 
 private:
@@ -98,6 +167,7 @@ private:
     QLineEdit* m_edit;
     QToolButton* m_button;
     Dialog* const m_dialog;
+    ClickedButton m_clicked;
     UaVariant m_value;
     bool m_showsEnum = false;
 };

@@ -7,10 +7,10 @@
 #include "platform/types/uastring.h"
 #include "platform/types/valuetext_p.h"
 #include "platform/types/variantelements_p.h"
+#include "typeeditors_p.h"
 
 #include <QtCore/QAbstractTableModel>
 
-#include <algorithm>
 #include <cstring>
 #include <iterator>
 #include <type_traits>
@@ -20,10 +20,9 @@ namespace {
 // How the elements of one type are shown and edited.
 struct ElementType
 {
+    OpcUa_BuiltInType type;
     QString (*text)(const void* element, int role);
     int (*number)(const void* element);
-    bool takesText;  // an edited text is converted into the type
-    bool takesValue; // takes a whole UaVariant
 };
 
 template <class T>
@@ -102,47 +101,41 @@ int noNumber(const void*)
     return 0;
 }
 
-template <class T>
-constexpr ElementType numberType()
-{
-    return {numberText<T>, number<T>, true, false};
-}
+template <class T, OpcUa_BuiltInType type>
+constexpr ElementType numberType = {type, numberText<T>, number<T>};
 
 template <class T, OpcUa_BuiltInType type>
-constexpr ElementType classType()
-{
-    return {ownText<type>, number<T>, false, true};
-}
+constexpr ElementType classType = {type, ownText<type>, number<T>};
 
-// Indexed by the type's number.
 constexpr ElementType types[] = {
-    {noText, noNumber, false, false},
-    {booleanText, number<OpcUa_Boolean>, false, true},
-    numberType<OpcUa_SByte>(),
-    numberType<OpcUa_Byte>(),
-    numberType<OpcUa_Int16>(),
-    numberType<OpcUa_UInt16>(),
-    numberType<OpcUa_Int32>(),
-    numberType<OpcUa_UInt32>(),
-    numberType<OpcUa_Int64>(),
-    numberType<OpcUa_UInt64>(),
-    numberType<OpcUa_Float>(),
-    numberType<OpcUa_Double>(),
-    {utf8Text<OpcUa_String>, number<OpcUa_String>, true, false},
-    {ownText<OpcUaType_DateTime>, number<OpcUa_DateTime>, true, false},
-    classType<OpcUa_Guid, OpcUaType_Guid>(),
-    {byteStringText, number<OpcUa_ByteString>, false, true},
-    {utf8Text<OpcUa_XmlElement>, number<OpcUa_XmlElement>, false, true},
-    classType<OpcUa_NodeId, OpcUaType_NodeId>(),
-    classType<OpcUa_ExpandedNodeId, OpcUaType_ExpandedNodeId>(),
-    {statusCodeText, number<OpcUa_StatusCode>, false, true},
-    classType<OpcUa_QualifiedName, OpcUaType_QualifiedName>(),
-    classType<OpcUa_LocalizedText, OpcUaType_LocalizedText>(),
-    {ownText<OpcUaType_ExtensionObject>, number<OpcUa_ExtensionObject>, false, false},
-    {noText, number<OpcUa_DataValue>, false, false},
-    {noText, number<OpcUa_Variant>, false, false},
-    {noText, number<OpcUa_DiagnosticInfo>, false, false},
+    {OpcUaType_Null, noText, noNumber},
+    {OpcUaType_Boolean, booleanText, number<OpcUa_Boolean>},
+    numberType<OpcUa_SByte, OpcUaType_SByte>,
+    numberType<OpcUa_Byte, OpcUaType_Byte>,
+    numberType<OpcUa_Int16, OpcUaType_Int16>,
+    numberType<OpcUa_UInt16, OpcUaType_UInt16>,
+    numberType<OpcUa_Int32, OpcUaType_Int32>,
+    numberType<OpcUa_UInt32, OpcUaType_UInt32>,
+    numberType<OpcUa_Int64, OpcUaType_Int64>,
+    numberType<OpcUa_UInt64, OpcUaType_UInt64>,
+    numberType<OpcUa_Float, OpcUaType_Float>,
+    numberType<OpcUa_Double, OpcUaType_Double>,
+    {OpcUaType_String, utf8Text<OpcUa_String>, number<OpcUa_String>},
+    classType<OpcUa_DateTime, OpcUaType_DateTime>,
+    classType<OpcUa_Guid, OpcUaType_Guid>,
+    {OpcUaType_ByteString, byteStringText, number<OpcUa_ByteString>},
+    {OpcUaType_XmlElement, utf8Text<OpcUa_XmlElement>, number<OpcUa_XmlElement>},
+    classType<OpcUa_NodeId, OpcUaType_NodeId>,
+    classType<OpcUa_ExpandedNodeId, OpcUaType_ExpandedNodeId>,
+    {OpcUaType_StatusCode, statusCodeText, number<OpcUa_StatusCode>},
+    classType<OpcUa_QualifiedName, OpcUaType_QualifiedName>,
+    classType<OpcUa_LocalizedText, OpcUaType_LocalizedText>,
+    classType<OpcUa_ExtensionObject, OpcUaType_ExtensionObject>,
+    {OpcUaType_DataValue, noText, number<OpcUa_DataValue>},
+    {OpcUaType_Variant, noText, number<OpcUa_Variant>},
+    {OpcUaType_DiagnosticInfo, noText, number<OpcUa_DiagnosticInfo>},
 };
+static_assert(isTableOfTypes(types));
 
 const ElementType& elementType(OpcUa_BuiltInType type)
 {
@@ -208,20 +201,35 @@ bool ElementStore::setData(const QModelIndex& index, const QVariant& value, int 
     const bool isText = role == Qt::DisplayRole || role == Qt::EditRole;
     if (!element(index) || (!isText && role != ElementValueRole))
         return false;
-    const ElementType& type = elementType(m_value->type());
-    if (type.takesText)
-        return isText && setText(std::size_t(index.row()), value);
-    if (!type.takesValue || value.userType() != qMetaTypeId<UaVariant>())
+    if (typeEditor(m_value->type()).takesText)
+        return isText && setText(index, value);
+    if (!isEditable() || value.userType() != qMetaTypeId<UaVariant>())
         return false;
     auto scalar = value.value<UaVariant>();
     if (scalar.type() != m_value->type() && OpcUa_IsNotGood(scalar.changeType(m_value->type())))
         return false;
-    return setElement(*m_value, std::size_t(index.row()), scalar);
+    return isShownAs(index, scalar) || setElement(*m_value, std::size_t(index.row()), scalar);
 }
 
-bool ElementStore::setText(std::size_t index, const QVariant& value)
+// Whether a cell's text, where that is the whole value, shows the new one already: what it does not
+// tell, such as a null String or a broken character, then stays.
+bool ElementStore::isShownAs(const QModelIndex& index, const UaVariant& scalar) const
+{
+    const OpcUa_BuiltInType type = m_value->type();
+    if (scalar.arrayType() != OpcUa_VariantArrayType_Scalar ||
+        (type != OpcUaType_ByteString && type != OpcUaType_XmlElement))
+        return false;
+    const OpcUaElements given = opcUaElements(*scalar);
+    const auto text = elementType(type).text;
+    return given.count && text(given.data, Qt::EditRole) == text(element(index), Qt::EditRole);
+}
+
+bool ElementStore::setText(const QModelIndex& index, const QVariant& value)
 {
     QString text = value.toString();
+    // What the text shown does not tell of the element stays: digits, a null String.
+    if (text == elementType(m_value->type()).text(element(index), Qt::EditRole))
+        return true;
     // An enumeration is edited as a signed number; an unsigned element takes its bits.
     const OpcUa_BuiltInType type = m_value->type();
     if (m_enumInfo.kind != QvelEnumInfo::NoEnumeration && value.userType() == QMetaType::Long &&
@@ -229,23 +237,18 @@ bool ElementStore::setText(std::size_t index, const QVariant& value)
         text = QString::number(quint32(value.toInt()));
     UaVariant converted;
     converted.setString(UaString(text.toUtf8()));
-    return OpcUa_IsGood(converted.changeType(type)) && setElement(*m_value, index, converted);
-}
-
-bool ElementStore::isShowable(std::size_t count) const
-{
-    return count <= std::max(maxEditedElements, std::size_t(m_value->arraySize()));
+    return OpcUa_IsGood(converted.changeType(type)) &&
+           setElement(*m_value, std::size_t(index.row()), converted);
 }
 
 bool ElementStore::resize(std::size_t count)
 {
-    return isShowable(count) && resizeElements(*m_value, count);
+    return resizeElements(*m_value, count);
 }
 
 bool ElementStore::reshape(const std::vector<OpcUa_UInt32>& lengths)
 {
-    const OpcUa_Int32 count = elementCount(lengths);
-    return count >= 0 && isShowable(std::size_t(count)) && reshapeElements(*m_value, lengths);
+    return reshapeElements(*m_value, lengths);
 }
 
 Qt::ItemFlags ElementStore::flags(const QModelIndex& index, int rows) const

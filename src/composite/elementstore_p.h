@@ -14,9 +14,6 @@ enum ElementRole {
     ElementEnumInfoRole = Qt::UserRole + 1 ///< the column's QvelEnumInfo
 };
 
-/// The most elements that are edited: the heights of the rows of a table add up to an int.
-inline constexpr std::size_t maxEditedElements = std::size_t(1) << 25;
-
 /// False for the types whose arrays are shown but not changed: ExtensionObject and after.
 bool isEditableType(OpcUa_BuiltInType type);
 
@@ -47,17 +44,16 @@ public:
     /// that no storage backs.
     QVariant data(const QModelIndex& index, int role) const;
     bool setData(const QModelIndex& index, const QVariant& value, int role);
-    /// Each does all of it or nothing; false when there is no memory, or when a table could not
-    /// show so many rows.
+    /// Each does all of it or nothing; false when there is no memory.
     bool resize(std::size_t count);
     bool reshape(const std::vector<OpcUa_UInt32>& lengths);
     /// Of a model with so many rows.
     Qt::ItemFlags flags(const QModelIndex& index, int rows) const;
 
 private:
-    bool isShowable(std::size_t count) const;
     const void* element(const QModelIndex& index) const;
-    bool setText(std::size_t index, const QVariant& value);
+    bool setText(const QModelIndex& index, const QVariant& value);
+    bool isShownAs(const QModelIndex& index, const UaVariant& scalar) const;
 
     UaVariant* const m_value;
     const bool m_readOnly;

@@ -2,14 +2,19 @@
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QScopedValueRollback>
+#include <QtCore/QTimer>
 #include <QtGui/QKeyEvent>
 #include <QtGui/QScreen>
 #include <QtWidgets/QAbstractButton>
+#include <QtWidgets/QComboBox>
 #include <QtWidgets/QHeaderView>
 #include <QtWidgets/QLayout>
+#include <QtWidgets/QLineEdit>
 #include <QtWidgets/QScrollBar>
+#include <QtWidgets/QToolTip>
 
 #include <algorithm>
+#include <limits>
 #include <vector>
 
 namespace {
@@ -18,6 +23,8 @@ namespace {
 constexpr int fewestRows = 8;
 constexpr int mostRows = 32;
 constexpr int textWidth = 60;
+// All heights add up to an int, with some left for the rows that have been seen to be higher.
+constexpr int mostHeight = std::numeric_limits<int>::max() - (1 << 24);
 
 // A header that follows its model only while it is seen, since its items cost time and memory by
 // the row.
@@ -83,6 +90,41 @@ void focusDialog(QWidget* dialog)
     }
 }
 
+// An editor and what is inside it, in the same order for editors of one class.
+QList<QWidget*> controlsOf(QWidget* editor)
+{
+    QList<QWidget*> controls = editor->findChildren<QWidget*>();
+    controls.prepend(editor);
+    return controls;
+}
+
+// Gives the controls of an editor what a person has put into those of another. A choice may change
+// what can be typed, so it comes first.
+void copyInput(const QList<QWidget*>& from, const QList<QWidget*>& to)
+{
+    const qsizetype count = std::min(from.size(), to.size());
+    for (qsizetype i = 0; i < count; ++i) {
+        const auto* source = qobject_cast<QComboBox*>(from.at(i));
+        if (auto* target = qobject_cast<QComboBox*>(to.at(i)); source && target) {
+            target->setCurrentIndex(source->currentIndex());
+            for (int item = 0; item < std::min(source->count(), target->count()); ++item)
+                target->setItemData(item, source->itemData(item, Qt::CheckStateRole),
+                                    Qt::CheckStateRole);
+        }
+    }
+    for (qsizetype i = 0; i < count; ++i) {
+        const auto* sourceButton = qobject_cast<QAbstractButton*>(from.at(i));
+        if (auto* target = qobject_cast<QAbstractButton*>(to.at(i)); sourceButton && target)
+            target->setChecked(sourceButton->isChecked());
+        const auto* source = qobject_cast<QLineEdit*>(from.at(i));
+        if (auto* target = qobject_cast<QLineEdit*>(to.at(i)); source && target) {
+            target->setMaxLength(source->maxLength());
+            target->setText(source->text());
+            target->setCursorPosition(source->cursorPosition());
+        }
+    }
+}
+
 } // namespace
 
 ElementTable::ElementTable(QWidget* parent) : QTableView(parent)
@@ -104,6 +146,11 @@ int ElementTable::lineHeight() const
     const int text = style()->sizeFromContents(QStyle::CT_ItemViewItem, &option, {}, this).height();
     const RowHeader* header = rowHeader(this);
     return header->bounded(std::max(text + 1, header->labelHeight(0))); // 1 for the grid
+}
+
+bool ElementTable::hasRoomFor(std::size_t rows) const
+{
+    return rows <= std::size_t(mostHeight / lineHeight());
 }
 
 // What resizeRowsToContents() would give the row.
@@ -150,7 +197,7 @@ void ElementTable::fitContents()
         updateGeometry(); // the hint is for opening only
         return;
     }
-    rowHeader(this)->follow(lineHeight());
+    rowHeader(this)->follow(std::min(lineHeight(), mostHeight / std::max(rows(), 1)));
     fitVisibleRows();
     updateGeometries(); // for the width of new labels, so that all is painted once
     verticalHeader()->viewport()->update();
@@ -178,7 +225,6 @@ QSize ElementTable::sizeHint() const
     return QSize(width, height) + QSize(2 * frameWidth(), 2 * frameWidth());
 }
 
-// Lets the window grow into the room that the screen has for the rows.
 void ElementTable::makeRoom()
 {
     QWidget* dialog = window();
@@ -200,7 +246,8 @@ bool ElementTable::edit(const QModelIndex& index, EditTrigger trigger, QEvent* e
     if (!QTableView::edit(index, trigger, event))
         return false;
     if (QWidget* editor = indexWidget(index)) {
-        m_editors.insert(editor);
+        m_editor = editor;
+        m_editedRow = index.row();
         if (editor->isWindow())
             focusDialog(editor);
         else if (editor->focusProxy())
@@ -212,27 +259,78 @@ bool ElementTable::edit(const QModelIndex& index, EditTrigger trigger, QEvent* e
 // Enter in a dialog is told twice: by the dialog, which it closes, and then by the delegate.
 void ElementTable::commitData(QWidget* editor)
 {
-    if (m_editors.contains(editor))
+    if (editor == m_editor)
         QTableView::commitData(editor);
 }
 
 void ElementTable::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint)
 {
-    if (m_editors.remove(editor)) {
-        const bool isDialog = editor->isWindow();
+    if (editor && editor == m_editor) {
+        m_editor = nullptr;
         const QWidget* focus = window()->focusWidget();
         const bool hadFocus = focus && (focus == editor || editor->isAncestorOf(focus));
         QTableView::closeEditor(editor, hint);
-        if (isDialog) // as long as there is its window, it may take the activation with it
-            connect(editor, &QObject::destroyed, this, &QWidget::activateWindow);
-        if ((isDialog || hadFocus) && m_editors.isEmpty()) // else Tab has opened the next one
-            setFocus();
+        if ((editor->isWindow() || hadFocus) && !m_editor) // else Tab has opened the next one
+            takeFocusFrom(editor);
         // The model does not tell of an edit.
         viewport()->update();
         fitVisibleRows();
     }
     if (hint == QAbstractItemDelegate::SubmitModelCache) // Enter
         moveOn();
+}
+
+// As long as there is the window of a dialog, it may take the activation with it.
+void ElementTable::takeFocusFrom(QWidget* editor)
+{
+    if (editor->isWindow())
+        connect(editor, &QObject::destroyed, this, &QWidget::activateWindow);
+    setFocus();
+}
+
+void ElementTable::rowsAboutToBeRemoved(const QModelIndex& parent, int first, int last)
+{
+    const bool isDropped = m_editor && m_editedRow >= first && m_editedRow <= last;
+    QTableView::rowsAboutToBeRemoved(parent, first, last);
+    if (isDropped)
+        takeFocusFrom(m_editor);
+}
+
+void ElementTable::reset()
+{
+    const QPointer<QWidget> open = m_editor && !m_editor->isHidden() ? m_editor : nullptr;
+    const qsizetype focused = open ? controlsOf(open).indexOf(open->focusWidget()) : -1;
+    QTableView::reset(); // hides the editor, and has it deleted later
+    m_editor = nullptr;
+    if (open)
+        reopen(open, focused);
+}
+
+void ElementTable::reopen(QWidget* old, qsizetype focused)
+{
+    const QModelIndex cell = model()->index(m_editedRow, 0);
+    setCurrentIndex(cell);
+    setFocus();
+    if (cell.isValid())
+        QTableView::edit(cell);
+    if (m_editor && m_editor->metaObject() == old->metaObject()) {
+        copyInput(controlsOf(old), controlsOf(m_editor));
+        if (QWidget* control = controlsOf(m_editor).value(focused))
+            control->setFocus();
+        return;
+    }
+    if (m_editor)
+        closeEditor(m_editor, QAbstractItemDelegate::RevertModelCache);
+    takeFocusFrom(old);
+    // A change of the active window hides tool tips, so it comes after that.
+    QTimer::singleShot(100, this, [this] {
+        QToolTip::showText(viewport()->mapToGlobal(QPoint()),
+                           QCoreApplication::translate("ElementTable",
+                                                       "The value was replaced while one of its "
+                                                       "elements was edited. The edit was "
+                                                       "dropped."),
+                           viewport());
+    });
 }
 
 // The delegate watches the keys of an editor, not those of the control inside it.
@@ -278,16 +376,15 @@ QModelIndex ElementTable::moveCursor(CursorAction action, Qt::KeyboardModifiers 
 void ElementTable::showEvent(QShowEvent* event)
 {
     QTableView::showEvent(event);
-    makeRoom();
     fitContents();
 }
 
-// A dialog at a cell is a window of its own, and would stay.
+// A dialog at a cell is a window of its own, and would stay. A window that is only minimised, or on
+// another desktop, keeps its edit.
 void ElementTable::hideEvent(QHideEvent* event)
 {
-    const QSet<QWidget*> open = m_editors;
-    for (QWidget* editor : open)
-        closeEditor(editor, QAbstractItemDelegate::RevertModelCache);
+    if (m_editor && !event->spontaneous())
+        closeEditor(m_editor, QAbstractItemDelegate::RevertModelCache);
     QTableView::hideEvent(event);
 }
 

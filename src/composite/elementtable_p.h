@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QtCore/QSet>
+#include <QtCore/QPointer>
 #include <QtWidgets/QTableView>
 
 /// The table of an array or matrix: one column of elements, edited as in a spreadsheet.
@@ -17,13 +17,22 @@ public:
     /// Gives every row that can be seen the height of its contents; once the table is shown, if it
     /// is not.
     void fitContents();
+    /// Whether the heights of so many rows add up to no more than the table can hold.
+    bool hasRoomFor(std::size_t rows) const;
+    /// Lets the window grow into the room that the screen has for the rows.
+    void makeRoom();
     /// Makes the last row current and visible.
     void showLastRow();
 
     /// Room for the rows, up to a bound.
     QSize sizeHint() const override;
 
+    /// An open cell stays open with what was typed if its row still takes the same editor, else the
+    /// user is told that it was dropped.
+    void reset() override;
+
 protected:
+    void rowsAboutToBeRemoved(const QModelIndex& parent, int first, int last) override;
     using QTableView::edit;
     bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
     void commitData(QWidget* editor) override;
@@ -44,10 +53,12 @@ private:
     int contentHeight(int row) const;
     void fitRows(int row, int step);
     void fitVisibleRows();
-    void makeRoom();
     void moveOn();
+    void takeFocusFrom(QWidget* editor);
+    void reopen(QWidget* old, qsizetype focused);
 
-    QSet<QWidget*> m_editors; // that are open
+    QPointer<QWidget> m_editor; // the cell editor; hidden once the view has released it
+    int m_editedRow = -1;
     bool m_isUnbroken = false;
     bool m_isFitting = false;
 };

@@ -1,17 +1,21 @@
 #include "matrixeditors.h"
 
+#include "base/ownmodal_p.h"
 #include "elementdialog_p.h"
 #include "elementstore_p.h"
 #include "platform/types/uastacktypearray.h"
 #include "platform/types/variantelements_p.h"
 
 #include <QtWidgets/QInputDialog>
-#include <QtWidgets/QMessageBox>
 #include <QtWidgets/QPushButton>
 
 #include <algorithm>
+#include <limits>
 
 namespace {
+
+// The most indices that a label tells.
+constexpr std::size_t maxLabelled = 32;
 
 std::vector<OpcUa_UInt32> toVector(const UaStackTypeArray<OpcUa_UInt32>& lengths)
 {
@@ -21,7 +25,7 @@ std::vector<OpcUa_UInt32> toVector(const UaStackTypeArray<OpcUa_UInt32>& lengths
 } // namespace
 
 QvelMatrixModel::QvelMatrixModel(UaVariant* value, bool readOnly, QObject* parent)
-    : QAbstractTableModel(parent), d(new ElementStore(value, readOnly))
+    : QvelElementModel(value, readOnly, parent)
 {
     readDimensions();
 }
@@ -33,49 +37,30 @@ int QvelMatrixModel::rowCount(const QModelIndex& parent) const
     return parent.isValid() ? 0 : m_count;
 }
 
-int QvelMatrixModel::columnCount(const QModelIndex& /*parent*/) const
-{
-    return 1;
-}
-
-QVariant QvelMatrixModel::data(const QModelIndex& index, int role) const
-{
-    return d->data(index, role);
-}
-
-bool QvelMatrixModel::setData(const QModelIndex& index, const QVariant& value, int role)
-{
-    return d->setData(index, value, role);
-}
-
 QVariant QvelMatrixModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
     if (orientation != Qt::Vertical || role != Qt::DisplayRole || section < 0 || section >= m_count)
         return QVariant();
     QString label;
     auto rest = OpcUa_UInt32(section);
-    for (auto length = m_dimensions.rbegin(); length != m_dimensions.rend(); ++length) {
+    const std::size_t shown = std::min(m_dimensions.size(), maxLabelled);
+    for (auto length = m_dimensions.rbegin(); length != m_dimensions.rbegin() + shown; ++length) {
         label.prepend(tr("[%1]").arg(rest % *length));
         rest /= *length;
     }
+    if (shown < m_dimensions.size())
+        label.prepend(QStringLiteral("..."));
     return label;
 }
 
-Qt::ItemFlags QvelMatrixModel::flags(const QModelIndex& index) const
-{
-    return d->flags(index, m_count);
-}
-
-// What the storage does not back is no row. False if there are no dimensions.
-bool QvelMatrixModel::readDimensions()
+// What the storage does not back is no row. Without dimensions, the count stays.
+void QvelMatrixModel::readDimensions()
 {
     UaStackTypeArray<OpcUa_UInt32> dimensions;
     d->value().arrayDimensions(dimensions);
     m_dimensions = toVector(dimensions);
-    if (m_dimensions.empty())
-        return false;
-    m_count = d->value().arraySize();
-    return true;
+    if (!m_dimensions.empty())
+        m_count = d->value().arraySize();
 }
 
 void QvelMatrixModel::refresh()
@@ -112,11 +97,6 @@ bool QvelMatrixModel::setDimensions(const UaStackTypeArray<OpcUa_UInt32>& dims)
     return true;
 }
 
-void QvelMatrixModel::setEnumInfo(const QvelEnumInfo& info)
-{
-    d->setEnumInfo(info);
-}
-
 QvelDialogWidgetMatrix::QvelDialogWidgetMatrix(const UaVariant& value, QvelDialogWidgetFlags flags,
                                                QWidget* parent, Qt::WindowFlags windowFlags)
     : QvelDialogWidgetBase(flags, parent, windowFlags), d(new ElementDialog(this)),
@@ -126,18 +106,10 @@ QvelDialogWidgetMatrix::QvelDialogWidgetMatrix(const UaVariant& value, QvelDialo
     dimensions->setAutoDefault(false);
     d->layOut(mainLayout(), buttonBox(), m_model, {dimensions},
               tr("Writing values of this type\nis currently not supported."));
+    d->watch(this, &QvelDialogWidgetMatrix::sltResizeView,
+             &QvelDialogWidgetMatrix::sltValueChanged);
     connect(dimensions, &QPushButton::clicked, this, &QvelDialogWidgetMatrix::sltSetDimensions);
-    connect(m_model, &QAbstractItemModel::rowsInserted, this,
-            &QvelDialogWidgetMatrix::sltResizeView);
-    connect(m_model, &QAbstractItemModel::rowsRemoved, this,
-            &QvelDialogWidgetMatrix::sltResizeView);
-    connect(m_model, &QAbstractItemModel::headerDataChanged, this,
-            &QvelDialogWidgetMatrix::sltResizeView);
-    connect(m_model, &QAbstractItemModel::modelReset, this, &QvelDialogWidgetMatrix::sltResizeView);
-    connect(m_model, &QAbstractItemModel::dataChanged, this,
-            &QvelDialogWidgetMatrix::sltValueChanged);
-    d->value = value;
-    d->applyType();
+    d->take(value);
     m_model->refresh();
 }
 
@@ -154,8 +126,7 @@ void QvelDialogWidgetMatrix::setValue(const UaVariant& value)
 {
     if (value.arrayType() != OpcUa_VariantArrayType_Matrix)
         return;
-    d->value = value;
-    d->applyType();
+    d->take(value);
     m_model->refresh();
 }
 
@@ -170,8 +141,20 @@ void QvelDialogWidgetMatrix::setInitialValue(OpcUa_Byte builtInType,
 
 void QvelDialogWidgetMatrix::setEnumInfo(const QvelEnumInfo& info)
 {
-    m_model->setEnumInfo(info);
-    d->setNamed(info.kind != QvelEnumInfo::NoEnumeration);
+    d->setEnumInfo(info);
+}
+
+void QvelDialogWidgetMatrix::setWritesOnlyChanges(bool onlyChanges)
+{
+    d->setWritesOnlyChanges(onlyChanges);
+}
+
+// A window that gets its size only when it is shown may not stay where it was moved.
+void QvelDialogWidgetMatrix::setVisible(bool visible)
+{
+    if (visible && !isVisible())
+        d->table->makeRoom();
+    QvelDialogWidgetBase::setVisible(visible);
 }
 
 void QvelDialogWidgetMatrix::sltResizeView()
@@ -181,28 +164,43 @@ void QvelDialogWidgetMatrix::sltResizeView()
 
 void QvelDialogWidgetMatrix::sltSetDimensions()
 {
+    d->clicked.run(qobject_cast<QAbstractButton*>(sender()), [this] { askForDimensions(); });
+}
+
+// This dialog may be deleted while it asks, and with it the dialog that asks.
+void QvelDialogWidgetMatrix::askForDimensions()
+{
     UaStackTypeArray<OpcUa_UInt32> dimensions;
     d->value.arrayDimensions(dimensions);
     QStringList parts;
     for (OpcUa_UInt32 length : dimensions)
         parts << QString::number(length);
-    bool ok = false;
-    const QString text =
-        QInputDialog::getText(this, tr("Set Matrix Dimensions"),
-                              tr("Enter a comma separated list of dimensions (e.g. '2,4,6'):"),
-                              QLineEdit::Normal, parts.join(QLatin1Char(',')), &ok);
-    if (!ok)
+    const QPointer<QInputDialog> input = new QInputDialog(this);
+    input->setWindowTitle(tr("Set Matrix Dimensions"));
+    input->setLabelText(tr("Enter a comma separated list of dimensions (e.g. '2,4,6'):"));
+    input->setInputMode(QInputDialog::TextInput);
+    input->findChild<QLineEdit*>()->setMaxLength(std::numeric_limits<int>::max());
+    input->setTextValue(parts.join(QLatin1Char(',')));
+    const bool isAccepted = input->exec() == QDialog::Accepted;
+    if (!input)
         return;
-    parts = text.split(QLatin1Char(','));
-    ok = dimensions.resize(OpcUa_UInt32(parts.size()));
+    parts = input->textValue().split(QLatin1Char(','));
+    delete input;
+    if (!isAccepted)
+        return;
+    bool ok = dimensions.resize(OpcUa_UInt32(parts.size()));
     for (int i = 0; ok && i < parts.size(); ++i)
         dimensions[OpcUa_UInt32(i)] = parts.at(i).toUInt(&ok);
-    if (!ok)
-        QMessageBox::warning(this, tr("Format Error"),
-                             tr("The list of dimensions entered was not valid."));
-    else if (!m_model->setDimensions(dimensions))
-        QMessageBox::warning(
-            this, tr("Set Matrix Dimensions"),
+    if (!ok) {
+        runMessageBox(this, QMessageBox::Warning, tr("Format Error"),
+                      tr("The list of dimensions entered was not valid."));
+        return;
+    }
+    const OpcUa_Int32 count = elementCount(toVector(dimensions));
+    if (count < 0 || !d->table->hasRoomFor(std::size_t(count)) ||
+        !m_model->setDimensions(dimensions))
+        runMessageBox(
+            this, QMessageBox::Warning, tr("Set Matrix Dimensions"),
             tr("The matrix would have too many elements, or there is not enough memory for it. "
                "It was not changed."));
 }
@@ -215,30 +213,23 @@ void QvelDialogWidgetMatrix::sltValueChanged()
 QvelEditWidgetMatrix::QvelEditWidgetMatrix(QvelEditWidgetFlags flags, QWidget* parent,
                                            Qt::WindowFlags windowFlags)
     : QvelEditWidgetBase(flags, parent, windowFlags),
-      d(new ElementField<QvelDialogWidgetMatrix>(this))
+      d(new ElementField<QvelDialogWidgetMatrix>(this,
+                                                 &QvelEditWidgetMatrix::sltDialogWidgetAccepted,
+                                                 &QvelEditWidgetMatrix::sltDialogWidgetRejected,
+                                                 &QvelEditWidgetMatrix::sltShowDialogWidget))
 {
-    connect(d->dialog(), &QDialog::accepted, this, &QvelEditWidgetMatrix::sltDialogWidgetAccepted);
-    connect(d->dialog(), &QDialog::rejected, this, &QvelEditWidgetMatrix::sltDialogWidgetRejected);
-    connect(d->dialog(), &QvelDialogWidgetMatrix::valueChanged, this,
-            &QvelEditWidgetMatrix::valueChanged);
-    connect(d->button(), &QToolButton::clicked, this, &QvelEditWidgetMatrix::sltShowDialogWidget);
 }
 
 QvelEditWidgetMatrix::~QvelEditWidgetMatrix() = default;
 
 UaVariant QvelEditWidgetMatrix::value(bool* ok) const
 {
-    if (ok)
-        *ok = false;
-    return d->dialog()->value(ok);
+    return d->value(ok);
 }
 
 void QvelEditWidgetMatrix::setValue(const UaVariant& value)
 {
-    if (value.arrayType() != OpcUa_VariantArrayType_Matrix)
-        return;
-    d->dialog()->setValue(value);
-    d->take();
+    d->setValue(value, OpcUa_VariantArrayType_Matrix);
 }
 
 void QvelEditWidgetMatrix::setInitialValue(OpcUa_Byte builtInType,
@@ -251,6 +242,11 @@ void QvelEditWidgetMatrix::setInitialValue(OpcUa_Byte builtInType,
 void QvelEditWidgetMatrix::setEnumInfo(const QvelEnumInfo& info)
 {
     d->setEnumInfo(info, tr("This matrix type cannot be displayed"));
+}
+
+void QvelEditWidgetMatrix::setWritesOnlyChanges(bool onlyChanges)
+{
+    d->dialog()->setWritesOnlyChanges(onlyChanges);
 }
 
 // Edits in the dialog are not told one by one; what was accepted is.

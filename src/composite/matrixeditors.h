@@ -1,16 +1,12 @@
 #pragma once
 
 #include "../base/editorbases.h"
+#include "elementmodel.h"
 
-#include <QtCore/QAbstractTableModel>
-
-#include <memory>
 #include <vector>
 
 class ElementDialog;
-class ElementStore;
 class QvelDialogWidgetMatrix;
-class QvelEnumInfo;
 template <class Dialog>
 class ElementField;
 template <class T>
@@ -18,28 +14,20 @@ class UaStackTypeArray;
 
 /// \file
 /// Editors of a matrix of any built-in type (OPC 10000-6, 5.2.5). Matrices of ExtensionObject,
-/// DataValue, Variant and DiagnosticInfo are shown but not changed. At most 33,554,432 elements are
-/// edited.
+/// DataValue, Variant and DiagnosticInfo are shown but not changed.
 
-/// The elements of a matrix as one column, in storage order, the last index varying fastest; edited
-/// in place. User-interface thread only.
-///
-/// An edit emits no dataChanged(): the value is taken from the dialog when it is accepted.
-class KESTREL_EXPORT QvelMatrixModel : public QAbstractTableModel
+/// The elements of a matrix in storage order, the last index varying fastest. User-interface thread
+/// only.
+class KESTREL_EXPORT QvelMatrixModel : public QvelElementModel
 {
 public:
-    /// `value` is not owned and must outlive the model. It is detached from its copies before it
-    /// is changed. Whoever replaces it calls refresh().
     QvelMatrixModel(UaVariant* value, bool readOnly, QObject* parent = nullptr);
     ~QvelMatrixModel() override;
 
     int rowCount(const QModelIndex& parent = {}) const override;
-    int columnCount(const QModelIndex& parent = {}) const override;
-    QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
-    bool setData(const QModelIndex& index, const QVariant& value, int role = Qt::EditRole) override;
+    /// The indices of an element; of very many dimensions, the last ones.
     QVariant headerData(int section, Qt::Orientation orientation,
                         int role = Qt::DisplayRole) const override;
-    Qt::ItemFlags flags(const QModelIndex& index) const override;
 
     /// Gives the matrix new lengths; the elements keep their places in storage. False for a type
     /// that cannot be edited, and, with nothing changed, when the product of the lengths is out of
@@ -47,17 +35,16 @@ public:
     bool setDimensions(const UaStackTypeArray<OpcUa_UInt32>& dims);
     /// A value without dimensions keeps the number of rows as it was.
     void refresh();
-    void setEnumInfo(const QvelEnumInfo& info);
 
 private:
-    bool readDimensions();
+    void readDimensions();
 
-    const std::unique_ptr<ElementStore> d;
     std::vector<OpcUa_UInt32> m_dimensions;
     int m_count = -1; // none known yet
 };
 
-/// Dialog editor of a matrix. The value is always valid.
+/// Dialog editor of a matrix. The value is always valid. setValue() does to an open cell what that
+/// of QvelDialogWidgetArray does.
 class KESTREL_EXPORT QvelDialogWidgetMatrix : public QvelDialogWidgetBase
 {
     Q_OBJECT
@@ -72,6 +59,10 @@ public:
     void setInitialValue(OpcUa_Byte builtInType, const UaStackTypeArray<OpcUa_UInt32>& dimensions);
     /// Names for the elements, as 32-bit integers.
     void setEnumInfo(const QvelEnumInfo& info);
+    /// As QvelModelDelegate::setWritesOnlyChanges(), for the cells.
+    void setWritesOnlyChanges(bool onlyChanges);
+
+    void setVisible(bool visible) override;
 
 Q_SIGNALS:
     void valueChanged(UaVariant value);
@@ -82,6 +73,8 @@ private Q_SLOTS:
     void sltValueChanged();
 
 private:
+    void askForDimensions();
+
     const std::unique_ptr<ElementDialog> d;
     QvelMatrixModel* m_model;
 };
@@ -102,6 +95,8 @@ public:
     void setInitialValue(OpcUa_Byte builtInType, const UaStackTypeArray<OpcUa_UInt32>& dimensions);
     /// Names for the elements. From then on, the line does not show the matrix.
     void setEnumInfo(const QvelEnumInfo& info);
+    /// As QvelModelDelegate::setWritesOnlyChanges(), for the cells.
+    void setWritesOnlyChanges(bool onlyChanges);
 
 Q_SIGNALS:
     void valueChanged(UaVariant value);

@@ -1,116 +1,35 @@
 #include "modeldelegate.h"
 
 #include "arrayeditors.h"
-#include "base/editorhelpers_p.h"
-#include "base/enuminfo.h"
-#include "elementstore_p.h"
+#include "celleditor_p.h"
 #include "matrixeditors.h"
+#include "platform/stack/opcuatypetable_p.h"
+#include "platform/types/uastring.h"
 #include "values/enumeditors.h"
-#include "values/expandednodeideditors.h"
-#include "values/longvalueeditors.h"
-#include "values/maskededitors.h"
-#include "values/nameeditors.h"
-#include "values/nodeideditors.h"
 
+#include <QtCore/QEvent>
 #include <QtWidgets/QCheckBox>
-
-#include <iterator>
+#include <QtWidgets/QLineEdit>
 
 namespace {
 
-struct Cell
-{
-    explicit Cell(const QModelIndex& cell)
-        : index(cell), value(cell.data(ElementValueRole).value<UaVariant>()),
-          enumInfo(cell.data(ElementEnumInfoRole).value<QvelEnumInfo>())
-    {
-    }
+// What is measured and painted of a text.
+constexpr qsizetype shownCharacters = 2000;
+constexpr int shownLines = 40;
 
-    const QModelIndex index;
-    const UaVariant value;
-    const QvelEnumInfo enumInfo;
-};
-
-// One way to edit a cell: makes and fills the editor, and writes back what it holds.
-struct CellEditor
-{
-    QWidget* (*create)(QWidget* parent, const QPoint& corner, const Cell& cell);
-    void (*store)(QWidget* editor, QAbstractItemModel* model, const QModelIndex& index);
-};
-
-QWidget* createLineEdit(QWidget* parent, const QPoint&, const Cell& cell)
-{
-    auto* edit = new QLineEdit(parent);
-    edit->setFrame(false);
-    showWhole(edit, cell.index.data(Qt::EditRole).toString());
-    return edit;
-}
-
-void storeText(QWidget* editor, QAbstractItemModel* model, const QModelIndex& index)
-{
-    if (auto* edit = qobject_cast<QLineEdit*>(editor))
-        model->setData(index, edit->text(), Qt::EditRole);
-}
-
-QWidget* createCheckBox(QWidget* parent, const QPoint&, const Cell& cell)
-{
-    auto* box = new QCheckBox(parent);
-    box->setAutoFillBackground(true);
-    box->setChecked(cell.value.toBool());
-    return box;
-}
-
-void storeBoolean(QWidget* editor, QAbstractItemModel* model, const QModelIndex& index)
-{
-    if (auto* box = qobject_cast<QCheckBox*>(editor))
-        model->setData(index, QVariant::fromValue(UaVariant(OpcUa_Boolean(box->isChecked()))),
-                       ElementValueRole);
-}
+// Where an editor keeps what it was filled with.
+constexpr const char* filledWith = "kestrelFilledWith";
 
 template <class Editor>
-QWidget* createInline(QWidget* parent, const QPoint&, const Cell& cell)
-{
-    auto* editor = new Editor(QvelWidgetBase::HideFrame, parent);
-    editor->setValue(cell.value);
-    return editor;
-}
-
-template <class Editor>
-QWidget* createDialog(QWidget* parent, const QPoint& corner, const Cell& cell)
-{
-    auto* dialog = new Editor(QvelDialogWidgetBase::NoFlags, parent);
-    dialog->setValue(cell.value);
-    dialog->move(corner);
-    return dialog;
-}
-
-template <class Editor>
-QWidget* createNested(QWidget* parent, const QPoint&, const Cell& cell)
+QWidget* createNested(QWidget* parent, const Cell& cell)
 {
     auto* dialog = new Editor(cell.value, QvelDialogWidgetBase::NoFlags, parent);
     dialog->setEnumInfo(cell.enumInfo);
     return dialog;
 }
 
-// A dialog counts only when it was accepted.
 template <class Editor>
-void storeValue(QWidget* widget, QAbstractItemModel* model, const QModelIndex& index)
-{
-    auto* editor = qobject_cast<Editor*>(widget);
-    if (!editor)
-        return;
-    if constexpr (std::is_base_of_v<QDialog, Editor>) {
-        if (editor->result() != QDialog::Accepted)
-            return;
-    }
-    bool ok = false;
-    const UaVariant value = editor->value(&ok);
-    if (ok)
-        model->setData(index, QVariant::fromValue(value), ElementValueRole);
-}
-
-template <class Editor>
-QWidget* createEnum(QWidget* parent, const QPoint&, const Cell& cell)
+QWidget* createEnum(QWidget* parent, const Cell& cell)
 {
     auto* editor = new Editor(cell.enumInfo.values, QvelWidgetBase::HideFrame, parent);
     editor->setValue(UaVariant(OpcUa_Int32(enumNumber(cell.value))));
@@ -118,46 +37,18 @@ QWidget* createEnum(QWidget* parent, const QPoint&, const Cell& cell)
 }
 
 template <class Editor>
-void storeEnum(QWidget* widget, QAbstractItemModel* model, const QModelIndex& index)
+QVariant readEnum(const QWidget* widget)
 {
-    auto* editor = qobject_cast<Editor*>(widget);
+    const auto* editor = qobject_cast<const Editor*>(widget);
     bool ok = false;
     const OpcUa_Int32 value = editor ? editor->enumValue(&ok) : 0;
-    if (ok)
-        model->setData(index, QVariant::fromValue(long(value)), Qt::EditRole);
+    return ok ? QVariant::fromValue(long(value)) : QVariant();
 }
 
 template <class Editor>
-constexpr CellEditor inlineEditor = {createInline<Editor>, storeValue<Editor>};
+constexpr CellEditor nestedCell = {createNested<Editor>, editedValue<Editor>, ElementValueRole};
 template <class Editor>
-constexpr CellEditor dialogEditor = {createDialog<Editor>, storeValue<Editor>};
-template <class Editor>
-constexpr CellEditor nestedEditor = {createNested<Editor>, storeValue<Editor>};
-template <class Editor>
-constexpr CellEditor enumEditor = {createEnum<Editor>, storeEnum<Editor>};
-constexpr CellEditor textEditor = {createLineEdit, storeText};
-
-// From Guid on; what is not listed is edited as text.
-constexpr CellEditor structuredEditors[] = {
-    inlineEditor<QvelWidgetGuid>,
-    inlineEditor<QvelWidgetByteString>,
-    inlineEditor<QvelWidgetXmlElement>,
-    dialogEditor<QvelDialogWidgetNodeId>,
-    dialogEditor<QvelDialogWidgetExpandedNodeId>,
-    inlineEditor<QvelWidgetStatusCode>,
-    dialogEditor<QvelDialogWidgetQualifiedName>,
-    dialogEditor<QvelDialogWidgetLocalizedText>,
-};
-
-CellEditor scalarEditor(OpcUa_BuiltInType type)
-{
-    const int structured = type - OpcUaType_Guid;
-    if (structured >= 0 && structured < int(std::size(structuredEditors)))
-        return structuredEditors[structured];
-    if (type == OpcUaType_Boolean)
-        return {createCheckBox, storeBoolean};
-    return textEditor;
-}
+constexpr CellEditor enumCell = {createEnum<Editor>, readEnum<Editor>, Qt::EditRole};
 
 // Null functions for a shape that has no editor.
 CellEditor editorOf(const Cell& cell)
@@ -165,16 +56,40 @@ CellEditor editorOf(const Cell& cell)
     switch (cell.value.arrayType()) {
     case OpcUa_VariantArrayType_Scalar:
         if (cell.enumInfo.kind == QvelEnumInfo::Enumeration)
-            return enumEditor<QvelWidgetEnum>;
+            return enumCell<QvelWidgetEnum>;
         if (cell.enumInfo.kind == QvelEnumInfo::EnumerationFlags)
-            return enumEditor<QvelWidgetEnumFlags>;
-        return scalarEditor(cell.value.type());
+            return enumCell<QvelWidgetEnumFlags>;
+        return typeEditor(cell.value.type()).cell;
     case OpcUa_VariantArrayType_Array:
-        return nestedEditor<QvelDialogWidgetArray>;
+        return nestedCell<QvelDialogWidgetArray>;
     case OpcUa_VariantArrayType_Matrix:
-        return nestedEditor<QvelDialogWidgetMatrix>;
+        return nestedCell<QvelDialogWidgetMatrix>;
     }
     return {};
+}
+
+// As CellEditor::read, but nothing from a list of names in which none is chosen.
+QVariant contents(const CellEditor& kind, const QWidget* editor)
+{
+    const auto* names = qobject_cast<const QvelWidgetEnum*>(editor);
+    const auto* box = names ? names->findChild<QComboBox*>() : nullptr;
+    return box && box->currentIndex() < 0 ? QVariant() : kind.read(editor);
+}
+
+// The flags of an element after those that were shown have become others; those without a name,
+// and those beyond 32 bits, stay.
+QVariant withFlags(const UaVariant& element, quint32 shown, quint32 chosen)
+{
+    const OpcUa_BuiltInType type = element.type();
+    if (type < OpcUaType_SByte || type > OpcUaType_UInt64)
+        return QVariant::fromValue(long(OpcUa_Int32(chosen)));
+    const bool isSigned = type % 2 == 0;
+    const QByteArray text = element.toString().bytes();
+    quint64 bits = isSigned ? quint64(text.toLongLong()) : text.toULongLong();
+    bits = (bits | (chosen & ~shown)) & ~quint64(shown & ~chosen);
+    const int unused = 64 - 8 * int(opcUaTypeInfo(OpcUa_Byte(type))->size);
+    bits <<= unused;
+    return isSigned ? QVariant(qlonglong(bits) >> unused) : QVariant(qulonglong(bits >> unused));
 }
 
 } // namespace
@@ -187,11 +102,23 @@ QWidget* QvelModelDelegate::createEditor(QWidget* parent, const QStyleOptionView
                                          const QModelIndex& index) const
 {
     const Cell cell(index);
-    const CellEditor editor = editorOf(cell);
-    if (!editor.create)
+    const CellEditor kind = editorOf(cell);
+    if (!kind.create)
         return nullptr;
-    const QPoint corner = option.rect.topLeft();
-    return editor.create(parent, parent ? parent->mapToGlobal(corner) : corner, cell);
+    QWidget* editor = kind.create(parent, cell);
+    if (auto* array = qobject_cast<QvelDialogWidgetArray*>(editor)) {
+        array->setWritesOnlyChanges(m_writesOnlyChanges);
+    } else if (auto* matrix = qobject_cast<QvelDialogWidgetMatrix*>(editor)) {
+        matrix->setWritesOnlyChanges(m_writesOnlyChanges);
+    } else if (qobject_cast<QDialog*>(editor)) {
+        // A window that gets its size only when it is shown may not stay where it is moved.
+        editor->adjustSize();
+        const QPoint corner = option.rect.topLeft();
+        editor->move(parent ? parent->mapToGlobal(corner) : corner);
+    }
+    if (m_writesOnlyChanges)
+        editor->setProperty(filledWith, contents(kind, editor));
+    return editor;
 }
 
 // The editor has had its value since it was created.
@@ -200,9 +127,22 @@ void QvelModelDelegate::setEditorData(QWidget* /*editor*/, const QModelIndex& /*
 void QvelModelDelegate::setModelData(QWidget* editor, QAbstractItemModel* model,
                                      const QModelIndex& index) const
 {
-    const CellEditor kind = editorOf(Cell(index));
-    if (kind.store)
-        kind.store(editor, model, index);
+    const Cell cell(index);
+    const CellEditor kind = editorOf(cell);
+    const auto* dialog = qobject_cast<QDialog*>(editor);
+    if (!kind.read || (dialog && dialog->result() != QDialog::Accepted))
+        return;
+    QVariant value = kind.read(editor);
+    if (m_writesOnlyChanges) {
+        const QVariant before = editor->property(filledWith);
+        if (contents(kind, editor) == before)
+            return;
+        if (value.isValid() && cell.enumInfo.kind == QvelEnumInfo::EnumerationFlags &&
+            kind.role == Qt::EditRole)
+            value = withFlags(cell.value, quint32(before.toInt()), quint32(value.toInt()));
+    }
+    if (value.isValid())
+        model->setData(index, value, kind.role);
 }
 
 void QvelModelDelegate::updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option,
@@ -215,4 +155,29 @@ void QvelModelDelegate::updateEditorGeometry(QWidget* editor, const QStyleOption
         editor->setGeometry(option.rect);
     else
         editor->move(editor->parentWidget() ? editor->parentWidget()->mapToGlobal(corner) : corner);
+}
+
+// Beyond its first lines, a text costs time that nobody sees.
+QString QvelModelDelegate::displayText(const QVariant& value, const QLocale& locale) const
+{
+    if (value.userType() != QMetaType::QString)
+        return QStyledItemDelegate::displayText(value, locale);
+    const QString text = value.toString();
+    qsizetype length = std::min(text.size(), shownCharacters);
+    qsizetype end = -1;
+    for (int line = 0; line < shownLines && (line == 0 || end >= 0); ++line)
+        end = text.indexOf(QLatin1Char('\n'), end + 1);
+    if (end >= 0)
+        length = std::min(length, end);
+    if (length == text.size())
+        return QStyledItemDelegate::displayText(value, locale);
+    return QStyledItemDelegate::displayText(QString(text.left(length) + QChar(0x2026)), locale);
+}
+
+// A dialog at a cell that is only minimised with its window has not been closed.
+bool QvelModelDelegate::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::Hide && event->spontaneous())
+        return false;
+    return QStyledItemDelegate::eventFilter(watched, event);
 }

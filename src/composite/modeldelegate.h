@@ -14,12 +14,19 @@
 /// Texts and enumerations (as a number of type `long`) are written to `Qt::EditRole`, all other
 /// values as a UaVariant to `Qt::UserRole`; invalid input and a dialog that was not accepted write
 /// nothing. An editor takes its value when it is created, and later changes do not reach it.
-/// User-interface thread only.
+/// Of a text, the first lines are shown. User-interface thread only.
 class KESTREL_EXPORT QvelModelDelegate : public QStyledItemDelegate
 {
 public:
     explicit QvelModelDelegate(QObject* parent = nullptr);
     ~QvelModelDelegate() override;
+
+    /// Whether an editor that still holds what it was filled with writes nothing, and one of flags
+    /// changes no others than the user did: a value or a bit without a name stays, and so does
+    /// what is beyond 32 bits, which is then written as a 64-bit number. Off by default: every
+    /// editor writes what it holds. It counts for the editors that are created from then on.
+    void setWritesOnlyChanges(bool onlyChanges) { m_writesOnlyChanges = onlyChanges; }
+    bool writesOnlyChanges() const { return m_writesOnlyChanges; }
 
     QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option,
                           const QModelIndex& index) const override;
@@ -28,4 +35,11 @@ public:
                       const QModelIndex& index) const override;
     void updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option,
                               const QModelIndex& index) const override;
+    QString displayText(const QVariant& value, const QLocale& locale) const override;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    bool m_writesOnlyChanges = false;
 };

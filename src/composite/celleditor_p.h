@@ -1,0 +1,31 @@
+#pragma once
+
+#include "base/enuminfo.h"
+#include "elementstore_p.h"
+#include "typeeditors_p.h"
+
+#include <QtWidgets/QWidget>
+
+/// What there is to edit in a cell of a table.
+struct Cell
+{
+    explicit Cell(const QModelIndex& cell)
+        : index(cell), value(cell.data(ElementValueRole).value<UaVariant>()),
+          enumInfo(cell.data(ElementEnumInfoRole).value<QvelEnumInfo>())
+    {
+    }
+
+    const QModelIndex index;
+    const UaVariant value;
+    const QvelEnumInfo enumInfo;
+};
+
+/// As a cell's value travels in a model, if it is valid.
+template <class Editor>
+QVariant editedValue(const QWidget* widget)
+{
+    const auto* editor = qobject_cast<const Editor*>(widget);
+    bool ok = false;
+    const UaVariant value = editor ? editor->value(&ok) : UaVariant();
+    return ok ? QVariant::fromValue(value) : QVariant();
+}
