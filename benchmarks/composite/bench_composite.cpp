@@ -264,7 +264,7 @@ void reportTexts(Figures& figures)
         std::vector<QModelIndex> cells;
         for (int row = 0; row < rows; ++row)
             cells.push_back(model.index(row, 0));
-        return milliseconds([&] {
+        return cpuMilliseconds([&] {
             for (int i = 0; i < screens; ++i) {
                 for (const QModelIndex& cell : cells) {
                     const QVariant text = model.data(cell, Qt::DisplayRole);
@@ -278,7 +278,7 @@ void reportTexts(Figures& figures)
     const auto [ours, bare] = medians(
         runs, [&] { return viaModel(numbers); },
         [&] {
-            return milliseconds([&] {
+            return cpuMilliseconds([&] {
                 for (int i = 0; i < screens * rows; ++i) {
                     const QVariant text = QString::number(ints[i % rows]);
                     asm volatile("" ::"r"(&text) : "memory");
@@ -291,7 +291,7 @@ void reportTexts(Figures& figures)
     const auto [oursText, bareText] = medians(
         runs, [&] { return viaModel(texts); },
         [&] {
-            return milliseconds([&] {
+            return cpuMilliseconds([&] {
                 for (int i = 0; i < screens * rows; ++i) {
                     const QVariant text =
                         QString::fromUtf8(stack[i % rows].Data, stack[i % rows].Length);
@@ -318,7 +318,7 @@ void reportReshaping(Figures& figures)
             auto* model = static_cast<QvelMatrixModel*>(dialog.findChild<QTableView*>()->model());
             // The first change takes the dialog's value apart from ours.
             model->setData(model->index(0, 0), 1, Qt::EditRole);
-            return milliseconds([&] {
+            return cpuMilliseconds([&] {
                 model->setDimensions(lengths);
                 settle();
             });
@@ -327,7 +327,7 @@ void reportReshaping(Figures& figures)
             BareView bare(million);
             bare.view.show();
             settle();
-            return milliseconds([&] {
+            return cpuMilliseconds([&] {
                 bare.model.reset();
                 // New lengths are new labels, which a reset alone does not paint again.
                 bare.view.verticalHeader()->viewport()->update();

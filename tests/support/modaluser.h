@@ -21,6 +21,9 @@ public:
         m_timer.start(5);
     }
 
+    /// Answers nothing more.
+    void stop() { m_timer.stop(); }
+
     QMessageBox::StandardButton button = QMessageBox::Ok;
     /// "W|title|text|OK,Cancel" for a message box (N, I, W, C or ? for its icon), "Class|title" for
     /// another dialog.
