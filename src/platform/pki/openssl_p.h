@@ -1,5 +1,7 @@
 #pragma once
 
+#include "uapkikeys.h"
+
 #include <QtCore/QtGlobal>
 
 #include <memory>
@@ -24,6 +26,7 @@ template <class T, auto free>
 using OpenSslPtr = std::unique_ptr<T, OpenSslFree<free>>;
 
 using BioPtr = OpenSslPtr<BIO, BIO_free_all>;
+using GeneralNamesPtr = OpenSslPtr<GENERAL_NAMES, GENERAL_NAMES_free>;
 using KeyPtr = OpenSslPtr<EVP_PKEY, EVP_PKEY_free>;
 using X509Ptr = OpenSslPtr<X509, X509_free>;
 
@@ -40,4 +43,23 @@ struct UaPkiKeyData
 {
     explicit UaPkiKeyData(KeyPtr k) : key(std::move(k)) {}
     KeyPtr key;
+};
+
+/// What is behind UaPkiPublicKey and UaPkiPrivateKey.
+struct UaPkiKeyAccess
+{
+    /// Null for the null key.
+    template <class Key>
+    static EVP_PKEY* get(const Key& key)
+    {
+        return key.m_key ? key.m_key->key.get() : nullptr;
+    }
+    template <class Key>
+    static Key make(KeyPtr key)
+    {
+        Key result;
+        if (key)
+            result.m_key = std::make_shared<UaPkiKeyData>(std::move(key));
+        return result;
+    }
 };

@@ -28,8 +28,12 @@ struct UaPkiCertificateInfo
     UaString applicationUri;
     UaString ipAddress;
     UaString dnsName;
-    /// Seconds from the start of validity to its end; one year of 365 days by default.
+    /// Seconds from the start of validity to its end, or from now to its end for a certificate that
+    /// is to be created; one year of 365 days by default.
     OpcUa_Int64 validitySeconds = 365 * 24 * 60 * 60;
+    /// How many seconds before now the validity of a certificate starts that is to be created, for
+    /// peers whose clocks are slow. 0 for one that was read.
+    OpcUa_Int64 clockToleranceSeconds = 0;
 };
 
 /// An X.509 certificate, as OPC UA applications have one (OPC 10000-6, 6.2.2). Copies share their
@@ -43,15 +47,18 @@ public:
     /// The null certificate.
     UaPkiCertificate();
     /// Creates a certificate for `subjectKey`, valid from now on, and signs it by SHA-256 with the
-    /// issuer's key; the same identity and the key's other half make it self-signed. Empty parts of
-    /// an identity are left out. The result is null when the certificate cannot be made:
+    /// issuer's key; the same identity and the key's other half make it self-signed, with the key
+    /// usage for signing certificates besides. Empty parts of an identity are left out. The result
+    /// is null when the certificate cannot be made:
     /// - a key is null, or there is no application URI or no common name of the subject,
     /// - a country is not two ASCII letters, or a part of an identity is longer than RFC 5280,
     ///   appendix A.1 allows (64 characters, 128 for locality and state),
-    /// - an IP address does not parse, or a domain name holds what cannot be in one,
-    /// - the validity is not positive or ends after the year 9999.
-    /// Domain names that are not ASCII are converted (RFC 3490), other characters than ASCII in the
-    /// application URI are percent-encoded as UTF-8 (RFC 3987, 3.1).
+    /// - an IP address does not parse, a domain name holds what cannot be in one, or one of the two
+    ///   lists has blanks and commas only,
+    /// - the validity is not positive or ends after the year 9999, or the clock tolerance is
+    ///   negative.
+    /// Domain names that are not ASCII are converted (RFC 3490). What RFC 3986 does not allow in a
+    /// URI is percent-encoded as UTF-8 in the application URI.
     UaPkiCertificate(const UaPkiCertificateInfo& info, const UaPkiIdentity& subject,
                      const UaPkiPublicKey& subjectKey, const UaPkiIdentity& issuer,
                      const UaPkiPrivateKey& issuerKey);

@@ -2,6 +2,8 @@
 
 #include "filewriter_p.h"
 #include "openssl_p.h"
+#include "pairfiles_p.h"
+#include "uapkicertificate.h"
 
 #include <QtCore/QFile>
 
@@ -48,11 +50,31 @@ bool writePem(BIO* bio, const EVP_PKEY* key, const char* password)
     return PEM_write_bio_PKCS8(bio, encrypted.get()) == 1;
 }
 
+/// What a key's file holds, in memory that is wiped.
+class Pem
+{
+public:
+    Pem(const UaPkiPrivateKey& key, const char* password) : m_bio(BIO_new(BIO_s_mem()))
+    {
+        const ErrorQueueGuard guard;
+        if (m_bio && !key.isNull() && writePem(m_bio.get(), UaPkiKeyAccess::get(key), password))
+            m_size = BIO_get_mem_data(m_bio.get(), &m_data);
+    }
+    bool isNull() const { return !m_data; }
+    const char* data() const { return m_data; }
+    long size() const { return m_size; }
+
+private:
+    BioPtr m_bio;
+    char* m_data = nullptr;
+    long m_size = 0;
+};
+
 } // namespace
 
 int UaPkiPublicKey::keySize() const
 {
-    return m_key ? EVP_PKEY_get_bits(m_key->key.get()) : 0;
+    return m_key ? EVP_PKEY_get_bits(UaPkiKeyAccess::get(*this)) : 0;
 }
 
 UaPkiRsaKeyPair::UaPkiRsaKeyPair(int bits)
@@ -64,19 +86,30 @@ UaPkiRsaKeyPair::UaPkiRsaKeyPair(int bits)
     KeyPtr half = key ? publicHalf(key.get()) : nullptr;
     if (!half)
         return;
-    m_publicKey.m_key = std::make_shared<UaPkiKeyData>(std::move(half));
-    m_privateKey.m_key = std::make_shared<UaPkiKeyData>(std::move(key));
+    m_publicKey = UaPkiKeyAccess::make<UaPkiPublicKey>(std::move(half));
+    m_privateKey = UaPkiKeyAccess::make<UaPkiPrivateKey>(std::move(key));
 }
 
 bool UaPkiRsaKeyPair::toPEMFile(const char* path, const char* password) const
 {
-    if (isNull())
-        return false;
-    const ErrorQueueGuard guard;
-    const BioPtr bio(BIO_new(BIO_s_mem())); // wipes what it held
-    if (!bio || !writePem(bio.get(), m_privateKey.m_key->key.get(), password))
-        return false;
-    char* pem = nullptr;
-    const long size = BIO_get_mem_data(bio.get(), &pem);
-    return replaceSecretFile(QFile::decodeName(path), pem, size);
+    const Pem pem(m_privateKey, password);
+    return !pem.isNull() && replaceFile(QFile::decodeName(path), pem.data(), pem.size(),
+                                        FileReplacement::Access::OwnerOnly);
+}
+
+std::optional<FileFailure> replacePair(const UaPkiCertificate& certificate,
+                                       const QString& certificateFile,
+                                       const UaPkiRsaKeyPair& keyPair, const QString& keyFile,
+                                       const char* password)
+{
+    using Access = FileReplacement::Access;
+    const UaByteString der = certificate.toDER();
+    const Pem pem(keyPair.privateKey(), password);
+    if (der.isNull() || pem.isNull())
+        return FileFailure{der.isNull() ? certificateFile : keyFile, {}};
+    FileReplacement files;
+    if (files.write(certificateFile, der.bytes().constData(), der.length(), Access::Usual) &&
+        files.write(keyFile, pem.data(), pem.size(), Access::OwnerOnly) && files.commit())
+        return {};
+    return FileFailure{files.failedPath(), files.reason()};
 }

@@ -18,8 +18,7 @@ public:
     int keySize() const;
 
 private:
-    friend class UaPkiCertificate;
-    friend class UaPkiRsaKeyPair;
+    friend struct UaPkiKeyAccess;
     std::shared_ptr<const UaPkiKeyData> m_key;
 };
 
@@ -33,8 +32,7 @@ public:
     bool isNull() const { return !m_key; }
 
 private:
-    friend class UaPkiCertificate;
-    friend class UaPkiRsaKeyPair;
+    friend struct UaPkiKeyAccess;
     std::shared_ptr<const UaPkiKeyData> m_key;
 };
 
