@@ -28,6 +28,7 @@ CertificatesPage::CertificatesPage(Host& host)
         trusted + QStringLiteral("harrier.der"), keys + QStringLiteral("harrier.pem"),
         QIcon(QStringLiteral(":/images/harrier.png")), false);
     m_manager->setRSAKeyStrengths({2048, 3072, 4096}); // servers of today refuse less
+    m_manager->setClockTolerance(5 * 60);
     auto* scroll = new QScrollArea; // a narrow window does not have to show all buttons
     scroll->setWidget(m_manager);
     scroll->setWidgetResizable(true);

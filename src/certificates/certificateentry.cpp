@@ -1,20 +1,6 @@
 #include "certificateentry.h"
 
-#include "certificateclock_p.h"
-
 constexpr int soonDays = 14;
-
-static UaDateTime (*clockInUse)() = &UaDateTime::now;
-
-UaDateTime certificateNow()
-{
-    return clockInUse();
-}
-
-void setCertificateClock(UaDateTime (*clock)())
-{
-    clockInUse = clock;
-}
 
 QvelCertificateEntry::QvelCertificateEntry() = default;
 QvelCertificateEntry::QvelCertificateEntry(const QvelCertificateEntry& other) = default;
@@ -39,9 +25,13 @@ void QvelCertificateEntry::add(QvelCertificateEntry* child)
 
 QvelCertificateEntry::ValidState QvelCertificateEntry::validState() const
 {
-    const UaDateTime now = certificateNow();
+    return validState(UaDateTime::now());
+}
+
+QvelCertificateEntry::ValidState QvelCertificateEntry::validState(const UaDateTime& time) const
+{
     const UaDateTime end = certificate.validTo();
-    if (!certificate.isValid(now))
-        return now.ticks() > end.ticks() ? Expired : NotYetValid;
-    return now.daysTo(end) <= soonDays ? ExpiresSoon : Valid;
+    if (!certificate.isValid(time))
+        return time.ticks() > end.ticks() ? Expired : NotYetValid;
+    return time.daysTo(end) <= soonDays ? ExpiresSoon : Valid;
 }

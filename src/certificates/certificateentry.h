@@ -39,6 +39,8 @@ public:
     void add(QvelCertificateEntry* child);
     /// Judged by the present time at each call.
     ValidState validState() const;
+    /// Judged by `time`.
+    ValidState validState(const UaDateTime& time) const;
 
     int kind = Untrusted; ///< a CertificateKind
     QFileInfo fileInfo;

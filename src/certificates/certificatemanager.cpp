@@ -1,10 +1,13 @@
 #include "certificatemanager.h"
 
 #include "base/editorhelpers_p.h"
+#include "base/ownmodal_p.h"
+#include "certificatecolumns_p.h"
 #include "certificateentry.h"
 #include "certificatemodel.h"
 #include "images/images_p.h"
 #include "newcertificatedialog.h"
+#include "platform/pki/pairfiles_p.h"
 #include "ui_certificatemanager.h"
 
 #include <QtCore/QDir>
@@ -15,10 +18,9 @@
 #include <QtGui/QKeyEvent>
 #include <QtWidgets/QFileDialog>
 #include <QtWidgets/QMenu>
-#include <QtWidgets/QMessageBox>
 
-constexpr int columnOfKind = 0;
-constexpr int columnOfFile = 12;
+#include <functional>
+
 constexpr int noKind = -1;
 
 class QvelCertificateManager::Private
@@ -31,15 +33,22 @@ public:
     }
     int currentKind() const
     {
-        const QVariant kind = current(columnOfKind, Qt::UserRole);
+        const QVariant kind = current(CertificateColumn::Status, Qt::UserRole);
         return kind.isValid() ? kind.toInt() : noKind;
     }
-    QString currentFileName() const { return current(columnOfFile, Qt::DisplayRole).toString(); }
-    QModelIndex currentSource() const { return proxy->mapToSource(ui.treeView->currentIndex()); }
+    QString currentFileName() const
+    {
+        return current(CertificateColumn::FileName, Qt::DisplayRole).toString();
+    }
+    void fitColumns();
+    void readStore(const std::function<QString(const QString&)>& read);
+    bool changeStore(bool (QvelCertificateModel::*change)(QModelIndex),
+                     const QString& directory = {});
 
     QString applicationName;
     QString applicationUriPart;
     QString trustedPath;
+    QString rejectedPath;
     QString ownCertificateFile;
     QString ownPrivateKeyFile;
     bool passwordOption;
@@ -47,7 +56,65 @@ public:
     std::unique_ptr<QvelCertificateModel> model = nullptr;
     QSortFilterProxyModel* proxy = nullptr;
     QList<int> keyStrengths = {};
+    int clockTolerance = 0;
+    bool menuRuns = false;
+    void (QvelCertificateManager::*chosen)() = nullptr; // in the menu
 };
+
+/// Makes the columns wide enough for what they show, long lists of names and URIs within reason.
+void QvelCertificateManager::Private::fitColumns()
+{
+    using namespace CertificateColumn;
+    QTreeView* view = ui.treeView;
+    const int widest = 60 * view->fontMetrics().averageCharWidth();
+    for (int column = 0; column < Count; ++column) {
+        const bool whole = column <= ValidTo || column == FileName;
+        const int before = view->columnWidth(column);
+        view->resizeColumnToContents(column);
+        if (!whole)
+            view->setColumnWidth(column, qMax(before, qMin(view->columnWidth(column), widest)));
+    }
+}
+
+/// Reads the store again by `read`, which is given the path of the current file and returns the one
+/// that it has now. The same file stays current, and what is selected.
+void QvelCertificateManager::Private::readStore(const std::function<QString(const QString&)>& read)
+{
+    const QModelIndex before = ui.treeView->currentIndex();
+    QItemSelectionModel* selection = ui.treeView->selectionModel();
+    const bool selected = selection->isSelected(before);
+    const bool empty = model->rowCount() == 0;
+    const int column = before.column();
+    const QString path = read(current(CertificateColumn::FileName, Qt::UserRole).toString());
+    const QModelIndexList found = proxy->match(proxy->index(0, CertificateColumn::FileName),
+                                               Qt::UserRole, path, 1, Qt::MatchExactly);
+    if (!found.isEmpty())
+        selection->setCurrentIndex(found.first().siblingAtColumn(column),
+                                   selected ? QItemSelectionModel::ClearAndSelect |
+                                                  QItemSelectionModel::Rows
+                                            : QItemSelectionModel::NoUpdate);
+    if (empty && model->rowCount() > 0)
+        fitColumns();
+}
+
+/// Does something to the current certificate, which may move its file to `directory`.
+bool QvelCertificateManager::Private::changeStore(bool (QvelCertificateModel::*change)(QModelIndex),
+                                                  const QString& directory)
+{
+    bool done = false;
+    readStore([&](const QString& path) {
+        const QString moved = directory + currentFileName();
+        done = (model.get()->*change)(proxy->mapToSource(ui.treeView->currentIndex()));
+        return done ? QFileInfo(moved).absoluteFilePath() : path;
+    });
+    return done;
+}
+
+static void warn(QWidget* parent, const QString& text)
+{
+    runMessageBox(parent, QMessageBox::Warning, QvelCertificateManager::tr("CertificateManager"),
+                  text);
+}
 
 static void prefill(QvelNewCertificateDlg& dialog, const UaPkiCertificate& certificate)
 {
@@ -73,7 +140,7 @@ QvelCertificateManager::QvelCertificateManager(
     const QString& secondPath, const QString& thirdPath, const QString& rejectedPath,
     const QString& ownCertificateFile, const QString& ownPrivateKeyFile,
     const QIcon& ownCertificateIcon, bool passwordOption, QWidget* parent)
-    : QWidget(parent), d(new Private{applicationName, applicationUriPart, trustedPath,
+    : QWidget(parent), d(new Private{applicationName, applicationUriPart, trustedPath, rejectedPath,
                                      ownCertificateFile, ownPrivateKeyFile, passwordOption})
 {
     initKestrelImages();
@@ -89,8 +156,7 @@ QvelCertificateManager::QvelCertificateManager(
     view->setModel(d->proxy);
 
     view->setContextMenuPolicy(Qt::CustomContextMenu);
-    for (int column : {0, 1, 2, 3, columnOfFile})
-        view->resizeColumnToContents(column);
+    d->fitColumns();
     view->installEventFilter(this);
 
     using Self = QvelCertificateManager;
@@ -103,11 +169,21 @@ QvelCertificateManager::QvelCertificateManager(
     connect(d->ui.pushButton_CreateNewCertificate, &QAbstractButton::clicked, this,
             &Self::sltCreateNewCertificate);
     connect(d->ui.toolButton_Refresh, &QAbstractButton::clicked, this, &Self::sltReload);
-    connect(d->ui.actionTrust, &QAction::triggered, this, &Self::sltTrustCertificate);
-    connect(d->ui.actionReject, &QAction::triggered, this, &Self::sltRejectCertificate);
-    connect(d->ui.actionDelete, &QAction::triggered, this, &Self::sltDeleteCertificate);
-    connect(d->ui.actionOpen, &QAction::triggered, this, &Self::sltOpenCertificate);
-    connect(d->ui.actionCreateNew, &QAction::triggered, this, &Self::sltCreateNewCertificate);
+    const std::pair<QAction*, void (Self::*)()> actions[] = {
+        {d->ui.actionTrust, &Self::sltTrustCertificate},
+        {d->ui.actionReject, &Self::sltRejectCertificate},
+        {d->ui.actionDelete, &Self::sltDeleteCertificate},
+        {d->ui.actionOpen, &Self::sltOpenCertificate},
+        {d->ui.actionCreateNew, &Self::sltCreateNewCertificate},
+    };
+    for (const auto& [action, slot] : actions)
+        connect(action, &QAction::triggered, this, [this, slot = slot] {
+            // Not from within the menu: it would not survive this widget's deletion meanwhile.
+            if (d->menuRuns)
+                d->chosen = slot;
+            else
+                (this->*slot)();
+        });
 }
 
 QvelCertificateManager::~QvelCertificateManager() = default;
@@ -122,6 +198,16 @@ QList<int> QvelCertificateManager::rsaKeyStrengths() const
     return d->keyStrengths;
 }
 
+void QvelCertificateManager::setClockTolerance(int seconds)
+{
+    d->clockTolerance = qMax(0, seconds);
+}
+
+int QvelCertificateManager::clockTolerance() const
+{
+    return d->clockTolerance;
+}
+
 void QvelCertificateManager::sltOpenCertLocation()
 {
     QDesktopServices::openUrl(QUrl::fromLocalFile(QDir(d->trustedPath).absolutePath()));
@@ -130,25 +216,31 @@ void QvelCertificateManager::sltOpenCertLocation()
 void QvelCertificateManager::sltCopyCertificateTo()
 {
     if (!QFile::exists(d->ownCertificateFile)) {
-        QMessageBox::information(
-            this, tr("Certificate Not Found"),
+        runMessageBox(
+            this, QMessageBox::Information, tr("Certificate Not Found"),
             tr("The application certificate '%1' does not exist.").arg(d->ownCertificateFile));
         return;
     }
+    const QFileInfo start(QDir::home().absoluteFilePath(d->ownCertificateFile));
+    auto* dialog =
+        new QFileDialog(this, QString(), start.absolutePath(), tr("Certificates (*.der)"));
+    dialog->setAcceptMode(QFileDialog::AcceptSave);
+    dialog->setFileMode(QFileDialog::AnyFile);
+    dialog->setOption(QFileDialog::DontConfirmOverwrite); // a file that is there is never replaced
+    dialog->setDefaultSuffix(QStringLiteral("der"));
+    dialog->selectFile(start.fileName());
     const QPointer<QvelCertificateManager> self(this);
-    const QString target = QFileDialog::getSaveFileName(
-        this, QString(), QDir::home().absoluteFilePath(d->ownCertificateFile),
-        tr("Certificates (*.der)"));
+    const QString target = runFileDialog(dialog);
     if (self && !target.isEmpty() && !QFile::copy(d->ownCertificateFile, target))
-        QMessageBox::information(
-            this, tr("Could Not Copy Certificate"),
-            tr("The application certificate could not be copied to '%1'.").arg(target));
+        runMessageBox(this, QMessageBox::Information, tr("Could Not Copy Certificate"),
+                      tr("The application certificate could not be copied to '%1'.").arg(target));
 }
 
 void QvelCertificateManager::sltCreateNewCertificate()
 {
     const QPointer<QvelNewCertificateDlg> dialog = new QvelNewCertificateDlg(
         d->applicationName, d->applicationUriPart, false, d->passwordOption, this);
+    dialog->setClockTolerance(d->clockTolerance);
     if (!d->keyStrengths.isEmpty())
         dialog->setRSAKeyStrengths(d->keyStrengths);
     if (QFile::exists(d->ownCertificateFile)) {
@@ -157,29 +249,25 @@ void QvelCertificateManager::sltCreateNewCertificate()
         if (!own.isNull())
             prefill(*dialog, own);
     }
-    const int result = dialog->exec();
+    int result = dialog->exec();
+    // What cannot become a certificate comes back until it is right or given up.
+    while (dialog && result == QDialog::Accepted && dialog->certificate()->isNull()) {
+        dialog->move(dialog->pos()); // where the user has put it
+        result = dialog->exec();
+    }
     if (!dialog) // this widget was deleted meanwhile, and the dialog with it
         return;
-    const std::unique_ptr<QvelNewCertificateDlg> owned(dialog);
-    if (result != QDialog::Accepted)
-        return;
-
-    const UaPkiCertificate* certificate = dialog->certificate();
-    const UaPkiRsaKeyPair* keyPair = dialog->keyPair();
-    if (!certificate || certificate->isNull() || !keyPair || keyPair->isNull()) {
-        QMessageBox::warning(this, tr("CertificateManager"),
-                             tr("Could not create a certificate from these data"));
-        return;
+    std::optional<FileFailure> failure;
+    if (result == QDialog::Accepted) {
+        QByteArray password = dialog->password().toLocal8Bit();
+        failure = replacePair(*dialog->certificate(), d->ownCertificateFile, *dialog->keyPair(),
+                              d->ownPrivateKeyFile, password.constData());
+        password.fill('\0');
+        sltReload();
     }
-    // The results do not matter: what is there afterwards is what the list shows.
-    QFile::remove(d->ownCertificateFile);
-    certificate->toDERFile(QFile::encodeName(d->ownCertificateFile).constData());
-    QFile::remove(d->ownPrivateKeyFile);
-    QByteArray password = dialog->password().toLocal8Bit();
-    keyPair->toPEMFile(QFile::encodeName(d->ownPrivateKeyFile).constData(),
-                       password.isEmpty() ? nullptr : password.constData());
-    password.fill('\0');
-    d->model->reload();
+    delete dialog;
+    if (failure)
+        warn(this, tr("Could not write %1: %2").arg(failure->file, failure->reason));
 }
 
 void QvelCertificateManager::sltViewContextMenu(QPoint pos)
@@ -202,51 +290,57 @@ void QvelCertificateManager::sltViewContextMenu(QPoint pos)
     default:
         break;
     }
+    const QPointer<QvelCertificateManager> self(this);
+    d->menuRuns = true;
     menu->exec(QCursor::pos());
+    if (!self)
+        return;
+    d->menuRuns = false;
+    if (const auto chosen = std::exchange(d->chosen, nullptr))
+        (this->*chosen)();
 }
 
 void QvelCertificateManager::sltTrustCertificate()
 {
-    // The name is that of the current row after the store was read again.
-    if (!d->model->sltTrust(d->currentSource()))
-        QMessageBox::warning(
-            this, tr("CertificateManager"),
-            tr("Could not move certificate %1 to the trusted directory").arg(d->currentFileName()));
+    const QString fileName = d->currentFileName();
+    if (!d->changeStore(&QvelCertificateModel::sltTrust, d->trustedPath))
+        warn(this, tr("Could not move certificate %1 to the trusted directory").arg(fileName));
 }
 
 void QvelCertificateManager::sltRejectCertificate()
 {
-    if (!d->model->sltReject(d->currentSource()))
-        QMessageBox::warning(this, tr("CertificateManager"),
-                             tr("Could not move certificate %1 to the rejected directory")
-                                 .arg(d->currentFileName()));
+    const QString fileName = d->currentFileName();
+    if (!d->changeStore(&QvelCertificateModel::sltReject, d->rejectedPath))
+        warn(this, tr("Could not move certificate %1 to the rejected directory").arg(fileName));
 }
 
 void QvelCertificateManager::sltDeleteCertificate()
 {
     const QPointer<QvelCertificateManager> self(this);
     const QMessageBox::StandardButton answer =
-        QMessageBox::question(this, tr("Delete Trusted Certificate"),
-                              tr("Do you really want to delete the selected certificate?"),
-                              QMessageBox::Ok | QMessageBox::Cancel);
+        runMessageBox(this, QMessageBox::Question, tr("Delete Trusted Certificate"),
+                      tr("Do you really want to delete the selected certificate?"),
+                      QMessageBox::Ok | QMessageBox::Cancel);
     if (!self || answer != QMessageBox::Ok)
         return;
     const QString fileName = d->currentFileName();
-    if (!d->model->sltDelete(d->currentSource()))
-        QMessageBox::warning(this, tr("CertificateManager"),
-                             tr("Could not delete certificate %1").arg(fileName));
+    if (!d->changeStore(&QvelCertificateModel::sltDelete))
+        warn(this, tr("Could not delete certificate %1").arg(fileName));
 }
 
 void QvelCertificateManager::sltOpenCertificate()
 {
-    const QVariant path = d->current(columnOfFile, Qt::UserRole);
+    const QVariant path = d->current(CertificateColumn::FileName, Qt::UserRole);
     if (path.metaType() == QMetaType::fromType<QString>())
         QDesktopServices::openUrl(QUrl::fromLocalFile(path.toString()));
 }
 
 void QvelCertificateManager::sltReload()
 {
-    d->model->reload();
+    d->readStore([this](const QString& path) {
+        d->model->reload();
+        return path;
+    });
 }
 
 bool QvelCertificateManager::eventFilter(QObject* watched, QEvent* event)

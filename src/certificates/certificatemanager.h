@@ -19,7 +19,8 @@ public:
     /// certificate. `trustedPath` and `rejectedPath` end with a separator; `secondPath` and
     /// `thirdPath` are not read, see QvelCertificateModel. A new certificate is written to
     /// `ownCertificateFile` as DER and its private key to `ownPrivateKeyFile` as PEM, encrypted if
-    /// the user may (`passwordOption`) and does give a password.
+    /// the user may (`passwordOption`) and does give a password. The application has to announce
+    /// the URI that its certificate holds: UaPkiCertificateInfo::applicationUri of that file.
     QvelCertificateManager(const QString& applicationName, const QString& applicationUriPart,
                            const QString& trustedPath, const QString& secondPath,
                            const QString& thirdPath, const QString& rejectedPath,
@@ -32,14 +33,20 @@ public:
     /// QvelNewCertificateDlg::setRSAKeyStrengths(). Empty is the dialog's default.
     void setRSAKeyStrengths(const QList<int>& bits);
     QList<int> rsaKeyStrengths() const;
+    /// How far in the past the validity of a new certificate starts, in seconds; see
+    /// QvelNewCertificateDlg::setClockTolerance(). 0 is the default.
+    void setClockTolerance(int seconds);
+    int clockTolerance() const;
 
 public Q_SLOTS:
     /// Shows the trusted directory in the desktop's file manager.
     void sltOpenCertLocation();
-    /// Asks for a file and copies the application's own certificate to it.
+    /// Asks for a file and copies the application's own certificate to it, but never over one that
+    /// is there.
     void sltCopyCertificateTo();
     /// Asks for the data of a new certificate and replaces the application's own certificate and
-    /// private key. When no certificate can be made from the data, both stay.
+    /// private key. The dialog comes back when no certificate can be made from the data. When one
+    /// of the two files cannot be written, both stay as they were, and the user is told.
     void sltCreateNewCertificate();
     /// Shows the menu of the current certificate if there is a certificate at `pos` of the list.
     void sltViewContextMenu(QPoint pos);

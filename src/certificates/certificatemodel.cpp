@@ -2,26 +2,14 @@
 
 #include "base/editorhelpers_p.h"
 #include "base/showntext_p.h"
-#include "certificateentry.h"
+#include "certificatemodel_p.h"
 #include "images/images_p.h"
 
 #include <QtCore/QDateTime>
 #include <QtCore/QDir>
-#include <QtGui/QIcon>
 #include <QtGui/QPainter>
 
-#include <array>
-#include <vector>
-
 namespace {
-
-constexpr int columns = 13;
-constexpr int columnOfFile = 12;
-constexpr int kinds = 3;
-constexpr int states = 4;
-
-/// What the columns show.
-using Texts = std::array<QVariant, columns>;
 
 QString shown(const UaString& text)
 {
@@ -51,7 +39,7 @@ QIcon withOverlay(const QIcon& base, const QString& overlay)
         QPainter painter(&image);
         painter.setRenderHint(QPainter::SmoothPixmapTransform);
         painter.drawImage(QRect(QPoint(0, 0), QPoint(image.width() - 1, image.height() - 1)),
-                          QImage(overlay));
+                          QIcon(overlay).pixmap(size).toImage());
     }
     image.setDevicePixelRatio(ratio);
     return QPixmap::fromImage(image);
@@ -59,32 +47,17 @@ QIcon withOverlay(const QIcon& base, const QString& overlay)
 
 } // namespace
 
-class QvelCertificateModel::Private
+const QvelCertificateEntry* QvelCertificateModel::Private::entryOf(const QModelIndex& index) const
 {
-public:
-    /// The entry of an index that is valid for the present rows, else null.
-    const QvelCertificateEntry* entryOf(const QModelIndex& index) const
-    {
-        const bool present = root && index.row() >= 0 && index.column() >= 0 &&
-                             index.row() < root->childrenCount() &&
-                             root->at(index.row()) == index.internalPointer();
-        return present ? root->at(index.row()) : nullptr;
-    }
-    const QIcon& icon(const QvelCertificateEntry& entry);
-
-    QString trustedPath;
-    QString secondPath;
-    QString thirdPath;
-    QString rejectedPath;
-    QString ownCertificateFile;
-    std::unique_ptr<QvelCertificateEntry> root = nullptr;
-    std::vector<Texts> texts = {}; // of the root's children
-    QIcon icons[kinds][states] = {};
-};
+    const bool present = root && index.row() >= 0 && index.column() >= 0 &&
+                         index.row() < root->childrenCount() &&
+                         root->at(index.row()) == index.internalPointer();
+    return present ? root->at(index.row()) : nullptr;
+}
 
 const QIcon& QvelCertificateModel::Private::icon(const QvelCertificateEntry& entry)
 {
-    const QvelCertificateEntry::ValidState state = entry.validState();
+    const QvelCertificateEntry::ValidState state = entry.validState(now());
     QIcon& icon = icons[entry.kind][state];
     if (icon.isNull() && state != QvelCertificateEntry::Valid)
         icon = withOverlay(icons[entry.kind][QvelCertificateEntry::Valid],
@@ -118,7 +91,7 @@ QvelCertificateModel::~QvelCertificateModel()
 
 QModelIndex QvelCertificateModel::index(int row, int column, const QModelIndex& parent) const
 {
-    if (column < 0 || column >= columns || row < 0 || row >= rowCount(parent))
+    if (column < 0 || column >= CertificateColumn::Count || row < 0 || row >= rowCount(parent))
         return {};
     return createIndex(row, column, d->root->at(row));
 }
@@ -135,7 +108,7 @@ int QvelCertificateModel::rowCount(const QModelIndex& parent) const
 
 int QvelCertificateModel::columnCount(const QModelIndex&) const
 {
-    return columns;
+    return CertificateColumn::Count;
 }
 
 bool QvelCertificateModel::hasChildren(const QModelIndex& parent) const
@@ -152,9 +125,9 @@ QVariant QvelCertificateModel::data(const QModelIndex& index, int role) const
     case Qt::DisplayRole:
         return d->texts[size_t(index.row())][size_t(index.column())];
     case Qt::DecorationRole:
-        return index.column() == 0 ? QVariant(d->icon(*entry)) : QVariant();
+        return index.column() == CertificateColumn::Status ? QVariant(d->icon(*entry)) : QVariant();
     case Qt::ToolTipRole:
-        switch (entry->validState()) {
+        switch (entry->validState(d->now())) {
         case QvelCertificateEntry::Valid:
             return {};
         case QvelCertificateEntry::NotYetValid:
@@ -166,9 +139,9 @@ QVariant QvelCertificateModel::data(const QModelIndex& index, int role) const
         }
         return {};
     case Qt::UserRole:
-        if (index.column() == 0)
+        if (index.column() == CertificateColumn::Status)
             return entry->kind;
-        if (index.column() == columnOfFile)
+        if (index.column() == CertificateColumn::FileName)
             return entry->fileInfo.absoluteFilePath();
         return {};
     default:
@@ -178,15 +151,16 @@ QVariant QvelCertificateModel::data(const QModelIndex& index, int role) const
 
 QVariant QvelCertificateModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
-    static const char* const headers[columns] = {
+    static const char* const headers[] = {
         QT_TR_NOOP("Status"),   QT_TR_NOOP("Name"),         QT_TR_NOOP("Valid From"),
         QT_TR_NOOP("Valid To"), QT_TR_NOOP("Organization"), QT_TR_NOOP("OrganizationUnit"),
         QT_TR_NOOP("Locality"), QT_TR_NOOP("State"),        QT_TR_NOOP("Country"),
         QT_TR_NOOP("AppURI"),   QT_TR_NOOP("DomainName"),   QT_TR_NOOP("IP"),
         QT_TR_NOOP("Filename")};
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole || section < 0 ||
-        section >= columns)
+        section >= CertificateColumn::Count)
         return {};
+    static_assert(std::size(headers) == CertificateColumn::Count);
     return tr(headers[section]);
 }
 
@@ -273,19 +247,19 @@ void QvelCertificateModel::readDirectory(const QString& path, bool trusted)
                                                          : QvelCertificateEntry::Trusted;
         const UaPkiIdentity& issuer = certificate.issuer();
         const UaPkiCertificateInfo& info = certificate.info();
-        Texts texts = {kinds[entry->kind],
-                       shown(certificate.commonName()),
-                       localTime(certificate.validFrom()),
-                       localTime(certificate.validTo()),
-                       shown(issuer.organization),
-                       shown(issuer.organizationUnit),
-                       shown(issuer.locality),
-                       shown(issuer.state),
-                       shown(issuer.country),
-                       shown(info.applicationUri),
-                       shown(info.dnsName),
-                       shown(info.ipAddress),
-                       file.fileName()};
+        Private::Texts texts = {kinds[entry->kind],
+                                shown(certificate.commonName()),
+                                localTime(certificate.validFrom()),
+                                localTime(certificate.validTo()),
+                                shown(issuer.organization),
+                                shown(issuer.organizationUnit),
+                                shown(issuer.locality),
+                                shown(issuer.state),
+                                shown(issuer.country),
+                                shown(info.applicationUri),
+                                shown(info.dnsName),
+                                shown(info.ipAddress),
+                                file.fileName()};
         const int row = d->root->childrenCount();
         beginInsertRows({}, row, row);
         d->root->add(entry.release());

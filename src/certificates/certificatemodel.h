@@ -59,5 +59,6 @@ private:
     bool move(const QModelIndex& index, const QString& directory);
 
     class Private;
+    friend struct CertificateModelAccess; // whoever needs another clock
     std::unique_ptr<Private> d;
 };

@@ -1,6 +1,8 @@
 #include "newcertificatedialog.h"
 
+#include "base/showntext_p.h"
 #include "images/images_p.h"
+#include "platform/pki/certificatetexts_p.h"
 #include "platform/pki/uapkicertificate.h"
 #include "ui_newcertificatedialog.h"
 
@@ -8,6 +10,8 @@
 #include <QtGui/QCloseEvent>
 #include <QtGui/QIcon>
 #include <QtWidgets/QPushButton>
+
+#include <array>
 
 constexpr QSize statusIconSize(16, 16);
 constexpr int shortestPassword = 4;
@@ -33,50 +37,132 @@ static const int validities[] = {
     5 * yearInDays* dayInSeconds,
 };
 
-static UaString textOf(const QLineEdit* input)
+using Text = CertificateText;
+
+/// An input, what it is called, and the picture beside it that tells whether its content will do.
+struct Field
 {
-    return UaString(input->text().toUtf8());
-}
+    QLabel* label = nullptr;
+    QLineEdit* input = nullptr;
+    QLabel* status = nullptr;
+    bool good = false;
+};
+
+// After the fields of the texts come those of the password.
+constexpr size_t passwordField = size_t(Text::None);
+constexpr size_t repeatField = passwordField + 1;
+constexpr size_t fieldCount = repeatField + 1;
 
 class QvelNewCertificateDlg::Private
 {
 public:
-    QString statusText(bool good) const
+    Field& field(Text text) { return fields[size_t(text)]; }
+    const Field& field(Text text) const { return fields[size_t(text)]; }
+    bool given(Text text) const { return !field(text).input->text().isEmpty(); }
+    UaString value(Text text) const { return UaString(field(text).input->text().toUtf8()); }
+    void fill(Text text, const QString& content)
     {
-        return good ? QvelNewCertificateDlg::tr("Present and valid")
-                    : QvelNewCertificateDlg::tr("Missing or invalid");
+        field(text).input->setText(content);
+        field(text).input->setCursorPosition(0); // to show its start
     }
 
-    /// Shows whether the content of `input` will do, to the eye and to a screen reader.
-    void setStatus(QLabel* label, QLineEdit* input, bool good)
+    /// Shows whether the content of a field will do.
+    void setStatus(Field& changed, bool good)
     {
         const QIcon& icon = good ? on : off;
-        label->setPixmap(icon.pixmap(statusIconSize, label->devicePixelRatioF()));
-        label->setAccessibleName(statusText(good));
-        input->setAccessibleDescription(statusText(good));
+        changed.good = good;
+        changed.status->setPixmap(icon.pixmap(statusIconSize, changed.status->devicePixelRatioF()));
     }
-
-    /// One of the two that stand in for each other has changed: what is missing is greyed as long
-    /// as the other one is there.
-    void setAlternativeStatus(QLabel* status, QLineEdit* input, QLabel* otherStatus,
-                              const QLineEdit* otherInput)
-    {
-        const bool given = !input->text().isEmpty();
-        const bool otherGiven = !otherInput->text().isEmpty();
-        setStatus(status, input, given);
-        status->setEnabled(given || !otherGiven);
-        otherStatus->setEnabled(!given || otherGiven);
-    }
+    void changed(Text text);
+    void changedAlternative(Text text, Text other);
+    void describe();
+    QString faultReason() const;
+    void showFault(Text text);
 
     Ui::NewCertificateDialog ui = {};
+    std::array<Field, fieldCount> fields = {};
     const QIcon on = QIcon(QStringLiteral(":/kestrel/images/on.png"));
     const QIcon off = QIcon(QStringLiteral(":/kestrel/images/clearlog.png"));
     std::unique_ptr<UaPkiCertificate> certificate;
     std::unique_ptr<UaPkiRsaKeyPair> keyPair;
     QList<int> keyStrengths = defaultKeyStrengths();
+    int clockTolerance = 0;
+    Text fault = Text::None;
     bool passwordValid = true;
     bool mandatory = false;
 };
+
+/// What was wrong with the text before does not count any more.
+void QvelNewCertificateDlg::Private::changed(Text text)
+{
+    setStatus(field(text), given(text));
+    if (fault == text) {
+        fault = Text::None;
+        field(text).input->setToolTip({});
+        ui.lblFault->hide();
+    }
+}
+
+/// One of the two that stand in for each other has changed: what is missing is greyed as long as
+/// the other one is there.
+void QvelNewCertificateDlg::Private::changedAlternative(Text text, Text other)
+{
+    changed(text);
+    field(text).status->setEnabled(given(text) || !given(other));
+    field(other).status->setEnabled(!given(text) || given(other));
+}
+
+/// Tells a screen reader what the pictures show.
+void QvelNewCertificateDlg::Private::describe()
+{
+    for (const Field& each : fields) {
+        QString text;
+        if (fault != Text::None && &each == &field(fault))
+            text = faultReason();
+        else if (!each.status->isEnabledTo(each.status->window()))
+            text = QvelNewCertificateDlg::tr("Not required");
+        else if (each.good)
+            text = QvelNewCertificateDlg::tr("Present and valid");
+        else
+            text = QvelNewCertificateDlg::tr("Missing or invalid");
+        each.status->setAccessibleName(text);
+        each.input->setAccessibleDescription(text);
+    }
+}
+
+/// What the faulty text ought to be.
+QString QvelNewCertificateDlg::Private::faultReason() const
+{
+    switch (fault) {
+    case Text::Country:
+        return QvelNewCertificateDlg::tr("Two letters from A to Z.");
+    case Text::DnsName:
+        return QvelNewCertificateDlg::tr(
+            "Letters, digits and - . _ * only, with a comma between two names.");
+    case Text::IpAddress:
+        return QvelNewCertificateDlg::tr(
+            "IPv4 or IPv6 addresses in full, with a comma between two of them.");
+    default:
+        const bool isPlace = fault == Text::Locality || fault == Text::State;
+        return QvelNewCertificateDlg::tr("At most %1 characters.").arg(isPlace ? 128 : 64);
+    }
+}
+
+/// Shows why no certificate could be made, also when the dialog is shown again.
+void QvelNewCertificateDlg::Private::showFault(Text text)
+{
+    fault = text;
+    QString message = QvelNewCertificateDlg::tr("Could not create a certificate from these data");
+    if (fault != Text::None) {
+        Field& faulty = field(fault);
+        setStatus(faulty, false);
+        faulty.input->setToolTip(faultReason());
+        message += u'\n' + faulty.label->text() + u' ' + faultReason();
+    }
+    ui.lblFault->setText(message);
+    ui.lblFault->show();
+    describe();
+}
 
 QvelNewCertificateDlg::QvelNewCertificateDlg(const QString& applicationName,
                                              const QString& applicationUriPart, bool mandatory,
@@ -87,21 +173,22 @@ QvelNewCertificateDlg::QvelNewCertificateDlg(const QString& applicationName,
     d->mandatory = mandatory;
     Ui::NewCertificateDialog& ui = d->ui;
     ui.setupUi(this);
-    const std::pair<QLabel*, QLineEdit*> checked[] = {
-        {ui.lblStatCN, ui.txtCommonName},
-        {ui.lblStatO, ui.txtOrganization},
-        {ui.lblStatOU, ui.txtOrganizationUnit},
-        {ui.lblStatL, ui.txtLocality},
-        {ui.lblStatS, ui.txtState},
-        {ui.lblStatC, ui.txtCountry},
-        {ui.lblStatURI, ui.txtURI},
-        {ui.lblStatDNS, ui.txtDNS},
-        {ui.lblStatIP, ui.txtIP},
-        {ui.lblStatPassword, ui.txtPassword},
-        {ui.lblStatPasswordRepeat, ui.txtPasswordRepeat},
-    };
-    for (const auto& [label, input] : checked)
-        d->setStatus(label, input, false);
+    ui.lblFault->hide();
+    d->fields = {{
+        {ui.label_3, ui.txtCommonName, ui.lblStatCN},
+        {ui.label_4, ui.txtOrganization, ui.lblStatO},
+        {ui.label_5, ui.txtOrganizationUnit, ui.lblStatOU},
+        {ui.label_6, ui.txtLocality, ui.lblStatL},
+        {ui.label_7, ui.txtState, ui.lblStatS},
+        {ui.label_8, ui.txtCountry, ui.lblStatC},
+        {ui.label_9, ui.txtURI, ui.lblStatURI},
+        {ui.label_10, ui.txtDNS, ui.lblStatDNS},
+        {ui.label_11, ui.txtIP, ui.lblStatIP},
+        {ui.lblPassword, ui.txtPassword, ui.lblStatPassword},
+        {ui.lblPasswordRepeat, ui.txtPasswordRepeat, ui.lblStatPasswordRepeat},
+    }};
+    for (Field& field : d->fields)
+        d->setStatus(field, false);
     if (!passwordOption) {
         for (QWidget* widget : std::initializer_list<QWidget*>{
                  ui.chkPassword, ui.txtPassword, ui.txtPasswordRepeat, ui.lblPassword,
@@ -142,48 +229,47 @@ QvelNewCertificateDlg::~QvelNewCertificateDlg() = default;
 
 void QvelNewCertificateDlg::setCommonName(const QString& text)
 {
-    d->ui.txtCommonName->setText(text);
+    d->fill(Text::CommonName, text);
 }
 
 void QvelNewCertificateDlg::setOrganization(const QString& text)
 {
-    d->ui.txtOrganization->setText(text);
+    d->fill(Text::Organization, text);
 }
 
 void QvelNewCertificateDlg::setOrganizationUnit(const QString& text)
 {
-    d->ui.txtOrganizationUnit->setText(text);
+    d->fill(Text::OrganizationUnit, text);
 }
 
 void QvelNewCertificateDlg::setLocality(const QString& text)
 {
-    d->ui.txtLocality->setText(text);
+    d->fill(Text::Locality, text);
 }
 
 void QvelNewCertificateDlg::setState(const QString& text)
 {
-    d->ui.txtState->setText(text);
+    d->fill(Text::State, text);
 }
 
 void QvelNewCertificateDlg::setCountry(const QString& text)
 {
-    d->ui.txtCountry->setText(text);
+    d->fill(Text::Country, text);
 }
 
 void QvelNewCertificateDlg::setURI(const QString& text)
 {
-    d->ui.txtURI->setText(text);
-    d->ui.txtURI->setCursorPosition(0); // to show its start
+    d->fill(Text::ApplicationUri, text);
 }
 
 void QvelNewCertificateDlg::setIP(const QString& text)
 {
-    d->ui.txtIP->setText(text);
+    d->fill(Text::IpAddress, text);
 }
 
 void QvelNewCertificateDlg::setDNS(const QString& text)
 {
-    d->ui.txtDNS->setText(text);
+    d->fill(Text::DnsName, text);
 }
 
 void QvelNewCertificateDlg::setRSAKeyStrength(int bits)
@@ -216,6 +302,21 @@ QList<int> QvelNewCertificateDlg::rsaKeyStrengths() const
     return d->keyStrengths;
 }
 
+void QvelNewCertificateDlg::setClockTolerance(int seconds)
+{
+    d->clockTolerance = qMax(0, seconds);
+}
+
+int QvelNewCertificateDlg::clockTolerance() const
+{
+    return d->clockTolerance;
+}
+
+QString QvelNewCertificateDlg::applicationUri() const
+{
+    return QString::fromLatin1(toUri(d->value(Text::ApplicationUri).bytes()));
+}
+
 UaPkiCertificate* QvelNewCertificateDlg::certificate() const
 {
     return d->certificate.get();
@@ -246,20 +347,28 @@ void QvelNewCertificateDlg::closeEvent(QCloseEvent* event)
         QDialog::closeEvent(event);
 }
 
+void QvelNewCertificateDlg::showEvent(QShowEvent* event)
+{
+    QDialog::showEvent(event);
+    if (d->fault != Text::None)
+        d->field(d->fault).input->setFocus();
+}
+
 void QvelNewCertificateDlg::sltCreateCertificate()
 {
     const Ui::NewCertificateDialog& ui = d->ui;
     UaPkiIdentity identity;
-    identity.commonName = textOf(ui.txtCommonName);
-    identity.organization = textOf(ui.txtOrganization);
-    identity.organizationUnit = textOf(ui.txtOrganizationUnit);
-    identity.locality = textOf(ui.txtLocality);
-    identity.state = textOf(ui.txtState);
-    identity.country = textOf(ui.txtCountry);
+    identity.commonName = d->value(Text::CommonName);
+    identity.organization = d->value(Text::Organization);
+    identity.organizationUnit = d->value(Text::OrganizationUnit);
+    identity.locality = d->value(Text::Locality);
+    identity.state = d->value(Text::State);
+    identity.country = d->value(Text::Country);
     UaPkiCertificateInfo info;
-    info.applicationUri = textOf(ui.txtURI);
-    info.ipAddress = textOf(ui.txtIP);
-    info.dnsName = textOf(ui.txtDNS);
+    info.applicationUri = d->value(Text::ApplicationUri);
+    info.ipAddress = d->value(Text::IpAddress);
+    info.dnsName = d->value(Text::DnsName);
+    info.clockToleranceSeconds = d->clockTolerance;
     const int time = ui.cmbTime->currentIndex();
     if (time >= 0 && time < int(std::size(validities)))
         info.validitySeconds = validities[time];
@@ -270,71 +379,76 @@ void QvelNewCertificateDlg::sltCreateCertificate()
     d->certificate = std::make_unique<UaPkiCertificate>(info, identity, d->keyPair->publicKey(),
                                                         identity, d->keyPair->privateKey());
     QGuiApplication::restoreOverrideCursor();
-}
-
-void QvelNewCertificateDlg::checkFilled(QLabel* status, QLineEdit* input)
-{
-    d->setStatus(status, input, !input->text().isEmpty());
-    validateSettings();
+    if (d->certificate->isNull())
+        d->showFault(faultyText(info, identity));
+    else
+        ui.lblFault->hide();
 }
 
 void QvelNewCertificateDlg::sltCNChanged(QString)
 {
-    checkFilled(d->ui.lblStatCN, d->ui.txtCommonName);
+    d->changed(Text::CommonName);
+    validateSettings();
 }
 
 void QvelNewCertificateDlg::sltOChanged(QString)
 {
-    checkFilled(d->ui.lblStatO, d->ui.txtOrganization);
+    d->changed(Text::Organization);
+    validateSettings();
 }
 
 void QvelNewCertificateDlg::sltOUChanged(QString text)
 {
     d->ui.lblStatOU->setEnabled(!text.isEmpty());
-    checkFilled(d->ui.lblStatOU, d->ui.txtOrganizationUnit);
+    d->changed(Text::OrganizationUnit);
+    validateSettings();
 }
 
 void QvelNewCertificateDlg::sltLChanged(QString)
 {
-    checkFilled(d->ui.lblStatL, d->ui.txtLocality);
+    d->changed(Text::Locality);
+    validateSettings();
 }
 
 void QvelNewCertificateDlg::sltSChanged(QString)
 {
-    checkFilled(d->ui.lblStatS, d->ui.txtState);
+    d->changed(Text::State);
+    validateSettings();
 }
 
 void QvelNewCertificateDlg::sltCChanged(QString)
 {
-    checkFilled(d->ui.lblStatC, d->ui.txtCountry);
+    d->changed(Text::Country);
+    validateSettings();
 }
 
 void QvelNewCertificateDlg::sltURIChanged(QString)
 {
-    checkFilled(d->ui.lblStatURI, d->ui.txtURI);
+    d->changed(Text::ApplicationUri);
+    d->ui.txtURI->setToolTip(shownToolTip(applicationUri()));
+    validateSettings();
 }
 
 void QvelNewCertificateDlg::sltDNSChanged(QString)
 {
-    d->setAlternativeStatus(d->ui.lblStatDNS, d->ui.txtDNS, d->ui.lblStatIP, d->ui.txtIP);
+    d->changedAlternative(Text::DnsName, Text::IpAddress);
     validateSettings();
 }
 
 void QvelNewCertificateDlg::sltIPChanged(QString)
 {
-    d->setAlternativeStatus(d->ui.lblStatIP, d->ui.txtIP, d->ui.lblStatDNS, d->ui.txtDNS);
+    d->changedAlternative(Text::IpAddress, Text::DnsName);
     validateSettings();
 }
 
 void QvelNewCertificateDlg::validateSettings()
 {
-    const Ui::NewCertificateDialog& ui = d->ui;
-    const auto given = [](const QLineEdit* input) { return !input->text().isEmpty(); };
-    const bool acceptable = given(ui.txtCommonName) && given(ui.txtOrganization) &&
-                            given(ui.txtLocality) && given(ui.txtState) && given(ui.txtCountry) &&
-                            given(ui.txtURI) && (given(ui.txtDNS) || given(ui.txtIP)) &&
-                            d->passwordValid;
-    ui.buttonBox->button(QDialogButtonBox::Ok)->setEnabled(acceptable);
+    bool acceptable = d->passwordValid && (d->given(Text::DnsName) || d->given(Text::IpAddress));
+    for (const Text required : {Text::CommonName, Text::Organization, Text::Locality, Text::State,
+                                Text::Country, Text::ApplicationUri})
+        acceptable = acceptable && d->given(required);
+    d->ui.buttonBox->button(QDialogButtonBox::Ok)->setEnabled(acceptable);
+    d->describe();
 }
 
 void QvelNewCertificateDlg::sltPasswordEnabled(int state)
@@ -357,8 +471,8 @@ void QvelNewCertificateDlg::sltPasswordChanged(QString)
     const QString password = d->ui.txtPassword->text();
     const bool longEnough = password.size() >= shortestPassword;
     const bool repeated = d->ui.txtPasswordRepeat->text() == password;
-    d->setStatus(d->ui.lblStatPassword, d->ui.txtPassword, longEnough);
-    d->setStatus(d->ui.lblStatPasswordRepeat, d->ui.txtPasswordRepeat, repeated);
+    d->setStatus(d->fields[passwordField], longEnough);
+    d->setStatus(d->fields[repeatField], repeated);
     d->passwordValid = longEnough && repeated;
     validateSettings();
 }

@@ -7,8 +7,6 @@
 
 #include <memory>
 
-class QLabel;
-class QLineEdit;
 class UaPkiCertificate;
 class UaPkiRsaKeyPair;
 
@@ -46,8 +44,17 @@ public:
     void setRSAKeyStrengths(const QList<int>& bits);
     QList<int> rsaKeyStrengths() const;
 
+    /// How many seconds before now the validity starts, for servers whose clocks are slow; it ends
+    /// where it would otherwise. 0, the default, at least.
+    void setClockTolerance(int seconds);
+    int clockTolerance() const;
+
+    /// The application URI as the certificate holds it, which the application has to announce, too:
+    /// the text of its field with what cannot stand in a URI percent-encoded (RFC 3986).
+    QString applicationUri() const;
     /// Null until the dialog was accepted, then owned by the dialog. The certificate is a null one
-    /// if it could not be created, as from an IP address that is none.
+    /// if it could not be created, as from an IP address that is none; shown again, the dialog
+    /// tells why, with the focus in the field that is to blame.
     UaPkiCertificate* certificate() const;
     /// As certificate().
     UaPkiRsaKeyPair* keyPair() const;
@@ -58,6 +65,7 @@ public:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    void showEvent(QShowEvent* event) override;
 
 private Q_SLOTS:
     void sltCreateCertificate();
@@ -75,8 +83,6 @@ private Q_SLOTS:
     void sltPasswordChanged(QString text);
 
 private:
-    void checkFilled(QLabel* status, QLineEdit* input);
-
     class Private;
     const std::unique_ptr<Private> d;
 };

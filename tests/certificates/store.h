@@ -1,12 +1,9 @@
 #pragma once
 
-#include "certificates/certificateclock_p.h"
-
 #include <QtTest/QtTest>
 
-#ifdef Q_OS_UNIX
+#include <sys/stat.h>
 #include <unistd.h>
-#endif
 
 /// The bytes of a file; they end the program if it cannot be read.
 inline QByteArray contentOf(const QString& path)
@@ -22,43 +19,32 @@ inline QByteArray fixture(const char* name)
     return contentOf(QString(FIXTURES "/%1").arg(name));
 }
 
-/// A DER certificate as PEM.
-inline QByteArray toPem(const QByteArray& der)
-{
-    return "-----BEGIN CERTIFICATE-----\n" + der.toBase64() + "\n-----END CERTIFICATE-----\n";
-}
-
-/// A store on disk: its directory strings end with a separator.
+/// A store on disk, to which everybody has access.
 class Store
 {
 public:
     Store()
     {
-        for (const QString& path : {trusted(), rejected(), own(), QString(root() + "elsewhere/")})
-            QDir().mkpath(path);
-        setOpen(dir.path(), false);
+        setOpen(dir.path(), true);
+        for (const char* name : {"trusted", "rejected", "own"})
+            QDir(dir.path()).mkdir(name);
     }
-    QString root() const { return dir.path() + '/'; }
-    QString trusted() const { return root() + "trusted/"; }
-    QString rejected() const { return root() + "rejected/"; }
-    QString own() const { return root() + "own/"; }
-    QString ownCertificate() const { return trusted() + "own.der"; }
-    QString ownKey() const { return own() + "own.pem"; }
-
-    static void put(const QString& path, const QByteArray& content)
+    /// For "trusted/a.der", say; a directory string of the model ends with a separator.
+    QString path(const QString& name) const { return dir.path() + '/' + name; }
+    void put(const QString& name, const QByteArray& content) const
     {
-        QFile file(path);
+        QFile file(path(name));
         if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
-            qFatal("%s cannot be written", qPrintable(path));
+            qFatal("%s cannot be written", qPrintable(name));
     }
-    /// Lets everybody in, for Unprivileged, and the owner write or nobody.
-    static void setOpen(const QString& path, bool readOnly)
+    /// Lets the owner write, or nobody.
+    static void setOpen(const QString& path, bool writable)
     {
-        QFile::Permissions all = QFile::ReadOwner | QFile::ExeOwner | QFile::ReadGroup |
-                                 QFile::ExeGroup | QFile::ReadOther | QFile::ExeOther;
-        QFile::setPermissions(path, readOnly ? all : all | QFile::WriteOwner);
+        const QFile::Permissions read = QFile::ReadOwner | QFile::ExeOwner | QFile::ReadOther |
+                                        QFile::ExeOther | QFile::ReadGroup | QFile::ExeGroup;
+        QFile::setPermissions(path, writable ? read | QFile::WriteOwner : read);
     }
-    /// All that is in the store, as "directory/name", in alphabetical order.
+    /// All that is in the store, in alphabetical order.
     QStringList files() const
     {
         QStringList names;
@@ -77,7 +63,6 @@ public:
 class Unprivileged
 {
 public:
-#ifdef Q_OS_UNIX
     Unprivileged() : m_user(geteuid())
     {
         if (m_user == 0 && seteuid(65534) != 0)
@@ -91,17 +76,4 @@ public:
 
 private:
     uid_t m_user;
-#endif
 };
-
-inline OpcUa_DateTime storeTime = 0;
-
-/// Sets the clock of validity to an ISO 8601 time.
-inline void setTime(const char* time)
-{
-    bool ok = false;
-    storeTime = UaDateTime::fromString(time, &ok).ticks();
-    if (!ok)
-        qFatal("%s is no time", time);
-    setCertificateClock([] { return UaDateTime(storeTime); });
-}
