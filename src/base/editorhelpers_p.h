@@ -1,6 +1,6 @@
 #pragma once
 
-#include "editorbases.h"
+#include "base/editorbases.h"
 
 #include <QtCore/QMetaType>
 #include <QtWidgets/QAbstractSpinBox>

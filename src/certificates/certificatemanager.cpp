@@ -2,11 +2,11 @@
 
 #include "base/editorhelpers_p.h"
 #include "base/ownmodal_p.h"
-#include "certificatecolumns_p.h"
-#include "certificateentry.h"
-#include "certificatemodel.h"
+#include "certificates/certificatecolumns_p.h"
+#include "certificates/certificateentry.h"
+#include "certificates/certificatemodel.h"
+#include "certificates/newcertificatedialog.h"
 #include "images/images_p.h"
-#include "newcertificatedialog.h"
 #include "platform/pki/pairfiles_p.h"
 #include "ui_certificatemanager.h"
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "certificatecolumns_p.h"
-#include "certificateentry.h"
-#include "certificatemodel.h"
+#include "certificates/certificatecolumns_p.h"
+#include "certificates/certificateentry.h"
+#include "certificates/certificatemodel.h"
 
 #include <QtGui/QIcon>
 

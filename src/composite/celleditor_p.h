@@ -1,8 +1,8 @@
 #pragma once
 
 #include "base/enuminfo.h"
-#include "elementstore_p.h"
-#include "typeeditors_p.h"
+#include "composite/elementstore_p.h"
+#include "composite/typeeditors_p.h"
 
 #include <QtWidgets/QWidget>
 

@@ -1,8 +1,8 @@
 #include "elementdialog_p.h"
 
-#include "elementmodel.h"
-#include "elementstore_p.h"
-#include "modeldelegate.h"
+#include "composite/elementmodel.h"
+#include "composite/elementstore_p.h"
+#include "composite/modeldelegate.h"
 
 #include <QtWidgets/QDialogButtonBox>
 #include <QtWidgets/QPushButton>

@@ -2,7 +2,7 @@
 
 #include "base/editorhelpers_p.h"
 #include "base/enuminfo.h"
-#include "elementtable_p.h"
+#include "composite/elementtable_p.h"
 #include "platform/types/uastring.h"
 
 #include <QtCore/QPointer>

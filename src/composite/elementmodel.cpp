@@ -1,6 +1,6 @@
 #include "elementmodel.h"
 
-#include "elementstore_p.h"
+#include "composite/elementstore_p.h"
 
 QvelElementModel::QvelElementModel(UaVariant* value, bool readOnly, QObject* parent)
     : QAbstractTableModel(parent), d(new ElementStore(value, readOnly))

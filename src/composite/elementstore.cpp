@@ -1,13 +1,13 @@
 #include "elementstore_p.h"
 
 #include "base/editorhelpers_p.h"
+#include "composite/typeeditors_p.h"
 #include "platform/stack/opcuatypetable_p.h"
 #include "platform/types/uabytearray.h"
 #include "platform/types/uastatuscode.h"
 #include "platform/types/uastring.h"
 #include "platform/types/valuetext_p.h"
 #include "platform/types/variantelements_p.h"
-#include "typeeditors_p.h"
 
 #include <QtCore/QAbstractTableModel>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "../base/enuminfo.h"
-#include "../platform/types/uavariant.h"
+#include "base/enuminfo.h"
+#include "platform/types/uavariant.h"
 
 #include <QtCore/QModelIndex>
 #include <QtCore/QVariant>

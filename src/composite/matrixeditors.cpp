@@ -1,8 +1,8 @@
 #include "matrixeditors.h"
 
 #include "base/ownmodal_p.h"
-#include "elementdialog_p.h"
-#include "elementstore_p.h"
+#include "composite/elementdialog_p.h"
+#include "composite/elementstore_p.h"
 #include "platform/types/uastacktypearray.h"
 #include "platform/types/variantelements_p.h"
 

@@ -1,8 +1,8 @@
 #include "modeldelegate.h"
 
-#include "arrayeditors.h"
-#include "celleditor_p.h"
-#include "matrixeditors.h"
+#include "composite/arrayeditors.h"
+#include "composite/celleditor_p.h"
+#include "composite/matrixeditors.h"
 #include "platform/stack/opcuatypetable_p.h"
 #include "platform/types/uastring.h"
 #include "values/enumeditors.h"

@@ -1,7 +1,7 @@
 #include "typeeditors_p.h"
 
 #include "base/editorhelpers_p.h"
-#include "celleditor_p.h"
+#include "composite/celleditor_p.h"
 #include "platform/types/uadatetime.h"
 #include "platform/types/uastring.h"
 #include "values/expandednodeideditors.h"

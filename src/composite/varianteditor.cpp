@@ -1,10 +1,10 @@
 #include "varianteditor.h"
 
-#include "arrayeditors.h"
 #include "base/editorhelpers_p.h"
-#include "matrixeditors.h"
+#include "composite/arrayeditors.h"
+#include "composite/matrixeditors.h"
+#include "composite/typeeditors_p.h"
 #include "platform/types/uavariant.h"
-#include "typeeditors_p.h"
 
 namespace {
 

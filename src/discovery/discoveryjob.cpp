@@ -1,13 +1,13 @@
 #include "discoveryjob.h"
 
 #include "base/showntext_p.h"
-#include "discoverycbinterface.h"
-#include "discoverymodel.h"
-#include "discoverynodes_p.h"
+#include "discovery/discoverycbinterface.h"
+#include "discovery/discoverymodel.h"
+#include "discovery/discoverynodes_p.h"
+#include "discovery/stacktext_p.h"
 #include "platform/client/uadiscovery.h"
 #include "platform/com/comserverlist_p.h"
 #include "platform/stack/opcuastatuscodes.h"
-#include "stacktext_p.h"
 
 #include <QtCore/QThread>
 

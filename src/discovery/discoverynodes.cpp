@@ -1,6 +1,6 @@
 #include "discoverynodes.h"
 
-#include "discoverymodel.h"
+#include "discovery/discoverymodel.h"
 
 #include <QtCore/QThread>
 

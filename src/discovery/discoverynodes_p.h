@@ -1,6 +1,6 @@
 #pragma once
 
-#include "discoverynodes.h"
+#include "discovery/discoverynodes.h"
 
 #include <QtCore/QModelIndex>
 

@@ -1,8 +1,8 @@
 #include "discoverywidget.h"
 
-#include "discoverycbinterface.h"
-#include "discoverymodel.h"
-#include "discoverynodes_p.h"
+#include "discovery/discoverycbinterface.h"
+#include "discovery/discoverymodel.h"
+#include "discovery/discoverynodes_p.h"
 
 #include <QtCore/QPointer>
 #include <QtGui/QAction>

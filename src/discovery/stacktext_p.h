@@ -1,6 +1,6 @@
 #pragma once
 
-#include "../platform/stack/opcuatypes.h"
+#include "platform/stack/opcuatypes.h"
 
 #include <QtCore/QString>
 

@@ -1,4 +1,4 @@
-#include "images/images_p.h"
+#include "images_p.h"
 
 #include <QtCore/QDir>
 

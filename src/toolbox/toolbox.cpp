@@ -1,6 +1,6 @@
 #include "toolbox.h"
 
-#include "toolboxpage_p.h"
+#include "toolbox/toolboxpage_p.h"
 
 #include <QtCore/QVector>
 #include <QtWidgets/QVBoxLayout>

@@ -1,6 +1,6 @@
 #include "enumeditors.h"
 
-#include "../base/editorhelpers_p.h"
+#include "base/editorhelpers_p.h"
 
 QvelWidgetEnum::QvelWidgetEnum(const QMap<int, QString>& values, QvelWidgetFlags flags,
                                QWidget* parent, Qt::WindowFlags windowFlags)

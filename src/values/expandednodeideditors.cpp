@@ -1,7 +1,7 @@
 #include "expandednodeideditors.h"
 
-#include "../base/editorhelpers_p.h"
-#include "nodeidcontrols_p.h"
+#include "base/editorhelpers_p.h"
+#include "values/nodeidcontrols_p.h"
 
 #include <QtWidgets/QToolButton>
 

@@ -1,7 +1,7 @@
 #include "filefield_p.h"
 
-#include "../base/editorhelpers_p.h"
-#include "../base/settingscbinterface.h"
+#include "base/editorhelpers_p.h"
+#include "base/settingscbinterface.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QFile>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "../base/displaydialog.h"
-#include "../base/editorbases.h"
+#include "base/displaydialog.h"
+#include "base/editorbases.h"
 
 #include <QtCore/QString>
 #include <QtWidgets/QLineEdit>

@@ -1,8 +1,8 @@
 #include "longvalueeditors.h"
 
-#include "../base/editorhelpers_p.h"
-#include "filefield_p.h"
-#include "hexadecimal_p.h"
+#include "base/editorhelpers_p.h"
+#include "values/filefield_p.h"
+#include "values/hexadecimal_p.h"
 
 #include <QtGui/QRegularExpressionValidator>
 #include <QtWidgets/QMessageBox>

@@ -1,6 +1,6 @@
 #include "maskededitors.h"
 
-#include "../base/editorhelpers_p.h"
+#include "base/editorhelpers_p.h"
 
 QvelWidgetStatusCode::QvelWidgetStatusCode(QvelWidgetFlags flags, QWidget* parent,
                                            Qt::WindowFlags windowFlags)

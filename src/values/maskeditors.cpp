@@ -1,6 +1,6 @@
 #include "maskeditors.h"
 
-#include "../base/editorhelpers_p.h"
+#include "base/editorhelpers_p.h"
 
 #include <type_traits>
 

@@ -1,6 +1,6 @@
 #include "nameeditors.h"
 
-#include "../base/editorhelpers_p.h"
+#include "base/editorhelpers_p.h"
 
 #include <QtWidgets/QSpinBox>
 

@@ -1,7 +1,7 @@
 #include "nodeidcontrols_p.h"
 
-#include "../base/editorhelpers_p.h"
-#include "hexadecimal_p.h"
+#include "base/editorhelpers_p.h"
+#include "values/hexadecimal_p.h"
 
 #include <QtCore/QRegularExpression>
 #include <QtCore/QUuid>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "../platform/types/uanodeid.h"
+#include "platform/types/uanodeid.h"
 
 #include <QtCore/QStringList>
 #include <QtWidgets/QComboBox>

@@ -1,7 +1,7 @@
 #include "nodeideditors.h"
 
-#include "../base/editorhelpers_p.h"
-#include "nodeidcontrols_p.h"
+#include "base/editorhelpers_p.h"
+#include "values/nodeidcontrols_p.h"
 
 QvelWidgetNodeId::QvelWidgetNodeId(QvelWidgetFlags flags, QWidget* parent,
                                    Qt::WindowFlags windowFlags)

@@ -1,6 +1,6 @@
 #include "valuerankeditor.h"
 
-#include "../base/editorhelpers_p.h"
+#include "base/editorhelpers_p.h"
 
 QvelWidgetValueRank::QvelWidgetValueRank(QvelWidgetFlags flags, QWidget* parent,
                                          Qt::WindowFlags windowFlags)

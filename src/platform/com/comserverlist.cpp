@@ -1,6 +1,6 @@
 #include "comserverlist_p.h"
 
-#include "comsurface_p.h"
+#include "platform/com/comsurface_p.h"
 
 #include <algorithm>
 #include <memory>

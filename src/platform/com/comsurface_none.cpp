@@ -1,4 +1,4 @@
-#include "comsurface_p.h"
+#include "platform/com/comsurface_p.h"
 
 // There is no COM on this system, so no class is registered on any computer.
 

@@ -1,4 +1,4 @@
-#include "uanetworkbrowser.h"
+#include "platform/network/uanetworkbrowser.h"
 
 #include "platform/stack/opcuastatuscodes.h"
 

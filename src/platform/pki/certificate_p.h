@@ -1,8 +1,8 @@
 #pragma once
 
-#include "certificatetexts_p.h"
-#include "openssl_p.h"
-#include "uapkicertificate.h"
+#include "platform/pki/certificatetexts_p.h"
+#include "platform/pki/openssl_p.h"
+#include "platform/pki/uapkicertificate.h"
 
 struct NamePart
 {

@@ -1,4 +1,4 @@
-#include "certificate_p.h"
+#include "platform/pki/certificate_p.h"
 
 #include <QtCore/QRegularExpression>
 #include <QtCore/QUrl>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "uapkikeys.h"
+#include "platform/pki/uapkikeys.h"
 
 #include <QtCore/QtGlobal>
 

@@ -1,7 +1,7 @@
 #include "uapkicertificate.h"
 
-#include "certificate_p.h"
-#include "filewriter_p.h"
+#include "platform/pki/certificate_p.h"
+#include "platform/pki/filewriter_p.h"
 
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>

@@ -1,9 +1,9 @@
 #include "uapkikeys.h"
 
-#include "filewriter_p.h"
-#include "openssl_p.h"
-#include "pairfiles_p.h"
-#include "uapkicertificate.h"
+#include "platform/pki/filewriter_p.h"
+#include "platform/pki/openssl_p.h"
+#include "platform/pki/pairfiles_p.h"
+#include "platform/pki/uapkicertificate.h"
 
 #include <QtCore/QFile>
 

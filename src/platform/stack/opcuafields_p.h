@@ -7,7 +7,7 @@
 /// A visitor is called with one field of each structure it walks at the same time:
 /// `visitor(a.X)`, or `visitor(a.X, b.X)` for a pair. An array of structures comes as a StackArray.
 
-#include "opcuatypes.h"
+#include "platform/stack/opcuatypes.h"
 
 #include <type_traits>
 

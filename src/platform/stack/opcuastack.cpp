@@ -1,7 +1,7 @@
-#include "opcuafields_p.h"
-#include "opcuastatuscodes.h"
-#include "opcuatypes.h"
-#include "opcuatypetable_p.h"
+#include "platform/stack/opcuafields_p.h"
+#include "platform/stack/opcuastatuscodes.h"
+#include "platform/stack/opcuatypes.h"
+#include "platform/stack/opcuatypetable_p.h"
 
 #include <QtCore/QtNumeric>
 

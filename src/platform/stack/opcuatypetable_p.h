@@ -1,6 +1,6 @@
 #pragma once
 
-#include "opcuatypes.h"
+#include "platform/stack/opcuatypes.h"
 
 /// What there is to know about the elements of one built-in type.
 struct OpcUaTypeInfo

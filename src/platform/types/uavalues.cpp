@@ -1,14 +1,14 @@
 // The scalar value classes are thin: most of each is its text form.
 
-#include "../stack/opcuastatuscodes.h"
-#include "uabytestring.h"
-#include "uaexpandednodeid.h"
-#include "uaextensionobject.h"
-#include "uaguid.h"
-#include "uanames.h"
-#include "uanodeid.h"
-#include "uastatuscode.h"
-#include "uastring.h"
+#include "platform/stack/opcuastatuscodes.h"
+#include "platform/types/uabytestring.h"
+#include "platform/types/uaexpandednodeid.h"
+#include "platform/types/uaextensionobject.h"
+#include "platform/types/uaguid.h"
+#include "platform/types/uanames.h"
+#include "platform/types/uanodeid.h"
+#include "platform/types/uastatuscode.h"
+#include "platform/types/uastring.h"
 
 #include <QtCore/QUuid>
 
@@ -304,7 +304,7 @@ UaString UaStatusCode::toString() const
     };
     static constexpr Name names[] = {
         {OpcUa_Good, "Good"},
-#include "statuscodenames_p.inc"
+#include "platform/types/statuscodenames_p.inc"
     };
     const OpcUa_StatusCode bare = m_code & 0xffff0000u;
     const auto found =

@@ -1,11 +1,11 @@
 #include "valueparse_p.h"
 
-#include "../stack/opcuastatuscodes.h"
-#include "uabytestring.h"
-#include "uadatetime.h"
-#include "uaguid.h"
-#include "uastring.h"
-#include "uavariant.h"
+#include "platform/stack/opcuastatuscodes.h"
+#include "platform/types/uabytestring.h"
+#include "platform/types/uadatetime.h"
+#include "platform/types/uaguid.h"
+#include "platform/types/uastring.h"
+#include "platform/types/uavariant.h"
 
 #include <charconv>
 #include <iterator>

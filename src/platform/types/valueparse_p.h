@@ -1,6 +1,6 @@
 #pragma once
 
-#include "../stack/opcuatypes.h"
+#include "platform/stack/opcuatypes.h"
 
 class UaString;
 class UaVariant;

@@ -1,14 +1,14 @@
 #include "valuetext_p.h"
 
-#include "../stack/opcuatypetable_p.h"
-#include "uabytestring.h"
-#include "uadatetime.h"
-#include "uaexpandednodeid.h"
-#include "uaextensionobject.h"
-#include "uaguid.h"
-#include "uanames.h"
-#include "uanodeid.h"
-#include "uastatuscode.h"
+#include "platform/stack/opcuatypetable_p.h"
+#include "platform/types/uabytestring.h"
+#include "platform/types/uadatetime.h"
+#include "platform/types/uaexpandednodeid.h"
+#include "platform/types/uaextensionobject.h"
+#include "platform/types/uaguid.h"
+#include "platform/types/uanames.h"
+#include "platform/types/uanodeid.h"
+#include "platform/types/uastatuscode.h"
 
 #include <algorithm>
 #include <charconv>

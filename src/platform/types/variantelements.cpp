@@ -1,8 +1,8 @@
 #include "variantelements_p.h"
 
-#include "../stack/opcuastatuscodes.h"
-#include "../stack/opcuatypetable_p.h"
-#include "uavariant.h"
+#include "platform/stack/opcuastatuscodes.h"
+#include "platform/stack/opcuatypetable_p.h"
+#include "platform/types/uavariant.h"
 
 #include <algorithm>
 #include <cstring>

@@ -6,10 +6,10 @@
 ///
 /// Texts are carried as bytes: invalid UTF-8 and embedded NULs pass unchanged.
 
-#include "../stack/opcuafields_p.h"
-#include "../stack/opcuastatuscodes.h"
-#include "../types/uastacktypearray.h"
-#include "../types/uastring.h"
+#include "platform/stack/opcuafields_p.h"
+#include "platform/stack/opcuastatuscodes.h"
+#include "platform/types/uastacktypearray.h"
+#include "platform/types/uastring.h"
 
 #include <QtCore/QByteArray>
 #include <QtCore/QByteArrayView>

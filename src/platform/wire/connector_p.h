@@ -1,6 +1,6 @@
 #pragma once
 
-#include "hostlookup_p.h"
+#include "platform/wire/hostlookup_p.h"
 
 #include <QtCore/QTimer>
 #include <QtNetwork/QTcpSocket>

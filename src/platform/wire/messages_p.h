@@ -5,7 +5,7 @@
 /// serve both ends of a connection. The numbers are the NodeIds of the binary encodings
 /// (OPC 10000-6, annex A).
 
-#include "binarycodec_p.h"
+#include "platform/wire/binarycodec_p.h"
 
 namespace UaWire {
 

@@ -1,7 +1,7 @@
 #include "serviceconnection_p.h"
 
-#include "connector_p.h"
-#include "endpointurl_p.h"
+#include "platform/wire/connector_p.h"
+#include "platform/wire/endpointurl_p.h"
 
 #include <QtCore/QDateTime>
 #include <QtCore/QEventLoop>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "messagechunks_p.h"
+#include "platform/wire/messagechunks_p.h"
 
 #include <QtCore/QDeadlineTimer>
 #include <QtNetwork/QTcpSocket>
