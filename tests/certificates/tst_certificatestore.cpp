@@ -72,6 +72,13 @@ QStringList rows(const QAbstractItemModel& model)
     return rows;
 }
 
+void addRows(const QStringList& rows)
+{
+    QTest::addColumn<QStringList>("row");
+    for (const QString& row : rows)
+        QTest::newRow(qPrintable(row)) << row.split('|');
+}
+
 void press(QDialog* dialog, QDialogButtonBox::StandardButton button)
 {
     QTest::mouseClick(dialog->findChild<QDialogButtonBox*>()->button(button), Qt::LeftButton);
@@ -298,43 +305,28 @@ QStringList tst_CertificateStore::runMenu(const QString& file, const QString& en
     return entries;
 }
 
+// The file, what is chosen, what stands in its way, the files afterwards, what failed.
 void tst_CertificateStore::actions_data()
 {
-    QTest::addColumn<QString>("file");
-    QTest::addColumn<QString>("entry");
-    QTest::addColumn<QString>("obstacle"); // a file that is there, or what the user answers
-    QTest::addColumn<QString>("files");
-    QTest::addColumn<QString>("failure");
-    const std::array<const char*, 5> rows[] = {
-        {"r.der", "Trust", "", "trusted/own.der trusted/r.der trusted/t.der", ""},
-        {"t.der", "Reject", "", "rejected/r.der rejected/t.der trusted/own.der", ""},
-        {"r.der", "Delete", "", "trusted/own.der trusted/t.der", ""},
-        {"t.der", "Delete", "", "rejected/r.der trusted/own.der", ""},
-        {"t.der", "Delete", "Cancel", "rejected/r.der trusted/own.der trusted/t.der", ""},
-        {"r.der", "Trust", "trusted/r.der",
-         "rejected/r.der trusted/own.der trusted/r.der trusted/t.der",
-         "move certificate r.der to the trusted directory"},
-        {"t.der", "Reject", "rejected/t.der",
-         "rejected/r.der rejected/t.der trusted/own.der trusted/t.der",
-         "move certificate t.der to the rejected directory"},
-        {"r.der", "Trust", "read-only", "rejected/r.der trusted/own.der trusted/t.der",
-         "move certificate r.der to the trusted directory"},
-        {"t.der", "Delete", "read-only", "rejected/r.der trusted/own.der trusted/t.der",
-         "delete certificate t.der"},
-        {"own.der", "", "", "rejected/r.der trusted/own.der trusted/t.der", ""},
-        {"", "", "", "rejected/r.der trusted/own.der trusted/t.der", ""}};
-    for (const auto& [file, entry, obstacle, files, failure] : rows)
-        QTest::addRow("%s %s %s", file, entry, obstacle)
-            << QString(file) << QString(entry) << QString(obstacle) << QString(files)
-            << QString(failure);
+    addRows({"r.der|Trust||trusted/own.der trusted/r.der trusted/t.der|",
+             "t.der|Reject||rejected/r.der rejected/t.der trusted/own.der|",
+             "r.der|Delete||trusted/own.der trusted/t.der|",
+             "t.der|Delete||rejected/r.der trusted/own.der|",
+             "t.der|Delete|Cancel|rejected/r.der trusted/own.der trusted/t.der|",
+             "r.der|Trust|trusted/r.der|rejected/r.der trusted/own.der trusted/r.der trusted/t.der|"
+             "move certificate r.der to the trusted directory",
+             "t.der|Reject|read-only|rejected/r.der trusted/own.der trusted/t.der|"
+             "move certificate t.der to the rejected directory",
+             "t.der|Delete|read-only|rejected/r.der trusted/own.der trusted/t.der|"
+             "delete certificate t.der",
+             "own.der|||rejected/r.der trusted/own.der trusted/t.der|",
+             "|||rejected/r.der trusted/own.der trusted/t.der|"});
 }
 
 void tst_CertificateStore::actions()
 {
-    QFETCH(QString, file);
-    QFETCH(QString, entry);
-    QFETCH(QString, obstacle);
-    QFETCH(QString, failure);
+    QFETCH(QStringList, row);
+    const QString file = row.at(0), entry = row.at(1), obstacle = row.at(2), failure = row.at(4);
     makeManager();
     ModalUser user;
     std::unique_ptr<Unprivileged> unprivileged;
@@ -358,9 +350,9 @@ void tst_CertificateStore::actions()
     if (!failure.isEmpty())
         boxes.append("W|CertificateManager|Could not " + failure + "|OK");
     QCOMPARE(user.seen, boxes);
-    QTEST(m_store->files().mid(1).join(' '), "files");
-    QCOMPARE(shown().size(), 3 - (entry == "Delete" && obstacle.isEmpty() ? 1 : 0));
+    QCOMPARE(m_store->files().mid(1).join(' '), row.at(3));
     const bool gone = entry == "Delete" && obstacle.isEmpty();
+    QCOMPARE(shown().size(), gone ? 2 : 3);
     if (!file.isEmpty())
         QCOMPARE(current(), gone ? QString() : file); // the same file, wherever it is now
     QCOMPARE(view()->selectionModel()->hasSelection(), !gone && !file.isEmpty());
@@ -489,29 +481,18 @@ void tst_CertificateStore::creates()
 
 void tst_CertificateStore::createFails_data()
 {
-    QTest::addColumn<QString>("file");
-    QTest::addColumn<QString>("reason");
-    QTest::newRow("certificate") << "trusted/own.der"
-                                 << "Permission denied";
-    QTest::newRow("key") << "own/own.pem"
-                         << "Permission denied";
-    QTest::newRow("key, at the last moment") << "own/own.pem"
-                                             << "Operation not permitted";
-    QTest::newRow("first certificate, key at the last moment") << "own/own.pem"
-                                                               << "Operation not permitted";
-    QTest::newRow("key is a directory") << "own/own.pem"
-                                        << "Is a directory";
-    QTest::newRow("cancelled") << ""
-                               << "";
+    addRows({"trusted/own.der|Permission denied", "own/own.pem|Permission denied",
+             "own/own.pem|Operation not permitted", "own/own.pem|Operation not permitted|first",
+             "own/own.pem|Is a directory", "|"});
 }
 
 void tst_CertificateStore::createFails()
 {
-    QFETCH(QString, file);
-    QFETCH(QString, reason);
+    QFETCH(QStringList, row);
     if (geteuid() != 0)
         QSKIP("changes the owner of files");
-    const bool isFirst = QByteArray(QTest::currentDataTag()).startsWith("first");
+    const QString file = row.at(0), reason = row.at(1);
+    const bool isFirst = row.contains("first"); // there was no certificate
     if (isFirst)
         QFile::remove(m_store->path("trusted/own.der"));
     makeManager();
@@ -547,28 +528,19 @@ void tst_CertificateStore::createFails()
         QCOMPARE(contentOf(m_store->path("own/own.pem")), QByteArray("old key"));
 }
 
+// The file, where the user starts, and which dialog or menu it is in which the manager goes.
 void tst_CertificateStore::deletedMeanwhile_data()
 {
-    QTest::addColumn<QString>("file");
-    QTest::addColumn<QString>("action");
-    QTest::addColumn<int>("window"); // the dialog or menu in which it happens
-    const std::tuple<const char*, const char*, int> rows[] = {
-        {"t.der", "menu", 1},
-        {"t.der", "Delete", 2},
-        {"t.der", "Reject", 2},
-        {"t.der", "key", 1},
-        {"", "pushButton_CopyCertificateTo", 1},
-        {"gone", "pushButton_CopyCertificateTo", 1},
-        {"", "pushButton_CreateNewCertificate", 1}};
-    for (const auto& [file, action, window] : rows)
-        QTest::addRow("%s %s", file, action) << QString(file) << QString(action) << window;
+    addRows({"t.der|menu|1", "t.der|Delete|2", "t.der|Reject|2", "t.der|key|1",
+             "|pushButton_CopyCertificateTo|1", "gone|pushButton_CopyCertificateTo|1",
+             "|pushButton_CreateNewCertificate|1"});
 }
 
 void tst_CertificateStore::deletedMeanwhile()
 {
-    QFETCH(QString, file);
-    QFETCH(QString, action);
-    QFETCH(int, window);
+    QFETCH(QStringList, row);
+    const QString file = row.at(0), action = row.at(1);
+    int window = row.at(2).toInt();
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     m_store->put("rejected/t.der", "taken"); // so that it cannot be rejected
     makeManager();
