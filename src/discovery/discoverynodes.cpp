@@ -1,13 +1,11 @@
 #include "discoverynodes.h"
 
-#include "discovery/discoverymodel.h"
+#include "discoverymodel.h"
+#include "platform/stack/securitypolicies_p.h"
 
 #include <QtCore/QThread>
 
 #include <utility>
-
-// Profile URI of OPC 10000-7, 6.6.
-static const QLatin1String securityPolicyNone("http://opcfoundation.org/UA/SecurityPolicy#None");
 
 QvelDiscoveryNode::QvelDiscoveryNode(const QString& displayName, QvelDiscoveryModel* model)
     : m_model(model), m_displayName(displayName)
@@ -138,7 +136,13 @@ QIcon QvelDiscoveryNodeEndpoint::icon()
 void QvelDiscoveryNodeEndpoint::setConfiguration(const QvelDiscoverySetting& configuration)
 {
     m_configuration = configuration;
-    setDisplayName(configuration.displayName());
+    setDisplayName(m_configuration.displayName());
+}
+
+void QvelDiscoveryNodeEndpoint::setConfiguration(QvelDiscoverySetting&& configuration)
+{
+    m_configuration = std::move(configuration);
+    setDisplayName(m_configuration.displayName());
 }
 
 QvelDiscoveryNodeNetwork::QvelDiscoveryNodeNetwork(const QString& name, QvelDiscoveryModel* model,

@@ -130,6 +130,7 @@ public:
     QvelDiscoverySetting configuration() const { return m_configuration; }
     /// Takes over the display name of `configuration`, too.
     void setConfiguration(const QvelDiscoverySetting& configuration);
+    void setConfiguration(QvelDiscoverySetting&& configuration);
     QString shortName() const { return m_configuration.shortName(); }
 
 private:

@@ -4,7 +4,8 @@
 /// Messages in chunks, as they travel over a connection without security (OPC 10000-6, 6.7.2 and
 /// 7.1.2). Both ends of a connection use it.
 
-#include "platform/wire/messages_p.h"
+#include "messages_p.h"
+#include "platform/stack/securitypolicies_p.h"
 
 #include <optional>
 
@@ -50,8 +51,6 @@ struct SequenceHeader
     OpcUa_UInt32 sequenceNumber = 0;
     OpcUa_UInt32 requestId = 0;
 };
-
-inline constexpr char securityPolicyNone[] = "http://opcfoundation.org/UA/SecurityPolicy#None";
 
 /// The smallest buffer that a peer may have (OPC 10000-6, 7.1.2.3).
 inline constexpr OpcUa_UInt32 minimumBufferSize = 8192;
