@@ -9,7 +9,13 @@
 #include <QtGui/QKeyEvent>
 #include <QtWidgets/QHeaderView>
 #include <QtWidgets/QInputDialog>
+#include <QtWidgets/QLabel>
+#include <QtWidgets/QLineEdit>
 #include <QtWidgets/QMenu>
+#include <QtWidgets/QVBoxLayout>
+
+#include <optional>
+#include <utility>
 
 // The column is fitted to these many rows in and around the visible part. More would cost more
 // than the insertion of thousands of rows.
@@ -20,21 +26,84 @@ static QString lastUsedNodeKey()
     return QStringLiteral("LastUsedNode");
 }
 
+namespace {
+
+/// Asks for a URL as QInputDialog::getText() does, and may be deleted meanwhile.
+class UrlDialog : public QInputDialog
+{
+public:
+    UrlDialog(QWidget* parent, const QString& title, const QString& label, const QString& url)
+        : QInputDialog(parent)
+    {
+        setWindowTitle(title);
+        setLabelText(label);
+        setTextValue(url);
+    }
+    /// The text is to be completed, and told to need `scheme` as long as it does not begin so.
+    void completes(const QString& scheme)
+    {
+        m_hint = new QLabel(
+            QvelDiscoveryWidget::tr("Only a URL that begins with \"%1\" is added.").arg(scheme),
+            this);
+        m_hint->setTextFormat(Qt::PlainText);
+        m_hint->setVisible(false);
+        const auto check = [this, scheme](const QString& text) {
+            m_hint->setVisible(!text.trimmed().startsWith(scheme));
+        };
+        connect(this, &QInputDialog::textValueChanged, this, check);
+    }
+    void setVisible(bool visible) override
+    {
+        QInputDialog::setVisible(visible); // selects the text
+        if (!visible || !m_hint)
+            return;
+        if (auto* box = qobject_cast<QVBoxLayout*>(layout()); box && box->indexOf(m_hint) < 0)
+            box->insertWidget(box->count() - 1, m_hint);
+        if (auto* line = findChild<QLineEdit*>())
+            line->end(false);
+    }
+
+private:
+    QLabel* m_hint = nullptr;
+};
+
+/// What the user enters, without blanks around it; nothing if the user cancels, or the dialog goes
+/// with its parent. Deletes the dialog.
+std::optional<QString> ask(UrlDialog* dialog)
+{
+    const QPointer<UrlDialog> guard(dialog);
+    std::optional<QString> url;
+    if (dialog->exec() == QDialog::Accepted && guard)
+        url = dialog->textValue().trimmed();
+    delete guard;
+    return url;
+}
+
+} // namespace
+
 class QvelDiscoveryWidget::Private
 {
 public:
-    QvelDiscoveryCBInterface* callback;
-    OpcType opcType;
+    Private(QvelDiscoveryCBInterface* callback, OpcType opcType)
+        : callback(callback), opcType(opcType)
+    {
+    }
+
+    QvelDiscoveryCBInterface* const callback;
+    const OpcType opcType;
     QvelDiscoveryModel* model = nullptr;
     QAction* rebrowse = nullptr;
     QAction* remove = nullptr;
     QAction* edit = nullptr;
     QMenu* menu = nullptr;
+    bool asking = false;
+    bool inViewportEvent = false;
+    QPersistentModelIndex activated; // during that event
 };
 
 QvelDiscoveryWidget::QvelDiscoveryWidget(OpcType opcType, QvelDiscoveryCBInterface* callback,
                                          int timeout, const QString& sessionName, QWidget* parent)
-    : QTreeView(parent), d(new Private{callback, opcType})
+    : QTreeView(parent), d(new Private(callback, opcType))
 {
     d->model = new QvelDiscoveryModel(opcType, callback, timeout, sessionName, this);
     setModel(d->model);
@@ -65,6 +134,10 @@ QvelDiscoveryWidget::QvelDiscoveryWidget(OpcType opcType, QvelDiscoveryCBInterfa
 
 QvelDiscoveryWidget::~QvelDiscoveryWidget()
 {
+    if (d->asking) { // by an entry of the menu, perhaps, which still has to return
+        d->menu->setParent(nullptr);
+        d->menu->deleteLater();
+    }
     writeSettings();
 }
 
@@ -144,12 +217,14 @@ void QvelDiscoveryWidget::sltEditUrl()
     if (!node)
         return;
     const QPointer<QvelDiscoveryWidget> self(this);
-    bool ok = false;
-    const QString url =
-        QInputDialog::getText(this, tr("Edit Discovery Url"), tr("Enter the new Discovery Url:"),
-                              QLineEdit::Normal, node->discoveryUrl(), &ok);
-    if (self && ok)
-        d->model->editUrl(index, url);
+    d->asking = true;
+    const std::optional<QString> url = ask(new UrlDialog(
+        this, tr("Edit Discovery Url"), tr("Enter the new Discovery Url:"), node->discoveryUrl()));
+    if (!self)
+        return;
+    d->asking = false;
+    if (url)
+        d->model->editUrl(index, *url);
 }
 
 void QvelDiscoveryWidget::sltRebrowse()
@@ -176,20 +251,43 @@ void QvelDiscoveryWidget::sltCurrentChanged(const QModelIndex& index)
         Q_EMIT comServerSelected(endpoint->configuration());
 }
 
+// The tree goes on with the event after it told of an activation, but the view may not outlive what
+// the user and the host do then.
+bool QvelDiscoveryWidget::viewportEvent(QEvent* event)
+{
+    const bool mayActivate =
+        event->type() == QEvent::MouseButtonDblClick || event->type() == QEvent::MouseButtonRelease;
+    if (!mayActivate || d->inViewportEvent)
+        return QTreeView::viewportEvent(event);
+    const QPointer<QvelDiscoveryWidget> self(this);
+    d->inViewportEvent = true;
+    const bool handled = QTreeView::viewportEvent(event);
+    if (!self)
+        return true;
+    d->inViewportEvent = false;
+    if (d->activated.isValid())
+        sltActivated(QPersistentModelIndex(std::exchange(d->activated, {})));
+    return handled;
+}
+
 void QvelDiscoveryWidget::sltActivated(const QModelIndex& index)
 {
     QvelDiscoveryNode* node = nodeAt(index);
     if (!node)
         return;
-    if (node == d->model->getAddServerNode()) {
+    if (d->inViewportEvent) {
+        d->activated = index;
+    } else if (node == d->model->getAddServerNode()) {
+        auto* dialog =
+            new UrlDialog(this, tr("Enter Url"),
+                          tr("Enter the Url of a computer with discovery service running:"),
+                          d->opcType == OpcUa ? "opc.tcp://" : "localhost");
+        if (d->opcType == OpcUa)
+            dialog->completes("opc.tcp:");
         const QPointer<QvelDiscoveryWidget> self(this);
-        bool ok = false;
-        const QString url = QInputDialog::getText(
-            this, tr("Enter Url"),
-            tr("Enter the Url of a computer with discovery service running:"), QLineEdit::Normal,
-            d->opcType == OpcUa ? "opc.tcp://" : "localhost", &ok);
-        if (self && ok)
-            d->model->addRemoteServer(url);
+        const std::optional<QString> url = ask(dialog);
+        if (self && url)
+            d->model->addRemoteServer(*url);
     } else if (QvelDiscoveryNodeEndpoint* endpoint = toEndpoint(node)) {
         if (d->opcType == OpcUa)
             Q_EMIT endpointActivated(endpoint->configuration());

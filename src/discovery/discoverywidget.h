@@ -54,6 +54,7 @@ protected Q_SLOTS:
     void rowsInserted(const QModelIndex& parent, int start, int end) override;
 
 protected:
+    bool viewportEvent(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
 private Q_SLOTS:
