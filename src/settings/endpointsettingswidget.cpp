@@ -1,8 +1,11 @@
 #include "endpointsettingswidget.h"
 
+#include "base/ownmodal_p.h"
+#include "platform/stack/securitypolicies_p.h"
 #include "ui_endpointsettingswidget.h"
 
 #include <QtCore/QFileInfo>
+#include <QtCore/QPointer>
 #include <QtCore/QSignalBlocker>
 #include <QtGui/QStandardItemModel>
 #include <QtWidgets/QFileDialog>
@@ -14,7 +17,7 @@ namespace {
 const QStringList& defaultPolicies()
 {
     static const QStringList uris = {
-        QStringLiteral("http://opcfoundation.org/UA/SecurityPolicy#None"),
+        QString::fromLatin1(securityPolicyNone),
         QStringLiteral("http://opcfoundation.org/UA/SecurityPolicy#Basic128Rsa15"),
         QStringLiteral("http://opcfoundation.org/UA/SecurityPolicy#Basic256"),
     };
@@ -45,11 +48,15 @@ public:
     {
         const QString start =
             field->text().isEmpty() ? directory : QFileInfo(field->text()).absolutePath();
-        const QString file = QFileDialog::getOpenFileName(parent, caption, start, filter);
+        auto* dialog = new QFileDialog(parent, caption, start, filter);
+        dialog->setFileMode(QFileDialog::ExistingFile);
+        const QString file = runFileDialog(dialog); // empty, too, if all this went meanwhile
         if (file.isEmpty())
             return;
+        const QPointer<QWidget> self(parent);
         field->setText(file);
-        directory = QFileInfo(file).absolutePath();
+        if (self)
+            directory = QFileInfo(file).absolutePath();
     }
 
     Ui::EndpointSettingsWidget ui;
@@ -167,7 +174,12 @@ QStringList QvelEndpointSettingsWidget::securityPolicies() const
 
 void QvelEndpointSettingsWidget::setEndpointUrl(const QString& url)
 {
-    d->ui.lineEdit_EndpointUrl->setText(url);
+    if (url == endpointUrl())
+        return; // the cursor stays where the user types
+    const QPointer<QLineEdit> field = d->ui.lineEdit_EndpointUrl;
+    field->setText(url);
+    if (field)
+        field->setCursorPosition(0); // a URL is known by its beginning
 }
 
 void QvelEndpointSettingsWidget::setSecurityPolicy(const QString& uri)
