@@ -2,6 +2,7 @@
 
 #include "toolbox/toolboxpage_p.h"
 
+#include <QtCore/QPointer>
 #include <QtCore/QVector>
 #include <QtWidgets/QVBoxLayout>
 
@@ -122,7 +123,11 @@ void QvelToolBox::insertPage(int index, QWidget* page)
         const QString title = inventedTitle(count() + 1);
         toolBoxPage->setTitle(title);
         d->itemTexts.append(title);
+        const QPointer<QvelToolBox> self(this);
         Q_EMIT itemTextsChanged(d->itemTexts);
+        if (!self)
+            return;
+        index = qMin(d->layout->indexOf(toolBoxPage), count()); // pages may have gone
     }
     d->pages.insert(index, toolBoxPage);
     if (index < count() - 1)

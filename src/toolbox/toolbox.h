@@ -16,8 +16,8 @@ class KESTREL_EXPORT QvelToolBox : public QWidget
 {
     Q_OBJECT
     /// A page that the titles are edited for; it neither opens nor closes a page.
-    Q_PROPERTY(int currentIndex READ getCurrentIndex WRITE setCurrentIndex
-                   DESIGNABLE true SCRIPTABLE true STORED true)
+    Q_PROPERTY(int currentIndex READ getCurrentIndex WRITE setCurrentIndex NOTIFY
+                   currentIndexChanged DESIGNABLE true SCRIPTABLE true STORED true)
     Q_PROPERTY(QString currentItemText READ getCurrentItemText WRITE setCurrentItemText
                    DESIGNABLE true SCRIPTABLE true STORED false)
     /// All titles, joined with "|".

@@ -85,8 +85,11 @@ void QvelToolBoxPage::dispose()
 void QvelToolBoxPage::toggleVisibility(bool bVisible)
 {
     m_toggling = true; // the content may have the page removed
+    const QPointer<QvelToolBoxPage> self(this);
     if (m_content)
         m_content->setVisible(bVisible);
-    Q_EMIT visibilityChanged(bVisible);
-    m_toggling = false;
+    if (self)
+        Q_EMIT visibilityChanged(bVisible);
+    if (self)
+        m_toggling = false;
 }

@@ -152,97 +152,45 @@ private Q_SLOTS:
         qDeleteAll(spare);
     }
 
-    void titles_data()
-    {
-        QTest::addColumn<QString>("before"); // "-": never set
-        QTest::addColumn<QString>("after");
-        QTest::addColumn<QString>("shown");
-        QTest::addColumn<QString>("texts");
-        QTest::newRow("none") << "-"
-                              << "-"
-                              << "Page_1,Page_2,Page_3"
-                              << "Page_1|Page_2|Page_3";
-        QTest::newRow("two before") << "A|B"
-                                    << "-"
-                                    << "A,B,Page_3"
-                                    << "A|B|Page_3";
-        QTest::newRow("one after") << "-"
-                                   << "A"
-                                   << "A,Page_2,Page_3"
-                                   << "A";
-        QTest::newRow("empty between") << "-"
-                                       << "A||C"
-                                       << "A,,C"
-                                       << "A||C";
-        QTest::newRow("empty") << ""
-                               << "-"
-                               << ",Page_2,Page_3"
-                               << "|Page_2|Page_3";
-        QTest::newRow("too many") << "A|B|C|D"
-                                  << "-"
-                                  << "A,B,C"
-                                  << "A|B|C|D";
-    }
-    void titles()
-    {
-        QFETCH(QString, before);
-        QFETCH(QString, after);
-        if (before != "-")
-            m_box->setItemTexts(before);
-        addPages(3);
-        if (after != "-")
-            m_box->setItemTexts(after);
-        QStringList shown;
-        for (int i = 0; i < 3; ++i)
-            shown += header(i)->text();
-        QTEST(shown.join(','), "shown");
-        QTEST(m_box->getItemTexts(), "texts");
-    }
-
     void outOfTheWay()
     {
+        for (int i = 0; i < 2; ++i)
+            m_box->addPage(new QLabel("Content"));
         QCOMPARE(m_box->sizeHint(), QSize(200, 200));
-        addPages(2);
-        QCOMPARE(m_box->sizeHint(), QSize(200, 200));
-        QCOMPARE(m_box->widget(-1), nullptr);
-        QCOMPARE(m_box->widget(2), nullptr);
-        QTest::ignoreMessage(QtWarningMsg,
-                             "QvelToolBox::insertPage: the page is null or held already");
-        m_box->addPage(nullptr);
-        QTest::ignoreMessage(QtWarningMsg,
-                             "QvelToolBox::insertPage: the page is null or held already");
-        m_box->addPage(m_box->widget(0));
+        for (QWidget* page : {static_cast<QWidget*>(nullptr), m_box->widget(0)}) {
+            QTest::ignoreMessage(QtWarningMsg,
+                                 "QvelToolBox::insertPage: the page is null or held already");
+            m_box->addPage(page);
+        }
         QCOMPARE(m_box->count(), 2);
         for (const int index : {-7, 99}) { // appends
             auto* page = new QWidget;
             m_box->insertPage(index, page);
             QCOMPARE(m_box->widget(m_box->count() - 1), page);
-            QCOMPARE(m_box->getCurrentIndex(), m_box->count() - 1);
         }
         delete m_box->widget(1); // by someone else
         QCOMPARE(m_box->widget(1), nullptr);
         toggle(1)->click();
         m_box->removePage(1);
         QCOMPARE(m_box->count(), 3);
-        // Titles of pages that the texts do not reach.
-        m_box->setItemTexts("one");
-        m_box->addPage(new QWidget);
-        m_box->setCurrentItemText("last");
-        QCOMPARE(header(3)->text(), "last");
-        QCOMPARE(m_box->getItemTexts(), "one|Page_4");
+        const QMetaObject* meta = m_box->metaObject();
+        const int index = meta->indexOfProperty("currentIndex");
+        QVERIFY(meta->property(index).hasNotifySignal());
     }
 
-    void pageThatLeavesWhileItIsClosed()
+    // What a host does in its slots, and a page in its events.
+    void pagesThatLeaveMeanwhile()
     {
         class Leaving : public QLabel
         {
         public:
-            explicit Leaving(QvelToolBox* box) : m_box(box) {}
-            void hideEvent(QHideEvent*) override { m_box->removePage(0); }
+            explicit Leaving(std::function<void()> leave) : m_leave(std::move(leave)) {}
+            void hideEvent(QHideEvent*) override { m_leave(); }
 
         private:
-            QvelToolBox* m_box;
-        } content(m_box.get());
+            std::function<void()> m_leave;
+        };
+        Leaving content([this] { m_box->removePage(0); });
         m_box->addPage(&content);
         m_box->show();
         QTest::mouseClick(toggle(0), Qt::LeftButton);
@@ -250,59 +198,19 @@ private Q_SLOTS:
         QCOMPARE(content.parent(), nullptr);
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         QVERIFY(!m_box->findChild<QToolButton*>());
-    }
 
-    void looksOfThePage()
-    {
-        addPages(1);
-        const QLabel* label = header(0);
-        using P = QPalette;
-        for (const auto group : {P::Active, P::Inactive, P::Disabled}) {
-            const QColor text = group == P::Disabled ? QColor(106, 104, 100) : QColor(Qt::white);
-            const QColor base = group == P::Disabled ? QColor(128, 128, 128) : QColor(Qt::white);
-            QCOMPARE(label->palette().color(group, P::WindowText), text);
-            QCOMPARE(label->palette().color(group, P::Base), base);
-            QCOMPARE(label->palette().color(group, P::Window), QColor(128, 128, 128));
-        }
-        QVERIFY(label->autoFillBackground());
-        QCOMPARE(label->margin(), 2);
-        QCOMPARE(label->indent(), 5);
-        QVERIFY(toggle(0)->isChecked() && toggle(0)->autoRaise());
-        const QIcon icon = toggle(0)->icon();
-        const auto image = [&](QIcon::State state) {
-            return icon.pixmap(QSize(16, 16), QIcon::Normal, state).toImage();
-        };
-        QCOMPARE(
-            image(QIcon::Off),
-            QImage(":/kestrel/images/showGroup.png").convertToFormat(image(QIcon::Off).format()));
-        QCOMPARE(
-            image(QIcon::On),
-            QImage(":/kestrel/images/hideGroup.png").convertToFormat(image(QIcon::On).format()));
-    }
-
-    void properties()
-    {
-        addPages(3);
-        const std::pair<const char*, bool> expected[] = {
-            {"currentIndex", true}, {"currentItemText", false}, {"itemTexts", true}};
-        const QMetaObject* meta = m_box->metaObject();
-        for (int i = 0; i < 3; ++i) {
-            const QMetaProperty property = meta->property(meta->propertyOffset() + i);
-            QCOMPARE(property.name(), expected[i].first);
-            QCOMPARE(property.isStored(), expected[i].second);
-            QVERIFY(property.isReadable() && property.isWritable() && property.isDesignable() &&
-                    property.isScriptable());
-            QCOMPARE(property.metaType().id(), i == 0 ? QMetaType::Int : QMetaType::QString);
-        }
-        m_log.clear();
-        QVERIFY(m_box->setProperty("itemTexts", "a|b"));
-        QVERIFY(m_box->setProperty("currentIndex", 1));
-        QVERIFY(m_box->setProperty("currentItemText", "B"));
-        QCOMPARE(m_box->property("itemTexts"), "a|B");
-        QCOMPARE(m_box->property("currentItemText"), "B");
-        QCOMPARE(m_log, QStringList({"texts a|b", "current 1", "text B", "texts a|B"}));
-        QVERIFY(m_box->setProperty("currentIndex", -5)); // no range
-        QCOMPARE(m_box->property("currentItemText"), "");
+        const QPointer<QWidget> first = new QWidget;
+        m_box->addPage(first);
+        const auto connection = connect(m_box.get(), &QvelToolBox::itemTextsChanged, this,
+                                        [this] { m_box->count() ? m_box->removePage(0) : void(); });
+        auto* second = new QWidget;
+        m_box->addPage(second); // its title makes the first one go
+        disconnect(connection);
+        delete first;
+        QCOMPARE(m_box->count(), 1);
+        QCOMPARE(m_box->widget(0), second);
+        m_box->removePage(0);
+        delete second;
     }
 
     void keyboard()
@@ -329,11 +237,6 @@ private Q_SLOTS:
     }
 
 private:
-    void addPages(int count)
-    {
-        for (int i = 0; i < count; ++i)
-            m_box->addPage(new QLabel("Content"));
-    }
     QWidget* page(int index) const { return m_box->layout()->itemAt(index)->widget(); }
     QLabel* header(int index) const
     {
