@@ -9,11 +9,18 @@
 #include "platform/com/comserverlist_p.h"
 #include "platform/stack/opcuastatuscodes.h"
 
+#include <QtCore/QSet>
 #include <QtCore/QThread>
 
 #include <utility>
 
 static const QLatin1String opcTcp("opc.tcp:");
+
+// The model is going: what is still asked for fails by that, and interests nobody.
+static bool isInterrupted()
+{
+    return QThread::currentThread()->isInterruptionRequested();
+}
 
 static UaClientSdk::ServiceSettings serviceSettings(int timeout)
 {
@@ -52,7 +59,7 @@ void QvelDiscoveryJob::execute()
     case QvelDiscoveryNode::TypeDiscovery:
         if (m_model->opcType() != QvelDiscoveryWidget::OpcUa)
             callEnum(m_target);
-        else if (OpcUa_IsNotGood(callFindServers(m_target)))
+        else if (OpcUa_IsNotGood(callFindServers(m_target)) && !isInterrupted())
             callGetEndpoints(m_target, true); // the URL may be that of a plain server
         break;
     case QvelDiscoveryNode::TypeServer:
@@ -67,8 +74,16 @@ void QvelDiscoveryJob::execute()
     connect(this, &QvelDiscoveryJob::newChildren, m_model, &QvelDiscoveryModel::sltAddChildren,
             Qt::QueuedConnection);
     const QList<QvelDiscoveryNode*> children = std::exchange(m_children, {});
-    m_model->fileResult(m_serial, m_parent, children);
+    m_model->fileResult(m_request, children);
     Q_EMIT newChildren(m_parent, children);
+}
+
+void QvelDiscoveryJob::logServiceFailure(const QString& text, const QString& url,
+                                         const UaStatus& status)
+{
+    if (!isInterrupted())
+        m_callback->logMessage(
+            text.arg(shownText(url), QString::fromUtf8(status.toString().bytes())));
 }
 
 OpcUa_StatusCode QvelDiscoveryJob::callFindServers(const QString& discoveryUrl)
@@ -80,9 +95,7 @@ OpcUa_StatusCode QvelDiscoveryJob::callFindServers(const QString& discoveryUrl)
         serviceSettings(m_timeout), UaString(discoveryUrl.toUtf8()),
         UaClientSdk::SessionSecurityInfo(), servers);
     if (status.isNotGood()) {
-        m_callback->logMessage(
-            tr("Discovery FindServers on %1 failed (%2)")
-                .arg(shownText(discoveryUrl), QString::fromUtf8(status.toString().bytes())));
+        logServiceFailure(tr("Discovery FindServers on %1 failed (%2)"), discoveryUrl, status);
         return status.code();
     }
     for (const OpcUa_ApplicationDescription& server : servers) {
@@ -110,12 +123,12 @@ OpcUa_StatusCode QvelDiscoveryJob::callGetEndpoints(const QString& url, bool wra
         UaClientSdk::UaDiscovery().getEndpoints(serviceSettings(m_timeout), UaString(url.toUtf8()),
                                                 UaClientSdk::SessionSecurityInfo(), endpoints);
     if (status.isNotGood()) {
-        m_callback->logMessage(
-            tr("Discovery GetEndpoints on %1 failed (%2)")
-                .arg(shownText(url), QString::fromUtf8(status.toString().bytes())));
+        logServiceFailure(tr("Discovery GetEndpoints on %1 failed (%2)"), url, status);
         return status.code();
     }
-    for (const OpcUa_EndpointDescription& endpoint : endpoints) {
+    const QString name =
+        endpoints.length() > 0 ? toQString(endpoints[0].Server.ApplicationName.Text) : QString();
+    for (OpcUa_EndpointDescription& endpoint : endpoints) {
         const QString endpointUrl = toQString(endpoint.EndpointUrl);
         const bool add = endpointUrl.startsWith(opcTcp);
         m_callback->logMessage(
@@ -123,12 +136,11 @@ OpcUa_StatusCode QvelDiscoveryJob::callGetEndpoints(const QString& url, bool wra
         if (!add)
             continue;
         QvelDiscoverySetting setting;
-        setting.setEndpointDescription(&endpoint);
-        addEndpoint(setting);
+        setting.takeEndpointDescription(endpoint);
+        addEndpoint(std::move(setting));
     }
     if (wrapInServerNode && !m_children.isEmpty()) {
-        auto* server = new QvelDiscoveryNodeServer(
-            toQString(endpoints[0].Server.ApplicationName.Text), url, m_model);
+        auto* server = new QvelDiscoveryNodeServer(name, url, m_model);
         server->setBrowsed(true);
         for (QvelDiscoveryNode* endpoint : std::as_const(m_children))
             server->add(endpoint);
@@ -144,20 +156,28 @@ OpcUa_StatusCode QvelDiscoveryJob::callBrowseNetwork(const QString& name)
     QList<UaNetworkBrowseResult> results;
     if (m_networkBrowser->browse(UaString(name.toUtf8()), results).isNotGood())
         return OpcUa_Bad;
+    QSet<QString> hosts;
+    const auto addDiscovery = [this](const QString& url) {
+        m_children.append(new QvelDiscoveryNodeDiscovery(url, m_model));
+    };
     for (const UaNetworkBrowseResult& result : std::as_const(results)) {
         const QString found = QString::fromUtf8(result.name().bytes());
         if (result.type() != UaNetworkBrowseResult::Computer) {
             m_children.append(new QvelDiscoveryNodeNetwork(found, m_model, result.type()));
             continue;
         }
+        // A server's port is part of its URL, but not of a computer's name.
+        const QString host = found.section(':', 0, 0);
+        const bool isNew = !hosts.contains(host);
+        hosts.insert(host);
         switch (m_model->opcType()) {
         case QvelDiscoveryWidget::OpcUa:
-            m_children.append(
-                new QvelDiscoveryNodeDiscovery(tr("opc.tcp://%1").arg(found), m_model));
+            addDiscovery(tr("opc.tcp://%1").arg(found));
             break;
         case QvelDiscoveryWidget::ComDa:
         case QvelDiscoveryWidget::ComAe:
-            m_children.append(new QvelDiscoveryNodeDiscovery(tr("%1").arg(found), m_model));
+            if (isNew)
+                addDiscovery(tr("%1").arg(host));
             break;
         }
     }
@@ -189,23 +209,22 @@ OpcUa_StatusCode QvelDiscoveryJob::callEnum(const QString& host)
     const ComServerKind kind = m_model->opcType() == QvelDiscoveryWidget::ComDa
                                    ? ComServerKind::DataAccess
                                    : ComServerKind::AlarmsAndEvents;
-    const auto stop = [] { return QThread::currentThread()->isInterruptionRequested(); };
     for (const ComServer& server :
-         enumerateComServers(host.toStdU16String(), kind, logFailure, stop)) {
+         enumerateComServers(host.toStdU16String(), kind, logFailure, isInterrupted)) {
         const QString progId = QString::fromStdU16String(server.progId);
         QvelDiscoverySetting setting;
         setting.setEndpointUrl(host);
         setting.setServerName(progId);
         setting.setDisplayName(host.isEmpty() ? progId : host + tr("/") + progId);
-        addEndpoint(setting);
+        addEndpoint(std::move(setting));
     }
     return status;
 }
 
-void QvelDiscoveryJob::addEndpoint(QvelDiscoverySetting& setting)
+void QvelDiscoveryJob::addEndpoint(QvelDiscoverySetting&& setting)
 {
     setting.setSessionName(m_sessionName);
     auto* node = new QvelDiscoveryNodeEndpoint(QString(), m_model);
-    node->setConfiguration(setting);
+    node->setConfiguration(std::move(setting));
     m_children.append(node);
 }

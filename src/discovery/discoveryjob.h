@@ -36,13 +36,14 @@ Q_SIGNALS:
     void newChildren(QModelIndex parent, QList<QvelDiscoveryNode*> lstChildren);
 
 private:
-    friend class QvelDiscoveryModel; // numbers the jobs that it starts
+    friend class QvelDiscoveryModel; // tells its jobs which request they answer
 
     OpcUa_StatusCode callFindServers(const QString& discoveryUrl);
     OpcUa_StatusCode callGetEndpoints(const QString& url, bool wrapInServerNode);
     OpcUa_StatusCode callBrowseNetwork(const QString& name);
     OpcUa_StatusCode callEnum(const QString& host);
-    void addEndpoint(QvelDiscoverySetting& setting);
+    void addEndpoint(QvelDiscoverySetting&& setting);
+    void logServiceFailure(const QString& text, const QString& url, const UaStatus& status);
 
     QvelDiscoveryModel* m_model;
     QvelDiscoveryCBInterface* m_callback;
@@ -53,5 +54,5 @@ private:
     QString m_sessionName;
     QvelDiscoveryNode::QvelDiscoveryNodeType m_type = QvelDiscoveryNode::TypeGeneric;
     QString m_target; // a URL, or the name of a host or network
-    quint64 m_serial = 0;
+    quint64 m_request = 0;
 };

@@ -1,23 +1,22 @@
 #include "discoverymodel.h"
 
 #include "base/showntext_p.h"
-#include "discovery/discoverycbinterface.h"
-#include "discovery/discoveryjob.h"
-#include "discovery/discoverylimits_p.h"
-#include "discovery/discoverynodes_p.h"
+#include "discoverycbinterface.h"
+#include "discoveryjob.h"
+#include "discoverynodes_p.h"
+#include "discoveryrequests_p.h"
+#include "discoverystore_p.h"
 #include "images/images_p.h"
 #include "platform/network/uanetworkbrowser.h"
 #include "platform/threads/uathreadpool.h"
 
 #include <QtCore/QHash>
-#include <QtCore/QMutex>
 #include <QtCore/QPointer>
 #include <QtGui/QPalette>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QMessageBox>
 
-#include <algorithm>
-#include <vector>
+#include <utility>
 
 static QString loopbackHost()
 {
@@ -27,24 +26,6 @@ static QString loopbackHost()
 class QvelDiscoveryModel::Private
 {
 public:
-    // A node that waits for a job. Pointers alone would not tell a node from a later one that got
-    // the same address.
-    struct Waiting
-    {
-        QvelDiscoveryNode* node;
-        quint64 serial;
-    };
-    // A job that has not delivered. The nodes that it found are noted here until they are taken
-    // over, so that none is lost with its message.
-    struct Job
-    {
-        quint64 serial;            // 0 for a job that the model did not start
-        QvelDiscoveryNode* parent; // may be deleted: to be compared only
-        QList<QvelDiscoveryNode*> children;
-        bool done;
-        bool ownsCursor;
-    };
-
     Private(QvelDiscoveryWidget::OpcType opcType, QvelDiscoveryCBInterface* callback, int timeout,
             const QString& sessionName)
         : opcType(opcType), timeout(timeout), callback(callback), sessionName(sessionName)
@@ -53,22 +34,19 @@ public:
 
     bool isOpcUa() const { return opcType == QvelDiscoveryWidget::OpcUa; }
     QString toolTip(QvelDiscoveryNode* node, const QvelDiscoverySetting* configuration) const;
-    bool take(QvelDiscoveryNode* node, const QList<QvelDiscoveryNode*>& children, quint64& serial,
-              bool& ownsCursor);
-    void stopWaiting(quint64 serial);
 
     QvelDiscoveryNode* root = nullptr;
     QvelDiscoveryNodeDiscovery* local = nullptr;
     QvelDiscoveryNodeNetwork* network = nullptr;
     QvelDiscoveryNode* custom = nullptr;
-    QvelDiscoveryNode* addServer = nullptr;
+    QPointer<QvelDiscoveryNode> addServer; // a host may have the whole entry browsed
     QvelDiscoveryNode* recent = nullptr;
     UaNetworkBrowser browser;
     std::unique_ptr<UaThreadPool> pool = std::make_unique<UaThreadPool>(10, 30);
-    QMutex mutex; // guards the two lists
-    std::vector<Waiting> browsing;
-    std::vector<Job> jobs;
-    quint64 lastSerial = 0;
+    DiscoveryRequests requests;
+    StoredList<QvelDiscoverySetting> storedRecords{"NoOfRecentServers"};
+    StoredList<QString> storedUrls{"NoOfDiscoveryServers"};
+    QString unreadLocalUrl; // the local node's, unless it came from the store
     const QvelDiscoveryWidget::OpcType opcType;
     const int timeout;
     QvelDiscoveryCBInterface* const callback;
@@ -116,16 +94,8 @@ QvelDiscoveryModel::~QvelDiscoveryModel()
 {
     writeSettings();
     d->pool.reset(); // from here on, no other thread is about
-    std::vector<Private::Job> undelivered;
-    {
-        const QMutexLocker lock(&d->mutex);
-        undelivered.swap(d->jobs);
-    }
-    for (const Private::Job& job : undelivered) {
-        if (job.ownsCursor)
-            QApplication::restoreOverrideCursor();
-        qDeleteAll(job.children);
-    }
+    for (int cursors = d->requests.end(); cursors > 0; --cursors)
+        QApplication::restoreOverrideCursor();
     delete d->root;
 }
 
@@ -189,101 +159,38 @@ void QvelDiscoveryModel::fetchMore(const QModelIndex& parent)
 
     auto job = std::make_unique<QvelDiscoveryJob>(this, d->callback, parent, &d->browser,
                                                   d->timeout, d->sessionName);
-    const QMutexLocker lock(&d->mutex);
-    job->m_serial = ++d->lastSerial;
-    d->browsing.push_back({node, job->m_serial});
-    d->jobs.push_back({job->m_serial, node, {}, false, true});
+    job->m_request = d->requests.add(node);
     QApplication::setOverrideCursor(Qt::BusyCursor);
     d->pool->addJob(job.release());
 }
 
-void QvelDiscoveryModel::fileResult(quint64 serial, const QModelIndex& parent,
-                                    const QList<QvelDiscoveryNode*>& children)
+void QvelDiscoveryModel::fileResult(quint64 request, const QList<QvelDiscoveryNode*>& children)
 {
-    const QMutexLocker lock(&d->mutex);
-    const auto job = std::find_if(d->jobs.begin(), d->jobs.end(), [serial](const auto& entry) {
-        return serial && entry.serial == serial;
-    });
-    if (job == d->jobs.end()) {
-        d->jobs.push_back({0, nodeAt(parent), children, true, false});
-        return;
-    }
-    job->children = children;
-    job->done = true;
-}
-
-// Whether `node` waits for `children`, and by what number. A delivery that no job filed is judged
-// by the node's address, and takes over the cursor of the job that it forestalls.
-bool QvelDiscoveryModel::Private::take(QvelDiscoveryNode* node,
-                                       const QList<QvelDiscoveryNode*>& children, quint64& serial,
-                                       bool& ownsCursor)
-{
-    const QMutexLocker lock(&mutex);
-    const auto filed = std::find_if(jobs.begin(), jobs.end(), [&](const Job& job) {
-        return job.done && job.parent == node && job.children == children;
-    });
-    serial = 0;
-    ownsCursor = true;
-    if (filed != jobs.end()) {
-        serial = filed->serial;
-        ownsCursor = filed->ownsCursor || !serial;
-        jobs.erase(filed);
-    }
-    if (!serial) {
-        const auto forestalled = std::find_if(jobs.begin(), jobs.end(), [node](const Job& job) {
-            return job.parent == node && job.ownsCursor;
-        });
-        if (forestalled != jobs.end())
-            forestalled->ownsCursor = false;
-    }
-    const auto waiting = std::find_if(browsing.begin(), browsing.end(), [&](const Waiting& entry) {
-        return entry.node == node && (!serial || entry.serial == serial);
-    });
-    if (waiting == browsing.end())
-        return false;
-    serial = waiting->serial;
-    return true;
-}
-
-void QvelDiscoveryModel::Private::stopWaiting(quint64 serial)
-{
-    const QMutexLocker lock(&mutex);
-    const auto entry =
-        std::find_if(browsing.begin(), browsing.end(),
-                     [serial](const auto& waiting) { return waiting.serial == serial; });
-    if (entry != browsing.end())
-        browsing.erase(entry);
+    d->requests.file(request, children);
 }
 
 void QvelDiscoveryModel::sltAddChildren(QModelIndex parent, QList<QvelDiscoveryNode*> lstChildren)
 {
     QvelDiscoveryNode* const address = nodeAt(parent);
-    quint64 serial = 0;
-    bool ownsCursor = true;
-    if (!d->take(address, lstChildren, serial, ownsCursor)) {
+    const DiscoveryRequests::Delivery delivery = d->requests.take(address, lstChildren);
+    if (!delivery.isWanted) {
         qDeleteAll(lstChildren);
     } else {
         const QPointer<QvelDiscoveryNode> node(address); // it waits, so it lives
         append(node, lstChildren);
         if (node) {
             node->setBrowsing(false);
-            d->stopWaiting(serial);
             const QModelIndex index = indexOf(node); // the row may have changed since the request
             Q_EMIT dataChanged(index, index);
         }
     }
-    if (ownsCursor)
+    if (delivery.endsBusyCursor)
         QApplication::restoreOverrideCursor();
 }
 
 void QvelDiscoveryModel::nodeDeleted(QvelDiscoveryNode* node)
 {
-    const QMutexLocker lock(&d->mutex);
-    if (node == d->addServer)
-        d->addServer = nullptr;
-    d->browsing.erase(std::remove_if(d->browsing.begin(), d->browsing.end(),
-                                     [node](const auto& waiting) { return waiting.node == node; }),
-                      d->browsing.end());
+    d->requests.forget(node);
 }
 
 void QvelDiscoveryModel::append(QvelDiscoveryNode* parent, const QList<QvelDiscoveryNode*>& nodes)
@@ -462,11 +369,13 @@ QModelIndex QvelDiscoveryModel::updateEndpointConfiguration(const QvelDiscoveryS
         QPointer<QvelDiscoveryNodeEndpoint> endpoint(toEndpoint(node));
         if (!endpoint || endpoint->m_configuration == setting)
             continue;
-        const auto answer = QMessageBox::question(
-            nullptr, tr("Configuration already existing"),
-            tr("The 'Recently Used' list already contains a server configuration with this name "
-               "that differs from the current one. Do you want to overwrite it?"),
-            QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::NoButton);
+        QMessageBox box(QMessageBox::Question, tr("Configuration already existing"),
+                        tr("The 'Recently Used' list already contains a server configuration with "
+                           "this name that differs from the current one. Do you want to overwrite "
+                           "it?"),
+                        QMessageBox::Ok | QMessageBox::Cancel);
+        connect(this, &QObject::destroyed, &box, &QDialog::reject); // nobody to answer to
+        const int answer = box.exec();
         if (!self)
             return QModelIndex();
         if (answer != QMessageBox::Ok) {
@@ -481,60 +390,74 @@ QModelIndex QvelDiscoveryModel::updateEndpointConfiguration(const QvelDiscoveryS
     return indexOf(changed);
 }
 
-// Announces one row more than it adds, as no view is there yet to count them.
 void QvelDiscoveryModel::readSettings()
 {
-    const auto isReadable = [](int count) { return count > 0 && count <= maxStoredEntries; };
-    void* handle = d->callback->openSettings();
-    const int recent = d->callback->readSetting(handle, "NoOfRecentServers").toInt();
-    if (isReadable(recent)) {
-        const int first = d->recent->childrenCount();
-        beginInsertRows(indexOf(d->recent), first, first + recent);
-        for (int k = 0; k < recent; ++k) {
-            auto* node = new QvelDiscoveryNodeEndpoint(QString(), this);
-            node->setConfiguration(QvelDiscoverySetting::fromSetting(
-                d->callback, handle, QString("RecentServer%1.").arg(k)));
-            d->recent->add(node);
-        }
+    // Announces one row more than it adds, as no view is there yet to count them.
+    const auto add = [this](QvelDiscoveryNode* parent, const QList<QvelDiscoveryNode*>& nodes) {
+        if (nodes.isEmpty())
+            return;
+        const int first = parent->childrenCount();
+        beginInsertRows(indexOf(parent), first, first + int(nodes.size()));
+        for (QvelDiscoveryNode* node : nodes)
+            parent->add(node);
         endInsertRows();
+    };
+    DiscoveryStore store(d->callback);
+    QList<QvelDiscoveryNode*> nodes;
+    for (QvelDiscoverySetting& record : d->storedRecords.read(store)) {
+        auto* node = new QvelDiscoveryNodeEndpoint(QString(), this);
+        node->setConfiguration(std::move(record));
+        nodes.append(node);
     }
-    const int servers = d->callback->readSetting(handle, "NoOfDiscoveryServers").toInt();
-    if (d->custom && isReadable(servers)) {
-        const int first = d->custom->childrenCount();
-        beginInsertRows(indexOf(d->custom), first, first + servers);
-        for (int k = 0; k < servers; ++k) {
-            const QString key = QString("DiscoveryServer%1").arg(k);
-            d->custom->add(new QvelDiscoveryNodeDiscovery(
-                d->callback->readSetting(handle, key).toString(), this));
-        }
-        endInsertRows();
+    add(d->recent, std::exchange(nodes, {}));
+    if (d->custom) {
+        for (const QString& url : d->storedUrls.read(store))
+            nodes.append(new QvelDiscoveryNodeDiscovery(url, this));
+        add(d->custom, nodes);
     }
-    const QString localUrl = d->callback->readSetting(handle, "LocalDiscoveryUrl").toString();
-    if (d->local && !localUrl.isEmpty())
+    if (d->storedRecords.isTooLong() || d->storedUrls.isTooLong())
+        d->callback->logMessage(
+            tr("The settings hold more servers than can be read. They are left as they are."));
+    if (!d->local)
+        return;
+    const QString localUrl = store.get("LocalDiscoveryUrl").toString();
+    if (localUrl.isEmpty())
+        d->unreadLocalUrl = d->local->discoveryUrl();
+    else
         d->local->setDiscoveryUrl(localUrl);
-    d->callback->closeSettings(handle);
 }
 
+// Reads first what could not be read at the beginning, and puts it behind what is there now.
 void QvelDiscoveryModel::writeSettings()
 {
-    void* handle = d->callback->openSettings();
-    d->callback->writeSetting(handle, "NoOfRecentServers", d->recent->childrenCount());
-    for (int k = 0; k < d->recent->childrenCount(); ++k) {
-        if (QvelDiscoveryNodeEndpoint* endpoint = toEndpoint(d->recent->at(k)))
-            endpoint->m_configuration.storeSettings(d->callback, handle,
-                                                    QString("RecentServer%1.").arg(k));
-    }
-    if (d->custom) {
-        const int firstUrl = d->addServer ? 1 : 0;
-        d->callback->writeSetting(handle, "NoOfDiscoveryServers",
-                                  d->custom->childrenCount() - firstUrl);
-        for (int k = firstUrl; k < d->custom->childrenCount(); ++k) {
-            if (QvelDiscoveryNodeDiscovery* node = toDiscovery(d->custom->at(k)))
-                d->callback->writeSetting(handle, QString("DiscoveryServer%1").arg(k - firstUrl),
-                                          node->discoveryUrl());
+    DiscoveryStore store(d->callback);
+    const QList<QvelDiscoverySetting> moreRecords = d->storedRecords.readMissed(store);
+    const QList<QString> moreUrls = d->custom ? d->storedUrls.readMissed(store) : QList<QString>();
+
+    if (!d->storedRecords.isTooLong()) {
+        const int count = d->recent->childrenCount();
+        d->storedRecords.writeCount(store, count + int(moreRecords.size()));
+        for (int k = 0; k < count; ++k) {
+            if (QvelDiscoveryNodeEndpoint* endpoint = toEndpoint(d->recent->at(k)))
+                store.put(k, endpoint->m_configuration);
         }
+        for (int k = 0; k < moreRecords.size(); ++k)
+            store.put(count + k, moreRecords.at(k));
     }
-    if (d->local)
-        d->callback->writeSetting(handle, "LocalDiscoveryUrl", d->local->discoveryUrl());
-    d->callback->closeSettings(handle);
+    if (d->custom && !d->storedUrls.isTooLong()) {
+        const int firstUrl = d->addServer ? 1 : 0;
+        const int count = d->custom->childrenCount() - firstUrl;
+        d->storedUrls.writeCount(store, count + int(moreUrls.size()));
+        for (int k = 0; k < count; ++k) {
+            if (QvelDiscoveryNodeDiscovery* node = toDiscovery(d->custom->at(firstUrl + k)))
+                store.put(k, node->discoveryUrl());
+        }
+        for (int k = 0; k < moreUrls.size(); ++k)
+            store.put(count + k, moreUrls.at(k));
+    }
+    if (!d->local)
+        return;
+    const QString url = d->local->discoveryUrl();
+    if (url != d->unreadLocalUrl || isAbsent(store.get("LocalDiscoveryUrl")))
+        store.put("LocalDiscoveryUrl", url);
 }

@@ -83,8 +83,7 @@ private:
     void readSettings();
     void writeSettings();
     void append(QvelDiscoveryNode* parent, const QList<QvelDiscoveryNode*>& nodes);
-    void fileResult(quint64 serial, const QModelIndex& parent,
-                    const QList<QvelDiscoveryNode*>& children);
+    void fileResult(quint64 request, const QList<QvelDiscoveryNode*>& children);
     QIcon image(const char* path) const;
 
     class Private;

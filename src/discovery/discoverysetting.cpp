@@ -1,15 +1,16 @@
 #include "discoverysetting.h"
 
-#include "discovery/discoverycbinterface.h"
-#include "discovery/discoverylimits_p.h"
-#include "discovery/stacktext_p.h"
+#include "discoverycbinterface.h"
 #include "platform/types/uabytestring.h"
 #include "platform/types/uastring.h"
+#include "stacktext_p.h"
+#include "storedentries_p.h"
 
 #include <QtCore/QSettings>
 #include <QtCore/QVariant>
 
 #include <cstring>
+#include <utility>
 
 QvelDiscoveryCBInterface::~QvelDiscoveryCBInterface() = default;
 
@@ -47,19 +48,57 @@ public:
     {
         number(key, count);
         for (OpcUa_Int32 i = 0; entries && i < count; ++i)
-            visit(i, entries[i]);
+            visit(*this, i, entries[i]);
     }
 
 private:
     Put m_put;
 };
 
-// `get` gives the QVariant of a key, invalid for an absent one.
+// Whether one of the keys is in the store. `get` gives the QVariant of a key, invalid for an absent
+// one.
+template <class Get>
+class KeyFinder
+{
+public:
+    explicit KeyFinder(Get get) : m_get(std::move(get)) {}
+    template <class T>
+    void text(const QString& key, const T&)
+    {
+        found = found || m_get(key).isValid();
+    }
+    template <class T>
+    void bytes(const QString& key, const T& field)
+    {
+        text(key, field);
+    }
+    template <class T>
+    void number(const QString& key, const T& field)
+    {
+        text(key, field);
+    }
+    template <class T>
+    void unsignedNumber(const QString& key, const T& field)
+    {
+        text(key, field);
+    }
+    template <class T, class Visit>
+    void array(const QString& key, OpcUa_Int32 count, const T*, Visit)
+    {
+        text(key, count);
+    }
+
+    bool found = false;
+
+private:
+    Get m_get;
+};
+
 template <class Get>
 class SettingsReader
 {
 public:
-    explicit SettingsReader(Get get) : m_get(std::move(get)) {}
+    SettingsReader(Get get, StoredEntries& budget) : m_get(std::move(get)), m_budget(budget) {}
     void text(const QString& key, OpcUa_String& field) { assign(field, m_get(key).toString()); }
     void text(const QString& key, QString& field) { field = m_get(key).toString(); }
     void bytes(const QString& key, OpcUa_ByteString& field)
@@ -76,24 +115,32 @@ public:
     {
         field = T(m_get(key).toUInt());
     }
-    // The count is kept as read even where there are no entries to go with it.
+    // The count is kept as read where there are no entries to go with it.
     template <class T, class Visit>
     void array(const QString& key, OpcUa_Int32& count, T*& entries, Visit visit)
     {
         number(key, count);
-        if (count <= 0 || count > maxStoredEntries)
+        T none = {};
+        const int length = entriesToRead(count, m_budget, [&](int i) {
+            KeyFinder finder(m_get);
+            visit(finder, i, none);
+            return finder.found;
+        });
+        if (length <= 0)
             return;
-        const std::size_t size = std::size_t(count) * sizeof(T);
+        const std::size_t size = std::size_t(length) * sizeof(T);
         entries = static_cast<T*>(OpcUa_Memory_Alloc(size));
         if (!entries)
             return;
         std::memset(static_cast<void*>(entries), 0, size);
+        count = length;
         for (OpcUa_Int32 i = 0; i < count; ++i)
-            visit(i, entries[i]);
+            visit(*this, i, entries[i]);
     }
 
 private:
     Get m_get;
+    StoredEntries& m_budget;
 };
 
 } // namespace
@@ -114,18 +161,18 @@ void QvelDiscoverySetting::visitSettings(Store& store, Record& record)
     store.text("Server.DiscoveryProfileUri", server.DiscoveryProfileUri);
     store.array(
         "Server.NoOfDiscoveryUrls", server.NoOfDiscoveryUrls, server.DiscoveryUrls,
-        [&store](int i, auto& url) { store.text(QString("Server.DiscoveryUrl%1").arg(i), url); });
+        [](auto& at, int i, auto& url) { at.text(QString("Server.DiscoveryUrl%1").arg(i), url); });
     store.bytes("ServerCertificate", endpoint.ServerCertificate);
     store.unsignedNumber("MessageSecurityMode", endpoint.SecurityMode);
     store.text("SecurityPolicy", endpoint.SecurityPolicyUri);
     store.array("NoOfUserIdentityTokens", endpoint.NoOfUserIdentityTokens,
-                endpoint.UserIdentityTokens, [&store](int i, auto& policy) {
+                endpoint.UserIdentityTokens, [](auto& at, int i, auto& policy) {
                     const QString prefix = QString("UserIdentityToken%1.").arg(i);
-                    store.text(prefix + "PolicyId", policy.PolicyId);
-                    store.unsignedNumber(prefix + "TokenType", policy.TokenType);
-                    store.text(prefix + "IssuedTokenType", policy.IssuedTokenType);
-                    store.text(prefix + "IssuerEndpointUrl", policy.IssuerEndpointUrl);
-                    store.text(prefix + "SecurityPolicyUri", policy.SecurityPolicyUri);
+                    at.text(prefix + "PolicyId", policy.PolicyId);
+                    at.unsignedNumber(prefix + "TokenType", policy.TokenType);
+                    at.text(prefix + "IssuedTokenType", policy.IssuedTokenType);
+                    at.text(prefix + "IssuerEndpointUrl", policy.IssuerEndpointUrl);
+                    at.text(prefix + "SecurityPolicyUri", policy.SecurityPolicyUri);
                 });
     store.text("TransportProfileUri", endpoint.TransportProfileUri);
     store.unsignedNumber("SecurityLevel", endpoint.SecurityLevel);
@@ -155,6 +202,22 @@ QvelDiscoverySetting::Endpoint& QvelDiscoverySetting::Endpoint::operator=(const 
     return *this;
 }
 
+QvelDiscoverySetting::Endpoint::Endpoint(Endpoint&& other) noexcept : Endpoint()
+{
+    take(other);
+}
+
+QvelDiscoverySetting::Endpoint& QvelDiscoverySetting::Endpoint::operator=(Endpoint&& other) noexcept
+{
+    take(other);
+    return *this;
+}
+
+void QvelDiscoverySetting::Endpoint::take(OpcUa_EndpointDescription& other)
+{
+    std::swap(static_cast<OpcUa_EndpointDescription&>(*this), other);
+}
+
 QvelDiscoverySetting::Endpoint::~Endpoint()
 {
     OpcUa_EndpointDescription_Clear(this);
@@ -163,6 +226,9 @@ QvelDiscoverySetting::Endpoint::~Endpoint()
 QvelDiscoverySetting::QvelDiscoverySetting() = default;
 QvelDiscoverySetting::QvelDiscoverySetting(const QvelDiscoverySetting& other) = default;
 QvelDiscoverySetting& QvelDiscoverySetting::operator=(const QvelDiscoverySetting& other) = default;
+QvelDiscoverySetting::QvelDiscoverySetting(QvelDiscoverySetting&& other) noexcept = default;
+QvelDiscoverySetting&
+QvelDiscoverySetting::operator=(QvelDiscoverySetting&& other) noexcept = default;
 QvelDiscoverySetting::~QvelDiscoverySetting() = default;
 
 bool QvelDiscoverySetting::operator==(const QvelDiscoverySetting& other) const
@@ -180,6 +246,17 @@ void QvelDiscoverySetting::setEndpointDescription(const OpcUa_EndpointDescriptio
     OpcUa_EndpointDescription_Clear(&m_endpoint);
     if (description)
         OpcUa_EndpointDescription_CopyTo(description, &m_endpoint);
+    nameAfterEndpoint();
+}
+
+void QvelDiscoverySetting::takeEndpointDescription(OpcUa_EndpointDescription& description)
+{
+    m_endpoint.take(description);
+    nameAfterEndpoint();
+}
+
+void QvelDiscoverySetting::nameAfterEndpoint()
+{
     m_displayName = QString("%1 - %2").arg(serverName(), shortName());
 }
 
@@ -192,17 +269,8 @@ QString QvelDiscoverySetting::shortName() const
 
 QString QvelDiscoverySetting::securityModeToString(OpcUa_MessageSecurityMode mode)
 {
-    switch (mode) {
-    case OpcUa_MessageSecurityMode_Invalid:
-        return "Invalid";
-    case OpcUa_MessageSecurityMode_None:
-        return "None";
-    case OpcUa_MessageSecurityMode_Sign:
-        return "Sign";
-    case OpcUa_MessageSecurityMode_SignAndEncrypt:
-        return "Sign & Encrypt";
-    }
-    return "Unknown MessageSecurityMode";
+    static constexpr const char* names[] = {"Invalid", "None", "Sign", "Sign & Encrypt"};
+    return std::size_t(mode) < std::size(names) ? names[mode] : "Unknown MessageSecurityMode";
 }
 
 QList<OpcUa_UserTokenType> QvelDiscoverySetting::supportedUserTokenTypes() const
@@ -258,7 +326,8 @@ QvelDiscoverySetting QvelDiscoverySetting::fromSetting(QSettings& settings, cons
 {
     QvelDiscoverySetting record;
     settings.beginGroup(name);
-    SettingsReader reader([&settings](const QString& key) { return settings.value(key); });
+    StoredEntries budget;
+    SettingsReader reader([&settings](const QString& key) { return settings.value(key); }, budget);
     visitSettings(reader, record);
     settings.endGroup();
     if (record.m_displayName.isEmpty())
@@ -278,9 +347,25 @@ void QvelDiscoverySetting::storeSettings(QvelDiscoveryCBInterface* cb, void* han
 QvelDiscoverySetting QvelDiscoverySetting::fromSetting(QvelDiscoveryCBInterface* cb, void* handle,
                                                        const QString& prefix)
 {
+    StoredEntries budget;
+    return fromSetting(cb, handle, prefix, budget);
+}
+
+QvelDiscoverySetting QvelDiscoverySetting::fromSetting(QvelDiscoveryCBInterface* cb, void* handle,
+                                                       const QString& prefix, StoredEntries& budget)
+{
     QvelDiscoverySetting record;
-    SettingsReader reader(
-        [&](const QString& key) { return cb->readSetting(handle, prefix + key); });
+    SettingsReader reader([&](const QString& key) { return cb->readSetting(handle, prefix + key); },
+                          budget);
     visitSettings(reader, record);
     return record;
+}
+
+bool QvelDiscoverySetting::isStored(QvelDiscoveryCBInterface* cb, void* handle,
+                                    const QString& prefix)
+{
+    const QvelDiscoverySetting none;
+    KeyFinder finder([&](const QString& key) { return cb->readSetting(handle, prefix + key); });
+    visitSettings(finder, none);
+    return finder.found;
 }

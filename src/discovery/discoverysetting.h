@@ -9,6 +9,7 @@
 
 class QSettings;
 class QvelDiscoveryCBInterface;
+struct StoredEntries;
 
 /// One connection configuration of a client: an endpoint as a server described it
 /// (OPC 10000-4, 7.14) and the client's own choices that go with it.
@@ -22,6 +23,9 @@ public:
     QvelDiscoverySetting(const QvelDiscoverySetting& other);
     /// Assigning a record to itself empties its endpoint description; the other fields stay.
     QvelDiscoverySetting& operator=(const QvelDiscoverySetting& other);
+    /// What is moved from may be assigned to and destroyed.
+    QvelDiscoverySetting(QvelDiscoverySetting&& other) noexcept;
+    QvelDiscoverySetting& operator=(QvelDiscoverySetting&& other) noexcept;
     ~QvelDiscoverySetting();
 
     /// All fields, the password and the wish to store it among them. Texts compare with their case;
@@ -74,8 +78,8 @@ public:
     /// group holds already are overwritten or stay.
     void storeSettings(QSettings& settings, const QString& name) const;
     /// Reads the group `name`, exactly as given. A group without a display name gives its own.
-    /// Whatever is absent or of another type is empty or zero; an array of more than 1000 entries
-    /// is not read.
+    /// Whatever is absent or of another type is empty or zero. An array of more than 1000 entries
+    /// ends with the last one that has a key in the store; if none has, the count stays as read.
     static QvelDiscoverySetting fromSetting(QSettings& settings, const QString& name);
     /// Writes the record under keys that begin with `prefix`; the caller opens and closes `handle`.
     void storeSettings(QvelDiscoveryCBInterface* cb, void* handle, const QString& prefix) const;
@@ -84,8 +88,16 @@ public:
                                             const QString& prefix);
 
 private:
+    friend class DiscoveryStore;   // reads many records at the price of one
+    friend class QvelDiscoveryJob; // hands over what a server sent
+
     template <class Store, class Record>
     static void visitSettings(Store& store, Record& record);
+    static QvelDiscoverySetting fromSetting(QvelDiscoveryCBInterface* cb, void* handle,
+                                            const QString& prefix, StoredEntries& budget);
+    static bool isStored(QvelDiscoveryCBInterface* cb, void* handle, const QString& prefix);
+    void takeEndpointDescription(OpcUa_EndpointDescription& description);
+    void nameAfterEndpoint();
     static QString securityModeToString(OpcUa_MessageSecurityMode mode);
 
     // Owns what a description points to.
@@ -94,6 +106,9 @@ private:
         Endpoint();
         Endpoint(const Endpoint& other);
         Endpoint& operator=(const Endpoint& other);
+        Endpoint(Endpoint&& other) noexcept;
+        Endpoint& operator=(Endpoint&& other) noexcept;
+        void take(OpcUa_EndpointDescription& other);
         ~Endpoint();
     };
 

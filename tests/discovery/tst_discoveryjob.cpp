@@ -7,11 +7,34 @@
 #include <Kestrel/QvelDiscoveryJob>
 #include <Kestrel/QvelDiscoveryModel>
 
-#include <QtCore/QPointer>
+#include <QtNetwork/QTcpServer>
 #include <QtTest/QtTest>
 #include <QtWidgets/QApplication>
 
-#include <optional>
+#include <random>
+
+// "kind name address", the endpoints of a server in brackets behind it.
+static QString told(const QList<QvelDiscoveryNode*>& nodes)
+{
+    QStringList list;
+    for (QvelDiscoveryNode* node : nodes) {
+        QString text = node->displayName();
+        if (node->type() == QvelDiscoveryNode::TypeServer)
+            text += " at " + static_cast<QvelDiscoveryNodeServer*>(node)->serverDiscoveryUrl();
+        if (node->type() == QvelDiscoveryNode::TypeDiscovery)
+            text = "ask " + static_cast<QvelDiscoveryNodeDiscovery*>(node)->discoveryUrl();
+        if (node->type() == QvelDiscoveryNode::TypeEndpoint) {
+            const auto setting = static_cast<QvelDiscoveryNodeEndpoint*>(node)->configuration();
+            text += QString(" at %1, %2").arg(setting.endpointUrl(), setting.sessionName());
+        }
+        if (node->thread() != qApp->thread())
+            text += " of another thread";
+        if (node->isBrowsed())
+            text += " [" + told(node->children()) + "]";
+        list.append(text);
+    }
+    return list.join("; ");
+}
 
 class DiscoveryJobTest : public QObject
 {
@@ -20,29 +43,38 @@ class DiscoveryJobTest : public QObject
 private Q_SLOTS:
     void init();
     void cleanup();
-    void findsServers();
-    void fallsBackToEndpoints();
-    void asksServerForEndpoints();
-    void logsBothFailures();
-    void boundsWhatItLogs();
-    void isSilentAboutEmptyTargets_data();
-    void isSilentAboutEmptyTargets();
+    void asksServers_data();
+    void asksServers();
     void browsesNetwork_data();
     void browsesNetwork();
-    void enumeratesComServers_data();
     void enumeratesComServers();
-    void logsComFailures();
-    void ignoresChangesOfItsNode();
+    void knowsNodeByWhatItWas();
     void dropsResultsOfNodeAtSameAddress();
-    void leaksNothingWithModel();
+    void endsWithoutWord();
+    void survivesUsers();
 
 private:
-    std::unique_ptr<QvelDiscoveryModel>
-    makeModel(QvelDiscoveryWidget::OpcType type = QvelDiscoveryWidget::OpcUa);
-    QModelIndex addNode(QvelDiscoveryModel& model, const QString& url);
-    QvelDiscoveryNode* browse(QvelDiscoveryModel& model, const QString& url);
+    QvelDiscoveryModel& start(QvelDiscoveryWidget::OpcType type = QvelDiscoveryWidget::OpcUa)
+    {
+        m_model = std::make_unique<QvelDiscoveryModel>(type, m_settings.get(), 20000, "me");
+        return *m_model;
+    }
+    QModelIndex add(const QString& url) const
+    {
+        m_model->addRemoteServer(url);
+        const QModelIndex custom = m_model->index(2, 0);
+        return m_model->index(m_model->rowCount(custom) - 1, 0, custom);
+    }
+    // What is found there.
+    QString browse(const QModelIndex& index) const
+    {
+        m_model->fetchMore(index);
+        [] { QTRY_VERIFY_WITH_TIMEOUT(!QApplication::overrideCursor(), 20000); }();
+        return told(static_cast<QvelDiscoveryNode*>(index.internalPointer())->children());
+    }
 
     std::unique_ptr<MemorySettings> m_settings;
+    std::unique_ptr<QvelDiscoveryModel> m_model;
 };
 
 void DiscoveryJobTest::init()
@@ -53,343 +85,270 @@ void DiscoveryJobTest::init()
 
 void DiscoveryJobTest::cleanup()
 {
+    m_model.reset();
     QVERIFY(!QApplication::overrideCursor());
     comsurface::clearComTable();
 }
 
-std::unique_ptr<QvelDiscoveryModel> DiscoveryJobTest::makeModel(QvelDiscoveryWidget::OpcType type)
-{
-    return std::make_unique<QvelDiscoveryModel>(type, m_settings.get(), 20000, "my session");
-}
+using Servers = DiscoveryServer::Servers;
+using Endpoints = DiscoveryServer::Endpoints;
+Q_DECLARE_METATYPE(Servers)
+Q_DECLARE_METATYPE(Endpoints)
 
-QModelIndex DiscoveryJobTest::addNode(QvelDiscoveryModel& model, const QString& url)
+// "%u" stands for the server's own URL.
+void DiscoveryJobTest::asksServers_data()
 {
-    model.addRemoteServer(url);
-    const QModelIndex custom = model.index(2, 0);
-    return model.index(model.rowCount(custom) - 1, 0, custom);
-}
-
-// Waits for what is found there.
-QvelDiscoveryNode* DiscoveryJobTest::browse(QvelDiscoveryModel& model, const QString& url)
-{
-    const QModelIndex index = addNode(model, url);
-    model.fetchMore(index);
-    [] { QTRY_VERIFY(!QApplication::overrideCursor()); }();
-    return static_cast<QvelDiscoveryNode*>(index.internalPointer());
-}
-
-void DiscoveryJobTest::findsServers()
-{
-    const DiscoveryServer server([](auto& servers) {
+    QTest::addColumn<Servers>("servers");
+    QTest::addColumn<Endpoints>("endpoints");
+    QTest::addColumn<QString>("found");
+    QTest::addColumn<QString>("log");
+    const Servers pumps = [](auto& servers) {
         addServer(servers, "LDS", OpcUa_ApplicationType_DiscoveryServer, {"opc.tcp://h:4840"});
         addServer(servers, "Pump %2", OpcUa_ApplicationType_Server,
                   {"opc.tcp://h:1", "https://h:2", "OPC.TCP://h:3", "opc.tcp://h:4"});
-        addServer(servers, "Client", OpcUa_ApplicationType_Client, {"opc.tcp://h:5"});
-    });
-    const auto model = makeModel();
-    const QvelDiscoveryNode* node = browse(*model, server.url());
-    QStringList found;
-    for (QvelDiscoveryNode* child : node->children()) {
-        QCOMPARE(child->type(), QvelDiscoveryNode::TypeServer);
-        QCOMPARE(child->thread(), thread());
-        QVERIFY(!child->isBrowsed());
-        found.append(child->displayName() + " " +
-                     static_cast<QvelDiscoveryNodeServer*>(child)->serverDiscoveryUrl());
-    }
-    QCOMPARE(found, QStringList({"Pump %2 opc.tcp://h:1", "Pump %2 opc.tcp://h:4",
-                                 "Client opc.tcp://h:5"}));
-    QCOMPARE(m_settings->log(), QStringList({
-                                    "Discarding Server LDS with URL opc.tcp://h:4840",
-                                    "Adding Server Pump %2 with URL opc.tcp://h:1",
-                                    "Discarding Server Pump %2 with URL https://h:2",
-                                    "Discarding Server Pump %2 with URL OPC.TCP://h:3",
-                                    "Adding Server Pump %2 with URL opc.tcp://h:4",
-                                    "Adding Server Client with URL opc.tcp://h:5",
-                                }));
+        addServer(servers, "Client", OpcUa_ApplicationType_Client, {"opc.tcp://h:5\nforged"});
+    };
+    QTest::newRow("servers")
+        << pumps << Endpoints()
+        << "Pump %2 at opc.tcp://h:1; Pump %2 at opc.tcp://h:4; Client at opc.tcp://h:5\nforged"
+        << "Discarding Server LDS with URL opc.tcp://h:4840\n"
+           "Adding Server Pump %2 with URL opc.tcp://h:1\n"
+           "Discarding Server Pump %2 with URL https://h:2\n"
+           "Discarding Server Pump %2 with URL OPC.TCP://h:3\n"
+           "Adding Server Pump %2 with URL opc.tcp://h:4\n"
+           "Adding Server Client with URL opc.tcp://h:5\ufffdforged";
+    const Endpoints endpoints = [](auto& list) {
+        addEndpoint(list, "First", "https://h:1");
+        addEndpoint(list, "Pump", "opc.tcp://h:2");
+        addEndpoint(list, "Pump", "opc.tcp://h:3");
+    };
+    const QString failed = "Discovery %1 on %u failed (BadServiceUnsupported)";
+    QTest::newRow("plain server") << Servers() << endpoints
+                                  << "First at %u [Pump - Basic256 - Sign at opc.tcp://h:2, me []; "
+                                     "Pump - Basic256 - Sign at opc.tcp://h:3, me []]"
+                                  << failed.arg("FindServers") +
+                                         "\nDiscarding Url https://h:1\n"
+                                         "Adding Url opc.tcp://h:2\nAdding Url opc.tcp://h:3";
+    QTest::newRow("neither") << Servers() << Endpoints() << ""
+                             << failed.arg("FindServers") + "\n" + failed.arg("GetEndpoints");
 }
 
-void DiscoveryJobTest::fallsBackToEndpoints()
+void DiscoveryJobTest::asksServers()
 {
-    const DiscoveryServer server({}, [](auto& endpoints) {
-        addEndpoint(endpoints, "Other name", "https://h:1");
-        addEndpoint(endpoints, "Pump", "opc.tcp://h:2");
-        addEndpoint(endpoints, "Pump", "opc.tcp://h:3");
-    });
-    const auto model = makeModel();
-    const QvelDiscoveryNode* node = browse(*model, server.url());
-    QCOMPARE(
-        m_settings->log(),
-        QStringList({"Discovery FindServers on " + server.url() + " failed (BadServiceUnsupported)",
-                     "Discarding Url https://h:1", "Adding Url opc.tcp://h:2",
-                     "Adding Url opc.tcp://h:3"}));
-    QCOMPARE(node->childrenCount(), 1);
-    QvelDiscoveryNode* wrapper = node->at(0);
-    QCOMPARE(wrapper->type(), QvelDiscoveryNode::TypeServer);
-    QCOMPARE(wrapper->displayName(), "Other name"); // of the first description
-    QCOMPARE(static_cast<QvelDiscoveryNodeServer*>(wrapper)->serverDiscoveryUrl(), server.url());
-    QVERIFY(wrapper->isBrowsed());
-    QCOMPARE(wrapper->childrenCount(), 2);
-    QCOMPARE(wrapper->at(1)->parent(), wrapper);
-    QCOMPARE(wrapper->at(1)->row(), 1);
-    QCOMPARE(wrapper->at(1)->thread(), thread());
-}
-
-void DiscoveryJobTest::asksServerForEndpoints()
-{
-    QString url;
-    const DiscoveryServer server(
-        [&](auto& servers) {
-            addServer(servers, "Pump", OpcUa_ApplicationType_Server, {url.toUtf8()});
-        },
-        [](auto& endpoints) { addEndpoint(endpoints, "Pump", "opc.tcp://h:2"); });
-    url = server.url();
-    const auto model = makeModel();
-    QvelDiscoveryNode* node = browse(*model, url)->at(0);
-    const QModelIndex index = model->indexOf(node);
-    model->fetchMore(index);
-    QTRY_VERIFY(!QApplication::overrideCursor());
-    QCOMPARE(node->childrenCount(), 1);
-    QCOMPARE(node->at(0)->type(), QvelDiscoveryNode::TypeEndpoint);
-    auto* endpoint = static_cast<QvelDiscoveryNodeEndpoint*>(node->at(0));
-    QVERIFY(endpoint->isBrowsed());
-    QCOMPARE(endpoint->displayName(), "Pump - Basic256 - Sign");
-    QCOMPARE(model->index(0, 0, index).data().toString(), "Basic256 - Sign");
-    QCOMPARE(endpoint->configuration().sessionName(), "my session");
-    QCOMPARE(endpoint->configuration().endpointUrl(), "opc.tcp://h:2");
-}
-
-// The node's name is not the URL that is asked.
-void DiscoveryJobTest::logsBothFailures()
-{
-    const DiscoveryServer server({});
-    m_settings->values.insert("LocalDiscoveryUrl", server.url());
-    const auto model = makeModel();
-    model->fetchMore(model->index(0, 0));
-    QTRY_VERIFY(!QApplication::overrideCursor());
-    const QvelDiscoveryNode* node = model->getLocalNode();
-    QVERIFY(!node->hasChildren() && node->isBrowsed() && !node->isBrowsing());
-    const QString end = server.url() + " failed (BadServiceUnsupported)";
-    QCOMPARE(m_settings->log(),
-             QStringList({"Discovery FindServers on " + end, "Discovery GetEndpoints on " + end}));
-}
-
-void DiscoveryJobTest::boundsWhatItLogs()
-{
-    const DiscoveryServer server([](auto& servers) {
-        addServer(servers, QByteArray(1 << 19, 'n') + "\nforged line", OpcUa_ApplicationType_Server,
-                  {"opc.tcp://h\nforged line"});
-    });
-    const auto model = makeModel();
-    const QvelDiscoveryNode* node = browse(*model, server.url());
-    QCOMPARE(node->at(0)->displayName().size(), (1 << 19) + 12);
-    QCOMPARE(m_settings->log().size(), 1);
-    QVERIFY(m_settings->log().constFirst().size() < 2100);
-    QVERIFY(!m_settings->log().constFirst().contains('\n'));
-}
-
-void DiscoveryJobTest::isSilentAboutEmptyTargets_data()
-{
-    QTest::addColumn<int>("kind");
-    QTest::newRow("discovery") << 0;
-    QTest::newRow("server") << 1;
-    QTest::newRow("network") << 2;
-}
-
-void DiscoveryJobTest::isSilentAboutEmptyTargets()
-{
-    QFETCH(int, kind);
-    const auto model = makeModel();
-    UaNetworkBrowser browser;
-    QvelDiscoveryNodeDiscovery discovery(QString(), model.get());
-    QvelDiscoveryNodeServer server("name", QString(), model.get());
-    QvelDiscoveryNodeNetwork network(QString(), model.get(), UaNetworkBrowseResult::Domain);
-    QvelDiscoveryNode* nodes[] = {&discovery, &server, &network};
-    QvelDiscoveryJob job(model.get(), m_settings.get(), model->indexOf(nodes[kind]), &browser, 1000,
-                         "s");
-    QSignalSpy spy(&job, &QvelDiscoveryJob::newChildren);
-    job.execute();
-    QCOMPARE(spy.size(), 1);
-    QVERIFY(spy[0][1].value<QList<QvelDiscoveryNode*>>().isEmpty());
-    QCOMPARE(m_settings->log(), QStringList());
+    QFETCH(Servers, servers);
+    QFETCH(Endpoints, endpoints);
+    QFETCH(QString, found);
+    QFETCH(QString, log);
+    const DiscoveryServer server(servers, endpoints);
+    m_settings->values.insert("LocalDiscoveryUrl", server.url()); // which is not what it is called
+    start();
+    QCOMPARE(browse(m_model->index(0, 0)), found.replace("%u", server.url()));
+    QCOMPARE(m_settings->log().join('\n'), log.replace("%u", server.url()));
+    if (!endpoints)
+        return;
+    // The same of a server node, without another around it.
+    const QModelIndex plain = m_model->index(0, 0, m_model->index(0, 0));
+    QCOMPARE(browse(plain), found.section('[', 1).chopped(1));
+    QCOMPARE(m_model->index(0, 0, plain).data().toString(), "Basic256 - Sign");
 }
 
 void DiscoveryJobTest::browsesNetwork_data()
 {
     QTest::addColumn<QvelDiscoveryWidget::OpcType>("type");
-    QTest::addColumn<QStringList>("urls");
-    QTest::newRow("UA") << QvelDiscoveryWidget::OpcUa << QStringList("opc.tcp://PLANT7.local");
-    QTest::newRow("DA") << QvelDiscoveryWidget::ComDa << QStringList("PLANT7.local");
-    QTest::newRow("AE") << QvelDiscoveryWidget::ComAe << QStringList("PLANT7.local");
-    QTest::newRow("no daemon") << QvelDiscoveryWidget::OpcUa << QStringList();
+    QTest::addColumn<QString>("found");
+    QTest::newRow("UA") << QvelDiscoveryWidget::OpcUa
+                        << "ask opc.tcp://PLANT7.local; ask opc.tcp://PLANT7.local:48010";
+    QTest::newRow("DA") << QvelDiscoveryWidget::ComDa << "ask PLANT7.local";
+    QTest::newRow("AE") << QvelDiscoveryWidget::ComAe << "ask PLANT7.local";
+    QTest::newRow("no daemon") << QvelDiscoveryWidget::OpcUa << "";
 }
 
 void DiscoveryJobTest::browsesNetwork()
 {
+    QFETCH(QString, found);
     QFETCH(QvelDiscoveryWidget::OpcType, type);
-    QFETCH(QStringList, urls);
     const PrivateSystemBus bus;
     QVERIFY2(bus.isRunning(), "dbus-daemon is needed");
     AvahiScript script;
-    script.services = {{"Pump", "PLANT7.local"}};
+    script.services = {{"Pump", "PLANT7.local"}, {"Valve", "PLANT7.local"}};
+    script.services[1].port = 48010;
     std::optional<AvahiStandIn> avahi;
-    if (!urls.isEmpty())
+    if (!found.isEmpty())
         QVERIFY(avahi.emplace(bus.address(), script).isRunning());
-    const auto model = makeModel(type);
-    const QModelIndex network = model->index(1, 0);
-    model->fetchMore(network);
-    QTRY_VERIFY_WITH_TIMEOUT(!QApplication::overrideCursor(), 20000);
-    QStringList found;
-    for (auto* node : static_cast<QvelDiscoveryNode*>(network.internalPointer())->children()) {
-        QCOMPARE(node->type(), QvelDiscoveryNode::TypeDiscovery);
-        QCOMPARE(static_cast<QvelDiscoveryNodeDiscovery*>(node)->discoveryUrl(),
-                 node->displayName());
-        found.append(node->displayName());
-    }
-    QCOMPARE(found, urls);
+    start(type);
+    QCOMPARE(browse(m_model->index(1, 0)), found);
     QCOMPARE(m_settings->log(), QStringList());
-}
-
-void DiscoveryJobTest::enumeratesComServers_data()
-{
-    QTest::addColumn<QvelDiscoveryWidget::OpcType>("type");
-    QTest::addColumn<QString>("host");
-    QTest::addColumn<QStringList>("names");
-    QTest::newRow("DA") << QvelDiscoveryWidget::ComDa << ""
-                        << QStringList({"Vendor.One", "Vendor.Two", "Vendor.Three"});
-    QTest::newRow("AE, remote") << QvelDiscoveryWidget::ComAe << "plant7"
-                                << QStringList("plant7/Vendor.Alarms");
 }
 
 void DiscoveryJobTest::enumeratesComServers()
 {
-    QFETCH(QvelDiscoveryWidget::OpcType, type);
-    QFETCH(QString, host);
-    QFETCH(QStringList, names);
-    comstandin::Computer computer;
-    computer.servers = {
-        {comstandin::dataAccess1, u"Vendor.One"},
-        {comstandin::alarms, u"Vendor.Alarms"},
-        {comstandin::dataAccess2, u"Vendor.Two"},
-        {comstandin::dataAccess3, u"Vendor.Broken", comstandin::HRESULT(0x80004005)},
-        {comstandin::dataAccess3, u"Vendor.Three"}};
-    comstandin::install(computer, host.toStdU16String());
-    const auto model = makeModel(type);
-    QvelDiscoveryNode* node = browse(*model, host);
-    QStringList found;
-    for (QvelDiscoveryNode* child : node->children()) {
-        QCOMPARE(child->type(), QvelDiscoveryNode::TypeEndpoint);
-        QVERIFY(child->isBrowsed());
-        found.append(child->displayName());
-        const auto configuration = static_cast<QvelDiscoveryNodeEndpoint*>(child)->configuration();
-        QCOMPARE(configuration.endpointUrl(), host);
-        QCOMPARE(configuration.serverName(), child->displayName().section('/', -1));
-        QCOMPARE(configuration.sessionName(), "my session");
-    }
-    QCOMPARE(found, names);
-    QCOMPARE(model->index(0, 0, model->indexOf(node)).data(Qt::ToolTipRole).toString(),
-             host.isEmpty() ? "localhost/" + names[0] : names[0]);
-    const bool da = type == QvelDiscoveryWidget::ComDa;
-    QCOMPARE(m_settings->log(),
-             da ? QStringList("GetClassDetails failed (0x80004005)") : QStringList());
-    QCOMPARE(comsurface::comUsage().initialized, 0);
-    QCOMPARE(comsurface::comUsage().taskBlocks, 0);
-    QCOMPARE(computer.objects.load(), 0);
-}
-
-void DiscoveryJobTest::logsComFailures()
-{
     using comstandin::HRESULT;
     comstandin::Computer computer;
+    computer.servers = {{comstandin::dataAccess1, u"V.One"},
+                        {comstandin::alarms, u"V.Alarms"},
+                        {comstandin::dataAccess2, u"V.Two"},
+                        {comstandin::dataAccess3, u"V.Broken", HRESULT(0x80004005)},
+                        {comstandin::dataAccess3, u"V.Three"}};
     comstandin::install(computer);
+    comstandin::install(computer, u"plant7");
+    start(QvelDiscoveryWidget::ComDa);
+    QCOMPARE(browse(m_model->index(0, 0)),
+             "V.One at , me []; V.Two at , me []; V.Three at , me []");
+    QCOMPARE(m_model->index(0, 0, m_model->index(0, 0)).data(Qt::ToolTipRole).toString(),
+             "localhost/V.One");
     comsurface::ComAnswers initialize, create;
     initialize.coInitializeEx = HRESULT(0x80010106);
     create.coCreateInstanceEx = HRESULT(0x80070005);
-    const auto model = makeModel(QvelDiscoveryWidget::ComDa);
-    const auto browseWith = [&](const comsurface::ComAnswers& answers, const QString& host) {
+    for (const auto& answers : {initialize, create, comsurface::ComAnswers()}) {
         comsurface::setComAnswers(answers);
-        QVERIFY(!browse(*model, host)->hasChildren());
-    };
-    browseWith(initialize, {});
-    browseWith(create, {});
-    browseWith({}, "plant7"); // where no class is registered
+        QCOMPARE(browse(add("elsewhere")), ""); // where no class is registered
+    }
     computer.enumeration = HRESULT(0x8000FFFF);
-    browseWith({}, {});
-    QCOMPARE(m_settings->log(), QStringList({"CoInitializeEx failed (0x80010106)",
+    QCOMPARE(browse(add({})), "");
+    QCOMPARE(m_settings->log(), QStringList({"GetClassDetails failed (0x80004005)",
+                                             "CoInitializeEx failed (0x80010106)",
                                              "CoCreateInstanceEx failed (0x80070005)",
                                              "CoCreateInstanceEx failed (0x80040154)",
                                              "EnumClassesOfCategories failed (0x8000ffff)"}));
+    computer.enumeration = comstandin::S_OK;
+    start(QvelDiscoveryWidget::ComAe);
+    const QModelIndex remote = add("plant7");
+    QCOMPARE(browse(remote), "plant7/V.Alarms at plant7, me []");
+    QCOMPARE(m_model->index(0, 0, remote).data(Qt::ToolTipRole), "plant7/V.Alarms");
+    QCOMPARE(comsurface::comUsage().initialized + comsurface::comUsage().taskBlocks, 0);
+    QCOMPARE(computer.objects.load(), 0);
 }
 
-// A job knows its node by what it was when the job was made.
-void DiscoveryJobTest::ignoresChangesOfItsNode()
+// A job knows its node by what it was, which may be nothing to ask; its result goes with the model.
+void DiscoveryJobTest::knowsNodeByWhatItWas()
 {
     const DiscoveryServer server([](auto& servers) {
         addServer(servers, "Pump", OpcUa_ApplicationType_Server, {"opc.tcp://h:1"});
     });
-    const auto model = makeModel();
     UaNetworkBrowser browser;
-    auto node = std::make_unique<QvelDiscoveryNodeDiscovery>(server.url(), model.get());
-    QvelDiscoveryJob job(model.get(), m_settings.get(), model->indexOf(node.get()), &browser, 20000,
-                         "s");
-    node->setDiscoveryUrl("opc.tcp://127.0.0.1:1");
-    node.reset();
-    job.execute();
+    auto* model = &start();
+    QvelDiscoveryNode* const nodes[] = {
+        new QvelDiscoveryNodeDiscovery(server.url(), model),
+        new QvelDiscoveryNodeDiscovery(QString(), model),
+        new QvelDiscoveryNodeServer("name", QString(), model),
+        new QvelDiscoveryNodeNetwork(QString(), model, UaNetworkBrowseResult::Domain)};
+    QList<QPointer<QObject>> found;
+    for (QvelDiscoveryNode* node : nodes) {
+        QvelDiscoveryJob job(model, m_settings.get(), model->indexOf(node), &browser, 20000, "me");
+        delete node;
+        QSignalSpy spy(&job, &QvelDiscoveryJob::newChildren);
+        job.execute();
+        QCOMPARE(spy.size(), 1);
+        for (QvelDiscoveryNode* child : spy[0][1].value<QList<QvelDiscoveryNode*>>())
+            found.append(child);
+    }
+    QCOMPARE(found.size(), 1);
     QCOMPARE(m_settings->log(), QStringList("Adding Server Pump with URL opc.tcp://h:1"));
+    m_model.reset(); // nothing has been delivered to it
+    QVERIFY(!found[0]);
 }
 
 void DiscoveryJobTest::dropsResultsOfNodeAtSameAddress()
 {
-    const auto model = makeModel();
-    const QModelIndex custom = model->index(2, 0);
     const DiscoveryServer silent({}, {}, true);
+    start();
     for (int round = 0; round < 50; ++round) {
         DiscoveryServer server(
-            [](auto& servers) {
-                addServer(servers, "Of the old node", OpcUa_ApplicationType_Server,
-                          {"opc.tcp://h:1"});
-            },
+            [](auto& list) { addServer(list, "Old", OpcUa_ApplicationType_Server, {"opc.tcp:"}); },
             {}, true);
-        const QModelIndex old = addNode(*model, server.url());
-        model->fetchMore(old);
+        const QModelIndex old = add(server.url());
+        m_model->fetchMore(old);
         QTRY_VERIFY(server.isAsked());
-        const void* address = old.internalPointer();
-        model->remove(old);
-        const QModelIndex index = addNode(*model, silent.url());
-        if (index.internalPointer() == address) {
-            model->fetchMore(index);
-            const int lines = m_settings->log().size();
-            server.release();
-            QTRY_COMPARE(m_settings->log().size(), lines + 1);
-            QTest::qWait(20);
-            QCOMPARE(model->rowCount(index), 0);
-            QVERIFY(QApplication::overrideCursor());
-            return; // with the model, the job that still waits goes
-        }
-        model->remove(index);
+        m_model->remove(old);
+        const QModelIndex index = add(silent.url());
+        const bool same = index.internalPointer() == old.internalPointer();
+        if (same)
+            m_model->fetchMore(index);
+        const auto lines = m_settings->log().size();
         server.release();
-        QTRY_VERIFY(!QApplication::overrideCursor());
-        QCOMPARE(model->rowCount(custom), 1);
+        QTRY_COMPARE(m_settings->log().size(), lines + 1);
+        QTest::qWait(20);
+        QCOMPARE(m_model->rowCount(index), 0);
+        QCOMPARE(QApplication::overrideCursor() != nullptr, same);
+        if (same)
+            return; // the job that still waits goes with the model
+        m_model->remove(index);
     }
     QSKIP("no address was used again, as with a memory checker");
 }
 
-void DiscoveryJobTest::leaksNothingWithModel()
+// More jobs than threads wait when the model goes: neither a line nor another connection.
+void DiscoveryJobTest::endsWithoutWord()
 {
-    const DiscoveryServer server([](auto& servers) {
-        addServer(servers, "Pump", OpcUa_ApplicationType_Server,
-                  {"opc.tcp://h:1", "opc.tcp://h:2"});
-    });
-    auto model = makeModel();
-    UaNetworkBrowser browser;
-    QvelDiscoveryJob job(model.get(), m_settings.get(), addNode(*model, server.url()), &browser,
-                         20000, "s");
-    QSignalSpy spy(&job, &QvelDiscoveryJob::newChildren);
-    job.execute();
-    const auto children = spy[0][1].value<QList<QvelDiscoveryNode*>>();
-    QCOMPARE(children.size(), 2);
-    const QList<QPointer<QObject>> watched(children.begin(), children.end());
-    model.reset(); // the message to it has not been delivered
-    QVERIFY(!watched[0] && !watched[1]);
+    QTcpServer silent;
+    QVERIFY(silent.listen(QHostAddress::LocalHost));
+    start();
+    const QModelIndex index = add(QString("opc.tcp://127.0.0.1:%1").arg(silent.serverPort()));
+    for (int i = 0; i < 100; ++i)
+        m_model->fetchMore(index);
+    for (int i = 0; i < 30; ++i) {
+        QTRY_VERIFY(silent.hasPendingConnections());
+        silent.nextPendingConnection();
+    }
+    m_model.reset();
+    QCOMPARE(m_settings->log(), QStringList());
+    QTest::qWait(50);
+    QVERIFY(!silent.hasPendingConnections());
+}
+
+// Views that come and go while jobs run. It is meant for the builds with sanitizers, too.
+void DiscoveryJobTest::survivesUsers()
+{
+    constexpr unsigned seed = 20240611;
+    qInfo("seed %u", seed);
+    std::mt19937 random(seed);
+    const auto below = [&random](int bound) {
+        return std::uniform_int_distribution<int>(0, bound - 1)(random);
+    };
+    const auto pumps = [](int count) {
+        return [count](auto& servers) {
+            for (int i = 0; i < count; ++i)
+                addServer(servers, "Pump", OpcUa_ApplicationType_Server, {"opc.tcp://127.0.0.1:1"});
+        };
+    };
+    const DiscoveryServer quick(pumps(3)), large(pumps(300));
+    const DiscoveryServer plain(
+        {}, [](auto& endpoints) { addEndpoint(endpoints, "Plain", "opc.tcp://127.0.0.1:1"); });
+    QTcpServer silent;
+    QVERIFY(silent.listen(QHostAddress::LocalHost));
+    const QStringList urls = {quick.url(), large.url(), plain.url(), "opc.tcp://127.0.0.1:1",
+                              QString("opc.tcp://127.0.0.1:%1").arg(silent.serverPort())};
+    m_settings->values.insert("LocalDiscoveryUrl", quick.url());
+    int deliveries = 0;
+    for (int round = 0; round < 200; ++round) {
+        m_settings->values.insert("NoOfDiscoveryServers", 0);
+        QvelDiscoveryWidget view(QvelDiscoveryWidget::OpcUa, m_settings.get(), 20000, "me");
+        view.show();
+        auto* model = static_cast<QvelDiscoveryModel*>(view.model());
+        connect(model, &QAbstractItemModel::rowsInserted, this, [&] { ++deliveries; });
+        const QModelIndex custom = model->index(2, 0);
+        for (int step = below(30); step > 0; --step) {
+            const QModelIndex node = model->index(below(model->rowCount(custom)), 0, custom);
+            const int operation = below(6);
+            if (operation == 2 || operation == 3)
+                view.setCurrentIndex(node);
+            if (operation == 0)
+                model->addRemoteServer(urls[below(int(urls.size()))]);
+            else if (operation == 1)
+                view.expand(node);
+            else if (operation == 2)
+                QMetaObject::invokeMethod(&view, "sltRebrowse");
+            else if (operation == 3)
+                QTest::keyClick(&view, Qt::Key_Delete);
+            else if (operation == 5)
+                QTest::qWait(below(15));
+            else if (const int servers = model->rowCount(node)) // one that a job has found
+                view.expand(model->index(below(servers), 0, node));
+        }
+        if (below(4) == 0)
+            QThread::msleep(below(20)); // results wait for delivery
+    }
+    QVERIFY(deliveries > 200); // or nothing was tried
 }
 
 QTEST_MAIN(DiscoveryJobTest)
