@@ -1,6 +1,6 @@
 #include "discoverynodes.h"
 
-#include "discoverymodel.h"
+#include "discovery/discoverymodel.h"
 #include "platform/stack/securitypolicies_p.h"
 
 #include <QtCore/QThread>

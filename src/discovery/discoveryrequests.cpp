@@ -1,6 +1,6 @@
 #include "discoveryrequests_p.h"
 
-#include "discoverynodes.h"
+#include "discovery/discoverynodes.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,10 +1,10 @@
 #include "discoverysetting.h"
 
-#include "discoverycbinterface.h"
+#include "discovery/discoverycbinterface.h"
+#include "discovery/stacktext_p.h"
+#include "discovery/storedentries_p.h"
 #include "platform/types/uabytestring.h"
 #include "platform/types/uastring.h"
-#include "stacktext_p.h"
-#include "storedentries_p.h"
 
 #include <QtCore/QSettings>
 #include <QtCore/QVariant>

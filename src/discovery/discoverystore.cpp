@@ -1,6 +1,6 @@
 #include "discoverystore_p.h"
 
-#include "discoverycbinterface.h"
+#include "discovery/discoverycbinterface.h"
 
 static QString recordPrefix(int index)
 {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "discoverysetting.h"
-#include "storedentries_p.h"
+#include "discovery/discoverysetting.h"
+#include "discovery/storedentries_p.h"
 
 #include <QtCore/QList>
 #include <QtCore/QVariant>

@@ -4,8 +4,8 @@
 /// Messages in chunks, as they travel over a connection without security (OPC 10000-6, 6.7.2 and
 /// 7.1.2). Both ends of a connection use it.
 
-#include "messages_p.h"
 #include "platform/stack/securitypolicies_p.h"
+#include "platform/wire/messages_p.h"
 
 #include <optional>
 
