@@ -254,10 +254,14 @@ private Q_SLOTS:
         for (const OpcUa_UInt32 size : {0u, 7u, 23u, 65537u, 0x7fffffffu, 0xffffffffu})
             row("size", size < 65536 ? OpcUa_BadDecodingError : OpcUa_BadTcpMessageTooLarge,
                 chunk("MSGF", 1, 1, 1, 1, "b").replace(4, 4, words({size})));
-        QByteArray endless;
-        for (OpcUa_UInt32 i = 0; i <= ChunkLimits().chunkCount; ++i)
-            endless += chunk("MSGC", 1, 1, i, 1, "");
-        row("too many chunks", OpcUa_BadResponseTooLarge, endless);
+        const auto endless = [&](OpcUa_UInt32 count, const QByteArray& body) {
+            QByteArray bytes;
+            for (OpcUa_UInt32 i = 0; i < count; ++i)
+                bytes += chunk("MSGC", 1, 1, i, 1, body);
+            return bytes;
+        };
+        row("too many chunks", OpcUa_BadResponseTooLarge, endless(4097, ""));
+        row("too large message", OpcUa_BadResponseTooLarge, endless(280, QByteArray(60000, 'x')));
     }
 
     void badChunks()
