@@ -337,6 +337,36 @@ void reportReshaping(Figures& figures)
     figures.report("reshape-1M", ours / bare, 3);
 }
 
+// Strings of many lines, as a person opens them and edits one.
+void reportLongTexts(Figures& figures)
+{
+    const QString line = QStringLiteral("Water treatment, 3/b\n");
+    const QString text = line.repeated(100'000 / line.size());
+    UaVariant texts = strings(200);
+    UaVariant one = strings(1);
+    const auto fill = [](UaVariant& value, const QString& with) {
+        QvelArrayModel model(&value, false);
+        for (int row = 0; row < model.rowCount(); ++row)
+            model.setData(model.index(row, 0), with);
+    };
+    fill(texts, text);
+    fill(one, QStringLiteral("Water treatment ").repeated(10'000'000 / 16));
+    const auto [ours, bare] = medians(
+        3, [&] { return openDialog(texts); }, [&] { return openBare(200, text); });
+    figures.report("open-200-of-100kB", ours / bare, 1);
+
+    QvelDialogWidgetArray dialog(one);
+    auto* table = dialog.findChild<QTableView*>();
+    dialog.show();
+    settle();
+    table->setCurrentIndex(table->model()->index(0, 0));
+    figures.report("edit-10MB", milliseconds([&] {
+                       table->edit(table->currentIndex());
+                       settle();
+                   }),
+                   2000, "ms");
+}
+
 // In kilobytes, of this process.
 double peakMemory()
 {
@@ -405,6 +435,7 @@ int main(int argc, char** argv)
     reportCopying(figures);
     reportTexts(figures);
     reportReshaping(figures);
+    reportLongTexts(figures);
     reportMemory(figures);
     return figures.result();
 }

@@ -199,7 +199,12 @@ void ElementTable::fitContents()
     }
     rowHeader(this)->follow(std::min(lineHeight(), mostHeight / std::max(rows(), 1)));
     fitVisibleRows();
-    updateGeometries(); // for the width of new labels, so that all is painted once
+    {
+        // For the width of new labels. What the column tells would have all painted again.
+        const QSignalBlocker blocker(horizontalHeader());
+        updateGeometries();
+        horizontalHeader()->length(); // lays it out
+    }
     verticalHeader()->viewport()->update();
 }
 
