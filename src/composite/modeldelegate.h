@@ -14,7 +14,8 @@
 /// Texts and enumerations (as a number of type `long`) are written to `Qt::EditRole`, all other
 /// values as a UaVariant to `Qt::UserRole`; invalid input and a dialog that was not accepted write
 /// nothing. An editor takes its value when it is created, and later changes do not reach it.
-/// Of a text, the first lines are shown. User-interface thread only.
+/// Of a text, the first lines are shown; one of more than 200,000 characters is not edited, but
+/// written as it was. User-interface thread only.
 class KESTREL_EXPORT QvelModelDelegate : public QStyledItemDelegate
 {
 public:

@@ -10,12 +10,17 @@
 #include "values/nameeditors.h"
 #include "values/nodeideditors.h"
 
+#include <QtCore/QCoreApplication>
 #include <QtWidgets/QCheckBox>
 #include <QtWidgets/QDoubleSpinBox>
 
 #include <limits>
 
 namespace {
+
+// A line edit lays its text out whole: of a longer one it shows the beginning and keeps the rest.
+constexpr qsizetype maxEditedText = 200'000;
+constexpr const char* wholeText = "kestrelWholeText";
 
 template <class Widget>
 QWidget* create()
@@ -137,14 +142,22 @@ QWidget* createCellText(QWidget* parent, const Cell& cell)
 {
     auto* edit = new QLineEdit(parent);
     edit->setFrame(false);
-    showWhole(edit, cell.index.data(Qt::EditRole).toString());
+    const QString text = cell.index.data(Qt::EditRole).toString();
+    showWhole(edit, text.left(maxEditedText));
+    if (text.size() > maxEditedText) {
+        edit->setReadOnly(true);
+        edit->setToolTip(
+            QCoreApplication::translate("ElementTable", "This text is too long to be edited."));
+        edit->setProperty(wholeText, text);
+    }
     return edit;
 }
 
 QVariant cellText(const QWidget* editor)
 {
     const auto* edit = qobject_cast<const QLineEdit*>(editor);
-    return edit ? edit->text() : QVariant();
+    const QVariant whole = editor->property(wholeText);
+    return !edit || whole.isValid() ? whole : edit->text();
 }
 
 QWidget* createCellBox(QWidget* parent, const Cell& cell)
