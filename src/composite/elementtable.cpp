@@ -216,6 +216,9 @@ void ElementTable::showLastRow()
     fitRows(last.row(), -1);
     setCurrentIndex(last);
     scrollTo(last);
+    // The rows that come into view with it may be higher than they were taken for.
+    updateGeometries();
+    scrollTo(last);
 }
 
 QSize ElementTable::sizeHint() const
