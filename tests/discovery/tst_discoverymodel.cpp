@@ -46,14 +46,18 @@ class DiscoveryModelTest : public QObject
 private Q_SLOTS:
     void init();
     void cleanup() { QVERIFY(!QApplication::overrideCursor() && !m_settings->isOpen()); }
-    void keepsAdditions_data();
+    void keepsAdditions_data()
+    {
+        QTest::addColumn<OpcType>("type");
+        for (int type = 0; type < 3; ++type)
+            QTest::addRow("%d", type) << OpcType(type);
+    }
     void keepsAdditions();
     void losesNothingOfStore_data();
     void losesNothingOfStore();
     void leavesEndlessStoreAlone();
     void mergesAtRandom();
     void standsOddIndexes();
-    void showsTexts_data();
     void showsTexts();
     void choosesIcons();
     void forestallsJob();
@@ -90,14 +94,6 @@ QModelIndex DiscoveryModelTest::waitingNode(QvelDiscoveryModel& model) const
     const QModelIndex index = model.index(model.rowCount(custom) - 1, 0, custom);
     model.fetchMore(index);
     return index;
-}
-
-void DiscoveryModelTest::keepsAdditions_data()
-{
-    QTest::addColumn<OpcType>("type");
-    QTest::newRow("UA") << QvelDiscoveryWidget::OpcUa;
-    QTest::newRow("DA") << QvelDiscoveryWidget::ComDa;
-    QTest::newRow("AE") << QvelDiscoveryWidget::ComAe;
 }
 
 void DiscoveryModelTest::keepsAdditions()
@@ -319,42 +315,33 @@ void DiscoveryModelTest::standsOddIndexes()
     QCOMPARE(texts(*other), QStringList("Recently Used"));
 }
 
-void DiscoveryModelTest::showsTexts_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("shown");
-    const auto row = [](const char* name, const QString& text, const QString& shown) {
-        QTest::newRow(name) << text << shown;
-    };
-    for (const char* text : {"Pumpe 7 < 8 & é", "<b>bold</b>", "a <img src='file:///x'>"})
-        row(text, text, text);
-    row("controls", "a\nb\u202ec", "a\ufffdb\ufffdc");
-    row("long markup", "<b>" + QString(1 << 20, 'x'), "<b>" + QString(996, 'x') + "\u2026");
-}
-
 void DiscoveryModelTest::showsTexts()
 {
-    QFETCH(QString, text);
-    QFETCH(QString, shown);
+    const std::pair<QString, QString> rows[] = {
+        {"Pumpe 7 < 8 & é", {}},
+        {"a <img src='file:///x'>", {}},
+        {"a\nb\u202ec", "a\ufffdb\ufffdc"},
+        {"<b>" + QString(1 << 20, 'x'), "<b>" + QString(996, 'x') + "\u2026"}};
     const auto model = makeModel();
-    const QModelIndex parent = waitingNode(*model);
-    auto* endpoint = new QvelDiscoveryNodeEndpoint(QString(), model.get());
-    QvelDiscoverySetting setting;
-    setting.setEndpointUrl(text);
-    endpoint->setConfiguration(setting);
-    model->sltAddChildren(
-        parent, {new QvelDiscoveryNodeServer("s" + text, text, model.get()), endpoint,
-                 new QvelDiscoveryNodeNetwork(text, model.get(), UaNetworkBrowseResult::Domain)});
-    QCOMPARE(texts(*model, parent)[1], " - Invalid");
-    QCOMPARE(texts(*model, parent)[2], shown);
-    for (int row = 0; row < 3; ++row) {
-        QString toolTip = model->index(row, 0, parent).data(Qt::ToolTipRole).toString();
-        if (Qt::mightBeRichText(toolTip)) { // as QToolTip decides; it then shows this:
-            QTextDocument document;
-            document.setHtml(toolTip);
-            toolTip = document.toPlainText();
+    for (const auto& [text, other] : rows) {
+        const QString shown = other.isNull() ? text : other;
+        const QModelIndex parent = waitingNode(*model);
+        auto* endpoint = new QvelDiscoveryNodeEndpoint(QString(), model.get());
+        QvelDiscoverySetting setting;
+        setting.setEndpointUrl(text);
+        endpoint->setConfiguration(setting);
+        model->sltAddChildren(parent,
+                              {new QvelDiscoveryNodeServer(text, text, model.get()), endpoint});
+        QCOMPARE(texts(*model, parent), QStringList({shown, " - Invalid"}));
+        for (int row = 0; row < 2; ++row) {
+            QString toolTip = model->index(row, 0, parent).data(Qt::ToolTipRole).toString();
+            if (Qt::mightBeRichText(toolTip)) { // as QToolTip decides; it then shows this:
+                QTextDocument document;
+                document.setHtml(toolTip);
+                toolTip = document.toPlainText();
+            }
+            QCOMPARE(toolTip, shown);
         }
-        QCOMPARE(toolTip, shown);
     }
 }
 
@@ -371,13 +358,6 @@ void DiscoveryModelTest::choosesIcons()
     setting.setSecurityPolicy("http://opcfoundation.org/UA/SecurityPolicy#None");
     endpoint.setConfiguration(setting);
     QVERIFY(is(endpoint.icon(), "unencrypted"));
-    const char* const networks[] = {"network", "domain", "server", "network"};
-    for (int type = 0; type < 4; ++type) {
-        QvelDiscoveryNodeNetwork node("n", model.get(),
-                                      UaNetworkBrowseResult::NetworkNodeType(type));
-        QVERIFY2(is(node.icon(), networks[type]), networks[type]);
-    }
-    QVERIFY(is(qvariant_cast<QIcon>(model->index(0, 0).data(Qt::DecorationRole)), "view"));
 }
 
 // A delivery from elsewhere takes the place, and the cursor, of a job's.

