@@ -453,7 +453,8 @@ void tst_CertificateStore::creates()
                           QPoint(8, 8));
         for (const char* name : {"txtPassword", "txtPasswordRepeat"})
             input(dialog, name)->setText("sécret");
-        QTimer::singleShot(0, dialog, [dialog] { // it is back
+        QTimer::singleShot(0, dialog, [dialog] {                        // it is back
+            const auto end = qScopeGuard([dialog] { dialog->hide(); }); // also after a failure
             QCOMPARE(dialog->focusWidget(), input(dialog, "txtIP"));
             QCOMPARE(input(dialog, "txtOrganization")->text(), "New");
             input(dialog, "txtIP")->setText("::1");
@@ -476,6 +477,7 @@ void tst_CertificateStore::creates()
                               m_store->path("own/own.pem"), "-passin", "pass:sécret"});
     QVERIFY2(openssl.waitForFinished() && openssl.exitCode() == 0, openssl.readAllStandardError());
     QVERIFY(own.toDER().bytes().contains(openssl.readAllStandardOutput()));
+    QVERIFY(contentOf(m_store->path("own/own.pem")).contains("ENCRYPTED"));
     QVERIFY(m_manager->findChildren<QvelNewCertificateDlg*>().isEmpty());
 }
 

@@ -281,6 +281,7 @@ void tst_NewCertificateDialog::faults()
     QVERIFY(dialog.certificate() && dialog.certificate()->isNull());
     // Shown again, it tells why, and takes the correction.
     QTimer::singleShot(0, &dialog, [&] {
+        const auto end = qScopeGuard([&dialog] { dialog.hide(); }); // also after a failure
         QCOMPARE(dialog.text(field), bad);
         QCOMPARE(dialog.focusWidget(), dialog.input(field));
         QCOMPARE(message->text().section('\n', 1), reason);
