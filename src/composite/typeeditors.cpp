@@ -6,9 +6,9 @@
 #include "platform/types/uastring.h"
 #include "values/expandednodeideditors.h"
 #include "values/longvalueeditors.h"
-#include "values/maskededitors.h"
 #include "values/nameeditors.h"
 #include "values/nodeideditors.h"
+#include "values/statuscodeguideditors.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtWidgets/QCheckBox>

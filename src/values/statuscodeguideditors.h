@@ -19,9 +19,9 @@ public:
                                   Qt::WindowFlags windowFlags = {});
     ~QvelWidgetStatusCode() override;
 
-    UaVariant value(bool* ok) const override;
+    UaVariant value(bool* ok = nullptr) const override;
     void setValue(const UaVariant& value) override;
-    UaStatusCode statusCode(bool* ok) const;
+    UaStatusCode statusCode(bool* ok = nullptr) const;
     void setStatusCode(const UaStatusCode& statusCode);
 
 Q_SIGNALS:
@@ -44,9 +44,9 @@ public:
                             Qt::WindowFlags windowFlags = {});
     ~QvelWidgetGuid() override;
 
-    UaVariant value(bool* ok) const override;
+    UaVariant value(bool* ok = nullptr) const override;
     void setValue(const UaVariant& value) override;
-    UaGuid guid(bool* ok) const;
+    UaGuid guid(bool* ok = nullptr) const;
     void setGuid(const UaGuid& guid);
 
 Q_SIGNALS:

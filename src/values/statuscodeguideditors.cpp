@@ -1,4 +1,4 @@
-#include "maskededitors.h"
+#include "statuscodeguideditors.h"
 
 #include "base/editorhelpers_p.h"
 
@@ -24,7 +24,7 @@ UaStatusCode QvelWidgetStatusCode::statusCode(bool* ok) const
 
 void QvelWidgetStatusCode::setStatusCode(const UaStatusCode& statusCode)
 {
-    m_edit->setText(QStringLiteral("0x%1").arg(statusCode.code(), 8, 16, QLatin1Char('0')));
+    showWhole(m_edit, QStringLiteral("0x%1").arg(statusCode.code(), 8, 16, QLatin1Char('0')));
 }
 
 QvelWidgetGuid::QvelWidgetGuid(QvelWidgetFlags flags, QWidget* parent, Qt::WindowFlags windowFlags)
@@ -52,5 +52,5 @@ UaGuid QvelWidgetGuid::guid(bool* ok) const
 
 void QvelWidgetGuid::setGuid(const UaGuid& guid)
 {
-    m_edit->setText(QString::fromUtf8(guid.toString().bytes()));
+    showWhole(m_edit, QString::fromUtf8(guid.toString().bytes()));
 }
