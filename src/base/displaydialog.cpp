@@ -1,5 +1,8 @@
 #include "displaydialog.h"
 
+#include "windowplace_p.h"
+
+#include <QtGui/QShowEvent>
 #include <QtWidgets/QDialogButtonBox>
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QTextEdit>
@@ -11,6 +14,8 @@ QvelDisplayDialog::QvelDisplayDialog(QvelDisplayDialogFlags flags, QWidget* pare
 {
     setWindowFlags(Qt::Window | Qt::CustomizeWindowHint);
 
+    m_textEdit->setTabChangesFocus(true);
+    m_textEdit->setAccessibleName(tr("Text"));
     m_textEdit->setReadOnly(m_flags.testFlag(ReadOnly));
     if (m_flags.testFlag(WrapAnywhere))
         m_textEdit->setWordWrapMode(QTextOption::WrapAnywhere);
@@ -30,6 +35,8 @@ QvelDisplayDialog::QvelDisplayDialog(QvelDisplayDialogFlags flags, QWidget* pare
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_textEdit);
     layout->addWidget(buttons);
+    if (m_flags.testFlag(ReadOnly)) // the hidden button would stop Tab
+        setTabOrder(m_textEdit, buttons->button(QDialogButtonBox::Cancel));
 
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
@@ -46,4 +53,13 @@ void QvelDisplayDialog::setText(const QString& text)
 QString QvelDisplayDialog::text() const
 {
     return m_textEdit->toPlainText();
+}
+
+void QvelDisplayDialog::showEvent(QShowEvent* event)
+{
+    QDialog::showEvent(event);
+    if (!event->spontaneous()) {
+        keepOnScreen(this);
+        m_textEdit->setFocus(Qt::OtherFocusReason);
+    }
 }

@@ -6,7 +6,8 @@
 
 class QTextEdit;
 
-/// A dialog around a multi-line text, to read or to edit. User-interface thread only.
+/// A dialog around a multi-line text, to read or to edit. It opens inside the available area of its
+/// screen; Tab leaves the text. User-interface thread only.
 class KESTREL_EXPORT QvelDisplayDialog : public QDialog
 {
     Q_OBJECT
@@ -31,6 +32,9 @@ public:
 
 Q_SIGNALS:
     void textChanged();
+
+protected:
+    void showEvent(QShowEvent* event) override;
 
 private:
     QTextEdit* m_textEdit;

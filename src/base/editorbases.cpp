@@ -1,8 +1,10 @@
 #include "editorbases.h"
 
+#include "windowplace_p.h"
+
 #include <QtCore/QCoreApplication>
-#include <QtCore/QEvent>
-#include <QtGui/QScreen>
+#include <QtGui/QShowEvent>
+#include <QtWidgets/QAbstractSpinBox>
 #include <QtWidgets/QDialogButtonBox>
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QVBoxLayout>
@@ -48,18 +50,26 @@ void QvelDialogWidgetBase::accept()
 void QvelDialogWidgetBase::showEvent(QShowEvent* event)
 {
     QDialog::showEvent(event);
-    const QRect available = screen()->availableGeometry();
-    QRect frame = frameGeometry();
-    // Right and bottom come last, and so win over left and top.
-    if (frame.left() < available.left())
-        frame.translate(available.left() - frame.left(), 0);
-    if (frame.right() > available.right())
-        frame.translate(available.right() - frame.right(), 0);
-    if (frame.top() < available.top())
-        frame.translate(0, available.top() - frame.top());
-    if (frame.bottom() > available.bottom())
-        frame.translate(0, available.bottom() - frame.bottom());
-    move(frame.topLeft());
+    if (event->spontaneous())
+        return;
+    keepOnScreen(this);
+
+    // The controls came after the buttons, but stand before them. From the last button on, since
+    // the chain is closed: the first one follows the last control as it is.
+    QWidget* last = previousInFocusChain();
+    while (m_buttonBox->isAncestorOf(last))
+        last = last->previousInFocusChain();
+    const auto buttons = m_buttonBox->buttons();
+    for (auto it = buttons.crbegin(); it != buttons.crend(); ++it)
+        setTabOrder(last, *it);
+    for (QWidget* w = nextInFocusChain(); w != this; w = w->nextInFocusChain()) {
+        if (!(w->focusPolicy() & Qt::TabFocus) || !w->isEnabledTo(this) || !w->isVisibleTo(this))
+            continue;
+        w->setFocus(Qt::OtherFocusReason);
+        if (auto* spin = qobject_cast<QAbstractSpinBox*>(w))
+            spin->selectAll();
+        break;
+    }
 }
 
 QvelEditWidgetBase::QvelEditWidgetBase(QvelEditWidgetFlags flags, QWidget* parent,
@@ -69,3 +79,33 @@ QvelEditWidgetBase::QvelEditWidgetBase(QvelEditWidgetFlags flags, QWidget* paren
 }
 
 QvelEditWidgetBase::~QvelEditWidgetBase() = default;
+
+void QvelEditWidgetBase::connectDialog(const QAbstractButton* button, const QDialog* dialog)
+{
+    connect(button, &QAbstractButton::clicked, this, &QvelEditWidgetBase::sltShowDialogWidget);
+    connect(dialog, &QDialog::accepted, this, &QvelEditWidgetBase::sltDialogWidgetAccepted);
+    connect(dialog, &QDialog::rejected, this, &QvelEditWidgetBase::sltDialogWidgetRejected);
+}
+
+template <class Editor>
+static UaVariant validValueOf(const Editor& editor)
+{
+    bool ok = false;
+    const UaVariant value = editor.value(&ok);
+    return ok ? value : UaVariant();
+}
+
+UaVariant QvelWidgetBase::validValue() const
+{
+    return validValueOf(*this);
+}
+
+UaVariant QvelDialogWidgetBase::validValue() const
+{
+    return validValueOf(*this);
+}
+
+UaVariant QvelEditWidgetBase::validValue() const
+{
+    return validValueOf(*this);
+}

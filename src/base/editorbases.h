@@ -6,6 +6,7 @@
 #include <QtWidgets/QDialog>
 #include <QtWidgets/QWidget>
 
+class QAbstractButton;
 class QDialogButtonBox;
 class QVBoxLayout;
 
@@ -20,11 +21,16 @@ class QVBoxLayout;
 /// - `setValue(v)` shows a scalar of the editor's own built-in type; anything else is ignored.
 /// - each editor has a typed getter and setter, and emits `valueChanged(UaVariant)` and then a
 ///   signal with its own type whenever one of its controls changes.
+///
+/// The user property `value` is the same for QDataWidgetMapper and item delegates, over a model
+/// whose edit role holds a UaVariant. Read as a property, invalid input is an empty variant; a cell
+/// without a value leaves the editor as it is.
 
 /// An inline editor: a plain widget, placed where the value is typed.
 class KESTREL_EXPORT QvelWidgetBase : public QWidget
 {
     Q_OBJECT
+    Q_PROPERTY(UaVariant value READ validValue WRITE setValue USER true)
 public:
     /// The numbers differ from those of the dialogs and edit fields: translate bit by bit.
     enum QvelWidgetFlag {
@@ -38,7 +44,7 @@ public:
 
     ~QvelWidgetBase() override;
 
-    virtual UaVariant value(bool* ok) const = 0;
+    virtual UaVariant value(bool* ok = nullptr) const = 0;
     virtual void setValue(const UaVariant& value) = 0;
 
     QvelWidgetFlags flags() const { return m_flags; }
@@ -52,6 +58,8 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    UaVariant validValue() const;
+
     const QvelWidgetFlags m_flags;
 };
 Q_DECLARE_OPERATORS_FOR_FLAGS(QvelWidgetBase::QvelWidgetFlags)
@@ -61,6 +69,7 @@ Q_DECLARE_OPERATORS_FOR_FLAGS(QvelWidgetBase::QvelWidgetFlags)
 class KESTREL_EXPORT QvelDialogWidgetBase : public QDialog
 {
     Q_OBJECT
+    Q_PROPERTY(UaVariant value READ validValue WRITE setValue USER true)
 public:
     enum QvelDialogWidgetFlag { NoFlags = 0, ReadOnly = 1, NoResize = 2 };
     Q_DECLARE_FLAGS(QvelDialogWidgetFlags, QvelDialogWidgetFlag)
@@ -69,7 +78,7 @@ public:
 
     ~QvelDialogWidgetBase() override;
 
-    virtual UaVariant value(bool* ok) const = 0;
+    virtual UaVariant value(bool* ok = nullptr) const = 0;
     virtual void setValue(const UaVariant& value) = 0;
 
     QvelDialogWidgetFlags flags() const { return m_flags; }
@@ -82,8 +91,9 @@ protected:
     explicit QvelDialogWidgetBase(QvelDialogWidgetFlags flags = {}, QWidget* parent = nullptr,
                                   Qt::WindowFlags windowFlags = {});
 
-    /// Moves the window into the available area of its screen. One that is larger than the area
-    /// ends at the right and bottom edges.
+    /// Moves the window into the available area of the screen that holds most of it. One that is
+    /// larger than the area ends at the right and bottom edges. The first control gets the focus;
+    /// Tab reaches the buttons last.
     void showEvent(QShowEvent* event) override;
 
     QDialogButtonBox* buttonBox() const { return m_buttonBox; }
@@ -91,6 +101,8 @@ protected:
     QVBoxLayout* mainLayout() const { return m_layout; }
 
 private:
+    UaVariant validValue() const;
+
     QDialogButtonBox* m_buttonBox;
     QVBoxLayout* m_layout;
     const QvelDialogWidgetFlags m_flags;
@@ -101,6 +113,7 @@ Q_DECLARE_OPERATORS_FOR_FLAGS(QvelDialogWidgetBase::QvelDialogWidgetFlags)
 class KESTREL_EXPORT QvelEditWidgetBase : public QWidget
 {
     Q_OBJECT
+    Q_PROPERTY(UaVariant value READ validValue WRITE setValue USER true)
 public:
     enum QvelEditWidgetFlag { NoFlags = 0, ReadOnly = 1, NoResize = 2 };
     Q_DECLARE_FLAGS(QvelEditWidgetFlags, QvelEditWidgetFlag)
@@ -109,7 +122,7 @@ public:
 
     ~QvelEditWidgetBase() override;
 
-    virtual UaVariant value(bool* ok) const = 0;
+    virtual UaVariant value(bool* ok = nullptr) const = 0;
     virtual void setValue(const UaVariant& value) = 0;
 
     QvelEditWidgetFlags flags() const { return m_flags; }
@@ -125,7 +138,12 @@ protected:
     explicit QvelEditWidgetBase(QvelEditWidgetFlags flags = {}, QWidget* parent = nullptr,
                                 Qt::WindowFlags windowFlags = {});
 
+    /// Lets the button open the dialog, and follows what becomes of it.
+    void connectDialog(const QAbstractButton* button, const QDialog* dialog);
+
 private:
+    UaVariant validValue() const;
+
     const QvelEditWidgetFlags m_flags;
 };
 Q_DECLARE_OPERATORS_FOR_FLAGS(QvelEditWidgetBase::QvelEditWidgetFlags)

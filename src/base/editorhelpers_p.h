@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/editorbases.h"
+#include "base/linehints_p.h"
 
 #include <QtCore/QMetaType>
 #include <QtWidgets/QAbstractSpinBox>
@@ -21,13 +22,14 @@ inline QString textFromUtf8(const QByteArray& utf8)
     return text;
 }
 
-/// Shows the text of a value whole: the limit of a line edit is one for typing and pasting. The
-/// limit of an input mask stays.
+/// Shows the text of a value whole, from its beginning: the limit of a line edit is one for typing
+/// and pasting. The limit of an input mask stays.
 inline void showWhole(QLineEdit* edit, const QString& text)
 {
     if (text.size() > edit->maxLength())
         edit->setMaxLength(int(text.size()));
     edit->setText(text);
+    edit->setCursorPosition(0);
 }
 
 /// Makes the value classes known to the meta-type system under their own names.
@@ -40,6 +42,7 @@ void registerValueTypes()
 inline void setControlReadOnly(QLineEdit* control, bool readOnly)
 {
     control->setReadOnly(readOnly);
+    tellWhenCut(control);
 }
 inline void setControlReadOnly(QAbstractSpinBox* control, bool readOnly)
 {

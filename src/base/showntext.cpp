@@ -27,8 +27,10 @@ QString shownText(const QString& text)
 
 QString shownToolTip(const QString& text)
 {
-    const QString shown = shownText(text);
-    if (!Qt::mightBeRichText(shown))
-        return shown;
-    return "<span>" + shown.toHtmlEscaped() + "</span>";
+    return plainToolTip(shownText(text));
+}
+
+QString plainToolTip(const QString& text)
+{
+    return Qt::mightBeRichText(text) ? "<span>" + text.toHtmlEscaped() + "</span>" : text;
 }

@@ -15,3 +15,6 @@ QString shownText(const QString& text);
 
 /// shownText() for a tool tip, which would take markup for rich text: there, markup is escaped.
 QString shownToolTip(const QString& text);
+
+/// The tool tip that shows all of `text`, which is not meant as markup.
+QString plainToolTip(const QString& text);

@@ -19,9 +19,9 @@ public:
                             QWidget* parent = nullptr, Qt::WindowFlags windowFlags = {});
     ~QvelWidgetEnum() override;
 
-    UaVariant value(bool* ok) const override;
+    UaVariant value(bool* ok = nullptr) const override;
     void setValue(const UaVariant& value) override;
-    OpcUa_Int32 enumValue(bool* ok) const;
+    OpcUa_Int32 enumValue(bool* ok = nullptr) const;
     void setEnumValue(OpcUa_Int32 value);
 
 Q_SIGNALS:
@@ -67,9 +67,9 @@ public:
                                  QWidget* parent = nullptr, Qt::WindowFlags windowFlags = {});
     ~QvelWidgetEnumFlags() override;
 
-    UaVariant value(bool* ok) const override;
+    UaVariant value(bool* ok = nullptr) const override;
     void setValue(const UaVariant& value) override;
-    OpcUa_Int32 enumValue(bool* ok) const;
+    OpcUa_Int32 enumValue(bool* ok = nullptr) const;
     void setEnumValue(OpcUa_Int32 value);
 
 Q_SIGNALS:

@@ -12,7 +12,8 @@ QvelDialogWidgetExpandedNodeId::QvelDialogWidgetExpandedNodeId(QvelDialogWidgetF
                                                                Qt::WindowFlags windowFlags)
     : QvelDialogWidgetBase(flags, parent, windowFlags), m_namespaceUri(new QLineEdit),
       m_serverIndex(new QSpinBox),
-      m_nodeId(new NodeIdControls({tr("Numeric"), tr("String"), tr("Guid"), tr("Opaque")}))
+      m_nodeId(new NodeIdControls({tr("Numeric"), tr("String"), tr("Guid"), tr("Opaque")},
+                                  NodeIdControls::Room::ForGuid))
 {
     registerValueTypes<UaVariant, UaExpandedNodeId>();
     m_serverIndex->setMaximum(std::numeric_limits<OpcUa_Int32>::max());
@@ -60,16 +61,12 @@ QvelEditWidgetExpandedNodeId::QvelEditWidgetExpandedNodeId(QvelEditWidgetFlags f
     registerValueTypes<UaVariant, UaExpandedNodeId>();
     const EditFieldControls controls = layOutEditField(this);
     m_edit = controls.edit;
+    showInToolTip(m_edit);
     m_dialog = new QvelDialogWidgetExpandedNodeId(
         flags.testFlag(ReadOnly) ? QvelDialogWidgetBase::ReadOnly : QvelDialogWidgetBase::NoFlags,
         this);
     store(UaExpandedNodeId());
-    connect(controls.button, &QToolButton::clicked, this,
-            &QvelEditWidgetExpandedNodeId::sltShowDialogWidget);
-    connect(m_dialog, &QDialog::accepted, this,
-            &QvelEditWidgetExpandedNodeId::sltDialogWidgetAccepted);
-    connect(m_dialog, &QDialog::rejected, this,
-            &QvelEditWidgetExpandedNodeId::sltDialogWidgetRejected);
+    connectDialog(controls.button, m_dialog);
     connect(m_edit, &QLineEdit::textChanged, this,
             &QvelEditWidgetExpandedNodeId::sltExpandedNodeIdChanged);
 }
@@ -123,5 +120,4 @@ void QvelEditWidgetExpandedNodeId::store(const UaExpandedNodeId& expandedNodeId)
 {
     m_accepted = expandedNodeId;
     showWhole(m_edit, textFromUtf8(expandedNodeId.toFullString().bytes()));
-    m_edit->setCursorPosition(0);
 }

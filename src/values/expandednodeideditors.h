@@ -24,9 +24,9 @@ public:
                                             Qt::WindowFlags windowFlags = {});
     ~QvelDialogWidgetExpandedNodeId() override;
 
-    UaVariant value(bool* ok) const override;
+    UaVariant value(bool* ok = nullptr) const override;
     void setValue(const UaVariant& value) override;
-    UaExpandedNodeId expandedNodeId(bool* ok) const;
+    UaExpandedNodeId expandedNodeId(bool* ok = nullptr) const;
     void setExpandedNodeId(const UaExpandedNodeId& expandedNodeId);
 
 Q_SIGNALS:
@@ -53,9 +53,9 @@ public:
                                           Qt::WindowFlags windowFlags = {});
     ~QvelEditWidgetExpandedNodeId() override;
 
-    UaVariant value(bool* ok) const override;
+    UaVariant value(bool* ok = nullptr) const override;
     void setValue(const UaVariant& value) override;
-    UaExpandedNodeId expandedNodeId(bool* ok) const;
+    UaExpandedNodeId expandedNodeId(bool* ok = nullptr) const;
     void setExpandedNodeId(const UaExpandedNodeId& expandedNodeId);
 
 Q_SIGNALS:

@@ -27,9 +27,9 @@ public:
                                   Qt::WindowFlags windowFlags = {});
     ~QvelWidgetByteString() override;
 
-    UaVariant value(bool* ok) const override;
+    UaVariant value(bool* ok = nullptr) const override;
     void setValue(const UaVariant& value) override;
-    UaByteString byteString(bool* ok) const;
+    UaByteString byteString(bool* ok = nullptr) const;
     void setByteString(const UaByteString& byteString);
 
 Q_SIGNALS:
@@ -52,9 +52,9 @@ public:
                                   Qt::WindowFlags windowFlags = {});
     ~QvelWidgetXmlElement() override;
 
-    UaVariant value(bool* ok) const override;
+    UaVariant value(bool* ok = nullptr) const override;
     void setValue(const UaVariant& value) override;
-    UaByteString xmlElement(bool* ok) const;
+    UaByteString xmlElement(bool* ok = nullptr) const;
     void setXmlElement(const UaByteString& xmlElement);
 
 Q_SIGNALS:
@@ -77,9 +77,9 @@ public:
                                       Qt::WindowFlags windowFlags = {});
     ~QvelEditWidgetByteString() override;
 
-    UaVariant value(bool* ok) const override;
+    UaVariant value(bool* ok = nullptr) const override;
     void setValue(const UaVariant& value) override;
-    UaByteString byteString(bool* ok) const;
+    UaByteString byteString(bool* ok = nullptr) const;
     void setByteString(const UaByteString& byteString);
     /// Where the last file names are kept; not owned, may be null.
     void setSettingsCBInterface(QvelSettingsCBInterface* settings);
@@ -110,9 +110,9 @@ public:
                                       Qt::WindowFlags windowFlags = {});
     ~QvelEditWidgetXmlElement() override;
 
-    UaVariant value(bool* ok) const override;
+    UaVariant value(bool* ok = nullptr) const override;
     void setValue(const UaVariant& value) override;
-    UaByteString xmlElement(bool* ok) const;
+    UaByteString xmlElement(bool* ok = nullptr) const;
     void setXmlElement(const UaByteString& xmlElement);
     /// Where the last file names are kept; not owned, may be null.
     void setSettingsCBInterface(QvelSettingsCBInterface* settings);
@@ -143,9 +143,9 @@ public:
                                   Qt::WindowFlags windowFlags = {});
     ~QvelEditWidgetString() override;
 
-    UaVariant value(bool* ok) const override;
+    UaVariant value(bool* ok = nullptr) const override;
     void setValue(const UaVariant& value) override;
-    UaString string(bool* ok) const;
+    UaString string(bool* ok = nullptr) const;
     void setString(const UaString& string);
     /// Where the last file names are kept; not owned, may be null.
     void setSettingsCBInterface(QvelSettingsCBInterface* settings);

@@ -129,9 +129,9 @@ public:
                                  Qt::WindowFlags windowFlags = {});
     ~QvelWidgetWriteMask() override;
 
-    UaVariant value(bool* ok) const override;
+    UaVariant value(bool* ok = nullptr) const override;
     void setValue(const UaVariant& value) override;
-    OpcUa_UInt32 attributeWriteMask(bool* ok) const;
+    OpcUa_UInt32 attributeWriteMask(bool* ok = nullptr) const;
     void setAttributeWriteMask(OpcUa_UInt32 attributeWriteMask);
 
 Q_SIGNALS:
@@ -153,9 +153,9 @@ public:
                                         Qt::WindowFlags windowFlags = {});
     ~QvelWidgetBrowseResultMask() override;
 
-    UaVariant value(bool* ok) const override;
+    UaVariant value(bool* ok = nullptr) const override;
     void setValue(const UaVariant& value) override;
-    OpcUa_UInt32 browseResultMask(bool* ok) const;
+    OpcUa_UInt32 browseResultMask(bool* ok = nullptr) const;
     void setBrowseResultMask(OpcUa_UInt32 browseResultMask);
 
 Q_SIGNALS:
@@ -177,9 +177,9 @@ public:
                                        Qt::WindowFlags windowFlags = {});
     ~QvelWidgetDiagnosticsMask() override;
 
-    UaVariant value(bool* ok) const override;
+    UaVariant value(bool* ok = nullptr) const override;
     void setValue(const UaVariant& value) override;
-    OpcUa_UInt32 diagnosticsMask(bool* ok) const;
+    OpcUa_UInt32 diagnosticsMask(bool* ok = nullptr) const;
     void setDiagnosticsMask(OpcUa_UInt32 diagnosticsMask);
 
 Q_SIGNALS:
@@ -201,9 +201,9 @@ public:
                                          Qt::WindowFlags windowFlags = {});
     ~QvelWidgetEventNotifierMask() override;
 
-    UaVariant value(bool* ok) const override;
+    UaVariant value(bool* ok = nullptr) const override;
     void setValue(const UaVariant& value) override;
-    OpcUa_Byte eventNotifierMask(bool* ok) const;
+    OpcUa_Byte eventNotifierMask(bool* ok = nullptr) const;
     void setEventNotifierMask(OpcUa_Byte eventNotifierMask);
 
 Q_SIGNALS:
@@ -225,9 +225,9 @@ public:
                                        Qt::WindowFlags windowFlags = {});
     ~QvelWidgetAccessLevelMask() override;
 
-    UaVariant value(bool* ok) const override;
+    UaVariant value(bool* ok = nullptr) const override;
     void setValue(const UaVariant& value) override;
-    OpcUa_Byte accessLevelMask(bool* ok) const;
+    OpcUa_Byte accessLevelMask(bool* ok = nullptr) const;
     void setAccessLevelMask(OpcUa_Byte accessLevelMask);
 
 Q_SIGNALS:

@@ -21,6 +21,7 @@ QLineEdit* createLocale()
 {
     auto* edit = new QLineEdit;
     edit->setMaximumWidth(localeWidth);
+    showInToolTip(edit);
     return edit;
 }
 

@@ -19,9 +19,9 @@ public:
                                      Qt::WindowFlags windowFlags = {});
     ~QvelWidgetQualifiedName() override;
 
-    UaVariant value(bool* ok) const override;
+    UaVariant value(bool* ok = nullptr) const override;
     void setValue(const UaVariant& value) override;
-    UaQualifiedName qualifiedName(bool* ok) const;
+    UaQualifiedName qualifiedName(bool* ok = nullptr) const;
     void setQualifiedName(const UaQualifiedName& qualifiedName);
     void setNamespaceIndex(OpcUa_UInt16 namespaceIndex);
     void setName(const QString& name);
@@ -48,9 +48,9 @@ public:
                                            Qt::WindowFlags windowFlags = {});
     ~QvelDialogWidgetQualifiedName() override;
 
-    UaVariant value(bool* ok) const override;
+    UaVariant value(bool* ok = nullptr) const override;
     void setValue(const UaVariant& value) override;
-    UaQualifiedName qualifiedName(bool* ok) const;
+    UaQualifiedName qualifiedName(bool* ok = nullptr) const;
     void setQualifiedName(const UaQualifiedName& qualifiedName);
     void setNamespaceIndex(OpcUa_UInt16 namespaceIndex);
     void setName(const QString& name);
@@ -76,9 +76,9 @@ public:
                                      Qt::WindowFlags windowFlags = {});
     ~QvelWidgetLocalizedText() override;
 
-    UaVariant value(bool* ok) const override;
+    UaVariant value(bool* ok = nullptr) const override;
     void setValue(const UaVariant& value) override;
-    UaLocalizedText localizedText(bool* ok) const;
+    UaLocalizedText localizedText(bool* ok = nullptr) const;
     void setLocalizedText(const UaLocalizedText& localizedText);
     void setLocale(const QString& locale);
     void setText(const QString& text);
@@ -105,9 +105,9 @@ public:
                                            Qt::WindowFlags windowFlags = {});
     ~QvelDialogWidgetLocalizedText() override;
 
-    UaVariant value(bool* ok) const override;
+    UaVariant value(bool* ok = nullptr) const override;
     void setValue(const UaVariant& value) override;
-    UaLocalizedText localizedText(bool* ok) const;
+    UaLocalizedText localizedText(bool* ok = nullptr) const;
     void setLocalizedText(const UaLocalizedText& localizedText);
     void setLocale(const QString& locale);
     void setText(const QString& text);

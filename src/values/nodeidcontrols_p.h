@@ -12,8 +12,11 @@
 class NodeIdControls
 {
 public:
+    /// What the line of the identifier asks room for.
+    enum class Room { Any, ForGuid };
+
     /// `typeNames` are the texts of the identifier types, in the order of their numbers.
-    explicit NodeIdControls(const QStringList& typeNames);
+    explicit NodeIdControls(const QStringList& typeNames, Room room = Room::Any);
 
     /// Connects the controls to an editor's slots. The identifier follows a new type before the
     /// change is told.
@@ -29,7 +32,7 @@ public:
 
     /// Gives the identifier the validator or mask, and the default text, of a type.
     void setIdentifierType(int identifierType);
-    UaNodeId nodeId(bool* ok) const;
+    UaNodeId nodeId(bool* ok = nullptr) const;
     void setNodeId(const UaNodeId& id);
 
     QSpinBox* const namespaceIndex;

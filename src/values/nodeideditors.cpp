@@ -44,7 +44,8 @@ void QvelWidgetNodeId::sltComboIndexChanged(int iIndex)
 QvelDialogWidgetNodeId::QvelDialogWidgetNodeId(QvelDialogWidgetFlags flags, QWidget* parent,
                                                Qt::WindowFlags windowFlags)
     : QvelDialogWidgetBase(flags, parent, windowFlags),
-      d(new NodeIdControls({tr("Numeric"), tr("String"), tr("Guid"), tr("Opaque")}))
+      d(new NodeIdControls({tr("Numeric"), tr("String"), tr("Guid"), tr("Opaque")},
+                           NodeIdControls::Room::ForGuid))
 {
     registerValueTypes<UaVariant, UaNodeId>();
     QGridLayout* grid = insertDialogGrid(mainLayout());

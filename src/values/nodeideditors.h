@@ -24,9 +24,9 @@ public:
                               Qt::WindowFlags windowFlags = {});
     ~QvelWidgetNodeId() override;
 
-    UaVariant value(bool* ok) const override;
+    UaVariant value(bool* ok = nullptr) const override;
     void setValue(const UaVariant& value) override;
-    UaNodeId nodeId(bool* ok) const;
+    UaNodeId nodeId(bool* ok = nullptr) const;
     void setNodeId(const UaNodeId& nodeId);
 
 Q_SIGNALS:
@@ -50,9 +50,9 @@ public:
                                     Qt::WindowFlags windowFlags = {});
     ~QvelDialogWidgetNodeId() override;
 
-    UaVariant value(bool* ok) const override;
+    UaVariant value(bool* ok = nullptr) const override;
     void setValue(const UaVariant& value) override;
-    UaNodeId nodeId(bool* ok) const;
+    UaNodeId nodeId(bool* ok = nullptr) const;
     void setNodeId(const UaNodeId& nodeId);
 
 Q_SIGNALS:

@@ -14,9 +14,9 @@ public:
                                  Qt::WindowFlags windowFlags = {});
     ~QvelWidgetValueRank() override;
 
-    UaVariant value(bool* ok) const override;
+    UaVariant value(bool* ok = nullptr) const override;
     void setValue(const UaVariant& value) override;
-    OpcUa_Int32 valueRank(bool* ok) const;
+    OpcUa_Int32 valueRank(bool* ok = nullptr) const;
     void setValueRank(OpcUa_Int32 valueRank);
 
 Q_SIGNALS:
