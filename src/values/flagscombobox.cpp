@@ -1,19 +1,63 @@
 #include "flagscombobox.h"
 
+#include "../base/showntext_p.h"
+
 #include <QtCore/QCoreApplication>
 #include <QtCore/QEvent>
+#include <QtGui/QAccessible>
 #include <QtGui/QKeyEvent>
 #include <QtGui/QMouseEvent>
 #include <QtWidgets/QAbstractItemView>
+#include <QtWidgets/QAccessibleWidget>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QCheckBox>
 #include <QtWidgets/QStyle>
 #include <QtWidgets/QStylePainter>
 
-static bool isChecked(const QModelIndex& index)
+namespace {
+
+bool isChecked(const QModelIndex& index)
 {
     return index.data(Qt::CheckStateRole).toInt() == Qt::Checked;
 }
+
+// Qt's own would tell the current entry, which means nothing here.
+class AccessibleFlags : public QAccessibleWidget
+{
+public:
+    AccessibleFlags(QvelFlagsComboBoxBase* combo, const QString& value)
+        : QAccessibleWidget(combo, QAccessible::ComboBox), m_combo(combo), m_value(value)
+    {
+    }
+
+    QString text(QAccessible::Text type) const override
+    {
+        if (type == QAccessible::Value)
+            return m_value;
+        return type == QAccessible::Description ? QString() : QAccessibleWidget::text(type);
+    }
+    int childCount() const override { return 1; }
+    QAccessibleInterface* child(int index) const override
+    {
+        return index == 0 ? QAccessible::queryAccessibleInterface(m_combo->view()) : nullptr;
+    }
+    int indexOfChild(const QAccessibleInterface* child) const override
+    {
+        return child->object() == m_combo->view() ? 0 : -1;
+    }
+    QStringList actionNames() const override { return {showMenuAction(), pressAction()}; }
+    void doAction(const QString& name) override
+    {
+        if (name == showMenuAction() || name == pressAction())
+            m_combo->view()->isVisible() ? m_combo->hidePopup() : m_combo->showPopup();
+    }
+
+private:
+    QvelFlagsComboBoxBase* const m_combo;
+    const QString& m_value;
+};
+
+} // namespace
 
 QvelFlagsDelegate::QvelFlagsDelegate(QObject* parent) : QStyledItemDelegate(parent) {}
 
@@ -36,7 +80,12 @@ QWidget* QvelFlagsDelegate::createEditor(QWidget* parent, const QStyleOptionView
                                          const QModelIndex& /*index*/) const
 {
     auto* box = new QCheckBox(parent);
+    // The list shows a box only for its current entry.
     box->setAutoFillBackground(true);
+    box->setBackgroundRole(QPalette::Highlight);
+    QPalette colours = box->palette();
+    colours.setBrush(QPalette::WindowText, colours.highlightedText());
+    box->setPalette(colours);
     connect(box, &QCheckBox::stateChanged, this, &QvelFlagsDelegate::sltCheckStateChanged);
     return box;
 }
@@ -101,6 +150,7 @@ QvelFlagsComboBoxBase::QvelFlagsComboBoxBase(QWidget* parent)
 QvelFlagsComboBoxBase::QvelFlagsComboBoxBase(QvelFlagsDelegate* delegate, QWidget* parent)
     : QComboBox(parent)
 {
+    QAccessible::installFactory(createAccessible);
     delegate->setParent(this);
     view()->setItemDelegate(delegate);
     view()->setEditTriggers(QAbstractItemView::CurrentChanged);
@@ -112,6 +162,12 @@ QvelFlagsComboBoxBase::QvelFlagsComboBoxBase(QvelFlagsDelegate* delegate, QWidge
 }
 
 QvelFlagsComboBoxBase::~QvelFlagsComboBoxBase() = default;
+
+QAccessibleInterface* QvelFlagsComboBoxBase::createAccessible(const QString&, QObject* object)
+{
+    auto* combo = qobject_cast<QvelFlagsComboBoxBase*>(object);
+    return combo ? new AccessibleFlags(combo, combo->m_displayText) : nullptr;
+}
 
 void QvelFlagsComboBoxBase::addFlag(const QString& name, uint bits)
 {
@@ -172,8 +228,10 @@ void QvelFlagsComboBoxBase::sltUpdateDisplayText()
         names += entry.data(Qt::DisplayRole).toString();
     });
     m_displayText = names.isEmpty() ? m_emptyText : names;
-    setToolTip(m_displayText);
+    setToolTip(plainToolTip(m_displayText));
     update();
+    QAccessibleValueChangeEvent told(this, m_displayText);
+    QAccessible::updateAccessibility(&told);
 }
 
 bool QvelFlagsComboBoxBase::eventFilter(QObject* watched, QEvent* event)

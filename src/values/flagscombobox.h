@@ -6,6 +6,8 @@
 #include <QtWidgets/QComboBox>
 #include <QtWidgets/QStyledItemDelegate>
 
+class QAccessibleInterface;
+
 /// Shows the entries of a drop-down list as check boxes and writes each click to the model at
 /// once. An entry's Qt::CheckStateRole holds its state.
 class KESTREL_EXPORT QvelFlagsDelegate : public QStyledItemDelegate
@@ -33,9 +35,9 @@ protected:
     bool eventFilter(QObject* editor, QEvent* event) override;
 };
 
-/// A combo box whose drop-down list holds one check box a flag; the closed box shows the names of
-/// the checked ones. Each entry has its name as text and its bits as item data. User-interface
-/// thread only.
+/// A combo box whose drop-down list holds one check box a flag; the closed box shows, and tells
+/// assistive technology, the names of the checked ones. Each entry has its name as text and its
+/// bits as item data. User-interface thread only.
 class KESTREL_EXPORT QvelFlagsComboBoxBase : public QComboBox
 {
     Q_OBJECT
@@ -69,6 +71,7 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    static QAccessibleInterface* createAccessible(const QString& name, QObject* object);
     template <class Visit>
     void forEachChecked(Visit visit) const;
 
