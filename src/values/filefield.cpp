@@ -1,12 +1,20 @@
 #include "filefield_p.h"
 
 #include "base/editorhelpers_p.h"
+#include "base/ownmodal_p.h"
 #include "base/settingscbinterface.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
-#include <QtWidgets/QFileDialog>
+#include <QtCore/QLocale>
+#include <QtCore/QPointer>
+#include <QtWidgets/QDialogButtonBox>
+#include <QtWidgets/QPushButton>
+#include <QtWidgets/QTextEdit>
+
+#include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -22,6 +30,7 @@ FileField::FileField(QvelEditWidgetBase* field, const Facts& facts)
 {
     const EditFieldControls controls = layOutEditField(field);
     m_edit = controls.edit;
+    tellWhenCut(m_edit);
     m_edit->setReadOnly(m_readOnly || !facts.isTextEditable);
     m_showButton = controls.button;
     m_loadSaveButton = new QToolButton;
@@ -36,49 +45,100 @@ FileField::FileField(QvelEditWidgetBase* field, const Facts& facts)
     m_dialog = new QvelDisplayDialog(dialogFlags, field);
 }
 
+FileField::~FileField()
+{
+    closeSettings();
+}
+
 void FileField::setText(const QString& text)
 {
     showWhole(m_edit, text);
-    m_edit->setCursorPosition(0);
 }
 
-void FileField::showDialog(const QString& text)
+void FileField::showDialog(qsizetype atLeast, const std::function<QString()>& text)
 {
-    m_dialog->setText(text);
+    QString shown;
+    if (atLeast <= maxDialogCharacters)
+        shown = text();
+    m_isDialogWhole = std::max(atLeast, shown.size()) <= maxDialogCharacters;
+    if (!m_isDialogWhole)
+        shown = QCoreApplication::translate("QvelEditWidgetBase",
+                                            "The value is too long to be shown here, where texts "
+                                            "of up to %1 characters are. It stays as it is.")
+                    .arg(QLocale().toString(maxDialogCharacters));
+    m_dialog->findChild<QTextEdit*>()->setReadOnly(m_readOnly || !m_isDialogWhole);
+    auto* buttons = m_dialog->findChild<QDialogButtonBox*>();
+    buttons->button(QDialogButtonBox::Ok)->setEnabled(m_isDialogWhole);
+    m_dialog->setText(shown);
     showDialogAt(m_dialog, m_edit);
 }
 
-void FileField::loadOrSave(bool checked, const QByteArray& bytes)
+std::optional<QString> FileField::dialogText() const
 {
-    void* handle = m_settings ? m_settings->openSettings() : nullptr;
-    if (m_readOnly)
-        save(handle, bytes);
-    else if (checked)
-        load(handle);
-    else
-        enterManually();
-    if (m_settings)
-        m_settings->closeSettings(handle);
+    return m_isDialogWhole ? std::optional(m_dialog->text()) : std::nullopt;
 }
 
-void FileField::save(void* handle, const QByteArray& bytes)
+void FileField::loadOrSave(bool checked, QByteArray bytes)
 {
-    const QString name =
-        QFileDialog::getSaveFileName(m_field, tr("Save"), lastName(handle, saveKey));
-    if (name.isEmpty())
+    const QPointer<QWidget> field = m_field;
+    openSettings();
+    if (m_readOnly)
+        save(bytes);
+    else if (checked)
+        load();
+    else
+        enterManually();
+    if (field)
+        closeSettings();
+}
+
+void FileField::openSettings()
+{
+    closeSettings();
+    m_opened = m_settings;
+    m_handle = m_opened ? m_opened->openSettings() : nullptr;
+}
+
+void FileField::closeSettings()
+{
+    if (QvelSettingsCBInterface* opened = std::exchange(m_opened, nullptr))
+        opened->closeSettings(m_handle);
+}
+
+std::optional<QString> FileField::choose(QFileDialog::AcceptMode mode, const char* title,
+                                         const char* key) const
+{
+    const QString last =
+        m_opened ? m_opened->readSetting(m_handle, settingsKey(key)).toString() : QString();
+    auto* chooser = new QFileDialog(m_field, tr(title), last);
+    chooser->setAcceptMode(mode);
+    chooser->setFileMode(mode == QFileDialog::AcceptSave ? QFileDialog::AnyFile
+                                                         : QFileDialog::ExistingFile);
+    const QPointer<QWidget> field = m_field;
+    const QString name = runFileDialog(chooser);
+    return field ? std::optional(name) : std::nullopt;
+}
+
+void FileField::save(const QByteArray& bytes)
+{
+    const auto name = choose(QFileDialog::AcceptSave, m_facts.save, saveKey);
+    if (!name || name->isEmpty())
         return;
     // Opening a pipe may wait for ever.
-    const QFileInfo info(name);
-    QFile file(name);
+    const QFileInfo info(*name);
+    QFile file(*name);
     if ((!info.exists() || info.isFile()) && file.open(QIODevice::WriteOnly | QIODevice::Truncate))
         file.write(bytes);
     file.close();
-    remember(handle, saveKey, name);
+    remember(saveKey, *name);
 }
 
-void FileField::load(void* handle)
+void FileField::load()
 {
-    m_fileName = QFileDialog::getOpenFileName(m_field, tr("Load"), lastName(handle, loadKey));
+    const auto name = choose(QFileDialog::AcceptOpen, m_facts.load, loadKey);
+    if (!name)
+        return;
+    m_fileName = *name;
     if (m_fileName.isEmpty()) {
         m_loadSaveButton->setChecked(false);
         return;
@@ -87,8 +147,8 @@ void FileField::load(void* handle)
     m_showButton->setEnabled(false);
     m_edit->setReadOnly(true);
     setText(QStringLiteral("Using file '%1'").arg(m_fileName));
-    m_loadSaveButton->setToolTip(tr("Click again to enter value manually"));
-    remember(handle, loadKey, m_fileName);
+    m_loadSaveButton->setToolTip(tr(m_facts.manually));
+    remember(loadKey, m_fileName);
 }
 
 void FileField::enterManually()
@@ -114,15 +174,10 @@ std::optional<QByteArray> FileField::readFile() const
     return bytes.isNull() ? QByteArray("") : bytes;
 }
 
-QString FileField::lastName(void* handle, const char* key) const
+void FileField::remember(const char* key, const QString& name) const
 {
-    return m_settings ? m_settings->readSetting(handle, settingsKey(key)).toString() : QString();
-}
-
-void FileField::remember(void* handle, const char* key, const QString& name) const
-{
-    if (m_settings)
-        m_settings->writeSetting(handle, settingsKey(key), name);
+    if (m_opened)
+        m_opened->writeSetting(m_handle, settingsKey(key), name);
 }
 
 QString FileField::settingsKey(const char* key) const

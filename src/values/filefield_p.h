@@ -4,15 +4,21 @@
 #include "base/editorbases.h"
 
 #include <QtCore/QString>
+#include <QtWidgets/QFileDialog>
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QToolButton>
 
+#include <functional>
 #include <optional>
+
+/// The longest text that the dialog of a field shows: what QTextEdit lays out in half a second.
+inline constexpr qsizetype maxDialogCharacters = 500'000;
 
 class QvelSettingsCBInterface;
 
 /// What an edit field that can load and save its value is made of: a line, a button that opens the
-/// dialog, and one that loads, or saves a read-only value. The field owns the widgets.
+/// dialog, and one that loads, or saves a read-only value. The field owns the widgets. It may be
+/// deleted while a file is chosen.
 class FileField
 {
 public:
@@ -20,32 +26,35 @@ public:
     struct Facts
     {
         const char* className; ///< begins the keys of the last file names
-        bool isTextEditable;   ///< the line is the value itself, not a summary of it
+        // In the field's own context.
+        const char* save;
+        const char* load;
+        const char* manually;
+        bool isTextEditable; ///< the line is the value itself, not a summary of it
         QvelDisplayDialog::QvelDisplayDialogFlags dialogFlags;
     };
 
     FileField(QvelEditWidgetBase* field, const Facts& facts);
+    ~FileField();
+    Q_DISABLE_COPY_MOVE(FileField)
 
-    /// Connects the widgets to a field's slots.
-    template <class Field>
-    void connectTo(Field* field, void (Field::*accepted)(), void (Field::*rejected)(),
-                   void (Field::*show)(), void (Field::*loadSave)(bool), void (Field::*changed)())
-    {
-        QObject::connect(m_showButton, &QToolButton::clicked, field, show);
-        QObject::connect(m_loadSaveButton, &QToolButton::clicked, field, loadSave);
-        QObject::connect(m_dialog, &QDialog::accepted, field, accepted);
-        QObject::connect(m_dialog, &QDialog::rejected, field, rejected);
-        QObject::connect(m_edit, &QLineEdit::textChanged, field, changed);
-    }
+    QToolButton* showButton() const { return m_showButton; }
+    QToolButton* loadSaveButton() const { return m_loadSaveButton; }
+    QLineEdit* edit() const { return m_edit; }
+    QvelDisplayDialog* dialog() const { return m_dialog; }
 
     QString text() const { return m_edit->text(); }
-    QString dialogText() const { return m_dialog->text(); }
     /// Shows a text from its beginning.
     void setText(const QString& text);
-    void showDialog(const QString& text);
+
+    /// Opens the dialog on a text, which has so many characters at least; on one longer than
+    /// maxDialogCharacters with a word about it instead, which cannot be written.
+    void showDialog(qsizetype atLeast, const std::function<QString()>& text);
+    /// What the dialog was accepted with; nothing when the text was too long for it.
+    std::optional<QString> dialogText() const;
 
     /// The load or save button was clicked. `bytes` is what is saved.
-    void loadOrSave(bool checked, const QByteArray& bytes);
+    void loadOrSave(bool checked, QByteArray bytes);
     bool isFromFile() const { return m_fromFile; }
     /// The contents of the file, or nothing when it cannot be read.
     std::optional<QByteArray> readFile() const;
@@ -53,11 +62,15 @@ public:
     void setSettings(QvelSettingsCBInterface* settings) { m_settings = settings; }
 
 private:
-    void save(void* handle, const QByteArray& bytes);
-    void load(void* handle);
+    void openSettings();
+    void closeSettings();
+    void save(const QByteArray& bytes);
+    void load();
     void enterManually();
-    QString lastName(void* handle, const char* key) const;
-    void remember(void* handle, const char* key, const QString& name) const;
+    // The chosen file; nothing if the field is gone.
+    std::optional<QString> choose(QFileDialog::AcceptMode mode, const char* title,
+                                  const char* key) const;
+    void remember(const char* key, const QString& name) const;
     QString settingsKey(const char* key) const;
     /// Translates in the field's own context.
     QString tr(const char* text) const;
@@ -71,5 +84,8 @@ private:
     QvelDisplayDialog* m_dialog;
     bool m_fromFile = false;
     QString m_fileName;
+    bool m_isDialogWhole = true;
     QvelSettingsCBInterface* m_settings = nullptr;
+    QvelSettingsCBInterface* m_opened = nullptr; // while the button does its work
+    void* m_handle = nullptr;
 };

@@ -1,6 +1,6 @@
 #include "flagscombobox.h"
 
-#include "../base/showntext_p.h"
+#include "base/showntext_p.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QEvent>

@@ -1,11 +1,11 @@
 #include "longvalueeditors.h"
 
 #include "base/editorhelpers_p.h"
-#include "values/filefield_p.h"
-#include "values/hexadecimal_p.h"
+#include "base/ownmodal_p.h"
+#include "filefield_p.h"
+#include "hexadecimal_p.h"
 
 #include <QtGui/QRegularExpressionValidator>
-#include <QtWidgets/QMessageBox>
 
 namespace {
 
@@ -15,11 +15,6 @@ constexpr OpcUa_Int32 summarisedLength = 100;
 QString hexadecimal(const QByteArray& bytes)
 {
     return QString::fromLatin1(bytes.toHex());
-}
-
-QString utf8(const QByteArray& bytes)
-{
-    return textFromUtf8(bytes);
 }
 
 QString summary(const UaByteString& value, QString (*text)(const QByteArray&))
@@ -44,6 +39,30 @@ UaByteString bytesOf(const FileField& field, const UaByteString& stored, bool* o
         *ok = valid;
     return value;
 }
+
+const FileField::Facts byteStringFacts = {
+    "QvelEditWidgetByteString",
+    QT_TRANSLATE_NOOP("QvelEditWidgetByteString", "Save"),
+    QT_TRANSLATE_NOOP("QvelEditWidgetByteString", "Load"),
+    QT_TRANSLATE_NOOP("QvelEditWidgetByteString", "Click again to enter value manually"),
+    false,
+    QvelDisplayDialog::WrapAnywhere};
+
+const FileField::Facts xmlElementFacts = {
+    "QvelEditWidgetXmlElement",
+    QT_TRANSLATE_NOOP("QvelEditWidgetXmlElement", "Save"),
+    QT_TRANSLATE_NOOP("QvelEditWidgetXmlElement", "Load"),
+    QT_TRANSLATE_NOOP("QvelEditWidgetXmlElement", "Click again to enter value manually"),
+    false,
+    QvelDisplayDialog::NoFlags};
+
+const FileField::Facts stringFacts = {
+    "QvelEditWidgetString",
+    QT_TRANSLATE_NOOP("QvelEditWidgetString", "Save"),
+    QT_TRANSLATE_NOOP("QvelEditWidgetString", "Load"),
+    QT_TRANSLATE_NOOP("QvelEditWidgetString", "Click again to enter value manually"),
+    true,
+    QvelDisplayDialog::NoFlags};
 
 } // namespace
 
@@ -100,18 +119,18 @@ UaByteString QvelWidgetXmlElement::xmlElement(bool* ok) const
 
 void QvelWidgetXmlElement::setXmlElement(const UaByteString& xmlElement)
 {
-    showWhole(m_edit, utf8(xmlElement.bytes()));
+    showWhole(m_edit, textFromUtf8(xmlElement.bytes()));
 }
 
 // What the three edit fields have in common; moc needs the slots in each class.
-#define KESTREL_FILE_FIELD(Field, isTextEditable, dialogFlags, Value, changedSlot)                 \
+#define KESTREL_FILE_FIELD(Field, facts, Value, changedSlot)                                       \
     Field::Field(QvelEditWidgetFlags flags, QWidget* parent, Qt::WindowFlags windowFlags)          \
-        : QvelEditWidgetBase(flags, parent, windowFlags),                                          \
-          d(new FileField(this, {#Field, isTextEditable, dialogFlags}))                            \
+        : QvelEditWidgetBase(flags, parent, windowFlags), d(new FileField(this, facts))            \
     {                                                                                              \
         registerValueTypes<UaVariant, Value>();                                                    \
-        d->connectTo(this, &Field::sltDialogWidgetAccepted, &Field::sltDialogWidgetRejected,       \
-                     &Field::sltShowDialogWidget, &Field::sltLoadSave, &Field::changedSlot);       \
+        connectDialog(d->showButton(), d->dialog());                                               \
+        connect(d->loadSaveButton(), &QToolButton::clicked, this, &Field::sltLoadSave);            \
+        connect(d->edit(), &QLineEdit::textChanged, this, &Field::changedSlot);                    \
     }                                                                                              \
     Field::~Field() = default;                                                                     \
     void Field::setSettingsCBInterface(QvelSettingsCBInterface* settings)                          \
@@ -120,8 +139,7 @@ void QvelWidgetXmlElement::setXmlElement(const UaByteString& xmlElement)
     }                                                                                              \
     void Field::sltDialogWidgetRejected() {} // the dialog is filled afresh on every opening
 
-KESTREL_FILE_FIELD(QvelEditWidgetByteString, false, QvelDisplayDialog::WrapAnywhere, UaByteString,
-                   sltByteStringChanged)
+KESTREL_FILE_FIELD(QvelEditWidgetByteString, byteStringFacts, UaByteString, sltByteStringChanged)
 KESTREL_SCALAR_EDITOR(QvelEditWidgetByteString, ByteString, byteString)
 
 UaByteString QvelEditWidgetByteString::byteString(bool* ok) const
@@ -137,16 +155,19 @@ void QvelEditWidgetByteString::setByteString(const UaByteString& byteString)
 
 void QvelEditWidgetByteString::sltShowDialogWidget()
 {
-    d->showDialog(hexadecimal(m_stored.bytes()));
+    d->showDialog(2 * m_stored.bytes().size(), [this] { return hexadecimal(m_stored.bytes()); });
 }
 
 void QvelEditWidgetByteString::sltDialogWidgetAccepted()
 {
-    if (const auto bytes = bytesFromPrefixedHex(d->dialogText()))
+    const auto text = d->dialogText();
+    if (!text)
+        return;
+    if (const auto bytes = bytesFromPrefixedHex(*text))
         setByteString(UaByteString(*bytes));
     else
-        QMessageBox::warning(this, tr("Conversion Error"),
-                             tr("The ByteString entered was not valid!"), QMessageBox::Ok);
+        runMessageBox(this, QMessageBox::Warning, tr("Conversion Error"),
+                      tr("The ByteString entered was not valid!"));
 }
 
 void QvelEditWidgetByteString::sltLoadSave(bool bChecked)
@@ -154,8 +175,7 @@ void QvelEditWidgetByteString::sltLoadSave(bool bChecked)
     d->loadOrSave(bChecked, m_stored.bytes());
 }
 
-KESTREL_FILE_FIELD(QvelEditWidgetXmlElement, false, QvelDisplayDialog::NoFlags, UaByteString,
-                   sltXmlElementChanged)
+KESTREL_FILE_FIELD(QvelEditWidgetXmlElement, xmlElementFacts, UaByteString, sltXmlElementChanged)
 KESTREL_SCALAR_EDITOR(QvelEditWidgetXmlElement, XmlElement, xmlElement)
 
 UaByteString QvelEditWidgetXmlElement::xmlElement(bool* ok) const
@@ -166,17 +186,19 @@ UaByteString QvelEditWidgetXmlElement::xmlElement(bool* ok) const
 void QvelEditWidgetXmlElement::setXmlElement(const UaByteString& xmlElement)
 {
     m_stored = xmlElement;
-    d->setText(summary(xmlElement, utf8));
+    d->setText(summary(xmlElement, textFromUtf8));
 }
 
 void QvelEditWidgetXmlElement::sltShowDialogWidget()
 {
-    d->showDialog(utf8(m_stored.bytes()));
+    // A character takes three bytes at most.
+    d->showDialog(m_stored.bytes().size() / 3, [this] { return textFromUtf8(m_stored.bytes()); });
 }
 
 void QvelEditWidgetXmlElement::sltDialogWidgetAccepted()
 {
-    setXmlElement(UaByteString(d->dialogText().toUtf8()));
+    if (const auto text = d->dialogText())
+        setXmlElement(UaByteString(text->toUtf8()));
 }
 
 void QvelEditWidgetXmlElement::sltLoadSave(bool bChecked)
@@ -184,8 +206,7 @@ void QvelEditWidgetXmlElement::sltLoadSave(bool bChecked)
     d->loadOrSave(bChecked, m_stored.bytes());
 }
 
-KESTREL_FILE_FIELD(QvelEditWidgetString, true, QvelDisplayDialog::NoFlags, UaString,
-                   sltStringChanged)
+KESTREL_FILE_FIELD(QvelEditWidgetString, stringFacts, UaString, sltStringChanged)
 
 UaVariant QvelEditWidgetString::value(bool* ok) const
 {
@@ -213,17 +234,19 @@ UaString QvelEditWidgetString::string(bool* ok) const
 
 void QvelEditWidgetString::setString(const UaString& string)
 {
-    d->setText(utf8(string.bytes()));
+    d->setText(textFromUtf8(string.bytes()));
 }
 
 void QvelEditWidgetString::sltShowDialogWidget()
 {
-    d->showDialog(d->text());
+    const QString text = d->text();
+    d->showDialog(text.size(), [text] { return text; });
 }
 
 void QvelEditWidgetString::sltDialogWidgetAccepted()
 {
-    setString(UaString(d->dialogText().toUtf8()));
+    if (const auto text = d->dialogText())
+        setString(UaString(text->toUtf8()));
 }
 
 void QvelEditWidgetString::sltLoadSave(bool bChecked)

@@ -2,20 +2,44 @@
 
 #include "base/editorhelpers_p.h"
 
+#include <iterator>
+
+namespace {
+
+struct Rank
+{
+    OpcUa_Int32 value;
+    const char* text;
+};
+
+constexpr Rank ranks[] = {
+    {-3, QT_TRANSLATE_NOOP("QvelWidgetValueRank", "ScalarOrOneDimension (%1)")},
+    {-2, QT_TRANSLATE_NOOP("QvelWidgetValueRank", "Any (%1)")},
+    {-1, QT_TRANSLATE_NOOP("QvelWidgetValueRank", "Scalar (%1)")},
+    {0, QT_TRANSLATE_NOOP("QvelWidgetValueRank", "OneOrMoreDimensions (%1)")},
+    {1, QT_TRANSLATE_NOOP("QvelWidgetValueRank", "OneDimension (%1)")},
+    {2, QT_TRANSLATE_NOOP("QvelWidgetValueRank", "TwoDimensions (%1)")},
+};
+
+constexpr bool hasNoGap()
+{
+    for (OpcUa_Int32 i = 0; i < OpcUa_Int32(std::size(ranks)); ++i) {
+        if (ranks[i].value != i - 3)
+            return false;
+    }
+    return true;
+}
+static_assert(hasNoGap() && std::size(ranks) == 6);
+
+} // namespace
+
 QvelWidgetValueRank::QvelWidgetValueRank(QvelWidgetFlags flags, QWidget* parent,
                                          Qt::WindowFlags windowFlags)
     : QvelWidgetBase(flags, parent, windowFlags), m_combo(new QComboBox)
 {
     registerValueTypes<UaVariant>();
-    const auto add = [this](OpcUa_Int32 rank, const QString& text) {
-        m_combo->addItem(text.arg(rank), rank);
-    };
-    add(-3, tr("ScalarOrOneDimension (%1)"));
-    add(-2, tr("Any (%1)"));
-    add(-1, tr("Scalar (%1)"));
-    add(0, tr("OneOrMoreDimensions (%1)"));
-    add(1, tr("OneDimension (%1)"));
-    add(2, tr("TwoDimensions (%1)"));
+    for (const Rank& rank : ranks)
+        m_combo->addItem(tr(rank.text).arg(rank.value), rank.value);
     m_combo->setAccessibleName(tr("Value rank"));
     setSingleControl(this, m_combo);
     connect(m_combo, &QComboBox::currentIndexChanged, this,
