@@ -1,6 +1,6 @@
 #include "displaydialog.h"
 
-#include "windowplace_p.h"
+#include "base/windowplace_p.h"
 
 #include <QtGui/QShowEvent>
 #include <QtWidgets/QDialogButtonBox>

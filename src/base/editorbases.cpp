@@ -1,6 +1,6 @@
 #include "editorbases.h"
 
-#include "windowplace_p.h"
+#include "base/windowplace_p.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtGui/QShowEvent>

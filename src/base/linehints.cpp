@@ -1,6 +1,6 @@
 #include "linehints_p.h"
 
-#include "showntext_p.h"
+#include "base/showntext_p.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QLocale>

@@ -12,7 +12,7 @@
 #include <optional>
 
 /// The longest text that the dialog of a field shows: what QTextEdit lays out in half a second.
-inline constexpr qsizetype maxDialogCharacters = 500'000;
+inline constexpr qsizetype maxDialogCharacters = 250'000;
 
 class QvelSettingsCBInterface;
 

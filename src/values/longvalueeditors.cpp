@@ -2,8 +2,8 @@
 
 #include "base/editorhelpers_p.h"
 #include "base/ownmodal_p.h"
-#include "filefield_p.h"
-#include "hexadecimal_p.h"
+#include "values/filefield_p.h"
+#include "values/hexadecimal_p.h"
 
 #include <QtGui/QRegularExpressionValidator>
 
