@@ -22,14 +22,17 @@ inline QString textFromUtf8(const QByteArray& utf8)
     return text;
 }
 
-/// Shows the text of a value whole, from its beginning: the limit of a line edit is one for typing
-/// and pasting. The limit of an input mask stays.
+/// Shows the text of a value whole: the limit of a line edit is one for typing and pasting. The
+/// limit of an input mask stays. What may not fit is shown from its beginning; after a short text
+/// typing goes on at its end.
 inline void showWhole(QLineEdit* edit, const QString& text)
 {
     if (text.size() > edit->maxLength())
         edit->setMaxLength(int(text.size()));
     edit->setText(text);
-    edit->setCursorPosition(0);
+    constexpr qsizetype fitting = 17; // the letters that a line edit asks room for
+    if (text.size() > fitting)
+        edit->setCursorPosition(0);
 }
 
 /// Makes the value classes known to the meta-type system under their own names.

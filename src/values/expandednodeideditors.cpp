@@ -120,4 +120,5 @@ void QvelEditWidgetExpandedNodeId::store(const UaExpandedNodeId& expandedNodeId)
 {
     m_accepted = expandedNodeId;
     showWhole(m_edit, textFromUtf8(expandedNodeId.toFullString().bytes()));
+    m_edit->setCursorPosition(0);
 }

@@ -53,6 +53,7 @@ FileField::~FileField()
 void FileField::setText(const QString& text)
 {
     showWhole(m_edit, text);
+    m_edit->setCursorPosition(0);
 }
 
 void FileField::showDialog(qsizetype atLeast, const std::function<QString()>& text)
