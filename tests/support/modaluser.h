@@ -10,6 +10,22 @@
 
 #include <functional>
 
+/// Makes a modal dialog that nobody answers for five seconds a failure instead of a hang.
+class StuckDialog : public QTimer
+{
+public:
+    StuckDialog()
+    {
+        callOnTimeout([] {
+            if (QWidget* dialog = QApplication::activeModalWidget()) {
+                dialog->close();
+                QTest::qFail("a dialog is stuck", __FILE__, __LINE__);
+            }
+        });
+        start(5000);
+    }
+};
+
 /// A user who answers each modal dialog that opens: a message box by a click on `button`, another
 /// dialog by the function, or by Escape if there is none.
 class ModalUser : public QObject
