@@ -237,7 +237,7 @@ std::pair<double, double> waitForSilentServers()
 double getEndpointsAgainstNode()
 {
     PeerProcess server;
-    const QString url = server.start(NODE, {QString(PEERS) + "/server.mjs"});
+    const QString url = server.start(NODE, {PEERS, "serve"});
     if (url.isEmpty()) {
         std::fprintf(stderr, "the server of the benchmark does not start\n");
         std::exit(2);
@@ -261,7 +261,7 @@ double getEndpointsAgainstNode()
     };
     const auto nodes = [&url] {
         QProcess client;
-        client.start(NODE, {QString(PEERS) + "/client-bench.mjs", url, QString::number(rounds)});
+        client.start(NODE, {PEERS, "time", url, QString::number(rounds)});
         client.waitForFinished(-1);
         const auto result = QJsonDocument::fromJson(client.readAllStandardOutput());
         const double figure = result["medianMs"].toDouble();

@@ -1,8 +1,6 @@
-// Keeps a peer on the loopback interface. Import it before anything of node-opcua.
-//
-// node-opcua looks up the host's name while it is being imported; its discovery server listens on
-// all interfaces and announces by multicast everything that registers, and has no option against
-// either.
+// Keeps a peer on the loopback interface. Import it before anything of node-opcua, which looks up
+// the host's name while it is being imported; its discovery server listens on all interfaces and
+// announces by multicast everything that registers, and has no option against either.
 import dgram from "node:dgram";
 import { EventEmitter } from "node:events";
 import net from "node:net";
@@ -15,30 +13,19 @@ net.Server.prototype.listen = function (options, ...rest) {
     return listen.call(this, { ...options, host: "127.0.0.1" }, ...rest);
 };
 
-/** A datagram socket that is deaf and mute. */
-class SilentSocket extends EventEmitter {
-    bind(...args) {
-        setImmediate(() => {
-            this.emit("listening");
-            args.at(-1)?.();
-        });
-    }
-    send(...args) {
-        setImmediate(args.at(-1), null);
-    }
-    close(callback) {
-        setImmediate(() => callback?.());
-    }
-    address() {
-        return { address: "127.0.0.1", family: "IPv4", port: 0 };
-    }
-    addMembership() {}
-    dropMembership() {}
-    setMulticastInterface() {}
-    setMulticastLoopback() {}
-    setMulticastTTL() {}
-}
-dgram.createSocket = () => new SilentSocket();
+// A datagram socket that is deaf and mute.
+dgram.createSocket = () => {
+    const nothing = () => {};
+    const later = (...args) => setImmediate(args.at(-1) ?? nothing);
+    const socket = { send: later, close: later, address: () => ({ port: 0 }) };
+    for (const name of ["addMembership", "dropMembership", "setMulticastInterface",
+                        "setMulticastLoopback", "setMulticastTTL"])
+        socket[name] = nothing;
+    socket.bind = function (...args) {
+        setImmediate(() => this.emit("listening"));
+        later(...args);
+    };
+    return Object.assign(new EventEmitter(), socket);
+};
 
-// Standard output carries results only.
-console.log = console.error;
+console.log = console.error; // standard output carries results only

@@ -1,0 +1,165 @@
+// OPC UA servers and clients of another make: peers.mjs COMMAND [ARGUMENT...], see README.md.
+import "./loopback.mjs";
+
+import { createHash } from "node:crypto";
+import { once } from "node:events";
+import { mkdtempSync, readFileSync, rmSync } from "node:fs";
+import net from "node:net";
+import { tmpdir } from "node:os";
+import path from "node:path";
+import { OPCUACertificateManager } from "node-opcua-certificate-manager";
+import {
+    ApplicationType, AttributeIds, MessageSecurityMode, OPCUAClient, SecurityPolicy,
+} from "node-opcua-client";
+import { OPCUAServer, RegisterServerMethod } from "node-opcua-server";
+import { OPCUADiscoveryServer } from "node-opcua-server-discovery";
+
+const folder = mkdtempSync(path.join(tmpdir(), "kestrel-peer-"));
+process.on("exit", () => rmSync(folder, { recursive: true, force: true }));
+
+async function certificateManager(name, automaticallyAcceptUnknownCertificate = true) {
+    const manager = new OPCUACertificateManager({
+        rootFolder: path.join(folder, name),
+        automaticallyAcceptUnknownCertificate,
+        disableFileWatchers: true,
+    });
+    await manager.initialize();
+    return manager;
+}
+
+async function startServer(Server, name, certificates, options) {
+    const probe = net.createServer().listen({ port: 0 });
+    await once(probe, "listening");
+    const { port } = probe.address();
+    await new Promise((done) => probe.close(done));
+    const server = new Server({
+        port,
+        hostname: "127.0.0.1",
+        serverCertificateManager: certificates,
+        userCertificateManager: certificates,
+        nodeset_filename: [],
+        serverInfo: {
+            applicationUri: `urn:localhost:kestrel:${name.replaceAll(" ", "")}`,
+            productUri: "urn:kestrel:peer",
+            applicationName: { text: name, locale: "en" },
+        },
+        ...options,
+    });
+    const registered = options?.registerServerMethod && once(server, "serverRegistered");
+    await server.start();
+    await registered;
+    return server;
+}
+
+const clientCertificates = await certificateManager("client");
+
+// What `use` gives of a client that is connected.
+async function connected(url, use, options) {
+    const client = OPCUAClient.create({
+        endpointMustExist: false,
+        connectionStrategy: { maxRetry: 0 },
+        clientCertificateManager: clientCertificates,
+        ...options,
+    });
+    await client.connect(url);
+    const result = await use(client);
+    await client.disconnect();
+    return result;
+}
+
+const endpointsAt = (endpointUrl) =>
+    connected(endpointUrl, (client) => client.getEndpoints({ endpointUrl }));
+
+// As harrier prints it: what is null as "", bytes in hexadecimal, of an application's name the text.
+function printed(value, name) {
+    if (value === null || value === undefined) return "";
+    if (Buffer.isBuffer(value)) return value.toString("hex");
+    if (Array.isArray(value)) return value.map((element) => printed(element));
+    if (name === "applicationName") return printed(value.text);
+    if (typeof value !== "object") return value;
+    return Object.fromEntries(Object.keys(value).map((key) => [key, printed(value[key], key)]));
+}
+
+const print = (value) => process.stdout.write(`${JSON.stringify(value)}\n`);
+
+const commands = {
+    async serve() {
+        const name = "Discovery";
+        const discovery =
+            await startServer(OPCUADiscoveryServer, name, await certificateManager(name));
+        const url = discovery.getEndpointUrl();
+        // One after the other: FindServers lists them in the order in which they registered.
+        const servers = [];
+        for (const each of ["Boiler house", "Bottling line", "Water treatment"])
+            servers.push(await startServer(OPCUAServer, each, await certificateManager(each), {
+                registerServerMethod: RegisterServerMethod.LDS,
+                discoveryServerEndpointUrl: url,
+            }));
+        if (discovery.registeredServerCount !== servers.length)
+            throw new Error(`${discovery.registeredServerCount} servers registered`);
+        process.stdout.write(`READY ${url}\n`);
+        await once(process.stdin.resume(), "end");
+        for (const server of [...servers, discovery]) await server.shutdown();
+    },
+
+    async discover(endpointUrl) {
+        const all = await connected(endpointUrl, (client) => client.findServers({ endpointUrl }));
+        const servers = all.filter((one) => one.applicationType !== ApplicationType.DiscoveryServer);
+        print(await Promise.all(servers.map(async ({ applicationName, discoveryUrls: [url] }) => ({
+            type: "server",
+            name: applicationName.text,
+            url,
+            children: printed(await endpointsAt(url)),
+        }))));
+    },
+
+    async time(url, rounds) {
+        const times = [];
+        for (let i = -10; i < Number(rounds); ++i) {
+            const begin = performance.now();
+            if ((await endpointsAt(url)).length === 0) throw new Error("there are no endpoints");
+            if (i >= 0) times.push(performance.now() - begin);
+        }
+        print({ medianMs: times.sort((a, b) => a - b)[times.length >> 1] });
+    },
+
+    async session(certificateFile, privateKeyFile, applicationUri, trusted) {
+        const trust = await certificateManager("Vault", false);
+        if (trusted === "trusted") await trust.trustCertificate(readFileSync(certificateFile));
+        const server = await startServer(OPCUAServer, "Vault", trust);
+        let seen = null;
+        server.on("session_activated", ({ channel, clientDescription }) => {
+            seen = {
+                applicationUri: clientDescription.applicationUri,
+                thumbprint: createHash("sha1").update(channel.clientCertificate).digest("hex"),
+                securityMode: MessageSecurityMode[channel.securityMode],
+                securityPolicy: channel.securityPolicy,
+            };
+        });
+        let failure = null;
+        try {
+            await connected(server.getEndpointUrl(), async (client) => {
+                const session = await client.createSession();
+                const state = await session.read({ nodeId: "i=2259", attributeId: AttributeIds.Value });
+                seen.serverState = state.value.value;
+                await session.close();
+            }, {
+                applicationUri,
+                certificateFile,
+                privateKeyFile,
+                securityMode: MessageSecurityMode.SignAndEncrypt,
+                securityPolicy: SecurityPolicy.Basic256Sha256,
+            });
+        } catch (error) {
+            failure = error.message;
+        }
+        await server.shutdown();
+        print({ ...seen, failure });
+    },
+};
+
+const [command, ...args] = process.argv.slice(2);
+if (!Object.hasOwn(commands, command))
+    throw new Error(`the commands are ${Object.keys(commands).join(", ")}`);
+await commands[command](...args);
+process.exit(0);
