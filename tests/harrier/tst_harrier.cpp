@@ -44,13 +44,17 @@ struct Run
         return *window.pageTabs()->currentWidget();
     }
     QString log() const { return named<QPlainTextEdit>(window, "Log")->toPlainText(); }
-    // Clicks the entry that begins so, at or below `parent`, and opens it.
+    // Clicks the entry that begins so, at or below `parent`, once it is there, and opens it.
     QModelIndex open(const QString& text, const QModelIndex& parent = {}, bool twice = false)
     {
         QvelDiscoveryWidget& tree = *window.currentView();
-        const auto found = tree.model()->match(tree.model()->index(0, 0, parent), Qt::DisplayRole,
-                                               text, 1, Qt::MatchStartsWith | Qt::MatchRecursive);
-        if (found.isEmpty())
+        QModelIndexList found;
+        const auto find = [&] {
+            found = tree.model()->match(tree.model()->index(0, 0, parent), Qt::DisplayRole, text, 1,
+                                        Qt::MatchStartsWith | Qt::MatchRecursive);
+            return !found.isEmpty();
+        };
+        if (!QTest::qWaitFor(find, 30000))
             qFatal("no entry %s", qPrintable(text));
         tree.scrollTo(found[0]);
         const QPoint place = tree.visualRect(found[0]).center();
@@ -145,6 +149,9 @@ void tst_Harrier::connects()
         run.open(name);
         run.window.resize(1000, 700);
         QTest::mouseClick(run.window.discoveryToggle(2), Qt::LeftButton);
+        run.window.discoveryBox()->widget(2)->setFocus();
+        QVERIFY(!run.host.hasEndpoint()); // the tree with the focus is the current one
+        run.window.discoveryBox()->widget(0)->setFocus();
     }
     QVERIFY(server.stop());
 
@@ -158,8 +165,6 @@ void tst_Harrier::connects()
     QCOMPARE(kept.displayName() + kept.password(), name);
     QCOMPARE(kept.userTokenType(), OpcUa_UserTokenType_UserName);
     QCOMPARE(kept.messageSecurityMode(), OpcUa_MessageSecurityMode_Sign);
-    run.window.discoveryBox()->widget(2)->setFocus();
-    QVERIFY(!run.host.hasEndpoint()); // the tree with the focus is the current one
 }
 
 // The first start offers a certificate, the next one does not ask.
@@ -292,7 +297,8 @@ void tst_Harrier::spoiltSettings()
 {
     const QByteArray content = "this is not\na settings file\n";
     QFile file(m_file);
-    QVERIFY(file.open(QIODevice::ReadWrite) && file.write(content) && file.flush());
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content));
+    file.close();
     {
         Run run(m_file);
         QTRY_VERIFY(run.log().contains("is not a settings file"));
@@ -301,7 +307,7 @@ void tst_Harrier::spoiltSettings()
         const MainWindow second(run.host);
         QVERIFY(second.pageTabs()->currentIndex() >= 0 && second.width() > 200);
     }
-    file.seek(0);
+    QVERIFY(file.open(QIODevice::ReadOnly)); // also when it was replaced by another of its name
     QCOMPARE(file.readAll(), content);
 }
 
