@@ -23,6 +23,7 @@ bool Host::hasEndpoint() const
 void Host::setEndpoint(const QvelDiscoverySetting& endpoint)
 {
     // Goes through a copy: the record empties its description when it is assigned to itself.
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const QvelDiscoverySetting copy(endpoint);
     m_endpoint = copy;
     Q_EMIT endpointChanged(m_endpoint);

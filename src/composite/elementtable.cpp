@@ -369,6 +369,7 @@ bool ElementTable::focusNextPrevChild(bool next)
 {
     const int row = currentIndex().row();
     const bool isAtEnd = next ? row + 1 >= rows() : row <= 0;
+    // NOLINTNEXTLINE(bugprone-parent-virtual-call): not the views' own way, on which Tab stays
     return isAtEnd ? QAbstractScrollArea::focusNextPrevChild(next)
                    : QTableView::focusNextPrevChild(next);
 }

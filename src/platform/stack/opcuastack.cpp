@@ -35,10 +35,7 @@ namespace {
 
 void* allocZeroed(std::size_t count, std::size_t size)
 {
-    void* block = OpcUa_Memory_Alloc(count * size);
-    if (block)
-        std::memset(block, 0, count * size);
-    return block;
+    return std::calloc(count ? count : 1, size);
 }
 
 // Strings and byte strings differ by the terminating NUL only.
@@ -394,7 +391,7 @@ bool OpcUa_Variant_Equal(const OpcUa_Variant* a, const OpcUa_Variant* b)
         if (ma.NoOfDimensions != mb.NoOfDimensions || !ma.Dimensions != !mb.Dimensions ||
             (ma.Dimensions && ma.NoOfDimensions > 0 &&
              std::memcmp(ma.Dimensions, mb.Dimensions,
-                         std::size_t(ma.NoOfDimensions) * sizeof(OpcUa_UInt32))))
+                         std::size_t(ma.NoOfDimensions) * sizeof(OpcUa_UInt32)) != 0))
             return false;
     }
     const OpcUaElements ea = opcUaElements(*a);
