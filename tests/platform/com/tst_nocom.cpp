@@ -10,10 +10,7 @@ private Q_SLOTS:
     void noClassIsRegistered()
     {
         QList<quint32> failures;
-        const auto failed = [&](comsurface::ComCall call, std::uint32_t code) {
-            QCOMPARE(call, comsurface::ComCall::CoCreateInstanceEx);
-            failures << code;
-        };
+        const auto failed = [&](comsurface::ComCall, std::uint32_t code) { failures << code; };
         for (const char16_t* host : {u"", u"plant7"})
             QVERIFY(comsurface::enumerateComServers(host, comsurface::ComServerKind::DataAccess,
                                                     failed, [] { return false; })

@@ -87,7 +87,6 @@ private Q_SLOTS:
     void endInterruptsAndDropsTheQueue()
     {
         const auto unwanted = [] { qFatal("a queued job was executed"); };
-        std::atomic<int> kept = 0;
         UaThreadPool(1, 3); // has nothing to end
         {
             UaThreadPool pool(10, 30);
@@ -97,9 +96,7 @@ private Q_SLOTS:
                     pool.addJob(new Job([&] {
                         while (!QThread::currentThread()->isInterruptionRequested())
                             QThread::msleep(1);
-                        const auto data = std::make_shared<int>();
-                        pool.addJob(new Job([data, unwanted] { unwanted(); }));
-                        kept += int(data.use_count()) - 1; // deleted at once
+                        pool.addJob(new Job(unwanted));
                     }));
                 });
             for (std::thread& source : sources)
@@ -111,7 +108,6 @@ private Q_SLOTS:
         }
         QCOMPARE(executed, 30);
         QCOMPARE(deleted, 1060);
-        QCOMPARE(kept, 0);
     }
 };
 
