@@ -210,12 +210,12 @@ void reportAdding(Figures& figures)
             });
         },
         [] {
-            BareView bare(million);
-            bare.view.show();
+            BareView other(million);
+            other.view.show();
             QCoreApplication::processEvents();
             return milliseconds([&] {
                 for (int i = 0; i < clicks; ++i) {
-                    bare.model.append();
+                    other.model.append();
                     QCoreApplication::processEvents();
                 }
             });
@@ -324,13 +324,13 @@ void reportReshaping(Figures& figures)
             });
         },
         [] {
-            BareView bare(million);
-            bare.view.show();
+            BareView other(million);
+            other.view.show();
             settle();
             return cpuMilliseconds([&] {
-                bare.model.reset();
+                other.model.reset();
                 // New lengths are new labels, which a reset alone does not paint again.
-                bare.view.verticalHeader()->viewport()->update();
+                other.view.verticalHeader()->viewport()->update();
                 settle();
             });
         });
