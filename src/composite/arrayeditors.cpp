@@ -157,7 +157,7 @@ void QvelDialogWidgetArray::change(bool (QvelArrayModel::*change)())
 
 void QvelDialogWidgetArray::sltValueChanged()
 {
-    Q_EMIT valueChanged(value(nullptr));
+    Q_EMIT valueChanged(value());
 }
 
 QvelEditWidgetArray::QvelEditWidgetArray(QvelEditWidgetFlags flags, QWidget* parent,
@@ -201,7 +201,7 @@ void QvelEditWidgetArray::setWritesOnlyChanges(bool onlyChanges)
 void QvelEditWidgetArray::sltDialogWidgetAccepted()
 {
     d->take();
-    Q_EMIT valueChanged(value(nullptr));
+    Q_EMIT valueChanged(value());
 }
 
 void QvelEditWidgetArray::sltDialogWidgetRejected()

@@ -41,12 +41,13 @@ private:
 class KESTREL_EXPORT QvelDialogWidgetArray : public QvelDialogWidgetBase
 {
     Q_OBJECT
+    Q_PROPERTY(UaVariant value READ value WRITE setValue NOTIFY valueChanged USER true)
 public:
     explicit QvelDialogWidgetArray(const UaVariant& value, QvelDialogWidgetFlags flags = {},
                                    QWidget* parent = nullptr, Qt::WindowFlags windowFlags = {});
     ~QvelDialogWidgetArray() override;
 
-    UaVariant value(bool* ok) const override;
+    UaVariant value(bool* ok = nullptr) const override;
     void setValue(const UaVariant& value) override;
     /// `length` null values of a type. Nothing for type 0, or without memory.
     void setInitialValue(OpcUa_Byte builtInType, OpcUa_UInt32 length);
@@ -77,13 +78,14 @@ private:
 class KESTREL_EXPORT QvelEditWidgetArray : public QvelEditWidgetBase
 {
     Q_OBJECT
+    Q_PROPERTY(UaVariant value READ value WRITE setValue NOTIFY valueChanged USER true)
 public:
     explicit QvelEditWidgetArray(QvelEditWidgetFlags flags = {}, QWidget* parent = nullptr,
                                  Qt::WindowFlags windowFlags = {});
     ~QvelEditWidgetArray() override;
 
     /// What the dialog holds, also while it is open.
-    UaVariant value(bool* ok) const override;
+    UaVariant value(bool* ok = nullptr) const override;
     void setValue(const UaVariant& value) override;
     /// As the dialog's.
     void setInitialValue(OpcUa_Byte builtInType, OpcUa_UInt32 length);

@@ -126,7 +126,7 @@ public:
     /// Makes the dialog's value the last accepted one.
     void take()
     {
-        m_value = m_dialog->value(nullptr);
+        m_value = m_dialog->value();
         if (m_showsEnum)
             return;
         showWhole(m_edit, textFromUtf8(m_value.toFullString().bytes()));

@@ -207,7 +207,7 @@ void QvelDialogWidgetMatrix::askForDimensions()
 
 void QvelDialogWidgetMatrix::sltValueChanged()
 {
-    Q_EMIT valueChanged(value(nullptr));
+    Q_EMIT valueChanged(value());
 }
 
 QvelEditWidgetMatrix::QvelEditWidgetMatrix(QvelEditWidgetFlags flags, QWidget* parent,
@@ -253,7 +253,7 @@ void QvelEditWidgetMatrix::setWritesOnlyChanges(bool onlyChanges)
 void QvelEditWidgetMatrix::sltDialogWidgetAccepted()
 {
     d->take();
-    Q_EMIT valueChanged(value(nullptr));
+    Q_EMIT valueChanged(value());
 }
 
 void QvelEditWidgetMatrix::sltDialogWidgetRejected()

@@ -48,12 +48,13 @@ private:
 class KESTREL_EXPORT QvelDialogWidgetMatrix : public QvelDialogWidgetBase
 {
     Q_OBJECT
+    Q_PROPERTY(UaVariant value READ value WRITE setValue NOTIFY valueChanged USER true)
 public:
     explicit QvelDialogWidgetMatrix(const UaVariant& value, QvelDialogWidgetFlags flags = {},
                                     QWidget* parent = nullptr, Qt::WindowFlags windowFlags = {});
     ~QvelDialogWidgetMatrix() override;
 
-    UaVariant value(bool* ok) const override;
+    UaVariant value(bool* ok = nullptr) const override;
     void setValue(const UaVariant& value) override;
     /// Null values of a type, in the given lengths. Nothing for type 0, or without memory.
     void setInitialValue(OpcUa_Byte builtInType, const UaStackTypeArray<OpcUa_UInt32>& dimensions);
@@ -83,13 +84,14 @@ private:
 class KESTREL_EXPORT QvelEditWidgetMatrix : public QvelEditWidgetBase
 {
     Q_OBJECT
+    Q_PROPERTY(UaVariant value READ value WRITE setValue NOTIFY valueChanged USER true)
 public:
     explicit QvelEditWidgetMatrix(QvelEditWidgetFlags flags = {}, QWidget* parent = nullptr,
                                   Qt::WindowFlags windowFlags = {});
     ~QvelEditWidgetMatrix() override;
 
     /// What the dialog holds, also while it is open.
-    UaVariant value(bool* ok) const override;
+    UaVariant value(bool* ok = nullptr) const override;
     void setValue(const UaVariant& value) override;
     /// As the dialog's.
     void setInitialValue(OpcUa_Byte builtInType, const UaStackTypeArray<OpcUa_UInt32>& dimensions);

@@ -170,5 +170,5 @@ void QvelWidgetVariant::sltArrayTypeChanged(int /*iIndex*/)
 
 void QvelWidgetVariant::sltValueChanged()
 {
-    Q_EMIT valueChanged(value(nullptr));
+    Q_EMIT valueChanged(value());
 }

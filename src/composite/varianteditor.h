@@ -21,7 +21,7 @@ public:
                                Qt::WindowFlags windowFlags = {});
     ~QvelWidgetVariant() override;
 
-    UaVariant value(bool* ok) const override;
+    UaVariant value(bool* ok = nullptr) const override;
     /// Chooses the value's types and shows it. A type that is not offered leaves no choice.
     void setValue(const UaVariant& value) override;
 
