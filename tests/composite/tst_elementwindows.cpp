@@ -2,8 +2,6 @@
 
 #include "elementcases.h"
 
-#include <QtWidgets/QVBoxLayout>
-
 class ElementWindowsTest : public QObject
 {
     Q_OBJECT
@@ -12,53 +10,55 @@ private Q_SLOTS:
     // A dialog stays where it was opened, and a cell's dialog at its cell.
     void stayInPlace()
     {
-        for (int round = 0; round < 4; ++round) {
-            QWidget host;
-            auto* layout = new QVBoxLayout(&host);
+        for (OpcUa_UInt32 rows : {5, 15, 25, 35}) {
             QvelEditWidgetArray field;
-            layout->addWidget(&field);
-            field.setInitialValue(OpcUaType_NodeId, OpcUa_UInt32(5 + 10 * round));
-            host.setGeometry(300, 200, 400, 80);
-            host.show();
-            QVERIFY(QTest::qWaitForWindowActive(&host));
+            field.setInitialValue(OpcUaType_NodeId, rows);
+            field.setGeometry(300, 200, 400, 80);
+            field.show();
+            QVERIFY(QTest::qWaitForWindowActive(&field));
             QTest::qWait(100);
-            auto* line = field.findChild<QLineEdit*>();
-            const QPoint place = field.mapToGlobal(line->pos());
-            inDialog(&field, [&](const Parts& parts) {
+            const QPoint place = field.mapToGlobal(field.findChild<QLineEdit*>()->pos());
+            QVERIFY(inDialog(&field, [&](const Parts& parts) {
                 const QSize size = parts.dialog->size();
                 QTest::qWait(300);
                 QCOMPARE(parts.dialog->frameGeometry().topLeft(), place);
                 QCOMPARE(parts.dialog->size(), size);
                 QVERIFY(parts.open(3));
-                const QPointer<QWidget> editor = parts.editor(3);
                 const QPoint cell = parts.table->viewport()->mapToGlobal(
                     parts.table->visualRect(parts.cell(3)).topLeft());
                 QTest::qWait(300);
-                QCOMPARE(editor->frameGeometry().topLeft(), cell);
-                QVERIFY(editor->isActiveWindow());
-                QTest::keyClick(editor, Qt::Key_Escape);
+                QCOMPARE(parts.editor(3)->frameGeometry().topLeft(), cell);
+                QVERIFY(parts.editor(3)->isActiveWindow());
+                QTest::keyClick(parts.editor(3), Qt::Key_Escape);
                 QVERIFY(QTest::qWaitFor([&] { return parts.table->hasFocus(); }));
-            });
+            }));
         }
     }
 
-    // An edit, and a size that the user gave, outlive being minimised.
+    // An edit, in a cell or in a dialog at it, and a size that the user gave, outlive being
+    // minimised.
     void areMinimised()
     {
-        QvelDialogWidgetArray dialog(zeros(OpcUaType_ByteString, 30));
-        dialog.show();
-        QVERIFY(QTest::qWaitForWindowActive(&dialog));
-        const Parts parts(&dialog);
-        dialog.resize(dialog.width(), 200);
-        QTest::keyClicks(parts.open(1), "0aff");
-        dialog.showMinimized();
-        QTest::qWait(300);
-        dialog.showNormal();
-        QTest::qWait(300);
-        QCOMPARE(dialog.height(), 200);
-        QTest::keyClick(QApplication::focusWidget() ? QApplication::focusWidget() : parts.table,
-                        Qt::Key_Return);
-        QTRY_COMPARE(parts.text(1), QString("0a ff"));
+        for (auto [type, keys] :
+             {std::pair(OpcUaType_ByteString, "0aff"), {OpcUaType_NodeId, "85"}}) {
+            QvelDialogWidgetArray dialog(zeros(type, 30));
+            dialog.show();
+            QVERIFY(QTest::qWaitForWindowActive(&dialog));
+            const Parts parts(&dialog);
+            dialog.resize(dialog.width(), 200);
+            QTest::keyClicks(parts.open(1), keys);
+            const QPointer<QWidget> editor = parts.editor(1);
+            dialog.showMinimized();
+            QTest::qWait(300);
+            dialog.showNormal();
+            QTest::qWait(300);
+            QCOMPARE(dialog.height(), 200);
+            // Qt writes what is in a cell when its window is left.
+            QVERIFY(editor || type == OpcUaType_ByteString);
+            if (editor)
+                QTest::keyClick(editor->focusWidget(), Qt::Key_Return);
+            QTRY_COMPARE(parts.text(1).remove(' '), QString(keys));
+        }
     }
 };
 
