@@ -51,8 +51,18 @@ class tst_CertificateStore : public QObject
     Q_OBJECT
 public Q_SLOTS:
     void open(const QUrl& url) { m_opened.append(url.toLocalFile()); } // as the desktop would
+    static void initMain()
+    {
+        qputenv("TZ", "UTC+1"); // which is an hour behind
+        qputenv("QT_SCALE_FACTOR", "2");
+        QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    }
 private Q_SLOTS:
-    void initTestCase();
+    void initTestCase()
+    {
+        QDesktopServices::setUrlHandler("file", this, "open");
+        qApp->installEventFilter(this);
+    }
     void init();
     void cleanup();
     void cleanupTestCase() { QDesktopServices::unsetUrlHandler("file"); }
@@ -64,7 +74,6 @@ private Q_SLOTS:
     void opens();
     void copies();
     void creates();
-    void createFails();
     void deletedMeanwhile();
 
 private:
@@ -95,14 +104,6 @@ private:
     QStringList m_entries; // of the menu; those that are disabled in parentheses
     int m_deletedIn = 0;
 };
-
-void tst_CertificateStore::initTestCase()
-{
-    qputenv("TZ", "UTC+1"); // which is an hour behind
-    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
-    QDesktopServices::setUrlHandler("file", this, "open");
-    qApp->installEventFilter(this);
-}
 
 void tst_CertificateStore::init()
 {
@@ -192,9 +193,9 @@ void tst_CertificateStore::states()
         image.setDevicePixelRatio(1);
         QImage expected(image.size(), QImage::Format_ARGB32_Premultiplied);
         expected.fill(Qt::blue);
-        if (*overlay) { // at 200 % by the picture for it
+        if (*overlay) { // by the picture for 200 %
             const QIcon picture(QString(":/kestrel/images/overlay_%1.png").arg(overlay));
-            QCOMPARE(picture.pixmap(16, 16).width(), 16 * qApp->devicePixelRatio());
+            QCOMPARE(picture.pixmap(16, 16).width(), 32);
             QPainter painter(&expected);
             painter.setRenderHint(QPainter::SmoothPixmapTransform);
             painter.drawImage(expected.rect(), picture.pixmap(16, 16).toImage());
@@ -404,89 +405,86 @@ void tst_CertificateStore::copies()
     QCOMPARE(m_store->content("rejected/r.der"), fixture("issued.der"));
 }
 
-// From the old certificate's data, by way of some that will not do.
+// From the old certificate's data, by way of some that will not do. The file that cannot be
+// written, if any, and why, or how it ends; whether there is no old certificate.
 void tst_CertificateStore::creates()
 {
-    makeManager();
-    m_manager->setRSAKeyStrengths({1024, 2048, 3072});
-    m_manager->setClockTolerance(300);
-    QStringList texts;
-    ModalUser user([&](QDialog* dialog) {
-        for (const char* name :
-             {"txtCommonName", "txtOrganization", "txtOrganizationUnit", "txtLocality", "txtState",
-              "txtCountry", "txtURI", "txtIP", "txtDNS"})
-            texts.append(input(dialog, name)->text());
-        texts.append(dialog->findChild<QComboBox*>("cmbRSAKeyStrength")->currentText());
-        static_cast<QvelNewCertificateDlg*>(dialog)->setURI("urn:My App");
-        input(dialog, "txtOrganization")->setText("New");
-        input(dialog, "txtIP")->setText("somewhere");
-        dialog->findChild<QCheckBox*>("chkPassword")->setChecked(true);
-        for (const char* name : {"txtPassword", "txtPasswordRepeat"})
-            input(dialog, name)->setText("sécret");
-        QTimer::singleShot(0, dialog, [&texts, dialog] { // it is back
-            texts.append(dialog->focusWidget() == input(dialog, "txtIP") ? "focused" : "");
-            texts.append(input(dialog, "txtOrganization")->text());
-            input(dialog, "txtIP")->setText("::1");
-            press(dialog, QDialogButtonBox::Ok);
-            dialog->hide(); // in any case
-        });
-        press(dialog, QDialogButtonBox::Ok);
-    });
-    act("own.der", "Create New...");
-    QCOMPARE(user.seen, QStringList("QvelNewCertificateDlg|New Application Instance Certificate"));
-    QCOMPARE(texts.join('|'), "Plant Client|Kestrel Works|Tools|Town|Shire|GB|urn:plant:kestrel:"
-                              "demo|192.0.2.7|plant.example|2048 bits|focused|New");
-    const auto own = UaPkiCertificate::fromDER(UaByteString(m_store->content("trusted/own.der")));
-    QCOMPARE(own.issuer().organization.bytes() + own.info().applicationUri.bytes(),
-             "Newurn:My%20App");
-    QCOMPARE(own.info().validitySeconds, 365 * 86400 + 300);
-    QCOMPARE(current(), "own.der");
-    QProcess openssl; // reads the key by its password
-    openssl.start("openssl", {"pkey", "-pubout", "-outform", "DER", "-in", path("own/own.pem"),
-                              "-passin", "pass:sécret"});
-    QVERIFY2(openssl.waitForFinished() && openssl.exitCode() == 0, openssl.readAllStandardError());
-    QVERIFY(own.toDER().bytes().contains(openssl.readAllStandardOutput()));
-    QVERIFY(m_store->content("own/own.pem").contains("ENCRYPTED"));
-    QVERIFY(m_manager->findChildren<QvelNewCertificateDlg*>().isEmpty());
-}
-
-// The file that cannot be written, if not the user gives up, why, and whether there is none yet.
-void tst_CertificateStore::createFails()
-{
+    const auto contents = [this] {
+        return m_store->files().join(' ').toUtf8() + m_store->content("trusted/own.der") +
+               m_store->content("own/own.pem");
+    };
     for (const QString row :
          {"trusted/own.der|Permission denied|", "own/own.pem|Permission denied|",
           "own/own.pem|Operation not permitted|", "own/own.pem|Operation not permitted|first",
-          "||"}) {
+          "|cancelled|", "|done|"}) {
         const QString file = row.section('|', 0, 0), reason = row.section('|', 1, 1);
         const bool foreign = reason == "Operation not permitted"; // to replace somebody else's file
+        const bool isFirst = row.endsWith("first");
         if (foreign && getuid() != 0)
             continue;
         init();
-        if (row.endsWith("first"))
+        if (isFirst)
             QFile::remove(path("trusted/own.der"));
         makeManager();
+        m_manager->setRSAKeyStrengths({1024, 2048, 3072});
+        m_manager->setClockTolerance(300);
         beRoot(true);
         if (foreign)
             for (const char* name : {"own", "own/own.pem"})
                 QCOMPARE(chown(qPrintable(path(name)), 0, 0), 0);
-        chmod(qPrintable(path(file.section('/', 0, 0))), foreign ? 01777 : 0555);
-        beRoot(false);
-        const auto contents = [this] {
-            return m_store->files().join(' ').toUtf8() + m_store->content("trusted/own.der") +
-                   m_store->content("own/own.pem");
-        };
-        const QByteArray before = contents();
-        ModalUser user([&](QDialog* dialog) {
-            for (const char* name : {"txtOrganization", "txtLocality", "txtState", "txtCountry"})
-                input(dialog, name)->setText("AT");
-            press(dialog, file.isEmpty() ? QDialogButtonBox::Cancel : QDialogButtonBox::Ok);
-        });
-        act({}, "pushButton_CreateNewCertificate");
-        QCOMPARE(user.seen.size(), file.isEmpty() ? 1 : 2);
         if (!file.isEmpty())
-            QCOMPARE(user.seen.last(),
-                     "W|CertificateManager|Could not write " + path(file) + ": " + reason + "|OK");
-        QCOMPARE(contents(), before);
+            chmod(qPrintable(path(file.section('/', 0, 0))), foreign ? 01777 : 0555);
+        beRoot(false);
+        const QByteArray before = contents();
+        QStringList texts;
+        ModalUser user([&](QDialog* dialog) {
+            for (const char* name :
+                 {"txtCommonName", "txtURI", "txtOrganization", "txtOrganizationUnit",
+                  "txtLocality", "txtState", "txtCountry", "txtIP", "txtDNS"}) {
+                texts.append(input(dialog, name)->text());
+                if (texts.size() > 2)
+                    input(dialog, name)->setText("AT");
+            }
+            texts.append(dialog->findChild<QComboBox*>("cmbRSAKeyStrength")->currentText());
+            static_cast<QvelNewCertificateDlg*>(dialog)->setURI("urn:My App");
+            dialog->findChild<QCheckBox*>("chkPassword")->setChecked(true);
+            for (const char* name : {"txtPassword", "txtPasswordRepeat"})
+                input(dialog, name)->setText("sécret");
+            if (reason == "cancelled")
+                return press(dialog, QDialogButtonBox::Cancel);
+            QTimer::singleShot(0, dialog, [&texts, dialog] { // it is back
+                texts.append(dialog->focusWidget() == input(dialog, "txtIP") ? "focused" : "");
+                texts.append(input(dialog, "txtOrganization")->text());
+                input(dialog, "txtIP")->setText("::1");
+                press(dialog, QDialogButtonBox::Ok);
+                dialog->hide(); // in any case
+            });
+            press(dialog, QDialogButtonBox::Ok);
+        });
+        act("own.der", isFirst ? "pushButton_CreateNewCertificate" : "Create New...");
+        QString seen = "QvelNewCertificateDlg|New Application Instance Certificate";
+        if (!file.isEmpty())
+            seen += "\nW|CertificateManager|Could not write " + path(file) + ": " + reason + "|OK";
+        QCOMPARE(user.seen.join('\n'), seen);
+        QVERIFY(m_manager->findChildren<QvelNewCertificateDlg*>().isEmpty());
+        QVERIFY(isFirst || current() == "own.der");
+        QVERIFY((contents() == before) == (reason != "done"));
+        if (reason != "done")
+            continue;
+        QCOMPARE(texts.join('|'),
+                 "Plant Client|urn:plant:kestrel:demo|Kestrel Works|Tools|Town|Shire|"
+                 "GB|192.0.2.7|plant.example|2048 bits|focused|AT");
+        const auto own =
+            UaPkiCertificate::fromDER(UaByteString(m_store->content("trusted/own.der")));
+        QCOMPARE(own.issuer().organization.bytes() + own.info().applicationUri.bytes(),
+                 "ATurn:My%20App");
+        QCOMPARE(own.info().validitySeconds, 365 * 86400 + 300);
+        QProcess openssl; // reads the key by its password
+        openssl.start("openssl", {"pkey", "-pubout", "-outform", "DER", "-in", path("own/own.pem"),
+                                  "-passin", "pass:sécret"});
+        QVERIFY(openssl.waitForFinished() && openssl.exitCode() == 0);
+        QVERIFY(own.toDER().bytes().contains(openssl.readAllStandardOutput()));
+        QVERIFY(m_store->content("own/own.pem").contains("ENCRYPTED"));
     }
 }
 
