@@ -446,6 +446,7 @@ private Q_SLOTS:
         if (valid && type < 0) { // read and set again, it is spelled as the editors spell it
             e.setValue(value);
             QVERIFY(line->text() == line->text().toLower() && e.value() == value);
+            QVERIFY(value.type() != OpcUaType_StatusCode || line->text().size() == 10);
         }
     }
 

@@ -268,6 +268,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, type);
         const bool isHex = type == "ByteString";
         Field field(type);
+        const ModalUser user; // of a box that there should not be
         for (int length : {250'000, 250'001, 8'000'000, 250'000}) {
             const V value = typedValue(type, QByteArray(isHex ? (length + 1) / 2 : length, 'a'));
             field.setValue(value);
