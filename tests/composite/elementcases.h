@@ -22,11 +22,8 @@
 #include <Kestrel/UaString>
 
 #include <QtWidgets/QComboBox>
-#include <QtWidgets/QDialogButtonBox>
 #include <QtWidgets/QInputDialog>
-#include <QtWidgets/QLabel>
 #include <QtWidgets/QLineEdit>
-#include <QtWidgets/QPushButton>
 #include <QtWidgets/QTableView>
 #include <QtWidgets/QToolButton>
 
@@ -131,10 +128,6 @@ struct Parts
                 return button;
         }
         return nullptr;
-    }
-    QPushButton* write() const
-    {
-        return dialog->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok);
     }
     QModelIndex cell(int row) const { return model->index(row, 0); }
     QString text(int row) const { return cell(row).data().toString(); }

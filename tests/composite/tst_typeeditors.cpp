@@ -8,6 +8,7 @@
 #include <QtGui/QStandardItemModel>
 #include <QtWidgets/QDoubleSpinBox>
 #include <QtWidgets/QGridLayout>
+#include <QtWidgets/QLabel>
 
 namespace {
 
@@ -87,6 +88,42 @@ UaVariant valueOf(int type)
 class TypeEditorsTest : public QObject
 {
     Q_OBJECT
+
+    void choose(int type, int arrayType)
+    {
+        const QList<QByteArray> widgets = {editorsOf(type).second, "QvelEditWidgetArray",
+                                           "QvelEditWidgetMatrix"};
+        // By choice: each box tells once, of the empty value of the new widget.
+        Form form;
+        auto* box = form.at<QComboBox>(0);
+        QCOMPARE(box->itemText(type), QString(type ? elementCases().at(type - 1).name : "Null"));
+        QCOMPARE(box->itemData(type).toInt(), type);
+        box->setCurrentIndex(type);
+        form.at<QComboBox>(1)->setCurrentIndex(arrayType);
+        QCOMPARE(form.changed.size(), (type != 0) + (arrayType != 0));
+        QCOMPARE(QByteArray(form.at(2)->metaObject()->className()), widgets.at(arrayType));
+        bool ok = false;
+        const UaVariant empty = form.editor.value(&ok);
+        const bool needsInput = (type >= OpcUaType_SByte && type <= OpcUaType_UInt64) ||
+                                type == OpcUaType_Guid || type == OpcUaType_StatusCode;
+        if (arrayType)
+            QVERIFY(ok && empty == (type ? zeros(type, 0, arrayType == 2) : UaVariant()));
+        else if (type != OpcUaType_NodeId && type != OpcUaType_ExpandedNodeId)
+            QCOMPARE(ok, type && !needsInput);
+
+        // By value: what goes in comes out.
+        UaVariant value = arrayType && type ? zeros(type, 2, arrayType == 2) : valueOf(type);
+        if (type == OpcUaType_Double && !arrayType)
+            value.setDouble(1.25);
+        Form shown;
+        shown.editor.setValue(value);
+        QVERIFY(shown.editor.value(&ok) == value);
+        QCOMPARE(ok, type != 0);
+        if (value.arrayType() || (type && type < OpcUaType_NodeId))
+            QCOMPARE(shown.changed.size(), 2); // the boxes, or one and the text
+        if (!shown.changed.isEmpty() && !arrayType)
+            QVERIFY(shown.changed.last().at(0).value<UaVariant>() == value);
+    }
 
 private Q_SLOTS:
     void init() { failOnWarnings(); }
@@ -188,51 +225,14 @@ private Q_SLOTS:
         }
     }
 
-    void choices_data()
-    {
-        QTest::addColumn<int>("type");
-        QTest::addColumn<int>("arrayType");
-        for (int type = 0; type < 22; ++type) {
-            for (int arrayType = 0; arrayType < 3; ++arrayType)
-                QTest::addRow("%d %d", type, arrayType) << type << arrayType;
-        }
-    }
     void choices()
     {
-        QFETCH(int, type);
-        QFETCH(int, arrayType);
-        const QList<QByteArray> widgets = {editorsOf(type).second, "QvelEditWidgetArray",
-                                           "QvelEditWidgetMatrix"};
-        // By choice: each box tells once, of the empty value of the new widget.
-        Form form;
-        auto* box = form.at<QComboBox>(0);
-        QCOMPARE(box->itemText(type), QString(type ? elementCases().at(type - 1).name : "Null"));
-        QCOMPARE(box->itemData(type).toInt(), type);
-        box->setCurrentIndex(type);
-        form.at<QComboBox>(1)->setCurrentIndex(arrayType);
-        QCOMPARE(form.changed.size(), (type != 0) + (arrayType != 0));
-        QCOMPARE(QByteArray(form.at(2)->metaObject()->className()), widgets.at(arrayType));
-        bool ok = false;
-        const UaVariant empty = form.editor.value(&ok);
-        const bool needsInput = (type >= OpcUaType_SByte && type <= OpcUaType_UInt64) ||
-                                type == OpcUaType_Guid || type == OpcUaType_StatusCode;
-        if (arrayType)
-            QVERIFY(ok && empty == (type ? zeros(type, 0, arrayType == 2) : UaVariant()));
-        else if (type != OpcUaType_NodeId && type != OpcUaType_ExpandedNodeId)
-            QCOMPARE(ok, type && !needsInput);
-
-        // By value: what goes in comes out.
-        UaVariant value = arrayType && type ? zeros(type, 2, arrayType == 2) : valueOf(type);
-        if (type == OpcUaType_Double && !arrayType)
-            value.setDouble(1.25);
-        Form shown;
-        shown.editor.setValue(value);
-        QVERIFY(shown.editor.value(&ok) == value);
-        QCOMPARE(ok, type != 0);
-        if (value.arrayType() || (type && type < OpcUaType_NodeId))
-            QCOMPARE(shown.changed.size(), 2); // the boxes, or one and the text
-        if (!shown.changed.isEmpty() && !arrayType)
-            QVERIFY(shown.changed.last().at(0).value<UaVariant>() == value);
+        for (int type = 0; type < 22; ++type) {
+            for (int arrayType = 0; arrayType < 3; ++arrayType)
+                choose(type, arrayType);
+            if (QTest::currentTestFailed())
+                QFAIL(QByteArray::number(type));
+        }
     }
 
     void typing_data()
