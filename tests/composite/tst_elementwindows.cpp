@@ -35,8 +35,7 @@ private Q_SLOTS:
         }
     }
 
-    // An edit, in a cell or in a dialog at it, and a size that the user gave, outlive being
-    // minimised.
+    // An edit, and a size that the user gave, outlive being minimised, and so does a cell's dialog.
     void areMinimised()
     {
         for (auto [type, keys] :
@@ -48,13 +47,13 @@ private Q_SLOTS:
             dialog.resize(dialog.width(), 200);
             QTest::keyClicks(parts.open(1), keys);
             const QPointer<QWidget> editor = parts.editor(1);
-            dialog.showMinimized();
+            QWidget* window = editor->isWindow() ? editor.data() : &dialog;
+            window->showMinimized();
             QTest::qWait(300);
-            dialog.showNormal();
+            QVERIFY(editor || window == &dialog); // Qt writes what is in a cell that is left
+            window->showNormal();
             QTest::qWait(300);
             QCOMPARE(dialog.height(), 200);
-            // Qt writes what is in a cell when its window is left.
-            QVERIFY(editor || type == OpcUaType_ByteString);
             if (editor)
                 QTest::keyClick(editor->focusWidget(), Qt::Key_Return);
             QTRY_COMPARE(parts.text(1).remove(' '), QString(keys));
