@@ -46,7 +46,6 @@ void ElementDialog::layOut(QVBoxLayout* layout, QDialogButtonBox* box, QvelEleme
         QWidget::setTabOrder(last, next);
         last = next;
     }
-    table->setFocus();
 
     const auto flags = m_dialog->flags();
     for (QAbstractButton* button : m_buttons)
