@@ -14,8 +14,6 @@
 #include <QtWidgets/QPlainTextEdit>
 #include <QtWidgets/QVBoxLayout>
 
-#include <cstring>
-
 namespace {
 
 constexpr int maxText = 100'000; // characters that are shown of a value
@@ -33,90 +31,50 @@ QvelEnumInfo noNames()
     return QvelEnumInfo();
 }
 
-// Memory for the elements of an array, all of them null values.
-template <class Element>
-Element* allocate(OpcUa_Variant* array, OpcUa_Int32 length)
-{
-    const std::size_t size = std::size_t(length) * sizeof(Element);
-    void* elements = OpcUa_Memory_ReAlloc(array->Value.Array.Elements, size);
-    if (!elements)
-        return nullptr;
-    std::memset(elements, 0, size);
-    array->Value.Array.Elements = elements;
-    array->Value.Array.Length = length;
-    return static_cast<Element*>(elements);
-}
-
 UaVariant integers(OpcUa_Int32 length)
 {
+    QList<OpcUa_Int32> numbers(length);
+    for (OpcUa_Int32 i = 0; i < length; ++i)
+        numbers[i] = i % 4;
     UaVariant value;
-    value.setEmptyArray(OpcUaType_Int32);
-    if (auto* elements = allocate<OpcUa_Int32>(value.detach(), length)) {
-        for (OpcUa_Int32 i = 0; i < length; ++i)
-            elements[i] = i % 4;
-    }
+    value.setInt32Array(numbers);
     return value;
 }
 
 UaVariant texts()
 {
     UaVariant value;
-    value.setEmptyArray(OpcUaType_String);
-    const char* names[] = {"Pump", "Valve", "Boiler\nhouse 3"};
-    if (auto* elements = allocate<OpcUa_String>(value.detach(), 3)) {
-        for (int i = 0; i < 3; ++i)
-            UaString(names[i]).copyTo(&elements[i]);
-    }
+    value.setStringArray({"Pump", "Valve", "Boiler\nhouse 3"});
     return value;
 }
 
-// The elements of an array, given lengths.
 UaVariant matrix()
 {
-    UaVariant array;
-    array.setEmptyArray(OpcUaType_Double);
-    auto* elements = allocate<OpcUa_Double>(array.detach(), 6);
-    auto* lengths = static_cast<OpcUa_UInt32*>(OpcUa_Memory_Alloc(2 * sizeof(OpcUa_UInt32)));
-    if (!elements || !lengths) {
-        OpcUa_Memory_Free(lengths);
-        return UaVariant();
-    }
-    for (int i = 0; i < 6; ++i)
-        elements[i] = 1.5 * i;
-    lengths[0] = 2;
-    lengths[1] = 3;
-    OpcUa_Variant* variant = array.detach();
-    variant->ArrayType = OpcUa_VariantArrayType_Matrix;
-    variant->Value.Matrix = {2, lengths, elements};
-    return array;
+    UaVariant value;
+    return value.setDoubleMatrix({0, 1.5, 3, 4.5, 6, 7.5}, {2, 3}) ? value : UaVariant();
 }
 
-// An array of Variants: a number, and an array in an element.
+// A number, and an array in an element.
 UaVariant nested()
 {
     UaVariant value;
-    value.setEmptyArray(OpcUaType_Variant);
-    if (auto* elements = allocate<OpcUa_Variant>(value.detach(), 2)) {
-        OpcUa_Variant_CopyTo(UaVariant(OpcUa_Int32(7)), &elements[0]);
-        OpcUa_Variant_CopyTo(integers(3), &elements[1]);
-    }
+    value.setVariantArray({UaVariant(OpcUa_Int32(7)), integers(3)});
     return value;
 }
 
 UaVariant dataValues()
 {
+    const UaVariant number(OpcUa_Int32(7));
+    OpcUa_DataValue known = {};
+    known.Value = *number;
     UaVariant value;
-    value.setEmptyArray(OpcUaType_DataValue);
-    if (auto* elements = allocate<OpcUa_DataValue>(value.detach(), 2))
-        OpcUa_Variant_CopyTo(UaVariant(OpcUa_Int32(7)), &elements[0].Value);
+    value.setDataValueArray({known, {}});
     return value;
 }
 
 UaVariant scalar()
 {
-    UaVariant value;
-    value.setString(UaString("Water treatment, line 3"));
-    return value;
+    return UaVariant("Water treatment, line 3");
 }
 
 QvelEnumInfo valveStates()
@@ -233,5 +191,5 @@ void WriteValuePage::showValue()
         type = tr("%1 of %n element(s)", nullptr, value.arraySize()).arg(type);
     m_type->setText(type);
     m_ok->setText(ok ? tr("ok") : tr("not valid"));
-    m_text->setPlainText(QString::fromUtf8(value.toFullString().toUtf8()).left(maxText));
+    m_text->setPlainText(value.toFullString().toQString().left(maxText));
 }

@@ -2,6 +2,7 @@
 
 #include "base/editorbases.h"
 #include "base/linehints_p.h"
+#include "platform/types/utf8text_p.h"
 
 #include <QtCore/QMetaType>
 #include <QtWidgets/QAbstractSpinBox>
@@ -12,15 +13,6 @@
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QToolButton>
 #include <QtWidgets/QVBoxLayout>
-
-/// The text of a value. A U+FEFF at its beginning belongs to it, unlike in a file.
-inline QString textFromUtf8(const QByteArray& utf8)
-{
-    QString text = QString::fromUtf8(utf8);
-    if (utf8.startsWith("\xef\xbb\xbf"))
-        text.prepend(QChar(QChar::ByteOrderMark));
-    return text;
-}
 
 /// Shows the text of a value whole: the limit of a line edit is one for typing and pasting. The
 /// limit of an input mask stays. What may not fit is shown from its beginning; after a short text
@@ -98,9 +90,9 @@ void addDialogRow(QGridLayout* grid, const QString& text, Control* control,
 }
 
 /// The value contract's `value(ok)`, over an editor's typed getter and the variant's setter.
-template <class Editor, class T, class Argument>
+template <class Editor, class T, class Result, class Argument>
 UaVariant editorValue(const Editor* editor, T (Editor::*getter)(bool*) const,
-                      void (UaVariant::*setter)(Argument), bool* ok)
+                      Result (UaVariant::*setter)(Argument), bool* ok)
 {
     if (ok)
         *ok = false;

@@ -3,7 +3,6 @@
 #include "base/ownmodal_p.h"
 #include "composite/elementdialog_p.h"
 #include "composite/elementstore_p.h"
-#include "platform/types/variantelements_p.h"
 
 QvelArrayModel::QvelArrayModel(UaVariant* value, bool readOnly, QObject* parent)
     : QvelElementModel(value, readOnly, parent)
@@ -102,7 +101,7 @@ void QvelDialogWidgetArray::setInitialValue(OpcUa_Byte builtInType, OpcUa_UInt32
 {
     UaVariant initial;
     initial.setEmptyArray(OpcUa_BuiltInType(builtInType));
-    if (!initial.isEmpty() && resizeElements(initial, length))
+    if (initial.resize(length))
         setValue(initial);
 }
 

@@ -7,7 +7,6 @@
 #include "platform/types/uastatuscode.h"
 #include "platform/types/uastring.h"
 #include "platform/types/valuetext_p.h"
-#include "platform/types/variantelements_p.h"
 
 #include <QtCore/QAbstractTableModel>
 
@@ -208,7 +207,7 @@ bool ElementStore::setData(const QModelIndex& index, const QVariant& value, int 
     auto scalar = value.value<UaVariant>();
     if (scalar.type() != m_value->type() && OpcUa_IsNotGood(scalar.changeType(m_value->type())))
         return false;
-    return isShownAs(index, scalar) || setElement(*m_value, std::size_t(index.row()), scalar);
+    return isShownAs(index, scalar) || m_value->setElement(index.row(), scalar);
 }
 
 // Whether a cell's text, where that is the whole value, shows the new one already: what it does not
@@ -237,18 +236,17 @@ bool ElementStore::setText(const QModelIndex& index, const QVariant& value)
         text = QString::number(quint32(value.toInt()));
     UaVariant converted;
     converted.setString(UaString(text.toUtf8()));
-    return OpcUa_IsGood(converted.changeType(type)) &&
-           setElement(*m_value, std::size_t(index.row()), converted);
+    return OpcUa_IsGood(converted.changeType(type)) && m_value->setElement(index.row(), converted);
 }
 
 bool ElementStore::resize(std::size_t count)
 {
-    return resizeElements(*m_value, count);
+    return m_value->resize(count);
 }
 
 bool ElementStore::reshape(const std::vector<OpcUa_UInt32>& lengths)
 {
-    return reshapeElements(*m_value, lengths);
+    return m_value->setDimensions(lengths);
 }
 
 Qt::ItemFlags ElementStore::flags(const QModelIndex& index, int rows) const

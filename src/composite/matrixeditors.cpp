@@ -4,7 +4,6 @@
 #include "composite/elementdialog_p.h"
 #include "composite/elementstore_p.h"
 #include "platform/types/uastacktypearray.h"
-#include "platform/types/variantelements_p.h"
 
 #include <QtWidgets/QInputDialog>
 #include <QtWidgets/QPushButton>
@@ -82,7 +81,7 @@ bool QvelMatrixModel::setDimensions(const UaStackTypeArray<OpcUa_UInt32>& dims)
     if (!d->reshape(lengths))
         return false;
     const int oldCount = std::max(m_count, 0);
-    const int newCount = elementCount(lengths);
+    const int newCount = UaVariant::elementCount(lengths);
     if (newCount < oldCount)
         beginRemoveRows(QModelIndex(), newCount, oldCount - 1);
     else if (newCount > oldCount)
@@ -135,7 +134,7 @@ void QvelDialogWidgetMatrix::setInitialValue(OpcUa_Byte builtInType,
 {
     UaVariant initial;
     initial.setEmptyMatrix(OpcUa_BuiltInType(builtInType));
-    if (!initial.isEmpty() && reshapeElements(initial, toVector(dimensions)))
+    if (initial.setDimensions(dimensions))
         setValue(initial);
 }
 
@@ -196,7 +195,7 @@ void QvelDialogWidgetMatrix::askForDimensions()
                       tr("The list of dimensions entered was not valid."));
         return;
     }
-    const OpcUa_Int32 count = elementCount(toVector(dimensions));
+    const OpcUa_Int32 count = UaVariant::elementCount(dimensions);
     if (count < 0 || !d->table->hasRoomFor(std::size_t(count)) ||
         !m_model->setDimensions(dimensions))
         runMessageBox(

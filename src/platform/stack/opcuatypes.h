@@ -289,6 +289,10 @@ struct OpcUa_ServerOnNetwork
     inline void OpcUa_ClearValue(Type& value)                                                      \
     {                                                                                              \
         Type##_Clear(&value);                                                                      \
+    }                                                                                              \
+    inline OpcUa_StatusCode OpcUa_CopyValue(const Type& from, Type& to)                            \
+    {                                                                                              \
+        return Type##_CopyTo(&from, &to);                                                          \
     }
 
 KESTREL_DECLARE_STACK_TYPE(OpcUa_String)

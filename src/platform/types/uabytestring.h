@@ -25,6 +25,7 @@ public:
         return reinterpret_cast<const OpcUa_Byte*>(m_bytes.constData());
     }
     const QByteArray& bytes() const { return m_bytes; }
+    QByteArray toQByteArray() const { return m_bytes; }
     /// Lower-case hexadecimal digits without a prefix.
     UaString toString() const;
     /// Replaces the initialised or filled `target` by a copy.

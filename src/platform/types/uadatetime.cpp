@@ -1,20 +1,20 @@
 #include "uadatetime.h"
 
-#include <QtCore/QDateTime>
 #include <QtCore/QRegularExpression>
 #include <QtCore/QtNumeric>
+
+#include <limits>
 
 namespace {
 
 constexpr qint64 ticksPerSecond = 10'000'000;
 constexpr qint64 secondsPerDay = 86'400;
 constexpr qint64 ticksPerMillisecond = 10'000;
+// Milliseconds from 1601-01-01, which is tick 0, to 1970-01-01, which is Qt's 0.
+constexpr qint64 unixEpoch = 11'644'473'600'000;
 
-qint64 firstDay()
-{
-    static const qint64 day = QDate(1601, 1, 1).toJulianDay();
-    return day;
-}
+// The Julian day of 1601-01-01.
+constexpr qint64 firstDay = 2'305'814;
 
 // Rounds towards the past, so that the remainder is never negative.
 qint64 floorDivide(qint64 value, qint64 divisor)
@@ -32,8 +32,28 @@ QByteArray padded(qint64 number, int width)
 
 UaDateTime UaDateTime::now()
 {
-    const QDateTime origin(QDate(1601, 1, 1), QTime(0, 0), Qt::UTC);
-    return UaDateTime(origin.msecsTo(QDateTime::currentDateTimeUtc()) * ticksPerMillisecond);
+    return UaDateTime(QDateTime::currentDateTimeUtc());
+}
+
+UaDateTime::UaDateTime(const QDateTime& time)
+{
+    if (!time.isValid())
+        return;
+    using Limits = std::numeric_limits<qint64>;
+    const qint64 milliseconds = time.toMSecsSinceEpoch();
+    qint64 ticks = 0;
+    if (qAddOverflow(milliseconds, unixEpoch, &ticks) ||
+        qMulOverflow(ticks, ticksPerMillisecond, &ticks))
+        ticks = milliseconds < 0 ? Limits::min() : Limits::max();
+    m_ticks = ticks;
+}
+
+QDateTime UaDateTime::toQDateTime() const
+{
+    if (isNull())
+        return QDateTime();
+    return QDateTime::fromMSecsSinceEpoch(floorDivide(m_ticks, ticksPerMillisecond) - unixEpoch,
+                                          Qt::UTC);
 }
 
 UaString UaDateTime::toString() const
@@ -45,7 +65,7 @@ UaString UaDateTime::toString() const
     const qint64 days = floorDivide(seconds, secondsPerDay);
     const qint64 second = seconds - days * secondsPerDay;
     int year = 0, month = 0, day = 0;
-    QDate::fromJulianDay(firstDay() + days).getDate(&year, &month, &day);
+    QDate::fromJulianDay(firstDay + days).getDate(&year, &month, &day);
 
     QByteArray text = (year < 0 ? "-" : "") + padded(qAbs(year), 4);
     text += '-' + padded(month, 2) + '-' + padded(day, 2);
@@ -70,7 +90,7 @@ UaDateTime UaDateTime::fromString(const UaString& text, bool* ok)
     constexpr int longest = 64;
     if (text.size() > longest)
         return UaDateTime();
-    const auto match = pattern.match(QString::fromUtf8(text.bytes()));
+    const auto match = pattern.match(text.toQString());
     if (!match.hasMatch())
         return UaDateTime();
     const auto number = [&match](int group) { return match.capturedView(group).toInt(); };
@@ -80,7 +100,7 @@ UaDateTime UaDateTime::fromString(const UaString& text, bool* ok)
     if (!date.isValid() || hour > 23 || minute > 59 || second > 59)
         return UaDateTime();
     qint64 seconds =
-        (date.toJulianDay() - firstDay()) * secondsPerDay + hour * 3600 + minute * 60 + second;
+        (date.toJulianDay() - firstDay) * secondsPerDay + hour * 3600 + minute * 60 + second;
     const QString zone = match.captured(8).remove(u':');
     if (zone.size() == 5) {
         const int hours = QStringView(zone).mid(1, 2).toInt();

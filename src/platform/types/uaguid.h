@@ -5,6 +5,7 @@
 #include "uastring.h"
 
 #include <QtCore/QMetaType>
+#include <QtCore/QUuid>
 
 /// A 16-byte globally unique identifier (OPC 10000-6, 5.1.3 and 5.2.2.6).
 class KESTREL_EXPORT UaGuid
@@ -13,12 +14,14 @@ public:
     /// The null Guid.
     UaGuid() = default;
     explicit UaGuid(const OpcUa_Guid& value) : m_guid(value) {}
+    explicit UaGuid(const QUuid& uuid);
 
     /// Reads 8-4-4-4-12 hexadecimal digits of either case, with or without braces. Good, or
     /// BadTypeMismatch with this Guid unchanged.
     OpcUa_StatusCode fromString(const UaString& text);
     /// Braced, lower case.
     UaString toString() const;
+    QUuid toQUuid() const;
     bool isNull() const { return *this == UaGuid(); }
     operator const OpcUa_Guid&() const { return m_guid; }
 

@@ -3,6 +3,7 @@
 #include "../stack/opcuatypes.h"
 
 #include <cstring>
+#include <initializer_list>
 #include <limits>
 #include <type_traits>
 #include <utility>
@@ -13,6 +14,15 @@ class UaStackTypeArray
 {
 public:
     UaStackTypeArray() = default;
+    /// Copies of some numbers or structures; empty when there is no memory for them.
+    UaStackTypeArray(std::initializer_list<T> elements)
+    {
+        bool ok = create(OpcUa_UInt32(elements.size()));
+        for (std::size_t i = 0; ok && i < elements.size(); ++i)
+            ok = copyElement(elements.begin()[i], m_data[i]);
+        if (!ok)
+            clear();
+    }
     UaStackTypeArray(UaStackTypeArray&& other) noexcept { swap(other); }
     UaStackTypeArray& operator=(UaStackTypeArray&& other) noexcept
     {
@@ -22,6 +32,8 @@ public:
     ~UaStackTypeArray() { clear(); }
 
     OpcUa_UInt32 length() const { return m_length; }
+    /// As containers call it.
+    OpcUa_UInt32 size() const { return m_length; }
     T* data() { return m_data; }
     const T* data() const { return m_data; }
     /// `index` must be below length().
@@ -32,6 +44,16 @@ public:
     const T* begin() const { return m_data; }
     const T* end() const { return m_data + m_length; }
 
+    /// Replaces all elements by `length` null ones. False, with nothing changed, when there is no
+    /// memory.
+    bool create(OpcUa_UInt32 length)
+    {
+        UaStackTypeArray fresh;
+        if (!fresh.resize(length))
+            return false;
+        swap(fresh);
+        return true;
+    }
     /// Clears what falls away and initialises what is added. False, with nothing changed, when
     /// there is no memory.
     bool resize(OpcUa_UInt32 length)
@@ -82,6 +104,16 @@ private:
             OpcUa_ClearValue(element);
         else
             static_cast<void>(element);
+    }
+
+    static bool copyElement(const T& from, T& to)
+    {
+        if constexpr (std::is_arithmetic_v<T>) {
+            to = from;
+            return true;
+        } else {
+            return OpcUa_IsGood(OpcUa_CopyValue(from, to));
+        }
     }
 
     T* m_data = nullptr;

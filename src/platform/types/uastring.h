@@ -5,6 +5,7 @@
 
 #include <QtCore/QByteArray>
 #include <QtCore/QMetaType>
+#include <QtCore/QString>
 
 /// A UTF-8 text (OPC 10000-6, 5.2.2.4). Copies share their storage.
 class KESTREL_EXPORT UaString
@@ -15,6 +16,8 @@ public:
     /// A copy of a NUL-terminated text; null for a null pointer.
     UaString(const char* utf8);
     explicit UaString(const QByteArray& utf8);
+    /// The text in UTF-8; null for a null one.
+    explicit UaString(const QString& text);
     /// A copy of a stack string; null for a null pointer.
     explicit UaString(const OpcUa_String* value);
 
@@ -25,6 +28,8 @@ public:
     /// NUL-terminated, never null, valid as long as this object is unchanged.
     const char* toUtf8() const { return m_utf8.constData(); }
     const QByteArray& bytes() const { return m_utf8; }
+    /// The text, a U+FEFF at its beginning included. What is not UTF-8 becomes U+FFFD.
+    QString toQString() const;
     /// Replaces the initialised or filled `target` by a copy.
     OpcUa_StatusCode copyTo(OpcUa_String* target) const;
 

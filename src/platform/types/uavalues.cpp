@@ -9,8 +9,7 @@
 #include "platform/types/uanodeid.h"
 #include "platform/types/uastatuscode.h"
 #include "platform/types/uastring.h"
-
-#include <QtCore/QUuid>
+#include "platform/types/utf8text_p.h"
 
 #include <algorithm>
 #include <cstring>
@@ -27,6 +26,18 @@ static QByteArray copyOf(const void* data, qsizetype length)
 UaString::UaString(const char* utf8) : m_utf8(copyOf(utf8, utf8 ? qsizetype(qstrlen(utf8)) : 0)) {}
 
 UaString::UaString(const QByteArray& utf8) : m_utf8(utf8) {}
+
+UaString::UaString(const QString& text)
+    : m_utf8(text.isNull()    ? QByteArray()
+             : text.isEmpty() ? QByteArray("")
+                              : text.toUtf8())
+{
+}
+
+QString UaString::toQString() const
+{
+    return textFromUtf8(m_utf8);
+}
 
 UaString::UaString(const OpcUa_String* value)
     : m_utf8(value ? copyOf(value->Data, value->Length) : QByteArray())
@@ -73,20 +84,28 @@ OpcUa_StatusCode UaGuid::fromString(const UaString& text)
         if (dash ? bare[i] != '-' : !std::isxdigit(static_cast<unsigned char>(bare[i])))
             return OpcUa_BadTypeMismatch;
     }
-    const QUuid uuid = QUuid::fromString(QLatin1String(bare));
+    *this = UaGuid(QUuid::fromString(QLatin1String(bare)));
+    return OpcUa_Good;
+}
+
+UaGuid::UaGuid(const QUuid& uuid)
+{
     m_guid.Data1 = uuid.data1;
     m_guid.Data2 = uuid.data2;
     m_guid.Data3 = uuid.data3;
     std::copy(std::begin(uuid.data4), std::end(uuid.data4), m_guid.Data4);
-    return OpcUa_Good;
+}
+
+QUuid UaGuid::toQUuid() const
+{
+    const OpcUa_Byte* b = m_guid.Data4;
+    return QUuid(m_guid.Data1, m_guid.Data2, m_guid.Data3, b[0], b[1], b[2], b[3], b[4], b[5], b[6],
+                 b[7]);
 }
 
 UaString UaGuid::toString() const
 {
-    const OpcUa_Byte* b = m_guid.Data4;
-    const QUuid uuid(m_guid.Data1, m_guid.Data2, m_guid.Data3, b[0], b[1], b[2], b[3], b[4], b[5],
-                     b[6], b[7]);
-    return UaString(uuid.toByteArray(QUuid::WithBraces));
+    return UaString(toQUuid().toByteArray(QUuid::WithBraces));
 }
 
 bool operator==(const UaGuid& a, const UaGuid& b)

@@ -14,12 +14,13 @@
 #include "platform/types/uastring.h"
 #include "platform/types/valueparse_p.h"
 #include "platform/types/valuetext_p.h"
-#include "platform/types/variantelements_p.h"
 
 #include <QtCore/QSharedData>
 
 #include <algorithm>
-#include <cstring>
+#include <limits>
+#include <type_traits>
+#include <utility>
 
 class UaVariant::Data : public QSharedData
 {
@@ -47,11 +48,20 @@ UaVariant::~UaVariant() = default;
 
 UaVariant::UaVariant(const OpcUa_Variant& value)
 {
-    if (value.Datatype == OpcUaType_Null)
-        return;
-    d = new Data;
-    if (OpcUa_IsNotGood(OpcUa_Variant_CopyTo(&value, &d->variant)))
-        d.reset();
+    if (!assign(value))
+        clear();
+}
+
+bool UaVariant::assign(const OpcUa_Variant& value)
+{
+    QExplicitlySharedDataPointer<Data> fresh;
+    if (value.Datatype != OpcUaType_Null) {
+        fresh = new Data;
+        if (OpcUa_IsNotGood(OpcUa_Variant_CopyTo(&value, &fresh->variant)))
+            return false;
+    }
+    d = fresh;
+    return true;
 }
 
 OpcUa_BuiltInType UaVariant::type() const
@@ -101,15 +111,64 @@ const OpcUa_VariantValue& UaVariant::scalar(OpcUa_BuiltInType type) const
     return v.Datatype == type && v.ArrayType == OpcUa_VariantArrayType_Scalar ? v.Value : null;
 }
 
-#define KESTREL_VARIANT_NUMBER(Name, Type, Stack)                                                  \
-    void UaVariant::set##Name(Stack value)                                                         \
+namespace {
+
+// How a value gets into the stack's structure, and comes out of it.
+template <class Value, class Stack>
+OpcUa_StatusCode store(const Value& value, Stack* target)
+{
+    if constexpr (std::is_same_v<Value, UaVariant>)
+        return OpcUa_Variant_CopyTo(value, target);
+    else if constexpr (std::is_same_v<Value, UaDateTime>)
+        *target = value.ticks();
+    else if constexpr (std::is_same_v<Value, UaStatusCode>)
+        *target = value.code();
+    else if constexpr (std::is_convertible_v<Value, Stack>)
+        *target = value;
+    else
+        return value.copyTo(target);
+    return OpcUa_Good;
+}
+
+template <class Value, class Stack>
+Value load(const Stack& stack)
+{
+    if constexpr (std::is_constructible_v<Value, const Stack*> && !std::is_arithmetic_v<Value> &&
+                  !std::is_same_v<Value, UaVariant>)
+        return Value(&stack);
+    else
+        return Value(stack);
+}
+
+} // namespace
+
+template <class Value, class Stack>
+bool UaVariant::setScalar(OpcUa_BuiltInType type, const Value& value,
+                          Stack OpcUa_VariantValue::*member)
+{
+    QExplicitlySharedDataPointer<Data> fresh(new Data);
+    fresh->variant.Datatype = OpcUa_Byte(type);
+    if (OpcUa_IsNotGood(store(value, &(fresh->variant.Value.*member))))
+        return false;
+    d = fresh;
+    return true;
+}
+
+#define KESTREL_VARIANT_SCALAR(Name, Type, Class, Argument, Result)                                \
+    UaVariant::UaVariant(Argument value)                                                           \
     {                                                                                              \
-        reset(OpcUaType_##Type).Type = value;                                                      \
+        set##Name(value);                                                                          \
     }                                                                                              \
-    Stack UaVariant::to##Name() const                                                              \
+    Result UaVariant::set##Name(Argument value)                                                    \
     {                                                                                              \
-        return scalar(OpcUaType_##Type).Type;                                                      \
+        return Result(setScalar(OpcUaType_##Type, value, &OpcUa_VariantValue::Type));              \
+    }                                                                                              \
+    Class UaVariant::to##Name() const                                                              \
+    {                                                                                              \
+        return load<Class>(scalar(OpcUaType_##Type).Type);                                         \
     }
+#define KESTREL_VARIANT_NUMBER(Name, Type, Stack)                                                  \
+    KESTREL_VARIANT_SCALAR(Name, Type, Stack, Stack, void)
 
 KESTREL_VARIANT_NUMBER(Bool, Boolean, OpcUa_Boolean)
 KESTREL_VARIANT_NUMBER(SByte, SByte, OpcUa_SByte)
@@ -122,40 +181,129 @@ KESTREL_VARIANT_NUMBER(Int64, Int64, OpcUa_Int64)
 KESTREL_VARIANT_NUMBER(UInt64, UInt64, OpcUa_UInt64)
 KESTREL_VARIANT_NUMBER(Float, Float, OpcUa_Float)
 KESTREL_VARIANT_NUMBER(Double, Double, OpcUa_Double)
+KESTREL_VARIANT_SCALAR(DateTime, DateTime, UaDateTime, const UaDateTime&, void)
+KESTREL_VARIANT_SCALAR(Guid, Guid, UaGuid, const UaGuid&, void)
+KESTREL_VARIANT_SCALAR(StatusCode, StatusCode, UaStatusCode, const UaStatusCode&, void)
+KESTREL_VARIANT_SCALAR(NodeId, NodeId, UaNodeId, const UaNodeId&, bool)
+KESTREL_VARIANT_SCALAR(ExpandedNodeId, ExpandedNodeId, UaExpandedNodeId, const UaExpandedNodeId&,
+                       bool)
+KESTREL_VARIANT_SCALAR(QualifiedName, QualifiedName, UaQualifiedName, const UaQualifiedName&, bool)
+KESTREL_VARIANT_SCALAR(LocalizedText, LocalizedText, UaLocalizedText, const UaLocalizedText&, bool)
 #undef KESTREL_VARIANT_NUMBER
+#undef KESTREL_VARIANT_SCALAR
 
-// A value class copies itself into the stack and is built of what the stack holds.
-#define KESTREL_VARIANT_CLASS(Type, Class)                                                         \
-    void UaVariant::set##Type(const Class& value)                                                  \
-    {                                                                                              \
-        value.copyTo(&reset(OpcUaType_##Type).Type);                                               \
-    }                                                                                              \
-    Class UaVariant::to##Type() const                                                              \
-    {                                                                                              \
-        return Class(scalar(OpcUaType_##Type).Type);                                               \
+template <class Value, class Stack>
+bool UaVariant::setElements(OpcUa_BuiltInType type, const UaArrayView<Value, Stack>& elements,
+                            const Dimensions* dimensions)
+{
+    const std::size_t count = elements.size();
+    if (count > std::size_t(std::numeric_limits<OpcUa_Int32>::max()) / sizeof(Stack))
+        return false;
+    UaVariant fresh;
+    if (dimensions) {
+        if (!dimensions->size() || elementCount(*dimensions) != OpcUa_Int32(count))
+            return false;
+        fresh.setEmptyMatrix(type);
+        if (!fresh.setDimensions(*dimensions))
+            return false;
+    } else {
+        fresh.setEmptyArray(type);
+        if (!fresh.resize(count))
+            return false;
     }
+    auto* target = static_cast<Stack*>(opcUaElements(*fresh).data);
+    if constexpr (std::is_arithmetic_v<Stack> && std::is_same_v<Value, Stack>) {
+        OpcUa_Memory_MemCpy(target, elements.stack(), count * sizeof(Stack));
+    } else {
+        const OpcUaTypeInfo& info = *opcUaTypeInfo(OpcUa_Byte(type));
+        for (std::size_t i = 0; i < count; ++i) {
+            OpcUa_StatusCode status = OpcUa_Good;
+            if (elements.stack())
+                status = info.copy(elements.stack() + i, target + i);
+            else if constexpr (!std::is_same_v<Value, Stack>)
+                status = store(elements.values()[i], target + i);
+            if (OpcUa_IsNotGood(status))
+                return false;
+        }
+    }
+    *this = std::move(fresh);
+    return true;
+}
 
-KESTREL_VARIANT_CLASS(NodeId, UaNodeId)
-KESTREL_VARIANT_CLASS(ExpandedNodeId, UaExpandedNodeId)
-KESTREL_VARIANT_CLASS(QualifiedName, UaQualifiedName)
-KESTREL_VARIANT_CLASS(LocalizedText, UaLocalizedText)
-#undef KESTREL_VARIANT_CLASS
+template <class Value, class Stack>
+QList<Value> UaVariant::elements(OpcUa_BuiltInType type, OpcUa_VariantArrayType shape) const
+{
+    QList<Value> result;
+    if (this->type() != type || arrayType() != shape)
+        return result;
+    const OpcUaElements all = opcUaElements(**this);
+    const auto* source = static_cast<const Stack*>(all.data);
+    result.reserve(qsizetype(all.count));
+    for (std::size_t i = 0; i < all.count; ++i)
+        result.append(load<Value>(source[i]));
+    return result;
+}
+
+#define KESTREL_VARIANT_SETTERS(Name, Type, Value, Stack)                                          \
+    bool UaVariant::set##Name##Array(const UaArrayView<Value, Stack>& elements)                    \
+    {                                                                                              \
+        return setElements(OpcUaType_##Type, elements);                                            \
+    }                                                                                              \
+    bool UaVariant::set##Name##Matrix(const UaArrayView<Value, Stack>& elements,                   \
+                                      const Dimensions& dimensions)                                \
+    {                                                                                              \
+        return setElements(OpcUaType_##Type, elements, &dimensions);                               \
+    }
+#define KESTREL_VARIANT_GETTERS(Name, Type, Value, Stack)                                          \
+    QList<Value> UaVariant::to##Name##Array() const                                                \
+    {                                                                                              \
+        return elements<Value, Stack>(OpcUaType_##Type, OpcUa_VariantArrayType_Array);             \
+    }                                                                                              \
+    QList<Value> UaVariant::to##Name##Matrix() const                                               \
+    {                                                                                              \
+        return elements<Value, Stack>(OpcUaType_##Type, OpcUa_VariantArrayType_Matrix);            \
+    }
+KESTREL_VARIANT_TYPES(KESTREL_VARIANT_SETTERS)
+KESTREL_VARIANT_TYPES(KESTREL_VARIANT_GETTERS)
+KESTREL_VARIANT_SETTERS(DataValue, DataValue, OpcUa_DataValue, OpcUa_DataValue)
+KESTREL_VARIANT_SETTERS(DiagnosticInfo, DiagnosticInfo, OpcUa_DiagnosticInfo, OpcUa_DiagnosticInfo)
+#undef KESTREL_VARIANT_SETTERS
+#undef KESTREL_VARIANT_GETTERS
+
+UaVariant::UaVariant(const UaString& value)
+{
+    setString(value);
+}
+
+UaVariant::UaVariant(const char* utf8) : UaVariant(UaString(utf8)) {}
+
+UaVariant::UaVariant(const UaByteString& value)
+{
+    setByteString(value);
+}
+
+UaVariant::UaVariant(const UaExtensionObject& value)
+{
+    setExtensionObject(value);
+}
 
 void UaVariant::setString(const UaString& value)
 {
-    OpcUa_String& target = reset(OpcUaType_String).String;
-    d->bytes = value.bytes();
-    if (!value.isNull())
-        target = {value.size(), const_cast<char*>(d->bytes.constData())};
+    setBytes(OpcUaType_String, value.bytes());
 }
 
-void UaVariant::setBytes(OpcUa_BuiltInType type, const UaByteString& value)
+void UaVariant::setBytes(OpcUa_BuiltInType type, const QByteArray& value)
 {
-    OpcUa_ByteString& target = reset(type).ByteString;
-    d->bytes = value.bytes();
-    if (!value.isNull())
-        target = {value.length(),
-                  reinterpret_cast<OpcUa_Byte*>(const_cast<char*>(d->bytes.constData()))};
+    const QByteArray shared = value; // which may belong to what this variant holds
+    OpcUa_VariantValue& target = reset(type);
+    d->bytes = shared;
+    if (shared.isNull())
+        return;
+    char* data = const_cast<char*>(d->bytes.constData());
+    if (type == OpcUaType_String)
+        target.String = {OpcUa_Int32(shared.size()), data};
+    else
+        target.ByteString = {OpcUa_Int32(shared.size()), reinterpret_cast<OpcUa_Byte*>(data)};
 }
 
 UaByteString UaVariant::bytes(OpcUa_BuiltInType type) const
@@ -166,7 +314,7 @@ UaByteString UaVariant::bytes(OpcUa_BuiltInType type) const
 
 void UaVariant::setByteString(const UaByteString& value)
 {
-    setBytes(OpcUaType_ByteString, value);
+    setBytes(OpcUaType_ByteString, value.bytes());
 }
 
 UaByteString UaVariant::toByteString() const
@@ -176,7 +324,7 @@ UaByteString UaVariant::toByteString() const
 
 void UaVariant::setXmlElement(const UaByteString& value)
 {
-    setBytes(OpcUaType_XmlElement, value);
+    setBytes(OpcUaType_XmlElement, value.bytes());
 }
 
 UaByteString UaVariant::toXmlElement() const
@@ -184,46 +332,19 @@ UaByteString UaVariant::toXmlElement() const
     return bytes(OpcUaType_XmlElement);
 }
 
-void UaVariant::setDateTime(const UaDateTime& value)
+bool UaVariant::setExtensionObject(const UaExtensionObject& value)
 {
-    reset(OpcUaType_DateTime).DateTime = value.ticks();
-}
-
-UaDateTime UaVariant::toDateTime() const
-{
-    return UaDateTime(scalar(OpcUaType_DateTime).DateTime);
-}
-
-void UaVariant::setGuid(const UaGuid& value)
-{
-    reset(OpcUaType_Guid).Guid = value;
-}
-
-UaGuid UaVariant::toGuid() const
-{
-    return UaGuid(scalar(OpcUaType_Guid).Guid);
-}
-
-void UaVariant::setStatusCode(const UaStatusCode& value)
-{
-    reset(OpcUaType_StatusCode).StatusCode = value.code();
-}
-
-UaStatusCode UaVariant::toStatusCode() const
-{
-    return UaStatusCode(scalar(OpcUaType_StatusCode).StatusCode);
-}
-
-void UaVariant::setExtensionObject(const UaExtensionObject& value)
-{
-    OpcUa_VariantValue& target = reset(OpcUaType_ExtensionObject);
+    UaVariant fresh;
     auto* object =
         static_cast<OpcUa_ExtensionObject*>(OpcUa_Memory_Alloc(sizeof(OpcUa_ExtensionObject)));
     if (!object)
-        return clear();
+        return false;
     OpcUa_ExtensionObject_Initialize(object);
-    target.Boxed = object;
-    value.copyTo(object);
+    fresh.reset(OpcUaType_ExtensionObject).Boxed = object;
+    if (OpcUa_IsNotGood(value.copyTo(object)))
+        return false;
+    *this = std::move(fresh);
+    return true;
 }
 
 UaExtensionObject UaVariant::toExtensionObject() const
@@ -255,31 +376,6 @@ void UaVariant::setEmptyMatrix(OpcUa_BuiltInType type)
     matrix.Dimensions = dimensions;
 }
 
-UaVariant UaVariant::elementAt(OpcUa_Int32 index) const
-{
-    const OpcUa_Variant& v = **this;
-    const OpcUaElements elements = opcUaElements(v);
-    if (v.ArrayType == OpcUa_VariantArrayType_Scalar || index < 0 ||
-        std::size_t(index) >= elements.count)
-        return UaVariant();
-    const OpcUaTypeInfo& info = *opcUaTypeInfo(v.Datatype);
-    const void* element = static_cast<char*>(elements.data) + std::size_t(index) * info.size;
-    if (v.Datatype == OpcUaType_Variant)
-        return UaVariant(*static_cast<const OpcUa_Variant*>(element));
-    UaVariant result;
-    OpcUa_VariantValue& target = result.reset(OpcUa_BuiltInType(v.Datatype));
-    void* copy = &target;
-    if (info.boxed) {
-        copy = target.Boxed = OpcUa_Memory_Alloc(info.size);
-        if (!copy)
-            return UaVariant();
-        std::memset(copy, 0, info.size);
-    }
-    if (OpcUa_IsNotGood(info.copy(element, copy)))
-        return UaVariant();
-    return result;
-}
-
 OpcUa_StatusCode UaVariant::changeType(OpcUa_BuiltInType type, bool toArray)
 {
     if (arrayType() != OpcUa_VariantArrayType_Scalar || isEmpty())
@@ -293,32 +389,12 @@ OpcUa_StatusCode UaVariant::changeType(OpcUa_BuiltInType type, bool toArray)
     if (toArray) {
         UaVariant array;
         array.setEmptyArray(type);
-        if (!resizeElements(array, 1) || !setElement(array, 0, converted))
+        if (!array.resize(1) || !array.setElement(0, converted))
             return OpcUa_BadOutOfMemory;
         converted = array;
     }
     *this = converted;
     return OpcUa_Good;
-}
-
-UaVariant::UaVariant(OpcUa_Boolean value)
-{
-    setBool(value);
-}
-
-UaVariant::UaVariant(OpcUa_Byte value)
-{
-    setByte(value);
-}
-
-UaVariant::UaVariant(OpcUa_Int32 value)
-{
-    setInt32(value);
-}
-
-UaVariant::UaVariant(OpcUa_UInt32 value)
-{
-    setUInt32(value);
 }
 
 OpcUa_Int32 UaVariant::arraySize() const

@@ -2,7 +2,6 @@
 #include "platform/types/uaextensionobject.h"
 #include "platform/types/uastacktypearray.h"
 #include "platform/types/uavariant.h"
-#include "platform/types/variantelements_p.h"
 #include "support/warnings.h"
 
 #include <QtTest/QtTest>
@@ -24,11 +23,7 @@ UaVariant text(const char* utf8)
 UaVariant arrayOf(std::initializer_list<OpcUa_Int32> numbers)
 {
     UaVariant array;
-    array.setEmptyArray(OpcUaType_Int32);
-    resizeElements(array, numbers.size());
-    std::size_t i = 0;
-    for (OpcUa_Int32 number : numbers)
-        setElement(array, i++, UaVariant(number));
+    array.setInt32Array(numbers);
     return array;
 }
 
@@ -106,47 +101,47 @@ private Q_SLOTS:
     {
         UaVariant array = arrayOf({1, 2, 3});
         const UaVariant copy = array;
-        QVERIFY(resizeElements(array, 5));
+        QVERIFY(array.resize(5));
         QVERIFY(array == arrayOf({1, 2, 3, 0, 0}));
-        QVERIFY(resizeElements(array, 1) && array == arrayOf({1}));
-        QVERIFY(resizeElements(array, 0) && array.arraySize() == 0);
+        QVERIFY(array.resize(1) && array == arrayOf({1}));
+        QVERIFY(array.resize(0) && array.arraySize() == 0);
         QVERIFY(copy == arrayOf({1, 2, 3}));
-        QVERIFY(!resizeElements(array, maxElementBytes / 4 + 1));
+        QVERIFY(!array.resize((std::size_t(1) << 28) + 1));
         UaVariant scalar(OpcUa_Int32(1));
-        QVERIFY(!resizeElements(scalar, 2));
+        QVERIFY(!scalar.resize(2));
     }
 
     void reshape()
     {
         UaVariant matrix;
         matrix.setEmptyMatrix(OpcUaType_String);
-        QVERIFY(reshapeElements(matrix, {2, 3}));
-        QVERIFY(setElement(matrix, 5, text("last")));
+        QVERIFY(matrix.setDimensions({2, 3}));
+        QVERIFY(matrix.setElement(5, text("last")));
         const UaVariant before = matrix;
         for (const std::vector<OpcUa_UInt32>& bad :
              {std::vector<OpcUa_UInt32>{65536, 65536}, {0x80000000u}, {1u << 30}}) {
-            QVERIFY(!reshapeElements(matrix, bad));
+            QVERIFY(!matrix.setDimensions(bad));
             QVERIFY(matrix == before);
         }
-        QVERIFY(reshapeElements(matrix, {3, 2}));
+        QVERIFY(matrix.setDimensions({3, 2}));
         QCOMPARE(matrix.elementAt(5).toString().toUtf8(), "last");
         QCOMPARE(matrix.toString().toUtf8(), "{{, }, {, }, {, last}}");
-        QVERIFY(reshapeElements(matrix, {0xffffffffu, 0, 0xffffffffu}));
+        QVERIFY(matrix.setDimensions({0xffffffffu, 0, 0xffffffffu}));
         QCOMPARE(matrix.arraySize(), 0);
-        QVERIFY(reshapeElements(matrix, {}));
+        QVERIFY(matrix.setDimensions({}));
         QCOMPARE(matrix.arraySize(), 1);
-        QCOMPARE(elementCount({3, 0x7fffffffu}), -1);
+        QCOMPARE(UaVariant::elementCount({3, 0x7fffffffu}), -1);
     }
 
     void setElementKeepsTypes()
     {
         UaVariant array = arrayOf({1, 2});
         const UaVariant copy = array;
-        QVERIFY(!setElement(array, 2, UaVariant(OpcUa_Int32(9))));
-        QVERIFY(!setElement(array, 0, UaVariant(OpcUa_UInt32(9))));
-        QVERIFY(!setElement(array, 0, arrayOf({9})));
+        QVERIFY(!array.setElement(2, UaVariant(OpcUa_Int32(9))));
+        QVERIFY(!array.setElement(0, UaVariant(OpcUa_UInt32(9))));
+        QVERIFY(!array.setElement(0, arrayOf({9})));
         QVERIFY(array == copy);
-        QVERIFY(setElement(array, 0, UaVariant(OpcUa_Int32(9))));
+        QVERIFY(array.setElement(0, UaVariant(OpcUa_Int32(9))));
         QVERIFY(array == arrayOf({9, 2}) && copy == arrayOf({1, 2}));
     }
 
@@ -162,24 +157,24 @@ private Q_SLOTS:
         QCOMPARE(object.toString().toUtf8(), "i=42 (3 bytes)");
         UaVariant objects;
         objects.setEmptyArray(OpcUaType_ExtensionObject);
-        QVERIFY(resizeElements(objects, 2) && setElement(objects, 1, object));
+        QVERIFY(objects.resize(2) && objects.setElement(1, object));
         QVERIFY(objects.elementAt(1) == object);
         QVERIFY(UaVariant(*objects) == objects);
 
         // A Variant within an array is what elementAt() gives.
         UaVariant nested;
         nested.setEmptyArray(OpcUaType_Variant);
-        QVERIFY(resizeElements(nested, 1));
+        QVERIFY(nested.resize(1));
         auto* element = static_cast<OpcUa_Variant*>(nested.detach()->Value.Array.Elements);
         OpcUa_Variant_CopyTo(arrayOf({1, 2}), element);
         QVERIFY(nested.elementAt(0) == arrayOf({1, 2}));
         QCOMPARE(nested.toString().toUtf8(), "{{1, 2}}");
         const UaVariant copy = nested;
-        QVERIFY(resizeElements(nested, 0) && copy.arraySize() == 1);
+        QVERIFY(nested.resize(0) && copy.arraySize() == 1);
 
         UaVariant values;
         values.setEmptyArray(OpcUaType_DataValue);
-        QVERIFY(resizeElements(values, 1));
+        QVERIFY(values.resize(1));
         auto* dataValue = static_cast<OpcUa_DataValue*>(values.detach()->Value.Array.Elements);
         OpcUa_Variant_CopyTo(UaVariant(OpcUa_Int32(3)), &dataValue->Value);
         dataValue->Status = OpcUa_BadTimeout;
