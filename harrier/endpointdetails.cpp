@@ -4,6 +4,7 @@
 #include "plainline.h"
 
 #include <Kestrel/QvelDiscoverySetting>
+#include <Kestrel/UaString>
 
 #include <QtCore/QCryptographicHash>
 #include <QtCore/QDateTime>
@@ -22,7 +23,7 @@ constexpr int MaxTokens = 100;
 
 QString text(const OpcUa_String& value)
 {
-    return QString::fromUtf8(OpcUa_String_GetRawString(&value));
+    return UaString(&value).toQString();
 }
 
 OutputField* addField(QFormLayout* form, const QString& label, const char* name)

@@ -6,6 +6,7 @@
 #include <Kestrel/QvelDiscoveryNodeEndpoint>
 #include <Kestrel/QvelDiscoveryNodeServer>
 #include <Kestrel/QvelDiscoverySetting>
+#include <Kestrel/UaString>
 
 #include <QtCore/QJsonArray>
 
@@ -13,7 +14,7 @@ namespace {
 
 QString text(const OpcUa_String& value)
 {
-    return QString::fromUtf8(OpcUa_String_GetRawString(&value));
+    return UaString(&value).toQString();
 }
 
 QString key(const char* name)

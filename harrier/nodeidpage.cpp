@@ -20,7 +20,7 @@ constexpr int MaxSignals = 200;
 
 QString text(const UaNodeId& nodeId)
 {
-    return plainLine(QString::fromUtf8(nodeId.toFullString().toUtf8()), MaxText);
+    return plainLine(nodeId.toFullString().toQString(), MaxText);
 }
 
 } // namespace

@@ -132,8 +132,7 @@ Entry entry(EditorHandle (*create)(Shape, Host&, QWidget*), const UaVariant& exa
 QList<Entry> entries()
 {
     const UaNodeId pump(UaString("Pump.Speed"), 2);
-    UaGuid guid;
-    guid.fromString(UaString("{0f1e2d3c-4b5a-6978-8796-a5b4c3d2e1f0}"));
+    const UaGuid guid(QUuid("{0f1e2d3c-4b5a-6978-8796-a5b4c3d2e1f0}"));
     const UaVariant nodeId = variantOf(&UaVariant::setNodeId, pump);
     const UaVariant expanded =
         variantOf(&UaVariant::setExpandedNodeId,
@@ -220,7 +219,7 @@ void EditorWatch::refresh()
 {
     bool valid = false;
     const UaVariant value = m_handle.value(&valid);
-    m_value->showText(QString::fromUtf8(value.toFullString().toUtf8()));
+    m_value->showText(value.toFullString().toQString());
     m_ok->setText(valid ? tr("ok") : tr("not valid"));
 }
 

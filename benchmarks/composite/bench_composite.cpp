@@ -18,6 +18,7 @@
 #include <cstdlib>
 #include <malloc.h>
 #include <memory>
+#include <numeric>
 
 namespace {
 
@@ -85,13 +86,10 @@ void settle()
 
 UaVariant integers(int count)
 {
+    QList<OpcUa_Int32> numbers(count);
+    std::iota(numbers.begin(), numbers.end(), 0);
     UaVariant value;
-    value.setEmptyArray(OpcUaType_Int32);
-    auto& array = value.detach()->Value.Array;
-    array.Elements = OpcUa_Memory_ReAlloc(array.Elements, std::size_t(count) * sizeof(OpcUa_Int32));
-    array.Length = count;
-    for (int i = 0; i < count; ++i)
-        static_cast<OpcUa_Int32*>(array.Elements)[i] = i;
+    value.setInt32Array(numbers);
     return value;
 }
 
@@ -100,15 +98,7 @@ const QString twentyCharacters = QStringLiteral("Water treatment, 3/b");
 UaVariant strings(int count)
 {
     UaVariant value;
-    value.setEmptyArray(OpcUaType_String);
-    auto& array = value.detach()->Value.Array;
-    const std::size_t size = std::size_t(count) * sizeof(OpcUa_String);
-    array.Elements = OpcUa_Memory_ReAlloc(array.Elements, size);
-    std::fill_n(static_cast<char*>(array.Elements), size, 0);
-    array.Length = count;
-    const UaString text(twentyCharacters.toUtf8());
-    for (int i = 0; i < count; ++i)
-        text.copyTo(static_cast<OpcUa_String*>(array.Elements) + i);
+    value.setStringArray(QList<UaString>(count, UaString(twentyCharacters)));
     return value;
 }
 

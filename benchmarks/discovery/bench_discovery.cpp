@@ -124,7 +124,9 @@ QvelDiscoverySetting usualRecord()
         fullSetting(3, {OpcUa_UserTokenType_Anonymous, OpcUa_UserTokenType_UserName,
                         OpcUa_UserTokenType_Certificate});
     auto* endpoint = const_cast<OpcUa_EndpointDescription*>(record.endpointDescription());
-    OpcUa_ByteString_Assign(&endpoint->ServerCertificate, QByteArray(1200, 'c').constData(), 1200);
+    const UaByteString certificate(QByteArray(1200, 'c'));
+    if (OpcUa_IsNotGood(certificate.copyTo(&endpoint->ServerCertificate)))
+        qBadAlloc();
     return record;
 }
 
@@ -248,7 +250,7 @@ double getEndpointsAgainstNode()
         for (int i = 0; i < rounds; ++i) {
             times.push_back(milliseconds([&url] {
                 UaStackTypeArray<OpcUa_EndpointDescription> endpoints;
-                const UaStatus status = UaClientSdk::UaDiscovery().getEndpoints(
+                const UaStatus status = UaClientSdk::UaDiscovery::getEndpoints(
                     UaClientSdk::ServiceSettings(), UaString(url.toUtf8()),
                     UaClientSdk::SessionSecurityInfo(), endpoints);
                 if (status.isNotGood() || endpoints.length() == 0) {

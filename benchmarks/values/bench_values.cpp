@@ -341,7 +341,7 @@ void reportSettings(Figures& figures)
                                "{11111111-4b5a-6978-8796-a5b4c3d2e1f0}"};
         UaGuid guids[2];
         for (int i = 0; i < 2; ++i)
-            guids[i].fromString(UaString(texts[i]));
+            guids[i] = UaGuid(QUuid(texts[i]));
         reportSetting(figures, "guid", editor, variantOf(&UaVariant::setGuid, guids[0]),
                       variantOf(&UaVariant::setGuid, guids[1]), bare,
                       [&bare, &texts](bool odd) { bare.lines[0]->setText(texts[odd ? 0 : 1]); });

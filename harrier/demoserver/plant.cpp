@@ -1,5 +1,6 @@
 #include "plant.h"
 
+#include "platform/types/uabytestring.h"
 #include "selfsignedcertificate.h"
 
 #include <future>
@@ -84,7 +85,8 @@ const std::vector<ServerRow>& rows()
 
 void assign(OpcUa_String& target, const QByteArray& text)
 {
-    OpcUa_String_Assign(&target, text.constData(), OpcUa_Int32(text.size()));
+    if (OpcUa_IsNotGood(UaString(text).copyTo(&target)))
+        throw std::bad_alloc();
 }
 
 /// Adds an empty element to an array of the stack.
@@ -157,8 +159,8 @@ void describeEndpoints(const ServerRow& row, quint16 port, const QByteArray& cer
         OpcUa_EndpointDescription& endpoint = out[i];
         assign(endpoint.EndpointUrl, urlOf(port));
         describeApplication(row, port, endpoint.Server);
-        OpcUa_ByteString_Assign(&endpoint.ServerCertificate, certificate.constData(),
-                                OpcUa_Int32(certificate.size()));
+        if (OpcUa_IsNotGood(UaByteString(certificate).copyTo(&endpoint.ServerCertificate)))
+            throw std::bad_alloc();
         endpoint.SecurityMode = from.mode;
         assign(endpoint.SecurityPolicyUri, policyUri(from.policy));
         describeTokens(from, endpoint);

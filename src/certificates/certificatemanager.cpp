@@ -118,7 +118,7 @@ static void warn(QWidget* parent, const QString& text)
 
 static void prefill(QvelNewCertificateDlg& dialog, const UaPkiCertificate& certificate)
 {
-    const auto text = [](const UaString& value) { return textFromUtf8(value.bytes()); };
+    const auto text = [](const UaString& value) { return value.toQString(); };
     const UaPkiIdentity& issuer = certificate.issuer();
     const UaPkiCertificateInfo& info = certificate.info();
     dialog.setCommonName(text(certificate.commonName()));

@@ -13,7 +13,7 @@ namespace {
 
 QString shown(const UaString& text)
 {
-    return shownText(textFromUtf8(text.bytes()));
+    return shownText(text.toQString());
 }
 
 QDateTime localTime(const UaDateTime& time)

@@ -129,7 +129,7 @@ public:
         m_value = m_dialog->value();
         if (m_showsEnum)
             return;
-        showWhole(m_edit, textFromUtf8(m_value.toFullString().bytes()));
+        showWhole(m_edit, m_value.toFullString().toQString());
         m_edit->setCursorPosition(0);
     }
     /// Gives the last accepted value back to the dialog.

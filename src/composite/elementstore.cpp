@@ -67,7 +67,7 @@ QString statusCodeText(const void* element, int role)
     const auto code = *static_cast<const OpcUa_StatusCode*>(element);
     if (role == Qt::EditRole)
         return QStringLiteral("0x%1").arg(code, 8, 16, QLatin1Char('0'));
-    return textFromUtf8(UaStatusCode(code).toString().bytes());
+    return UaStatusCode(code).toString().toQString();
 }
 
 // A type that knows its own text.
@@ -235,7 +235,7 @@ bool ElementStore::setText(const QModelIndex& index, const QVariant& value)
         (type == OpcUaType_UInt32 || type == OpcUaType_UInt64))
         text = QString::number(quint32(value.toInt()));
     UaVariant converted;
-    converted.setString(UaString(text.toUtf8()));
+    converted.setString(UaString(text));
     return OpcUa_IsGood(converted.changeType(type)) && m_value->setElement(index.row(), converted);
 }
 

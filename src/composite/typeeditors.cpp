@@ -97,7 +97,7 @@ void setSpinBoxValue(QWidget* widget, const UaVariant& value)
 UaVariant stringValue(const QString& text)
 {
     UaVariant value;
-    value.setString(UaString(text.toUtf8()));
+    value.setString(UaString(text));
     return value;
 }
 
@@ -105,7 +105,7 @@ UaVariant stringValue(const QString& text)
 UaVariant dateTimeValue(const QString& text)
 {
     UaVariant value;
-    value.setDateTime(UaDateTime::fromString(UaString(text.toUtf8())));
+    value.setDateTime(UaDateTime::fromString(UaString(text)));
     return value;
 }
 
@@ -121,7 +121,7 @@ UaVariant textValue(const QWidget* widget, bool* ok)
 void setText(QWidget* widget, const UaVariant& value)
 {
     if (auto* edit = qobject_cast<QLineEdit*>(widget))
-        showWhole(edit, textFromUtf8(value.toString().bytes()));
+        showWhole(edit, value.toString().toQString());
 }
 
 template <class Editor>

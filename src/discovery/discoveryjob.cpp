@@ -82,8 +82,7 @@ void QvelDiscoveryJob::logServiceFailure(const QString& text, const QString& url
                                          const UaStatus& status)
 {
     if (!isInterrupted())
-        m_callback->logMessage(
-            text.arg(shownText(url), QString::fromUtf8(status.toString().bytes())));
+        m_callback->logMessage(text.arg(shownText(url), status.toString().toQString()));
 }
 
 OpcUa_StatusCode QvelDiscoveryJob::callFindServers(const QString& discoveryUrl)
@@ -91,9 +90,9 @@ OpcUa_StatusCode QvelDiscoveryJob::callFindServers(const QString& discoveryUrl)
     if (discoveryUrl.isEmpty())
         return OpcUa_Bad;
     UaStackTypeArray<OpcUa_ApplicationDescription> servers;
-    const UaStatus status = UaClientSdk::UaDiscovery().findServers(
-        serviceSettings(m_timeout), UaString(discoveryUrl.toUtf8()),
-        UaClientSdk::SessionSecurityInfo(), servers);
+    const UaStatus status =
+        UaClientSdk::UaDiscovery::findServers(serviceSettings(m_timeout), UaString(discoveryUrl),
+                                              UaClientSdk::SessionSecurityInfo(), servers);
     if (status.isNotGood()) {
         logServiceFailure(tr("Discovery FindServers on %1 failed (%2)"), discoveryUrl, status);
         return status.code();
@@ -119,9 +118,8 @@ OpcUa_StatusCode QvelDiscoveryJob::callGetEndpoints(const QString& url, bool wra
     if (url.isEmpty())
         return OpcUa_Bad;
     UaStackTypeArray<OpcUa_EndpointDescription> endpoints;
-    const UaStatus status =
-        UaClientSdk::UaDiscovery().getEndpoints(serviceSettings(m_timeout), UaString(url.toUtf8()),
-                                                UaClientSdk::SessionSecurityInfo(), endpoints);
+    const UaStatus status = UaClientSdk::UaDiscovery::getEndpoints(
+        serviceSettings(m_timeout), UaString(url), UaClientSdk::SessionSecurityInfo(), endpoints);
     if (status.isNotGood()) {
         logServiceFailure(tr("Discovery GetEndpoints on %1 failed (%2)"), url, status);
         return status.code();
@@ -154,14 +152,14 @@ OpcUa_StatusCode QvelDiscoveryJob::callBrowseNetwork(const QString& name)
     if (name.isEmpty())
         return OpcUa_Bad;
     QList<UaNetworkBrowseResult> results;
-    if (m_networkBrowser->browse(UaString(name.toUtf8()), results).isNotGood())
+    if (m_networkBrowser->browse(UaString(name), results).isNotGood())
         return OpcUa_Bad;
     QSet<QString> hosts;
     const auto addDiscovery = [this](const QString& url) {
         m_children.append(new QvelDiscoveryNodeDiscovery(url, m_model));
     };
     for (const UaNetworkBrowseResult& result : std::as_const(results)) {
-        const QString found = QString::fromUtf8(result.name().bytes());
+        const QString found = result.name().toQString();
         if (result.type() != UaNetworkBrowseResult::Computer) {
             m_children.append(new QvelDiscoveryNodeNetwork(found, m_model, result.type()));
             continue;

@@ -3,6 +3,7 @@
 #include "discovery/discoverycbinterface.h"
 #include "discovery/stacktext_p.h"
 #include "discovery/storedentries_p.h"
+#include "platform/stack/checkmemory_p.h"
 #include "platform/types/uabytestring.h"
 #include "platform/types/uastring.h"
 
@@ -18,7 +19,7 @@ namespace {
 
 void assign(OpcUa_String& target, const QString& text)
 {
-    UaString(text.toUtf8()).copyTo(&target);
+    checkMemory(UaString(text).copyTo(&target));
 }
 
 // A store is visited by key, in the order of the keys. `put` is called with a key and a QVariant.
@@ -103,7 +104,7 @@ public:
     void text(const QString& key, QString& field) { field = m_get(key).toString(); }
     void bytes(const QString& key, OpcUa_ByteString& field)
     {
-        UaByteString(m_get(key).toByteArray()).copyTo(&field);
+        checkMemory(UaByteString(m_get(key).toByteArray()).copyTo(&field));
     }
     template <class T>
     void number(const QString& key, T& field)
@@ -191,14 +192,14 @@ QvelDiscoverySetting::Endpoint::Endpoint()
 
 QvelDiscoverySetting::Endpoint::Endpoint(const Endpoint& other) : Endpoint()
 {
-    OpcUa_EndpointDescription_CopyTo(&other, this);
+    checkMemory(OpcUa_EndpointDescription_CopyTo(&other, this));
 }
 
 // Not guarded: assigned to itself, it is empty.
 QvelDiscoverySetting::Endpoint& QvelDiscoverySetting::Endpoint::operator=(const Endpoint& other)
 {
     OpcUa_EndpointDescription_Clear(this);
-    OpcUa_EndpointDescription_CopyTo(&other, this);
+    checkMemory(OpcUa_EndpointDescription_CopyTo(&other, this));
     return *this;
 }
 
@@ -245,7 +246,7 @@ void QvelDiscoverySetting::setEndpointDescription(const OpcUa_EndpointDescriptio
 {
     OpcUa_EndpointDescription_Clear(&m_endpoint);
     if (description)
-        OpcUa_EndpointDescription_CopyTo(description, &m_endpoint);
+        checkMemory(OpcUa_EndpointDescription_CopyTo(description, &m_endpoint));
     nameAfterEndpoint();
 }
 

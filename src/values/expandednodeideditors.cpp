@@ -37,13 +37,13 @@ KESTREL_SCALAR_EDITOR(QvelDialogWidgetExpandedNodeId, ExpandedNodeId, expandedNo
 
 UaExpandedNodeId QvelDialogWidgetExpandedNodeId::expandedNodeId(bool* ok) const
 {
-    return UaExpandedNodeId(m_nodeId->nodeId(ok), UaString(m_namespaceUri->text().toUtf8()),
+    return UaExpandedNodeId(m_nodeId->nodeId(ok), UaString(m_namespaceUri->text()),
                             OpcUa_UInt32(m_serverIndex->value()));
 }
 
 void QvelDialogWidgetExpandedNodeId::setExpandedNodeId(const UaExpandedNodeId& expandedNodeId)
 {
-    showWhole(m_namespaceUri, textFromUtf8(expandedNodeId.namespaceUri().bytes()));
+    showWhole(m_namespaceUri, expandedNodeId.namespaceUri().toQString());
     m_serverIndex->setValue(OpcUa_Int32(expandedNodeId.serverIndex()));
     m_nodeId->setNodeId(expandedNodeId.nodeId());
 }
@@ -119,6 +119,6 @@ void QvelEditWidgetExpandedNodeId::sltExpandedNodeIdChanged()
 void QvelEditWidgetExpandedNodeId::store(const UaExpandedNodeId& expandedNodeId)
 {
     m_accepted = expandedNodeId;
-    showWhole(m_edit, textFromUtf8(expandedNodeId.toFullString().bytes()));
+    showWhole(m_edit, expandedNodeId.toFullString().toQString());
     m_edit->setCursorPosition(0);
 }

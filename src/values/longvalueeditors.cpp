@@ -12,12 +12,12 @@ namespace {
 // The bytes from which on a summary shows the first of them only.
 constexpr OpcUa_Int32 summarisedLength = 100;
 
-QString hexadecimal(const QByteArray& bytes)
+QString hexadecimal(QByteArrayView bytes)
 {
-    return QString::fromLatin1(bytes.toHex());
+    return QString::fromLatin1(bytes.toByteArray().toHex());
 }
 
-QString summary(const UaByteString& value, QString (*text)(const QByteArray&))
+QString summary(const UaByteString& value, QString (*text)(QByteArrayView))
 {
     const QString pattern = value.length() >= summarisedLength
                                 ? QStringLiteral("Length=%1, Content=%2...")
@@ -223,7 +223,7 @@ UaString QvelEditWidgetString::string(bool* ok) const
     if (!d->isFromFile()) {
         if (ok)
             *ok = true;
-        return UaString(d->text().toUtf8());
+        return UaString(d->text());
     }
     const auto file = d->readFile();
     if (ok)
@@ -234,7 +234,7 @@ UaString QvelEditWidgetString::string(bool* ok) const
 
 void QvelEditWidgetString::setString(const UaString& string)
 {
-    d->setText(textFromUtf8(string.bytes()));
+    d->setText(string.toQString());
 }
 
 void QvelEditWidgetString::sltShowDialogWidget()
@@ -246,7 +246,7 @@ void QvelEditWidgetString::sltShowDialogWidget()
 void QvelEditWidgetString::sltDialogWidgetAccepted()
 {
     if (const auto text = d->dialogText())
-        setString(UaString(text->toUtf8()));
+        setString(UaString(*text));
 }
 
 void QvelEditWidgetString::sltLoadSave(bool bChecked)

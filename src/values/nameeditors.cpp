@@ -27,12 +27,12 @@ QLineEdit* createLocale()
 
 QString textOf(const UaString& text)
 {
-    return textFromUtf8(text.bytes());
+    return text.toQString();
 }
 
 UaString textOf(const QLineEdit* edit)
 {
-    return UaString(edit->text().toUtf8());
+    return UaString(edit->text());
 }
 
 } // namespace

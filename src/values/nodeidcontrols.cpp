@@ -49,14 +49,14 @@ bool numericFrom(const QString& text, OpcUa_UInt16 index, UaNodeId& id)
 
 bool stringFrom(const QString& text, OpcUa_UInt16 index, UaNodeId& id)
 {
-    id = UaNodeId(UaString(text.toUtf8()), index);
+    id = UaNodeId(UaString(text), index);
     return true;
 }
 
 bool guidFrom(const QString& text, OpcUa_UInt16 index, UaNodeId& id)
 {
     UaGuid guid;
-    const bool valid = OpcUa_IsGood(guid.fromString(UaString(text.toUtf8())));
+    const bool valid = OpcUa_IsGood(guid.fromString(UaString(text)));
     if (valid)
         id = UaNodeId(guid, index);
     return valid;
@@ -157,5 +157,5 @@ void NodeIdControls::setNodeId(const UaNodeId& id)
 {
     namespaceIndex->setValue(id.namespaceIndex());
     type->setCurrentIndex(id.identifierType());
-    showWhole(identifier, textFromUtf8(id.toString().bytes()));
+    showWhole(identifier, id.toString().toQString());
 }

@@ -44,7 +44,7 @@ KESTREL_SCALAR_EDITOR(QvelWidgetGuid, Guid, guid)
 UaGuid QvelWidgetGuid::guid(bool* ok) const
 {
     UaGuid guid;
-    const bool good = OpcUa_IsGood(guid.fromString(UaString(m_edit->text().toUtf8())));
+    const bool good = OpcUa_IsGood(guid.fromString(UaString(m_edit->text())));
     if (ok)
         *ok = good;
     return guid;
@@ -52,5 +52,5 @@ UaGuid QvelWidgetGuid::guid(bool* ok) const
 
 void QvelWidgetGuid::setGuid(const UaGuid& guid)
 {
-    showWhole(m_edit, QString::fromUtf8(guid.toString().bytes()));
+    showWhole(m_edit, guid.toString().toQString());
 }

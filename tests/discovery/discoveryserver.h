@@ -81,5 +81,6 @@ inline void addEndpoint(UaStackTypeArray<OpcUa_EndpointDescription>& endpoints,
 {
     const Endpoint endpoint(server, url, "Basic256", OpcUa_MessageSecurityMode_Sign);
     endpoints.resize(endpoints.length() + 1);
-    OpcUa_EndpointDescription_CopyTo(&endpoint.value, &endpoints[endpoints.length() - 1]);
+    checkMemory(
+        OpcUa_EndpointDescription_CopyTo(&endpoint.value, &endpoints[endpoints.length() - 1]));
 }

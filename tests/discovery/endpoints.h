@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/stack/checkmemory_p.h"
+
 #include <Kestrel/QvelDiscoverySetting>
 #include <Kestrel/UaString>
 
@@ -9,7 +11,7 @@
 
 inline void assign(OpcUa_String& target, const QByteArray& text)
 {
-    UaString(text).copyTo(&target);
+    checkMemory(UaString(text).copyTo(&target));
 }
 
 template <class T>
@@ -81,7 +83,7 @@ inline QvelDiscoverySetting fullSetting(int urls = 2, const QList<OpcUa_UserToke
     for (int i = 0; i < urls; ++i)
         list.append("opc.tcp://plant7:" + QByteArray::number(4840 + i));
     setDiscoveryUrls(server, list);
-    OpcUa_ByteString_Assign(&endpoint.value.ServerCertificate, "\x30\x00\xff", 3);
+    checkMemory(OpcUa_ByteString_Assign(&endpoint.value.ServerCertificate, "\x30\x00\xff", 3));
     setTokens(endpoint.value, tokens);
     assign(endpoint.value.TransportProfileUri, "urn:transport");
     endpoint.value.SecurityLevel = 200;

@@ -256,7 +256,7 @@ void tst_Harrier::hostileServer()
     const QByteArray text = "<h1>A</h1>\n\x1b[2J\xff\xe2\x80\xae" + QByteArray(1000000, 'x');
     const QString start = QStringLiteral("<h1>A</h1> \ufffd[2J\ufffd\ufffdxx");
     Endpoint endpoint(text, text, text, OpcUa_MessageSecurityMode(4711));
-    OpcUa_ByteString_Assign(&endpoint.value.ServerCertificate, "\x30\x82\xff\xff", 4);
+    checkMemory(OpcUa_ByteString_Assign(&endpoint.value.ServerCertificate, "\x30\x82\xff\xff", 4));
     setTokens(endpoint.value, QList<OpcUa_UserTokenType>(5000));
     QvelDiscoverySetting setting;
     setting.setEndpointDescription(&endpoint.value);

@@ -114,9 +114,7 @@ QWidget* create(int number)
 
 inline UaGuid guidOf(const char* text)
 {
-    UaGuid guid;
-    guid.fromString(UaString(text));
-    return guid;
+    return UaGuid(QUuid(text));
 }
 
 inline UaByteString randomBytes(QRandomGenerator& r)

@@ -41,16 +41,17 @@ class SessionSecurityInfo
 class KESTREL_EXPORT UaDiscovery
 {
 public:
-    UaStatus findServers(const ServiceSettings& settings, const UaString& discoveryUrl,
-                         const SessionSecurityInfo& security,
-                         UaStackTypeArray<OpcUa_ApplicationDescription>& servers);
-    UaStatus getEndpoints(const ServiceSettings& settings, const UaString& discoveryUrl,
-                          const SessionSecurityInfo& security,
-                          UaStackTypeArray<OpcUa_EndpointDescription>& endpoints);
+    static UaStatus findServers(const ServiceSettings& settings, const UaString& discoveryUrl,
+                                const SessionSecurityInfo& security,
+                                UaStackTypeArray<OpcUa_ApplicationDescription>& servers);
+    static UaStatus getEndpoints(const ServiceSettings& settings, const UaString& discoveryUrl,
+                                 const SessionSecurityInfo& security,
+                                 UaStackTypeArray<OpcUa_EndpointDescription>& endpoints);
     /// All records that the server knows, from its first one on.
-    UaStatus findServersOnNetwork(const ServiceSettings& settings, const UaString& discoveryUrl,
-                                  const SessionSecurityInfo& security,
-                                  UaStackTypeArray<OpcUa_ServerOnNetwork>& servers);
+    static UaStatus findServersOnNetwork(const ServiceSettings& settings,
+                                         const UaString& discoveryUrl,
+                                         const SessionSecurityInfo& security,
+                                         UaStackTypeArray<OpcUa_ServerOnNetwork>& servers);
 };
 
 } // namespace UaClientSdk

@@ -184,7 +184,7 @@ QList<UaNetworkBrowseResult> Inquiry::results() const
 {
     QList<UaNetworkBrowseResult> results;
     for (const QString& computer : m_computers)
-        results.append({UaString(computer.toUtf8()), UaNetworkBrowseResult::Computer});
+        results.append({UaString(computer), UaNetworkBrowseResult::Computer});
     return results;
 }
 

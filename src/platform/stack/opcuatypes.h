@@ -283,14 +283,15 @@ struct OpcUa_ServerOnNetwork
 #define KESTREL_DECLARE_STACK_TYPE(Type)                                                           \
     KESTREL_EXPORT void Type##_Initialize(Type* value);                                            \
     KESTREL_EXPORT void Type##_Clear(Type* value);                                                 \
-    /** Good, or BadOutOfMemory with the target empty. `to` must be initialised. */                \
-    KESTREL_EXPORT OpcUa_StatusCode Type##_CopyTo(const Type* from, Type* to);                     \
+    /** Good, or BadOutOfMemory, or BadEncodingLimitsExceeded for Variants that are nested deeper  \
+        than 100, with the target empty. `to` must be initialised. */                              \
+    [[nodiscard]] KESTREL_EXPORT OpcUa_StatusCode Type##_CopyTo(const Type* from, Type* to);       \
     KESTREL_EXPORT bool Type##_Equal(const Type* a, const Type* b);                                \
     inline void OpcUa_ClearValue(Type& value)                                                      \
     {                                                                                              \
         Type##_Clear(&value);                                                                      \
     }                                                                                              \
-    inline OpcUa_StatusCode OpcUa_CopyValue(const Type& from, Type& to)                            \
+    [[nodiscard]] inline OpcUa_StatusCode OpcUa_CopyValue(const Type& from, Type& to)              \
     {                                                                                              \
         return Type##_CopyTo(&from, &to);                                                          \
     }
@@ -328,11 +329,13 @@ KESTREL_EXPORT OpcUa_Int32 OpcUa_String_StrnCmp(const OpcUa_String* a, const Opc
                                                 OpcUa_Int32 length, bool ignoreCase);
 /// Replaces `target` (initialised or holding a text) by a copy of `length` bytes. Good, or
 /// BadOutOfMemory with the target null.
-KESTREL_EXPORT OpcUa_StatusCode OpcUa_String_Assign(OpcUa_String* target, const char* utf8,
-                                                    OpcUa_Int32 length);
+[[nodiscard]] KESTREL_EXPORT OpcUa_StatusCode OpcUa_String_Assign(OpcUa_String* target,
+                                                                  const char* utf8,
+                                                                  OpcUa_Int32 length);
 /// As OpcUa_String_Assign, for bytes.
-KESTREL_EXPORT OpcUa_StatusCode OpcUa_ByteString_Assign(OpcUa_ByteString* target, const void* data,
-                                                        OpcUa_Int32 length);
+[[nodiscard]] KESTREL_EXPORT OpcUa_StatusCode OpcUa_ByteString_Assign(OpcUa_ByteString* target,
+                                                                      const void* data,
+                                                                      OpcUa_Int32 length);
 
 inline constexpr OpcUa_Guid OpcUa_Guid_Null = {};
 

@@ -29,7 +29,7 @@ public:
     /// Lower-case hexadecimal digits without a prefix.
     UaString toString() const;
     /// Replaces the initialised or filled `target` by a copy.
-    OpcUa_StatusCode copyTo(OpcUa_ByteString* target) const;
+    [[nodiscard]] OpcUa_StatusCode copyTo(OpcUa_ByteString* target) const;
 
     friend bool operator==(const UaByteString& a, const UaByteString& b)
     {

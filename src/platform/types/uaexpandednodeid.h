@@ -23,7 +23,7 @@ public:
     /// takes the place of the index; its ";" and "%" are percent-encoded.
     UaString toFullString() const;
     /// Replaces the initialised or filled `target` by a copy.
-    OpcUa_StatusCode copyTo(OpcUa_ExpandedNodeId* target) const;
+    [[nodiscard]] OpcUa_StatusCode copyTo(OpcUa_ExpandedNodeId* target) const;
 
     friend bool operator==(const UaExpandedNodeId& a, const UaExpandedNodeId& b)
     {

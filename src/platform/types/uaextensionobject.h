@@ -17,7 +17,7 @@ public:
     /// The type and the size of the body, such as "ns=2;i=5001 (24 bytes)".
     UaString toString() const;
     /// Replaces the initialised or filled `target` by a copy.
-    OpcUa_StatusCode copyTo(OpcUa_ExtensionObject* target) const;
+    [[nodiscard]] OpcUa_StatusCode copyTo(OpcUa_ExtensionObject* target) const;
 
 private:
     UaExpandedNodeId m_typeId;

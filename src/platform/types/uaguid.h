@@ -18,7 +18,7 @@ public:
 
     /// Reads 8-4-4-4-12 hexadecimal digits of either case, with or without braces. Good, or
     /// BadTypeMismatch with this Guid unchanged.
-    OpcUa_StatusCode fromString(const UaString& text);
+    [[nodiscard]] OpcUa_StatusCode fromString(const UaString& text);
     /// Braced, lower case.
     UaString toString() const;
     QUuid toQUuid() const;

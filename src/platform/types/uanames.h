@@ -19,7 +19,7 @@ public:
     /// "2:Pump", or the bare name in namespace 0 (OPC 10000-6, 5.3.1.14).
     UaString toString() const;
     /// Replaces the initialised or filled `target` by a copy.
-    OpcUa_StatusCode copyTo(OpcUa_QualifiedName* target) const;
+    [[nodiscard]] OpcUa_StatusCode copyTo(OpcUa_QualifiedName* target) const;
 
     friend bool operator==(const UaQualifiedName& a, const UaQualifiedName& b)
     {
@@ -45,7 +45,7 @@ public:
     /// The text alone.
     UaString toString() const { return m_text; }
     /// Replaces the initialised or filled `target` by a copy.
-    OpcUa_StatusCode copyTo(OpcUa_LocalizedText* target) const;
+    [[nodiscard]] OpcUa_StatusCode copyTo(OpcUa_LocalizedText* target) const;
 
     friend bool operator==(const UaLocalizedText& a, const UaLocalizedText& b)
     {

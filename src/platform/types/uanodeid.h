@@ -31,7 +31,7 @@ public:
     /// The text form of OPC 10000-6, 5.3.1.10, such as `ns=2;s=Pump` or `i=85`.
     UaString toFullString() const;
     /// Replaces the initialised or filled `target` by a copy.
-    OpcUa_StatusCode copyTo(OpcUa_NodeId* target) const;
+    [[nodiscard]] OpcUa_StatusCode copyTo(OpcUa_NodeId* target) const;
 
     friend KESTREL_EXPORT bool operator==(const UaNodeId& a, const UaNodeId& b);
     friend bool operator!=(const UaNodeId& a, const UaNodeId& b) { return !(a == b); }

@@ -7,7 +7,7 @@
 #include <QtCore/QMetaType>
 
 /// The result of an operation (OPC 10000-4, 7.39).
-class KESTREL_EXPORT UaStatusCode
+class [[nodiscard]] UaStatusCode
 {
 public:
     /// Good.
@@ -21,7 +21,7 @@ public:
     bool isNotGood() const { return OpcUa_IsNotGood(m_code); }
     /// The standard's symbolic name, such as BadNodeIdUnknown; the info bits do not count. A code
     /// without a name gives eight hexadecimal digits after "0x".
-    UaString toString() const;
+    KESTREL_EXPORT UaString toString() const;
 
     friend bool operator==(const UaStatusCode& a, const UaStatusCode& b)
     {

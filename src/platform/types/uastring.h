@@ -31,7 +31,7 @@ public:
     /// The text, a U+FEFF at its beginning included. What is not UTF-8 becomes U+FFFD.
     QString toQString() const;
     /// Replaces the initialised or filled `target` by a copy.
-    OpcUa_StatusCode copyTo(OpcUa_String* target) const;
+    [[nodiscard]] OpcUa_StatusCode copyTo(OpcUa_String* target) const;
 
     /// The null String equals the empty one.
     friend bool operator==(const UaString& a, const UaString& b) { return a.m_utf8 == b.m_utf8; }

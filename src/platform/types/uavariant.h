@@ -152,7 +152,8 @@ public:
     ///
     /// setInt32Array() replaces the value by an array, and setInt32Matrix() by a matrix whose
     /// elements come in row-major order. False, with the value unchanged, when there is no memory
-    /// (more than 1 GiB of elements is never had), or when the product of the dimensions is not
+    /// (more than 1 GiB of elements is never had), when Variants
+    /// are nested deeper than 100, or when the product of the dimensions is not
     /// the number of elements; there must be one dimension at least.
     ///
     /// toInt32Array() gives the elements of an array of just that type, toInt32Matrix() those of a
@@ -182,8 +183,8 @@ public:
     /// The product of the lengths of a matrix, 1 for none; -1 when it is out of bounds.
     static OpcUa_Int32 elementCount(const Dimensions& dimensions);
     /// Replaces one element of an array or matrix by a scalar of the same type; in an array of
-    /// Variants, by any value. False, with nothing changed, for anything else, or when there is no
-    /// memory.
+    /// Variants, by any value. False, with nothing changed, for anything else, when Variants are
+    /// nested deeper than 100, or when there is no memory.
     [[nodiscard]] bool setElement(OpcUa_Int32 index, const UaVariant& value);
 
     /// Each gives the value of a scalar of just that type, and a null value for anything else.
@@ -216,7 +217,7 @@ public:
     /// ByteString. The whole text must be of that type, in the C locale, and in its range. With
     /// `toArray`, the scalar becomes an array of one. Good, BadTypeMismatch or BadOutOfRange; this
     /// value is unchanged unless Good.
-    OpcUa_StatusCode changeType(OpcUa_BuiltInType type, bool toArray = false);
+    [[nodiscard]] OpcUa_StatusCode changeType(OpcUa_BuiltInType type, bool toArray = false);
 
     /// The text of the value, of any type and shape. A String is its own text, whole; numbers are
     /// in the C locale. Arrays read "{1, 2, 3}" and matrices nest them; past what fits a line,

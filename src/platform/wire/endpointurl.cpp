@@ -1,5 +1,7 @@
 #include "endpointurl_p.h"
 
+#include "platform/types/utf8text_p.h"
+
 #include <QtCore/QRegularExpression>
 #include <QtNetwork/QHostAddress>
 
@@ -14,7 +16,7 @@ std::optional<EndpointAddress> parseEndpointUrl(const QByteArray& url)
                        R"((?::([0-9]{1,5}))?(?:[/?#][^\x00-\x1f\x7f\x{fffd}]*)?\z)"));
     if (url.size() > maxUrlLength)
         return {};
-    const QRegularExpressionMatch match = form.match(QString::fromUtf8(url));
+    const QRegularExpressionMatch match = form.match(textFromUtf8(url));
     if (!match.hasMatch())
         return {};
 

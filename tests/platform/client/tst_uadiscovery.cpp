@@ -30,7 +30,7 @@ QByteArray getEndpoints(const QByteArray& url, int timeout)
     settings.callTimeout = timeout;
     UaStackTypeArray<OpcUa_EndpointDescription> endpoints;
     endpoints.resize(1); // a call that fails leaves nothing in here
-    const UaStatus status = UaDiscovery().getEndpoints(settings, UaString(url), {}, endpoints);
+    const UaStatus status = UaDiscovery::getEndpoints(settings, UaString(url), {}, endpoints);
     return name(status) + ' ' + QByteArray::number(endpoints.length());
 }
 
@@ -173,9 +173,9 @@ private Q_SLOTS:
             UaStackTypeArray<OpcUa_EndpointDescription> endpoints;
             UaStackTypeArray<OpcUa_ApplicationDescription> servers;
             UaStackTypeArray<OpcUa_ServerOnNetwork> found;
-            QCOMPARE(name(UaDiscovery().getEndpoints(settings, url, {}, endpoints)), "Good");
-            QCOMPARE(name(UaDiscovery().findServers(settings, url, {}, servers)), "Good");
-            QCOMPARE(name(UaDiscovery().findServersOnNetwork(settings, url, {}, found)), "Good");
+            QCOMPARE(name(UaDiscovery::getEndpoints(settings, url, {}, endpoints)), "Good");
+            QCOMPARE(name(UaDiscovery::findServers(settings, url, {}, servers)), "Good");
+            QCOMPARE(name(UaDiscovery::findServersOnNetwork(settings, url, {}, found)), "Good");
             QCOMPARE(endpoints.length() + servers.length() + found.length(), 9u);
             const auto endpoint = filledArray<OpcUa_EndpointDescription>(1);
             const auto server = filledArray<OpcUa_ApplicationDescription>(1);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/stack/checkmemory_p.h"
 #include "platform/wire/messages_p.h"
 
 template <class T, class = void>
@@ -48,11 +49,11 @@ struct Filler
     void operator()(OpcUa_String& value)
     {
         const QByteArray bytes = text();
-        OpcUa_String_Assign(&value, bytes.constData(), OpcUa_Int32(bytes.size()));
+        checkMemory(OpcUa_String_Assign(&value, bytes.constData(), OpcUa_Int32(bytes.size())));
     }
     void operator()(OpcUa_ByteString& value)
     {
-        OpcUa_ByteString_Assign(&value, "\x30\x82\x00\xff", 4);
+        checkMemory(OpcUa_ByteString_Assign(&value, "\x30\x82\x00\xff", 4));
     }
 };
 

@@ -96,9 +96,9 @@ private Q_SLOTS:
                      "opc.tcp:");
         OpcUa_LocalizedText text = {};
         QCOMPARE(encoded(text).toHex(), "00");
-        OpcUa_String_Assign(&text.Text, "", 0);
+        QCOMPARE(OpcUa_String_Assign(&text.Text, "", 0), OpcUa_Good);
         QCOMPARE(encoded(text).toHex(), "0200000000");
-        OpcUa_String_Assign(&text.Locale, "en", 2);
+        QCOMPARE(OpcUa_String_Assign(&text.Locale, "en", 2), OpcUa_Good);
         QCOMPARE(encoded(text).toHex(), "0302000000656e00000000");
         OpcUa_LocalizedText_Clear(&text);
 

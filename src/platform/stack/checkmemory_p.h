@@ -1,0 +1,12 @@
+#pragma once
+
+#include "opcuatypes.h"
+
+#include <QtCore/QtGlobal>
+
+/// For a copy whose failure cannot be told: without memory, it ends as Qt's own containers do.
+inline void checkMemory(OpcUa_StatusCode status)
+{
+    if (OpcUa_IsNotGood(status))
+        qBadAlloc();
+}
