@@ -180,6 +180,9 @@ OpcUa_StatusCode copyValue(const T& from, T& to)
         to = from;
     } else {
         clearValue(to);
+        const OpcUaNesting nesting;
+        if (nesting.isTooDeep())
+            return OpcUa_BadEncodingLimitsExceeded;
         Copier copier;
         StackFields<T>::visit(copier, from, to);
         if (OpcUa_IsNotGood(copier.status))
@@ -325,6 +328,9 @@ void OpcUa_Variant_Clear(OpcUa_Variant* value)
 OpcUa_StatusCode OpcUa_Variant_CopyTo(const OpcUa_Variant* from, OpcUa_Variant* to)
 {
     OpcUa_Variant_Clear(to);
+    const OpcUaNesting nesting;
+    if (nesting.isTooDeep())
+        return OpcUa_BadEncodingLimitsExceeded;
     const OpcUaTypeInfo* info = opcUaTypeInfo(from->Datatype);
     if (!info)
         return OpcUa_Good;

@@ -2,6 +2,24 @@
 
 #include "platform/stack/opcuatypes.h"
 
+#include <QtCore/QtGlobal>
+
+/// One level of a copy in progress on this thread. A Variant may hold Variants, and a
+/// DiagnosticInfo another one; what is nested deeper than any decoder need read (OPC
+/// 10000-6, 5.2.2.16) is not copied, and so never comes to exhaust the stack later on.
+class OpcUaNesting
+{
+public:
+    OpcUaNesting() { ++depth; }
+    ~OpcUaNesting() { --depth; }
+    Q_DISABLE_COPY_MOVE(OpcUaNesting)
+    bool isTooDeep() const { return depth > most; }
+
+private:
+    static constexpr int most = 100;
+    static inline thread_local int depth = 0;
+};
+
 /// What there is to know about the elements of one built-in type.
 struct OpcUaTypeInfo
 {

@@ -211,6 +211,7 @@ bool UaVariant::setElements(OpcUa_BuiltInType type, const UaArrayView<Value, Sta
         if (!fresh.resize(count))
             return false;
     }
+    const OpcUaNesting nesting; // that of the elements in this value
     auto* target = static_cast<Stack*>(opcUaElements(*fresh).data);
     if constexpr (std::is_arithmetic_v<Stack> && std::is_same_v<Value, Stack>) {
         OpcUa_Memory_MemCpy(target, elements.stack(), count * sizeof(Stack));

@@ -161,6 +161,7 @@ bool UaVariant::setElement(OpcUa_Int32 index, const UaVariant& value)
     const void* source =
         any ? static_cast<const OpcUa_Variant*>(value) : opcUaElements(*value).data;
     // Copied aside, and moved into its place, so that a copy that fails leaves the old element.
+    const OpcUaNesting nesting;
     AnyElement copy;
     std::memset(&copy, 0, sizeof copy);
     if (!source || OpcUa_IsNotGood(info.copy(source, &copy)))
