@@ -1,6 +1,7 @@
 #include "connection.h"
 
-#include <QtCore/QDateTime>
+#include "platform/types/uadatetime.h"
+
 #include <QtNetwork/QTcpSocket>
 
 #include <algorithm>
@@ -23,16 +24,10 @@ constexpr OpcUa_UInt32 channelId = 1;                    // a connection has one
 constexpr OpcUa_UInt32 maximumLifetime = 60 * 60 * 1000; // ms
 constexpr OpcUa_StatusCode badSecurityModeRejected = 0x80540000u;
 
-OpcUa_DateTime now()
-{
-    constexpr qint64 from1601To1970 = 11644473600000; // ms
-    return (QDateTime::currentMSecsSinceEpoch() + from1601To1970) * 10000;
-}
-
 ResponseHeader responseHeader(const RequestHeader& request, OpcUa_StatusCode result = OpcUa_Good)
 {
     ResponseHeader header;
-    header.timestamp = now();
+    header.timestamp = UaDateTime::now().ticks();
     header.requestHandle = request.requestHandle;
     header.serviceResult = result;
     return header;
@@ -170,7 +165,7 @@ OpcUa_StatusCode Connection::openChannel(const Message& message)
     response.header = responseHeader(request.header);
     response.securityToken.channelId = channelId;
     response.securityToken.tokenId = ++m_tokenId;
-    response.securityToken.createdAt = now();
+    response.securityToken.createdAt = UaDateTime::now().ticks();
     response.securityToken.revisedLifetime =
         request.requestedLifetime == 0 ? maximumLifetime
                                        : std::min(request.requestedLifetime, maximumLifetime);

@@ -18,9 +18,7 @@ QString shown(const UaString& text)
 
 QDateTime localTime(const UaDateTime& time)
 {
-    constexpr qint64 ticksPerMs = 10000;
-    static const QDateTime epoch(QDate(1601, 1, 1), QTime(0, 0), Qt::UTC);
-    return epoch.addMSecs(time.ticks() / ticksPerMs).toLocalTime();
+    return time.toQDateTime().toLocalTime();
 }
 
 QIcon withOverlay(const QIcon& base, const QString& overlay)

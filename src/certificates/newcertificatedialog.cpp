@@ -59,7 +59,7 @@ public:
     Field& field(Text text) { return fields[size_t(text)]; }
     const Field& field(Text text) const { return fields[size_t(text)]; }
     bool given(Text text) const { return !field(text).input->text().isEmpty(); }
-    UaString value(Text text) const { return UaString(field(text).input->text().toUtf8()); }
+    UaString value(Text text) const { return UaString(field(text).input->text()); }
     void fill(Text text, const QString& content)
     {
         field(text).input->setText(content);

@@ -2,6 +2,7 @@
 
 #include "base/editorhelpers_p.h"
 #include "composite/celleditor_p.h"
+#include "platform/stack/opcuatypetable_p.h"
 #include "platform/types/uadatetime.h"
 #include "platform/types/uastring.h"
 #include "values/expandednodeideditors.h"

@@ -44,14 +44,3 @@ struct TypeEditor
 
 /// The entry of a type, or that of Null for a number that is no type.
 const TypeEditor& typeEditor(int type);
-
-/// Whether a table has an entry for each built-in type, in their order.
-template <class Entry, std::size_t size>
-constexpr bool isTableOfTypes(const Entry (&entries)[size])
-{
-    for (std::size_t i = 0; i < size; ++i) {
-        if (entries[i].type != OpcUa_BuiltInType(i))
-            return false;
-    }
-    return size == OpcUaType_DiagnosticInfo + 1;
-}

@@ -1,13 +1,11 @@
 #include "platform/pki/certificate_p.h"
 
-#include <QtCore/QDate>
+#include <QtCore/QDateTime>
 #include <QtNetwork/QHostAddress>
 
 #include <ctime>
 
 namespace {
-
-constexpr qint64 secondsPerDay = 86'400;
 
 /// A text as UTF-8, without characters that would end it early.
 QByteArray textOf(const ASN1_STRING* value)
@@ -83,11 +81,7 @@ UaDateTime timeOf(const ASN1_TIME* time)
     std::tm parts{};
     if (!time || !ASN1_TIME_to_tm(time, &parts))
         return {};
-    static const qint64 origin = QDate(1601, 1, 1).toJulianDay();
     const QDate date(parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday);
-    if (!date.isValid())
-        return {};
-    const qint64 seconds = (date.toJulianDay() - origin) * secondsPerDay + parts.tm_hour * 3600 +
-                           parts.tm_min * 60 + parts.tm_sec;
-    return UaDateTime(seconds * ticksPerSecond);
+    const QTime clock(parts.tm_hour, parts.tm_min, parts.tm_sec);
+    return UaDateTime(QDateTime(date, clock, Qt::UTC));
 }

@@ -224,9 +224,10 @@ bool equalValue(const T& a, const T& b)
 }
 
 template <class T>
-constexpr OpcUaTypeInfo typeInfo(const char* name, bool boxed = false)
+constexpr OpcUaTypeInfo typeInfo(OpcUa_BuiltInType type, const char* name, bool boxed = false)
 {
-    return {name,
+    return {type,
+            name,
             sizeof(T),
             boxed,
             [](void* element) { clearValue(*static_cast<T*>(element)); },
@@ -238,35 +239,35 @@ constexpr OpcUaTypeInfo typeInfo(const char* name, bool boxed = false)
             }};
 }
 
-// Indexed by the type's number.
 constexpr OpcUaTypeInfo typeTable[] = {
-    {"Null", 0, false, nullptr, nullptr, nullptr},
-    typeInfo<OpcUa_Boolean>("Boolean"),
-    typeInfo<OpcUa_SByte>("SByte"),
-    typeInfo<OpcUa_Byte>("Byte"),
-    typeInfo<OpcUa_Int16>("Int16"),
-    typeInfo<OpcUa_UInt16>("UInt16"),
-    typeInfo<OpcUa_Int32>("Int32"),
-    typeInfo<OpcUa_UInt32>("UInt32"),
-    typeInfo<OpcUa_Int64>("Int64"),
-    typeInfo<OpcUa_UInt64>("UInt64"),
-    typeInfo<OpcUa_Float>("Float"),
-    typeInfo<OpcUa_Double>("Double"),
-    typeInfo<OpcUa_String>("String"),
-    typeInfo<OpcUa_DateTime>("DateTime"),
-    typeInfo<OpcUa_Guid>("Guid"),
-    typeInfo<OpcUa_ByteString>("ByteString"),
-    typeInfo<OpcUa_XmlElement>("XmlElement"),
-    typeInfo<OpcUa_NodeId>("NodeId"),
-    typeInfo<OpcUa_ExpandedNodeId>("ExpandedNodeId"),
-    typeInfo<OpcUa_StatusCode>("StatusCode"),
-    typeInfo<OpcUa_QualifiedName>("QualifiedName"),
-    typeInfo<OpcUa_LocalizedText>("LocalizedText"),
-    typeInfo<OpcUa_ExtensionObject>("ExtensionObject", true),
-    typeInfo<OpcUa_DataValue>("DataValue", true),
-    typeInfo<OpcUa_Variant>("Variant", true),
-    typeInfo<OpcUa_DiagnosticInfo>("DiagnosticInfo", true),
+    {OpcUaType_Null, "Null", 0, false, nullptr, nullptr, nullptr},
+    typeInfo<OpcUa_Boolean>(OpcUaType_Boolean, "Boolean"),
+    typeInfo<OpcUa_SByte>(OpcUaType_SByte, "SByte"),
+    typeInfo<OpcUa_Byte>(OpcUaType_Byte, "Byte"),
+    typeInfo<OpcUa_Int16>(OpcUaType_Int16, "Int16"),
+    typeInfo<OpcUa_UInt16>(OpcUaType_UInt16, "UInt16"),
+    typeInfo<OpcUa_Int32>(OpcUaType_Int32, "Int32"),
+    typeInfo<OpcUa_UInt32>(OpcUaType_UInt32, "UInt32"),
+    typeInfo<OpcUa_Int64>(OpcUaType_Int64, "Int64"),
+    typeInfo<OpcUa_UInt64>(OpcUaType_UInt64, "UInt64"),
+    typeInfo<OpcUa_Float>(OpcUaType_Float, "Float"),
+    typeInfo<OpcUa_Double>(OpcUaType_Double, "Double"),
+    typeInfo<OpcUa_String>(OpcUaType_String, "String"),
+    typeInfo<OpcUa_DateTime>(OpcUaType_DateTime, "DateTime"),
+    typeInfo<OpcUa_Guid>(OpcUaType_Guid, "Guid"),
+    typeInfo<OpcUa_ByteString>(OpcUaType_ByteString, "ByteString"),
+    typeInfo<OpcUa_XmlElement>(OpcUaType_XmlElement, "XmlElement"),
+    typeInfo<OpcUa_NodeId>(OpcUaType_NodeId, "NodeId"),
+    typeInfo<OpcUa_ExpandedNodeId>(OpcUaType_ExpandedNodeId, "ExpandedNodeId"),
+    typeInfo<OpcUa_StatusCode>(OpcUaType_StatusCode, "StatusCode"),
+    typeInfo<OpcUa_QualifiedName>(OpcUaType_QualifiedName, "QualifiedName"),
+    typeInfo<OpcUa_LocalizedText>(OpcUaType_LocalizedText, "LocalizedText"),
+    typeInfo<OpcUa_ExtensionObject>(OpcUaType_ExtensionObject, "ExtensionObject", true),
+    typeInfo<OpcUa_DataValue>(OpcUaType_DataValue, "DataValue", true),
+    typeInfo<OpcUa_Variant>(OpcUaType_Variant, "Variant", true),
+    typeInfo<OpcUa_DiagnosticInfo>(OpcUaType_DiagnosticInfo, "DiagnosticInfo", true),
 };
+static_assert(isTableOfTypes(typeTable));
 
 } // namespace
 

@@ -20,9 +20,22 @@ private:
     static inline thread_local int depth = 0;
 };
 
+/// Whether a table has an entry for each built-in type up to the last, in their order.
+template <class Entry, std::size_t size>
+constexpr bool isTableOfTypes(const Entry (&entries)[size],
+                              OpcUa_BuiltInType last = OpcUaType_DiagnosticInfo)
+{
+    for (std::size_t i = 0; i < size; ++i) {
+        if (entries[i].type != OpcUa_BuiltInType(i))
+            return false;
+    }
+    return size == std::size_t(last) + 1;
+}
+
 /// What there is to know about the elements of one built-in type.
 struct OpcUaTypeInfo
 {
+    OpcUa_BuiltInType type;
     const char* name; ///< as the standard spells it
     std::size_t size; ///< of one element in an array or matrix
     bool boxed;       ///< a scalar stands in a block of its own

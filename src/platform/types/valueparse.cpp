@@ -1,6 +1,7 @@
 #include "valueparse_p.h"
 
 #include "platform/stack/opcuastatuscodes.h"
+#include "platform/stack/opcuatypetable_p.h"
 #include "platform/types/uabytestring.h"
 #include "platform/types/uadatetime.h"
 #include "platform/types/uaguid.h"
@@ -12,7 +13,11 @@
 
 namespace {
 
-using Parser = OpcUa_StatusCode (*)(const UaString&, UaVariant&);
+struct Parser
+{
+    OpcUa_BuiltInType type;
+    OpcUa_StatusCode (*parse)(const UaString&, UaVariant&);
+};
 
 // std::from_chars knows neither a plus sign nor, for floating point, a locale.
 template <class T, void (UaVariant::*set)(T)>
@@ -75,25 +80,25 @@ OpcUa_StatusCode parseByteString(const UaString& text, UaVariant& result)
     return OpcUa_Good;
 }
 
-// Indexed by the type's number.
 constexpr Parser parsers[] = {
-    nullptr,
-    parseBoolean,
-    parseNumber<OpcUa_SByte, &UaVariant::setSByte>,
-    parseNumber<OpcUa_Byte, &UaVariant::setByte>,
-    parseNumber<OpcUa_Int16, &UaVariant::setInt16>,
-    parseNumber<OpcUa_UInt16, &UaVariant::setUInt16>,
-    parseNumber<OpcUa_Int32, &UaVariant::setInt32>,
-    parseNumber<OpcUa_UInt32, &UaVariant::setUInt32>,
-    parseNumber<OpcUa_Int64, &UaVariant::setInt64>,
-    parseNumber<OpcUa_UInt64, &UaVariant::setUInt64>,
-    parseNumber<OpcUa_Float, &UaVariant::setFloat>,
-    parseNumber<OpcUa_Double, &UaVariant::setDouble>,
-    parseString,
-    parseDateTime,
-    parseGuid,
-    parseByteString,
+    {OpcUaType_Null, nullptr},
+    {OpcUaType_Boolean, parseBoolean},
+    {OpcUaType_SByte, parseNumber<OpcUa_SByte, &UaVariant::setSByte>},
+    {OpcUaType_Byte, parseNumber<OpcUa_Byte, &UaVariant::setByte>},
+    {OpcUaType_Int16, parseNumber<OpcUa_Int16, &UaVariant::setInt16>},
+    {OpcUaType_UInt16, parseNumber<OpcUa_UInt16, &UaVariant::setUInt16>},
+    {OpcUaType_Int32, parseNumber<OpcUa_Int32, &UaVariant::setInt32>},
+    {OpcUaType_UInt32, parseNumber<OpcUa_UInt32, &UaVariant::setUInt32>},
+    {OpcUaType_Int64, parseNumber<OpcUa_Int64, &UaVariant::setInt64>},
+    {OpcUaType_UInt64, parseNumber<OpcUa_UInt64, &UaVariant::setUInt64>},
+    {OpcUaType_Float, parseNumber<OpcUa_Float, &UaVariant::setFloat>},
+    {OpcUaType_Double, parseNumber<OpcUa_Double, &UaVariant::setDouble>},
+    {OpcUaType_String, parseString},
+    {OpcUaType_DateTime, parseDateTime},
+    {OpcUaType_Guid, parseGuid},
+    {OpcUaType_ByteString, parseByteString},
 };
+static_assert(isTableOfTypes(parsers, OpcUaType_ByteString));
 
 } // namespace
 
@@ -101,5 +106,5 @@ OpcUa_StatusCode parseValue(OpcUa_BuiltInType type, const UaString& text, UaVari
 {
     if (type <= OpcUaType_Null || std::size_t(type) >= std::size(parsers))
         return OpcUa_BadTypeMismatch;
-    return parsers[type](text, result);
+    return parsers[type].parse(text, result);
 }

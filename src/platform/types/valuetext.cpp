@@ -88,37 +88,41 @@ QByteArray diagnosticText(const void* element, ValueText form)
         &static_cast<const OpcUa_DiagnosticInfo*>(element)->AdditionalInfo, form);
 }
 
-using ElementText = QByteArray (*)(const void*, ValueText);
-
-// Indexed by the type's number.
-constexpr ElementText texts[] = {
-    nullptr,
-    numberText<OpcUa_Boolean>,
-    numberText<OpcUa_SByte>,
-    numberText<OpcUa_Byte>,
-    numberText<OpcUa_Int16>,
-    numberText<OpcUa_UInt16>,
-    numberText<OpcUa_Int32>,
-    numberText<OpcUa_UInt32>,
-    numberText<OpcUa_Int64>,
-    numberText<OpcUa_UInt64>,
-    numberText<OpcUa_Float>,
-    numberText<OpcUa_Double>,
-    bytesText<OpcUa_String>,
-    classText<UaDateTime, OpcUa_DateTime>,
-    classText<UaGuid, OpcUa_Guid>,
-    classText<UaByteString, OpcUa_ByteString>,
-    bytesText<OpcUa_XmlElement>,
-    classText<UaNodeId, OpcUa_NodeId>,
-    classText<UaExpandedNodeId, OpcUa_ExpandedNodeId>,
-    classText<UaStatusCode, OpcUa_StatusCode>,
-    classText<UaQualifiedName, OpcUa_QualifiedName>,
-    classText<UaLocalizedText, OpcUa_LocalizedText>,
-    classText<UaExtensionObject, OpcUa_ExtensionObject>,
-    dataValueText,
-    nestedText,
-    diagnosticText,
+struct ElementText
+{
+    OpcUa_BuiltInType type;
+    QByteArray (*text)(const void*, ValueText);
 };
+
+constexpr ElementText texts[] = {
+    {OpcUaType_Null, nullptr},
+    {OpcUaType_Boolean, numberText<OpcUa_Boolean>},
+    {OpcUaType_SByte, numberText<OpcUa_SByte>},
+    {OpcUaType_Byte, numberText<OpcUa_Byte>},
+    {OpcUaType_Int16, numberText<OpcUa_Int16>},
+    {OpcUaType_UInt16, numberText<OpcUa_UInt16>},
+    {OpcUaType_Int32, numberText<OpcUa_Int32>},
+    {OpcUaType_UInt32, numberText<OpcUa_UInt32>},
+    {OpcUaType_Int64, numberText<OpcUa_Int64>},
+    {OpcUaType_UInt64, numberText<OpcUa_UInt64>},
+    {OpcUaType_Float, numberText<OpcUa_Float>},
+    {OpcUaType_Double, numberText<OpcUa_Double>},
+    {OpcUaType_String, bytesText<OpcUa_String>},
+    {OpcUaType_DateTime, classText<UaDateTime, OpcUa_DateTime>},
+    {OpcUaType_Guid, classText<UaGuid, OpcUa_Guid>},
+    {OpcUaType_ByteString, classText<UaByteString, OpcUa_ByteString>},
+    {OpcUaType_XmlElement, bytesText<OpcUa_XmlElement>},
+    {OpcUaType_NodeId, classText<UaNodeId, OpcUa_NodeId>},
+    {OpcUaType_ExpandedNodeId, classText<UaExpandedNodeId, OpcUa_ExpandedNodeId>},
+    {OpcUaType_StatusCode, classText<UaStatusCode, OpcUa_StatusCode>},
+    {OpcUaType_QualifiedName, classText<UaQualifiedName, OpcUa_QualifiedName>},
+    {OpcUaType_LocalizedText, classText<UaLocalizedText, OpcUa_LocalizedText>},
+    {OpcUaType_ExtensionObject, classText<UaExtensionObject, OpcUa_ExtensionObject>},
+    {OpcUaType_DataValue, dataValueText},
+    {OpcUaType_Variant, nestedText},
+    {OpcUaType_DiagnosticInfo, diagnosticText},
+};
+static_assert(isTableOfTypes(texts));
 
 // Cuts a text to a number of bytes, not inside a UTF-8 sequence.
 QByteArray bounded(const QByteArray& text, qsizetype length)
@@ -196,7 +200,8 @@ private:
 
 QByteArray elementText(OpcUa_Byte builtInType, const void* element, ValueText form)
 {
-    return opcUaTypeInfo(builtInType) && element ? texts[builtInType](element, form) : QByteArray();
+    return opcUaTypeInfo(builtInType) && element ? texts[builtInType].text(element, form)
+                                                 : QByteArray();
 }
 
 QByteArray variantText(const OpcUa_Variant& variant, ValueText form)

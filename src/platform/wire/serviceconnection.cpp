@@ -1,9 +1,9 @@
 #include "serviceconnection_p.h"
 
+#include "platform/types/uadatetime.h"
 #include "platform/wire/connector_p.h"
 #include "platform/wire/endpointurl_p.h"
 
-#include <QtCore/QDateTime>
 #include <QtCore/QEventLoop>
 #include <QtCore/QThread>
 
@@ -19,13 +19,6 @@ constexpr std::chrono::milliseconds pollInterval{20};
 // The channel is closed after one call; the server need not keep it longer than this if it is not.
 constexpr OpcUa_UInt32 channelLifetime = 600000; // ms
 constexpr ChunkLimits chunkLimits;
-
-OpcUa_DateTime now()
-{
-    constexpr OpcUa_DateTime unixEpoch = 116444736000000000; // in ticks since 1601
-    constexpr OpcUa_DateTime ticksPerMillisecond = 10000;
-    return unixEpoch + QDateTime::currentMSecsSinceEpoch() * ticksPerMillisecond;
-}
 
 } // namespace
 
@@ -126,7 +119,7 @@ OpcUa_StatusCode ServiceConnection::openChannel()
 
 void ServiceConnection::fill(RequestHeader& header)
 {
-    header.timestamp = now();
+    header.timestamp = UaDateTime::now().ticks();
     header.requestHandle = ++m_requestId;
     header.timeoutHint = OpcUa_UInt32(m_deadline.remainingTime());
 }
