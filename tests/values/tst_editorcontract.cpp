@@ -260,6 +260,7 @@ private Q_SLOTS:
             auto* buttons = dialog->findChild<QDialogButtonBox*>();
             auto* area = dialog->findChild<QTextEdit*>();
             editor.widget->show();
+            QVERIFY(QTest::qWaitForWindowActive(editor.widget.get()));
             editor.setValue(first);
             auto* line = editor.lastLine();
             const QString text = line->text();
