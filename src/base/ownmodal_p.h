@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtCore/QPointer>
 #include <QtWidgets/QMessageBox>
 
 class QFileDialog;
@@ -17,3 +18,32 @@ QMessageBox::StandardButton runMessageBox(QWidget* parent, QMessageBox::Icon ico
 /// Runs `dialog`, which was made by new, and deletes it. The chosen file; empty if there is none or
 /// the dialog's parent was deleted meanwhile, and the dialog with it.
 QString runFileDialog(QFileDialog* dialog);
+
+/// The widget, such as a clicked button, in whose signal a modal dialog runs. Whoever deletes the
+/// widget's owner meanwhile must not delete the widget, to which the signal returns.
+class SignallingWidget
+{
+public:
+    SignallingWidget() = default;
+    ~SignallingWidget()
+    {
+        if (m_widget)
+            m_widget->setParent(nullptr);
+    }
+    Q_DISABLE_COPY_MOVE(SignallingWidget)
+
+    /// `widget` may be null. This object may be gone when `work` returns.
+    template <class Work>
+    void run(QWidget* widget, Work work)
+    {
+        const QPointer<QWidget> signalling = m_widget = widget;
+        work();
+        if (signalling && signalling->parent())
+            m_widget = nullptr;
+        else if (signalling)
+            signalling->deleteLater();
+    }
+
+private:
+    QPointer<QWidget> m_widget;
+};

@@ -2,44 +2,15 @@
 
 #include "base/editorhelpers_p.h"
 #include "base/enuminfo.h"
+#include "base/ownmodal_p.h"
 #include "composite/elementtable_p.h"
 #include "platform/types/uastring.h"
 
-#include <QtCore/QPointer>
 #include <QtWidgets/QAbstractButton>
 
 class QDialogButtonBox;
 class QvelElementModel;
 class QvelModelDelegate;
-
-/// The button in whose click a modal dialog runs. Whoever deletes the button's owner meanwhile must
-/// not delete the button, to which the click returns.
-class ClickedButton
-{
-public:
-    ClickedButton() = default;
-    ~ClickedButton()
-    {
-        if (m_button)
-            m_button->setParent(nullptr);
-    }
-    Q_DISABLE_COPY_MOVE(ClickedButton)
-
-    /// `button` may be null. This object may be gone when `work` returns.
-    template <class Work>
-    void run(QAbstractButton* button, Work work)
-    {
-        const QPointer<QAbstractButton> clicked = m_button = button;
-        work();
-        if (clicked && clicked->parent())
-            m_button = nullptr;
-        else if (clicked)
-            clicked->deleteLater();
-    }
-
-private:
-    QPointer<QAbstractButton> m_button;
-};
 
 /// What the dialogs of arrays and matrices have in common: the value, its table, and the row of
 /// buttons below.
@@ -52,7 +23,7 @@ public:
 
     UaVariant value;
     ElementTable* const table;
-    ClickedButton clicked;
+    SignallingWidget clicked;
 
     bool isReadOnly() const { return m_dialog->flags().testFlag(QvelDialogWidgetBase::ReadOnly); }
     /// Fills the dialog's layout. `buttons` change the number of elements.
@@ -167,7 +138,7 @@ private:
     QLineEdit* m_edit;
     QToolButton* m_button;
     Dialog* const m_dialog;
-    ClickedButton m_clicked;
+    SignallingWidget m_clicked;
     UaVariant m_value;
     bool m_showsEnum = false;
 };

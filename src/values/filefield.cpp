@@ -1,7 +1,6 @@
 #include "filefield_p.h"
 
 #include "base/editorhelpers_p.h"
-#include "base/ownmodal_p.h"
 #include "base/settingscbinterface.h"
 
 #include <QtCore/QCoreApplication>
@@ -79,18 +78,27 @@ std::optional<QString> FileField::dialogText() const
     return m_isDialogWhole ? std::optional(m_dialog->text()) : std::nullopt;
 }
 
+void FileField::warn(const QString& title, const QString& text)
+{
+    m_signalling.run(m_dialog, [field = m_field, &title, &text] {
+        runMessageBox(field, QMessageBox::Warning, title, text);
+    });
+}
+
 void FileField::loadOrSave(bool checked, QByteArray bytes)
 {
-    const QPointer<QWidget> field = m_field;
-    openSettings();
-    if (m_readOnly)
-        save(bytes);
-    else if (checked)
-        load();
-    else
-        enterManually();
-    if (field)
-        closeSettings();
+    m_signalling.run(m_loadSaveButton, [this, checked, bytes = std::move(bytes)] {
+        const QPointer<QWidget> field = m_field;
+        openSettings();
+        if (m_readOnly)
+            save(bytes);
+        else if (checked)
+            load();
+        else
+            enterManually();
+        if (field)
+            closeSettings();
+    });
 }
 
 void FileField::openSettings()

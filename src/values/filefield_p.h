@@ -2,6 +2,7 @@
 
 #include "base/displaydialog.h"
 #include "base/editorbases.h"
+#include "base/ownmodal_p.h"
 
 #include <QtCore/QString>
 #include <QtWidgets/QFileDialog>
@@ -53,6 +54,10 @@ public:
     /// What the dialog was accepted with; nothing when the text was too long for it.
     std::optional<QString> dialogText() const;
 
+    /// Tells, while the dialog is being accepted, what is wrong with its text. The field may be
+    /// gone afterwards.
+    void warn(const QString& title, const QString& text);
+
     /// The load or save button was clicked. `bytes` is what is saved.
     void loadOrSave(bool checked, QByteArray bytes);
     bool isFromFile() const { return m_fromFile; }
@@ -82,6 +87,7 @@ private:
     QToolButton* m_showButton;
     QToolButton* m_loadSaveButton;
     QvelDisplayDialog* m_dialog;
+    SignallingWidget m_signalling;
     bool m_fromFile = false;
     QString m_fileName;
     bool m_isDialogWhole = true;

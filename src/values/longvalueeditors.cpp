@@ -1,7 +1,6 @@
 #include "longvalueeditors.h"
 
 #include "base/editorhelpers_p.h"
-#include "base/ownmodal_p.h"
 #include "values/filefield_p.h"
 #include "values/hexadecimal_p.h"
 
@@ -166,8 +165,7 @@ void QvelEditWidgetByteString::sltDialogWidgetAccepted()
     if (const auto bytes = bytesFromPrefixedHex(*text))
         setByteString(UaByteString(*bytes));
     else
-        runMessageBox(this, QMessageBox::Warning, tr("Conversion Error"),
-                      tr("The ByteString entered was not valid!"));
+        d->warn(tr("Conversion Error"), tr("The ByteString entered was not valid!"));
 }
 
 void QvelEditWidgetByteString::sltLoadSave(bool bChecked)
