@@ -86,7 +86,7 @@ void DiscoveryJobTest::cleanup()
 {
     m_model.reset();
     QVERIFY(!QApplication::overrideCursor());
-    comsurface::clearComTable();
+    comstandin::clear();
 }
 
 using Servers = DiscoveryServer::Servers;
@@ -180,18 +180,17 @@ void DiscoveryJobTest::enumeratesComServers()
                         {comstandin::dataAccess2, u"V.Two"},
                         {comstandin::dataAccess3, u"V.Broken", HRESULT(0x80004005)},
                         {comstandin::dataAccess3, u"V.Three"}};
-    comstandin::install(computer);
-    comstandin::install(computer, u"plant7");
+    comstandin::computers = {{u"", &computer}, {u"plant7", &computer}};
     start(QvelDiscoveryWidget::ComDa);
     QCOMPARE(browse(m_model->index(0, 0)),
              "V.One at , me []; V.Two at , me []; V.Three at , me []");
     QCOMPARE(m_model->index(0, 0, m_model->index(0, 0)).data(Qt::ToolTipRole).toString(),
              "localhost/V.One");
-    comsurface::ComAnswers initialize, create;
+    comstandin::Answers initialize, create;
     initialize.coInitializeEx = HRESULT(0x80010106);
     create.coCreateInstanceEx = HRESULT(0x80070005);
-    for (const auto& answers : {initialize, create, comsurface::ComAnswers()}) {
-        comsurface::setComAnswers(answers);
+    for (const auto& answers : {initialize, create, comstandin::Answers()}) {
+        comstandin::answers = answers;
         QCOMPARE(browse(add("elsewhere")), ""); // where no class is registered
     }
     computer.enumeration = HRESULT(0x8000FFFF);
@@ -206,7 +205,7 @@ void DiscoveryJobTest::enumeratesComServers()
     const QModelIndex remote = add("plant7");
     QCOMPARE(browse(remote), "plant7/V.Alarms at plant7, me []");
     QCOMPARE(m_model->index(0, 0, remote).data(Qt::ToolTipRole), "plant7/V.Alarms");
-    QCOMPARE(comsurface::comUsage().initialized + comsurface::comUsage().taskBlocks, 0);
+    QCOMPARE(comstandin::initialized + comstandin::taskBlocks, 0);
     QCOMPARE(computer.objects.load(), 0);
 }
 

@@ -1,11 +1,9 @@
 #include "support/avahistandin.h"
 
 #include <QtCore/QFile>
-#include <QtDBus/QDBusConnection>
 #include <QtDBus/QDBusMessage>
 #include <QtDBus/QDBusMetaType>
 #include <QtDBus/QDBusObjectPath>
-#include <QtDBus/QDBusVirtualObject>
 
 namespace {
 
@@ -38,114 +36,14 @@ PrivateSystemBus::~PrivateSystemBus()
     m_daemon.waitForFinished();
 }
 
-class AvahiStandIn::Daemon : public QDBusVirtualObject
-{
-public:
-    Daemon(AvahiStandIn& owner, const QString& busAddress, const AvahiScript& script)
-        : m_owner(owner), m_script(script),
-          m_bus(QDBusConnection::connectToBus(busAddress, "avahi-stand-in-" + busAddress))
-    {
-    }
-    ~Daemon() override
-    {
-        m_bus.unregisterObject("/", QDBusConnection::UnregisterTree);
-        QDBusConnection::disconnectFromBus(m_bus.name());
-    }
-    bool enter()
-    {
-        qDBusRegisterMetaType<QList<QByteArray>>();
-        return m_bus.registerVirtualObject("/", this, QDBusConnection::SubPath) &&
-               m_bus.registerService(serviceName);
-    }
-    QString introspect(const QString&) const override { return {}; }
-    bool handleMessage(const QDBusMessage& message, const QDBusConnection&) override
-    {
-        message.setDelayedReply(true);
-        if (message.member() == QLatin1String("ServiceBrowserNew"))
-            browse(message);
-        else if (message.member() == QLatin1String("ResolveService"))
-            resolve(message);
-        return true;
-    }
-
-private:
-    void refuse(const QDBusMessage& message)
-    {
-        m_bus.send(message.createErrorReply(serviceName + ".TimeoutError", "Timeout reached"));
-    }
-
-    void browse(const QDBusMessage& message)
-    {
-        const QString path = QString("/Client/ServiceBrowser%1").arg(++m_owner.m_browserCalls);
-        if (m_script.fault == AvahiScript::Silent)
-            return;
-        const bool isRight = message.signature() == QLatin1String("iissu") &&
-                             message.arguments().at(2) == serviceType;
-        if (m_script.fault == AvahiScript::Refuses || !isRight) {
-            refuse(message);
-            return;
-        }
-        const QDBusMessage reply = message.createReply(QVariant::fromValue(QDBusObjectPath(path)));
-        if (m_script.fault != AvahiScript::Early)
-            m_bus.send(reply);
-        announce(path, message.service());
-        if (m_script.fault == AvahiScript::Early) {
-            QThread::msleep(100); // so that the client sees the signals by themselves
-            m_bus.send(reply);
-        }
-    }
-
-    void announce(const QString& path, const QString& client)
-    {
-        const auto tell = [&](const QString& from, const char* name, const QVariantList& what) {
-            QDBusMessage signal = QDBusMessage::createTargetedSignal(
-                client, from, serviceName + ".ServiceBrowser", QLatin1String(name));
-            signal.setArguments(what);
-            m_bus.send(signal);
-        };
-        for (const AvahiScript::Service& service : m_script.services)
-            for (int interface = 0; interface < m_script.copies; ++interface)
-                tell(path, "ItemNew",
-                     {interface, 0, service.name, serviceType, service.domain, 0u});
-        // What another browser of the same client finds is none of this one's business.
-        tell(path + "0", "Failure", {"Not yours"});
-        if (m_script.fault == AvahiScript::Fails)
-            tell(path, "Failure", {"Timeout reached"});
-        if (m_script.fault != AvahiScript::NeverDone)
-            tell(path, "AllForNow", {});
-    }
-
-    void resolve(const QDBusMessage& message)
-    {
-        ++m_owner.m_resolveCalls;
-        const QVariantList asked = message.arguments();
-        for (const AvahiScript::Service& service : m_script.services) {
-            if (asked.value(2) != service.name || asked.value(4) != service.domain)
-                continue;
-            if (service.silent)
-                return;
-            if (service.host.isEmpty())
-                break;
-            QDBusMessage reply = message.createReply();
-            reply.setArguments({2, 0, service.name, asked.value(3), service.domain, service.host, 0,
-                                QString(), QVariant::fromValue(service.port),
-                                QVariant::fromValue(QList<QByteArray>()), 0u});
-            m_bus.send(reply);
-            return;
-        }
-        refuse(message);
-    }
-
-    AvahiStandIn& m_owner;
-    const AvahiScript m_script;
-    QDBusConnection m_bus;
-};
-
 AvahiStandIn::AvahiStandIn(const QString& busAddress, const AvahiScript& script)
-    : m_daemon(std::make_unique<Daemon>(*this, busAddress, script))
+    : m_script(script),
+      m_bus(QDBusConnection::connectToBus(busAddress, "avahi-stand-in-" + busAddress))
 {
-    m_running = m_daemon->enter();
-    m_daemon->moveToThread(&m_thread);
+    qDBusRegisterMetaType<QList<QByteArray>>();
+    m_running = m_bus.registerVirtualObject("/", this, QDBusConnection::SubPath) &&
+                m_bus.registerService(serviceName);
+    moveToThread(&m_thread);
     m_thread.start();
 }
 
@@ -153,4 +51,82 @@ AvahiStandIn::~AvahiStandIn()
 {
     m_thread.quit();
     m_thread.wait();
+    m_bus.unregisterObject("/", QDBusConnection::UnregisterTree);
+    QDBusConnection::disconnectFromBus(m_bus.name());
+}
+
+bool AvahiStandIn::handleMessage(const QDBusMessage& message, const QDBusConnection&)
+{
+    message.setDelayedReply(true);
+    if (message.member() == QLatin1String("ServiceBrowserNew"))
+        browse(message);
+    else if (message.member() == QLatin1String("ResolveService"))
+        resolve(message);
+    return true;
+}
+
+void AvahiStandIn::refuse(const QDBusMessage& message)
+{
+    m_bus.send(message.createErrorReply(serviceName + ".TimeoutError", "Timeout reached"));
+}
+
+void AvahiStandIn::browse(const QDBusMessage& message)
+{
+    const QString path = QString("/Client/ServiceBrowser%1").arg(++m_browserCalls);
+    if (m_script.fault == AvahiScript::Silent)
+        return;
+    const bool isRight =
+        message.signature() == QLatin1String("iissu") && message.arguments().at(2) == serviceType;
+    if (m_script.fault == AvahiScript::Refuses || !isRight) {
+        refuse(message);
+        return;
+    }
+    const QDBusMessage reply = message.createReply(QVariant::fromValue(QDBusObjectPath(path)));
+    if (m_script.fault != AvahiScript::Early)
+        m_bus.send(reply);
+    announce(path, message.service());
+    if (m_script.fault == AvahiScript::Early) {
+        QThread::msleep(100); // so that the client sees the signals by themselves
+        m_bus.send(reply);
+    }
+}
+
+void AvahiStandIn::announce(const QString& path, const QString& client)
+{
+    const auto tell = [&](const QString& from, const char* name, const QVariantList& what) {
+        QDBusMessage signal = QDBusMessage::createTargetedSignal(
+            client, from, serviceName + ".ServiceBrowser", QLatin1String(name));
+        signal.setArguments(what);
+        m_bus.send(signal);
+    };
+    for (const AvahiScript::Service& service : m_script.services)
+        for (int interface = 0; interface < m_script.copies; ++interface)
+            tell(path, "ItemNew", {interface, 0, service.name, serviceType, service.domain, 0u});
+    // What another browser of the same client finds is none of this one's business.
+    tell(path + "0", "Failure", {"Not yours"});
+    if (m_script.fault == AvahiScript::Fails)
+        tell(path, "Failure", {"Timeout reached"});
+    if (m_script.fault != AvahiScript::NeverDone)
+        tell(path, "AllForNow", {});
+}
+
+void AvahiStandIn::resolve(const QDBusMessage& message)
+{
+    ++m_resolveCalls;
+    const QVariantList asked = message.arguments();
+    for (const AvahiScript::Service& service : m_script.services) {
+        if (asked.value(2) != service.name || asked.value(4) != service.domain)
+            continue;
+        if (service.silent)
+            return;
+        if (service.host.isEmpty())
+            break;
+        QDBusMessage reply = message.createReply();
+        reply.setArguments({2, 0, service.name, asked.value(3), service.domain, service.host, 0,
+                            QString(), QVariant::fromValue(service.port),
+                            QVariant::fromValue(QList<QByteArray>()), 0u});
+        m_bus.send(reply);
+        return;
+    }
+    refuse(message);
 }

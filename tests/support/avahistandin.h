@@ -5,9 +5,10 @@
 #include <QtCore/QString>
 #include <QtCore/QTemporaryDir>
 #include <QtCore/QThread>
+#include <QtDBus/QDBusConnection>
+#include <QtDBus/QDBusVirtualObject>
 
 #include <atomic>
-#include <memory>
 
 /// A message bus of the test's own, the system bus of this process for as long as it lives.
 class PrivateSystemBus
@@ -50,21 +51,29 @@ struct AvahiScript
 };
 
 /// Owns org.freedesktop.Avahi on a bus, answering on a thread of its own.
-class AvahiStandIn
+class AvahiStandIn : public QDBusVirtualObject
 {
 public:
     AvahiStandIn(const QString& busAddress, const AvahiScript& script);
-    ~AvahiStandIn();
+    ~AvahiStandIn() override;
     bool isRunning() const { return m_running; }
     /// Calls of ServiceBrowserNew and of ResolveService so far.
     int browserCalls() const { return m_browserCalls; }
     int resolveCalls() const { return m_resolveCalls; }
 
+    QString introspect(const QString&) const override { return {}; }
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection&) override;
+
 private:
-    class Daemon;
+    void refuse(const QDBusMessage& message);
+    void browse(const QDBusMessage& message);
+    void announce(const QString& path, const QString& client);
+    void resolve(const QDBusMessage& message);
+
+    const AvahiScript m_script;
+    QDBusConnection m_bus;
     std::atomic<int> m_browserCalls = 0;
     std::atomic<int> m_resolveCalls = 0;
     QThread m_thread;
-    std::unique_ptr<Daemon> m_daemon;
     bool m_running = false;
 };

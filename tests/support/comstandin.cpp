@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <map>
-#include <mutex>
 
 using namespace comstandin;
 
@@ -13,13 +11,13 @@ constexpr HRESULT invalidArgument = HRESULT(0x80070057);
 constexpr HRESULT notInitialized = HRESULT(0x800401F0);
 constexpr HRESULT nullReference = HRESULT(0x800706F4); // what a proxy says of a null array
 
-std::mutex mutex; // guards the two below
-std::map<std::u16string, Computer*> computers;
-ComAnswers answers;
-
-std::atomic<int> initialized = 0;
 thread_local int initializedHere = 0;
-std::atomic<int> taskBlocks = 0;
+
+template <class Id>
+bool isSame(const Id& a, const Id& b)
+{
+    return std::memcmp(&a, &b, sizeof(Id)) == 0;
+}
 
 LPOLESTR taskString(const std::u16string& text)
 {
@@ -97,9 +95,8 @@ public:
         QList<int> indexes;
         for (int i = 0; i < m_computer.servers.size(); ++i) {
             const CATID& category = m_computer.servers.at(i).category;
-            if (std::any_of(implemented, implemented + implementedCount, [&](const CATID& wanted) {
-                    return std::memcmp(&wanted, &category, sizeof(CATID)) == 0;
-                }))
+            if (std::any_of(implemented, implemented + implementedCount,
+                            [&](const CATID& wanted) { return isSame(wanted, category); }))
                 indexes.append(i);
         }
         *classes = new ClassEnumerator(m_computer, indexes);
@@ -121,17 +118,10 @@ public:
 
 } // namespace
 
-void comstandin::install(Computer& computer, const std::u16string& host)
-{
-    const std::lock_guard lock(mutex);
-    computers[host] = &computer;
-}
-
 namespace comsurface {
 
 HRESULT CoInitializeEx(void* reserved, DWORD)
 {
-    const std::lock_guard lock(mutex);
     if (reserved || FAILED(answers.coInitializeEx))
         return reserved ? invalidArgument : answers.coInitializeEx;
     ++initialized;
@@ -147,18 +137,17 @@ void CoUninitialize()
 HRESULT CoCreateInstanceEx(REFCLSID clsid, IUnknown*, DWORD context, COSERVERINFO* server, DWORD,
                            MULTI_QI* result)
 {
-    const std::lock_guard lock(mutex);
     result->pItf = nullptr;
     const auto found = computers.find(server ? server->pwszName : u"");
     if (initializedHere <= 0 || FAILED(answers.coCreateInstanceEx))
         return initializedHere <= 0 ? notInitialized : answers.coCreateInstanceEx;
-    if (found == computers.end() || std::memcmp(&clsid, &CLSID_OpcServerList, sizeof(CLSID)) != 0)
+    if (found == computers.end() || !isSame(clsid, CLSID_OpcServerList))
         return REGDB_E_CLASSNOTREG;
     Computer& computer = *found->second;
     if (FAILED(computer.creation))
         return computer.creation;
     computer.contexts.append(context);
-    const bool known = std::memcmp(result->pIID, &IID_IOPCServerList2, sizeof(IID)) == 0;
+    const bool known = isSame(*result->pIID, IID_IOPCServerList2);
     result->hr = known ? answers.interfaceResult : E_NOINTERFACE;
     if (SUCCEEDED(result->hr))
         result->pItf = new ServerList(computer);
@@ -170,24 +159,6 @@ void CoTaskMemFree(void* memory)
     if (memory)
         --taskBlocks;
     delete[] static_cast<OLECHAR*>(memory);
-}
-
-void setComAnswers(const ComAnswers& newAnswers)
-{
-    const std::lock_guard lock(mutex);
-    answers = newAnswers;
-}
-
-void clearComTable()
-{
-    const std::lock_guard lock(mutex);
-    computers.clear();
-    answers = {};
-}
-
-ComUsage comUsage()
-{
-    return {initialized, taskBlocks};
 }
 
 } // namespace comsurface

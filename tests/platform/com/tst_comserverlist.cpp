@@ -43,9 +43,9 @@ private Q_SLOTS:
     void init() { failOnWarnings(); }
     void cleanup()
     {
-        clearComTable();
-        QCOMPARE(comUsage().initialized, 0);
-        QCOMPARE(comUsage().taskBlocks, 0);
+        comstandin::clear();
+        QCOMPARE(initialized, 0);
+        QCOMPARE(taskBlocks, 0);
     }
 
     void kindsAndComputers()
@@ -56,8 +56,7 @@ private Q_SLOTS:
                        {IID_IOPCEnumGUID, u"Not.Opc"},
                        {dataAccess3, u"Wörk.Da.3"}}};
         Computer there{{{dataAccess2, u"There.1"}}};
-        install(here);
-        install(there, u"plant7");
+        computers = {{u"", &here}, {u"plant7", &there}};
         const Answer da = enumerate();
         const Answer ae = enumerate({}, ComServerKind::AlarmsAndEvents);
         const Answer remote = enumerate(u"plant7");
@@ -87,7 +86,7 @@ private Q_SLOTS:
         QFETCH(bool, endless);
         QFETCH(int, stopAfter);
         Computer computer{{{dataAccess1, u"Again.1"}}, S_OK, lastNext, endless};
-        install(computer);
+        computers[u""] = &computer;
         int asked = 0;
         const Answer answer = enumerate({}, ComServerKind::DataAccess,
                                         [&asked, stopAfter] { return ++asked > stopAfter; });
@@ -98,9 +97,9 @@ private Q_SLOTS:
     void failingCalls()
     {
         Computer computer{{{dataAccess2, u"Plant.Da.2"}}};
-        const auto failures = [&](const ComAnswers& answers, const std::u16string& host = {}) {
-            install(computer);
-            setComAnswers(answers);
+        const auto failures = [&](const Answers& failing, const std::u16string& host = {}) {
+            computers[u""] = &computer;
+            answers = failing;
             const Answer answer = enumerate(host);
             return answer.progIds.isEmpty() && computer.objects == 0 ? answer.failures.join(u',')
                                                                      : QStringLiteral("servers");
@@ -124,10 +123,10 @@ private Q_SLOTS:
                            {dataAccess1, longest + u'a'},
                            {dataAccess1, longest},
                            {dataAccess1, u"Last.1"}}};
-        install(computer);
+        computers[u""] = &computer;
         QCOMPARE(CoInitializeEx(nullptr, COINIT_MULTITHREADED), S_OK); // as a host may have done
         const Answer answer = enumerate();
-        QCOMPARE(comUsage().initialized, 1);
+        QCOMPARE(initialized, 1);
         CoUninitialize();
         QCOMPARE(answer.progIds,
                  QStringList({"First.1", QString::fromStdU16String(longest), "Last.1"}));
