@@ -143,7 +143,7 @@ void MainWindow::followCurrent()
 void MainWindow::followFocus(const QWidget* widget)
 {
     for (int i = 0; widget && i < m_discovery->count(); ++i) {
-        if (m_discovery->widget(i) == widget || m_discovery->widget(i)->isAncestorOf(widget))
+        if (m_discovery->widget(i)->isAncestorOf(widget)) // or the tree itself
             m_discovery->setCurrentIndex(i);
     }
 }

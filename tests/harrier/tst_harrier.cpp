@@ -1,6 +1,7 @@
 // harrier as its users walk through it: the windows, by mouse and keys, and the command.
 
 #include "discovery/endpoints.h"
+#include "endpointjson.h"
 #include "host.h"
 #include "mainwindow.h"
 #include "pages.h"
@@ -149,9 +150,11 @@ void tst_Harrier::connects()
         run.open(name);
         run.window.resize(1000, 700);
         QTest::mouseClick(run.window.discoveryToggle(2), Qt::LeftButton);
-        run.window.discoveryBox()->widget(2)->setFocus();
-        QVERIFY(!run.host.hasEndpoint()); // the tree with the focus is the current one
-        run.window.discoveryBox()->widget(0)->setFocus();
+        for (int i : {2, 0}) { // the tree with the focus is the current one
+            run.window.discoveryBox()->widget(i)->setFocus();
+            QCOMPARE(run.window.discoveryBox()->getCurrentIndex(), i);
+            QCOMPARE(run.host.hasEndpoint(), i == 0);
+        }
     }
     QVERIFY(server.stop());
 
@@ -270,6 +273,11 @@ void tst_Harrier::hostileServer()
     QCOMPARE(tokens.section('\n', 99),
              QStringLiteral("Anonymous \u2013 policy99 \u2013 uri99 \u2013 issued99 \u2013 issuer99"
                             "\nMore: 4900"));
+
+    const QJsonObject json = endpointToJson(endpoint.value); // all that is there
+    const QJsonValue token = json["userIdentityTokens"][4999];
+    QCOMPARE(token["issuedTokenType"].toString() + token["issuerEndpointUrl"].toString(),
+             "issued4999issuer4999");
 
     // A flood of lines is told; failures have a mark, which no server can put on or keep off.
     for (int i = 0; i < 100000; ++i)
