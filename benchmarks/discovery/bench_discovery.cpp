@@ -124,9 +124,9 @@ QvelDiscoverySetting usualRecord()
         fullSetting(3, {OpcUa_UserTokenType_Anonymous, OpcUa_UserTokenType_UserName,
                         OpcUa_UserTokenType_Certificate});
     auto* endpoint = const_cast<OpcUa_EndpointDescription*>(record.endpointDescription());
-    const UaByteString certificate(QByteArray(1200, 'c'));
-    if (OpcUa_IsNotGood(certificate.copyTo(&endpoint->ServerCertificate)))
-        qBadAlloc();
+    const QByteArray certificate(1200, 'c');
+    checkMemory(OpcUa_ByteString_Assign(&endpoint->ServerCertificate, certificate.constData(),
+                                        OpcUa_Int32(certificate.size())));
     return record;
 }
 
