@@ -59,7 +59,7 @@ void QvelDiscoveryJob::execute()
     case QvelDiscoveryNode::TypeDiscovery:
         if (m_model->opcType() != QvelDiscoveryWidget::OpcUa)
             callEnum(m_target);
-        else if (OpcUa_IsNotGood(callFindServers(m_target)) && !isInterrupted())
+        else if (OpcUa_IsNotGood(callFindServers(m_target)))
             callGetEndpoints(m_target, true); // the URL may be that of a plain server
         break;
     case QvelDiscoveryNode::TypeServer:
