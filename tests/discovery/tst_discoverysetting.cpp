@@ -1,22 +1,14 @@
 #include "endpoints.h"
-#include "support/memorysettings.h"
 #include "support/warnings.h"
+
+#include <Kestrel/QvelDiscoveryModel>
+#include <Kestrel/UaString>
 
 #include <QtCore/QRandomGenerator>
 #include <QtCore/QSettings>
 #include <QtCore/QTemporaryDir>
-#include <QtTest/QtTest>
 
 using Record = QvelDiscoverySetting;
-
-// A store that every key is written to, and read from, in both forms.
-static Record read(MemorySettings& store)
-{
-    void* handle = store.openSettings();
-    const Record record = Record::fromSetting(&store, handle, "P.");
-    store.closeSettings(handle);
-    return record;
-}
 
 static void write(MemorySettings& store, const Record& record)
 {
@@ -25,38 +17,53 @@ static void write(MemorySettings& store, const Record& record)
     store.closeSettings(handle);
 }
 
-// The strings of a description in the order of their keys.
-static QList<OpcUa_String*> strings(OpcUa_EndpointDescription& e)
+// The texts of a record in the order of their keys.
+static QStringList fieldTexts(const Record& record)
 {
-    QList<OpcUa_String*> list = {&e.EndpointUrl,
-                                 &e.Server.ApplicationUri,
-                                 &e.Server.ProductUri,
-                                 &e.Server.ApplicationName.Locale,
-                                 &e.Server.ApplicationName.Text,
-                                 &e.Server.GatewayServerUri,
-                                 &e.Server.DiscoveryProfileUri};
-    for (int i = 0; i < e.Server.NoOfDiscoveryUrls; ++i)
-        list.append(&e.Server.DiscoveryUrls[i]);
-    list.append(&e.SecurityPolicyUri);
+    const OpcUa_EndpointDescription& e = *record.endpointDescription();
+    const OpcUa_ApplicationDescription& s = e.Server;
+    QList<OpcUa_String> list = {
+        e.EndpointUrl,          s.ApplicationUri,   s.ProductUri,         s.ApplicationName.Locale,
+        s.ApplicationName.Text, s.GatewayServerUri, s.DiscoveryProfileUri};
+    for (int i = 0; i < s.NoOfDiscoveryUrls; ++i)
+        list.append(s.DiscoveryUrls[i]);
+    list.append(e.SecurityPolicyUri);
     for (int j = 0; j < e.NoOfUserIdentityTokens; ++j) {
-        OpcUa_UserTokenPolicy& token = e.UserIdentityTokens[j];
-        list += {&token.PolicyId, &token.IssuedTokenType, &token.IssuerEndpointUrl,
-                 &token.SecurityPolicyUri};
+        const OpcUa_UserTokenPolicy& t = e.UserIdentityTokens[j];
+        list << t.PolicyId << t.IssuedTokenType << t.IssuerEndpointUrl << t.SecurityPolicyUri;
     }
-    return list << &e.TransportProfileUri;
+    list.append(e.TransportProfileUri);
+    QStringList texts;
+    for (const OpcUa_String& text : std::as_const(list))
+        texts.append(UaString(&text).bytes());
+    return texts << record.displayName() << record.sessionName() << record.userName()
+                 << record.certificateFile() << record.privateKeyFile();
 }
 
-static OpcUa_EndpointDescription& description(Record& record)
+static QStringList texts(const QAbstractItemModel& model, const QModelIndex& parent = {})
 {
-    return *const_cast<OpcUa_EndpointDescription*>(record.endpointDescription());
+    QStringList list;
+    for (int row = 0; row < model.rowCount(parent); ++row)
+        list.append(model.index(row, 0, parent).data().toString());
+    return list;
 }
 
-static Record persistent(Record record)
+// A store in which some keys cannot be read for the moment.
+class MoodyStore : public MemorySettings
 {
-    record.setPassword(QString());
-    record.setStorePassword(false);
-    return record;
-}
+public:
+    QVariant readSetting(void* handle, const QString& key) override
+    {
+        const QVariant value = MemorySettings::readSetting(handle, key);
+        return key.contains(hidden) ? QVariant() : value;
+    }
+    std::unique_ptr<QvelDiscoveryModel> makeModel(int type = QvelDiscoveryWidget::OpcUa)
+    {
+        return std::make_unique<QvelDiscoveryModel>(QvelDiscoveryWidget::OpcType(type), this, 60000,
+                                                    "session");
+    }
+    QRegularExpression hidden{"^$"};
+};
 
 class DiscoverySettingTest : public QObject
 {
@@ -64,224 +71,233 @@ class DiscoverySettingTest : public QObject
 
 private Q_SLOTS:
     void init() { failOnWarnings(); }
-    void namesAndComparesEveryField();
-    void survivesStores();
-    void readsHostileStore_data();
-    void readsHostileStore();
-    void standsStoreThatAnswersEverything();
-    void isNamedAfterItsEndpoint();
+    void namesAndComparesEveryField()
+    {
+        MemorySettings store;
+        QStringList keys, names;
+        for (const auto& [key, value] :
+             storedFields(2, {OpcUa_UserTokenType_UserName, OpcUa_UserTokenType_IssuedToken})) {
+            store.values.insert("P." + key, value);
+            keys.append("P." + key);
+            if (value.userType() == QMetaType::QString)
+                names.append(key);
+        }
+        const Record record = readRecord(store);
+        QCOMPARE(fieldTexts(record), names);
+        QCOMPARE(record.endpointDescription()->Server.ApplicationType, 2);
+        QCOMPARE(int(record.messageSecurityMode()), 3);
+        QCOMPARE(int(record.userTokenType()), 2);
+        QCOMPARE(record.supportedUserTokenTypes().value(1), OpcUa_UserTokenType_IssuedToken);
+        Record secret = record, stored = record;
+        secret.setPassword("other");
+        stored.setStorePassword(true);
+        QVERIFY(secret != record && stored != record);
+        MemorySettings target;
+        write(target, fullSetting()); // neither the password nor the wish to store it
+        QCOMPARE(target.written, keys);
+        QCOMPARE(target.values, store.values);
+        // Another number, or a text of another case, makes another record.
+        for (const QString& key : std::as_const(keys)) {
+            MemorySettings changed;
+            changed.values = store.values;
+            QVariant& value = changed.values[key];
+            value = value.userType() == QMetaType::Int ? QVariant(value.toInt() - 1)
+                                                       : QVariant(value.toString().toLower());
+            QVERIFY2(readRecord(changed) != record && record != readRecord(changed),
+                     qPrintable(key));
+        }
+    }
+    void survivesStores()
+    {
+        constexpr quint32 seed = 20240614;
+        qInfo("seed %u", seed);
+        QRandomGenerator random(seed);
+        MemorySettings store; // what a longer record left behind stays in it
+        for (int round = 0; round < 60; ++round) {
+            QList<OpcUa_UserTokenType> tokens;
+            for (int i = random.bounded(4); i > 0; --i)
+                tokens.append(OpcUa_UserTokenType(random.bounded(4)));
+            MemorySettings source, target;
+            for (auto [key, value] : storedFields(random.bounded(5), tokens)) {
+                const QStringList letters = {"a", "/",  "%2F", "é", "😀", " ",
+                                             "=", "\n", "\"",  ";", ","};
+                QString text = key == "DisplayName" ? "name" : "";
+                for (int i = random.bounded(5); i > 0; --i)
+                    text += letters.at(random.bounded(letters.size()));
+                source.values.insert("P." + key, value == key ? text : value);
+            }
+            const Record record = readRecord(source);
+            QCOMPARE(record.supportedUserTokenTypes(), tokens);
+            write(target, record);
+            QCOMPARE(target.values, source.values);
+            write(store, record);
+            QCOMPARE(readRecord(store), record);
+
+            const QString file = m_folder.filePath(QString("%1.ini").arg(round));
+            {
+                QSettings settings(file, QSettings::IniFormat);
+                record.storeSettings(settings,
+                                     "a/b"); // the slash is encoded when it is written only
+                settings.setValue("bare/ServerUrl", "opc.tcp://h");
+            }
+            QSettings settings(file, QSettings::IniFormat);
+            QCOMPARE(settings.childGroups(), QStringList({"a%2Fb", "bare"}));
+            QCOMPARE(Record::fromSetting(settings, "a%2Fb"), record);
+            QCOMPARE(Record::fromSetting(settings, "bare").displayName(), "bare");
+            Record moved(record);
+            QCOMPARE(moved, record);
+            const Record& alias = moved;
+            moved = alias; // assigned to itself, it loses its description and keeps its choices
+            QCOMPARE(moved.endpointDescription()->NoOfUserIdentityTokens, 0);
+            QCOMPARE(moved.endpointUrl() + moved.serverName(), QString());
+            QCOMPARE(moved.displayName(), record.displayName());
+        }
+    }
+    // One key is enough for an entry to be there. The count stays as read where nothing goes with
+    // it.
+    void readsHostileStore()
+    {
+        const std::tuple<QVariant, int, int, int> rows[] = {// count, there, read, entries
+                                                            {{}, 3, 0, 0},
+                                                            {INT_MIN, 3, INT_MIN, 0},
+                                                            {"99999999999999999999", 3, 0, 0},
+                                                            {QVariantList{1, 2}, 3, 0, 0},
+                                                            {3, 2, 3, 3},
+                                                            {1000, 0, 1000, 1000},
+                                                            {1001, 0, 1001, 0},
+                                                            {INT_MAX, 3, 3, 3},
+                                                            {2500, 2500, 2500, 2500}}; // with a gap
+        for (const auto& [count, there, read, entries] : rows) {
+            MemorySettings store, target;
+            store.values = {{"P.Server.NoOfDiscoveryUrls", count},
+                            {"P.NoOfUserIdentityTokens", count},
+                            {"P.SecurityLevel", 300},
+                            {"P.MessageSecurityMode", "4294967295"}};
+            for (int i = 0; i < there; i += i == 1199 ? 100 : 1) {
+                for (const char* key :
+                     {"P.Server.DiscoveryUrl%1", "P.UserIdentityToken%1.PolicyId"})
+                    store.values.insert(QString(key).arg(i), QString::number(i));
+            }
+            const Record record = readRecord(store);
+            QCOMPARE(record.endpointDescription()->Server.NoOfDiscoveryUrls, read);
+            QCOMPARE(record.endpointDescription()->NoOfUserIdentityTokens, read);
+            QCOMPARE(record.supportedUserTokenTypes().size(), entries);
+            QCOMPARE(int(record.endpointDescription()->SecurityLevel), 300 - 256);
+            QCOMPARE(quint32(record.messageSecurityMode()), 4294967295u);
+            if (entries == there && there > 0)
+                QCOMPARE(fieldTexts(record).count(QString::number(there - 1)), 2);
+            write(target, record);
+            QCOMPARE(target.values.value("P.NoOfUserIdentityTokens").toInt(), read);
+            QCOMPARE(target.written.size(), 21 + 6 * entries);
+        }
+        MemorySettings endless; // answers for every key
+        endless.fallback = INT_MAX;
+        QCOMPARE(readRecord(endless).endpointDescription()->NoOfUserIdentityTokens, INT_MAX);
+        QVERIFY(readRecord(endless).supportedUserTokenTypes().isEmpty());
+    }
+    // Placeholders in a name are text like any other.
+    void isNamedAfterItsEndpoint()
+    {
+        const std::tuple<const char*, const char*, int> rows[] = {
+            {"Basic128Rsa15 - Sign", "a#b#Basic128Rsa15", 2},
+            {"x\ny - Invalid", "a\nb#x\ny", 0},
+            {" - Sign & Encrypt", "", 3},
+            {"None - None", "None", 1},
+            {"Basic256 - Unknown MessageSecurityMode", "Basic256", 7}};
+        for (const auto& [name, policy, mode] : rows) {
+            Record record, other;
+            other.setServerName("Demo %2");
+            other.setSecurityPolicy(policy);
+            other.setMessageSecurityMode(OpcUa_MessageSecurityMode(mode));
+            record.setEndpointDescription(other.endpointDescription());
+            QCOMPARE(record.displayName(), QString("Demo %2 - ") + name);
+        }
+    }
+    void keepsAdditions()
+    {
+        for (const int type : {0, 1, 2}) {
+            const bool ua = type == QvelDiscoveryWidget::OpcUa;
+            MoodyStore store;
+            auto model = store.makeModel(type);
+            QCOMPARE(texts(*model),
+                     QStringList({"Local", "Local Network", ua ? "Custom Discovery" : "Custom Enum",
+                                  "Recently Used"}));
+            for (int row = 0; row < 4; ++row) {
+                QCOMPARE(model->canFetchMore(model->index(row, 0)), row < 2);
+                QCOMPARE(model->hasChildren(model->index(row, 0)), row < 3);
+            }
+            QCOMPARE(model->getLocalNode()->discoveryUrl(), ua ? "opc.tcp://localhost:4840" : "");
+            QStringList urls = {"opc.tcp://one", "https://two", "OPC.TCP://three"};
+            for (const QString& url : urls)
+                model->addRemoteServer(url);
+            model->editUrl(model->index(0, 0), "opc.tcp://127.0.0.1:2");
+            QVERIFY(store.written.isEmpty());
+            model.reset();
+            QVERIFY(!QApplication::overrideCursor() && !store.isOpen());
+            model = store.makeModel(type);
+            urls.insert(0, "< Double click to Add Server... >");
+            QCOMPARE(texts(*model, model->index(2, 0)), urls.mid(0, ua ? 2 : 4));
+            QCOMPARE(model->index(0, 0).data(), "Local");
+            QCOMPARE(model->getLocalNode()->discoveryUrl(), "opc.tcp://127.0.0.1:2");
+        }
+    }
+
+    void losesNothingOfStore()
+    {
+        const std::tuple<QVariant, int, const char*, int, int> cases[] = {
+            // count, there, unreadable at first; rows, and with one entry more
+            {1001, 1001, "^$", 1001, 1002},
+            {4000, 4000, "^$", 4000, 4001},
+            {INT_MAX, 3, "^$", 3, 4},
+            {1000, 0, "^$", 1000, 1001},
+            {-1, 0, "^$", 0, 1},
+            {"many", 2, "^$", 0, 3},
+            {3, 3, ".", 0, 4},
+            {3, 3, "^NoOf", 0, 4},
+            {3, 3, "^(Recent|Discovery)Server[12]", 3, 6}, // two of them blank
+            {2000, 2000, "^(Recent|Discovery)Server", 0, 2001}};
+        for (const auto& [count, there, hidden, rows, after] : cases) {
+            MoodyStore store;
+            store.values = {{"NoOfRecentServers", count},
+                            {"NoOfDiscoveryServers", count},
+                            {"LocalDiscoveryUrl", "opc.tcp://mine"}};
+            QSet<QString> expected = {"opc.tcp://new"};
+            for (int k = 0; k < there; ++k) {
+                const QString url = QString("opc.tcp://%1").arg(k);
+                expected.insert(url);
+                store.values.insert(QString("DiscoveryServer%1").arg(k), url);
+                store.values.insert(QString("RecentServer%1.DisplayName").arg(k), url);
+            }
+            store.hidden.setPattern(hidden);
+            auto model = store.makeModel();
+            QCOMPARE(model->rowCount(model->index(3, 0)), rows);
+            QCOMPARE(model->rowCount(model->index(2, 0)), rows + 1);
+            bool accepted = false;
+            Record record;
+            record.setDisplayName("opc.tcp://new");
+            model->updateEndpointConfiguration(record, {}, accepted);
+            model->addRemoteServer("opc.tcp://new");
+            store.hidden.setPattern("^$"); // what could not be read can be at the end
+            model.reset();
+            model = store.makeModel();
+            for (const int top : {2, 3}) {
+                const QStringList entries = texts(*model, model->index(top, 0)).mid(3 - top);
+                QCOMPARE(entries.size(), after);
+                QVERIFY(QSet<QString>(entries.begin(), entries.end()).contains(expected));
+            }
+            QCOMPARE(model->getLocalNode()->discoveryUrl(), "opc.tcp://mine");
+            QVERIFY(store.log().isEmpty());
+        }
+        MoodyStore endless; // more than can be read
+        endless.fallback = INT_MAX;
+        endless.makeModel().reset();
+        QCOMPARE(endless.values.keys(), QStringList("LocalDiscoveryUrl"));
+        QCOMPARE(endless.log().size(), 1);
+    }
 
 private:
     QTemporaryDir m_folder;
 };
 
-// Each text is the name of its key.
-void DiscoverySettingTest::namesAndComparesEveryField()
-{
-    QStringList keys = QString("ServerUrl Server.ApplicationUri Server.ProductUri "
-                               "Server.ApplicationNameLocale Server.ApplicationNameText "
-                               "Server.ApplicationType=2 Server.GatewayServerUri "
-                               "Server.DiscoveryProfileUri Server.NoOfDiscoveryUrls=2 "
-                               "Server.DiscoveryUrl0 Server.DiscoveryUrl1 ServerCertificate=3 "
-                               "MessageSecurityMode=3 SecurityPolicy NoOfUserIdentityTokens=2 ")
-                           .split(' ', Qt::SkipEmptyParts);
-    for (const char* type : {"0.TokenType=1", "1.TokenType=3"}) {
-        const QString token = QString("UserIdentityToken%1.").arg(QChar(type[0]));
-        keys += {token + "PolicyId", QString("UserIdentityToken") + type, token + "IssuedTokenType",
-                 token + "IssuerEndpointUrl", token + "SecurityPolicyUri"};
-    }
-    keys += QString("TransportProfileUri SecurityLevel=200 DisplayName UserTokenType=2 SessionName "
-                    "UserName CertificateFile PrivateKeyFile")
-                .split(' ');
-    Record record = fullSetting();
-    const QStringList texts = keys.filter(QRegularExpression("^[^=]+$"));
-    const QList<OpcUa_String*> fields = strings(description(record));
-    for (int i = 0; i < fields.size(); ++i)
-        assign(*fields[i], texts[i].toUtf8());
-    record.setDisplayName("DisplayName");
-    record.setSessionName("SessionName");
-    record.setUserName("UserName");
-    record.setCertificateFile("CertificateFile");
-    record.setPrivateKeyFile("PrivateKeyFile");
-    MemorySettings store;
-    write(store, record);
-    QStringList written;
-    for (const QString& key : std::as_const(store.written)) {
-        const QVariant value = store.values.value(key);
-        const bool text = value.userType() == QMetaType::QString;
-        const int bytes = int(value.toByteArray().size());
-        const int number = value.userType() == QMetaType::QByteArray ? bytes : value.toInt();
-        written += text ? value.toString() : QString("%1=%2").arg(key.mid(2)).arg(number);
-        QVERIFY(!text || "P." + value.toString() == key);
-    }
-    QCOMPARE(written, keys);
-    QCOMPARE(read(store), persistent(record));
-    QVERIFY(record != persistent(record));
-    Record other = record;
-    other.setPassword("other");
-    QVERIFY(other != record);
-    other = record;
-    other.setStorePassword(false);
-    QVERIFY(other != record);
-    // Another number, or a text of another case, makes another record.
-    for (const QString& key : std::as_const(store.written)) {
-        MemorySettings changed;
-        changed.values = store.values;
-        QVariant& value = changed.values[key];
-        if (value.userType() == QMetaType::Int)
-            value = value.toInt() - 1;
-        else
-            value = value.toString().isLower() ? "x" : value.toString().toLower();
-        QVERIFY2(read(changed) != persistent(record) && persistent(record) != read(changed),
-                 qPrintable(key));
-    }
-}
-
-void DiscoverySettingTest::survivesStores()
-{
-    constexpr quint32 seed = 20240614;
-    qInfo("seed %u", seed);
-    QRandomGenerator random(seed);
-    const auto text = [&random] {
-        const QStringList letters = {"a", "/", "%2F", "é", "😀", " ", "=", "\n", "\"", ";", ","};
-        QString result;
-        for (int i = random.bounded(5); i > 0; --i)
-            result += letters.at(random.bounded(letters.size()));
-        return result;
-    };
-    MemorySettings store; // what a longer record left behind stays in it
-    for (int round = 0; round < 60; ++round) {
-        QList<OpcUa_UserTokenType> tokens;
-        for (int i = random.bounded(4); i > 0; --i)
-            tokens.append(OpcUa_UserTokenType(random.bounded(4)));
-        Record record = fullSetting(random.bounded(5), tokens);
-        for (OpcUa_String* each : strings(description(record)))
-            assign(*each, text().toUtf8());
-        record.setDisplayName("name" + text());
-        record.setSessionName(text());
-        record.setUserTokenType(OpcUa_UserTokenType(random.bounded(4)));
-        QCOMPARE(record.supportedUserTokenTypes(), tokens);
-
-        write(store, record);
-        QCOMPARE(read(store), persistent(record));
-        const QString file = m_folder.filePath(QString("%1.ini").arg(round));
-        {
-            QSettings settings(file, QSettings::IniFormat);
-            record.storeSettings(settings, "a/b"); // the slash is encoded when it is written only
-            settings.setValue("bare/ServerUrl", "opc.tcp://h");
-        }
-        QSettings settings(file, QSettings::IniFormat);
-        QCOMPARE(settings.childGroups(), QStringList({"a%2Fb", "bare"}));
-        QCOMPARE(Record::fromSetting(settings, "a%2Fb"), persistent(record));
-        QCOMPARE(Record::fromSetting(settings, "bare").displayName(), "bare");
-        const Record copy(record);
-        Record moved(std::move(record));
-        QCOMPARE(moved, copy);
-        const Record& alias = moved;
-        moved = alias; // assigned to itself, it loses its description and keeps its choices
-        QCOMPARE(moved.endpointDescription()->NoOfUserIdentityTokens, 0);
-        QCOMPARE(moved.endpointUrl() + moved.serverName(), QString());
-        QCOMPARE(moved.displayName(), copy.displayName());
-    }
-}
-
-void DiscoverySettingTest::readsHostileStore_data()
-{
-    QTest::addColumn<QVariant>("count");
-    QTest::addColumn<int>("there"); // entries in the store, but for those between 1200 and 1300
-    QTest::addColumn<int>("read");
-    QTest::addColumn<int>("entries");
-    const auto row = [](const char* name, const QVariant& count, int there, int read, int entries) {
-        QTest::newRow(name) << count << there << read << entries;
-    };
-    row("nothing", {}, 3, 0, 0);
-    row("minus one", -1, 3, -1, 0);
-    row("most negative", INT_MIN, 3, INT_MIN, 0);
-    row("beyond numbers", "99999999999999999999", 3, 0, 0);
-    row("list", QVariantList{1, 2}, 3, 0, 0);
-    row("three of two", 3, 2, 3, 3);
-    row("a thousand of none", 1000, 0, 1000, 1000);
-    row("1001 of none", 1001, 0, 1001, 0);
-    row("huge, of none", INT_MAX, 0, INT_MAX, 0);
-    row("huge, of three", INT_MAX, 3, 3, 3);
-    row("1001", 1001, 1001, 1001, 1001);
-    row("2500 with a gap", 2500, 2500, 2500, 2500);
-}
-
-// One key is enough for an entry to be there. The count stays as read where nothing goes with it.
-void DiscoverySettingTest::readsHostileStore()
-{
-    QFETCH(QVariant, count);
-    QFETCH(int, there);
-    QFETCH(int, read);
-    QFETCH(int, entries);
-    MemorySettings store;
-    QSettings settings(m_folder.filePath("hostile.ini"), QSettings::IniFormat);
-    settings.clear();
-    const auto put = [&](const QString& key, const QVariant& value) {
-        store.values.insert("P." + key, value);
-        settings.setValue("P/" + key, value);
-    };
-    put("Server.NoOfDiscoveryUrls", count);
-    put("NoOfUserIdentityTokens", count);
-    put("SecurityLevel", 300);
-    put("MessageSecurityMode", "4294967295");
-    for (int i = 0; i < there; i += i == 1199 ? 100 : 1) {
-        put(QString("Server.DiscoveryUrl%1").arg(i), QString::number(i));
-        put(QString("UserIdentityToken%1.SecurityPolicyUri").arg(i), QString::number(i));
-    }
-    for (const Record& record : {::read(store), Record::fromSetting(settings, "P")}) {
-        const OpcUa_EndpointDescription& endpoint = *record.endpointDescription();
-        QCOMPARE(endpoint.Server.NoOfDiscoveryUrls, read);
-        QCOMPARE(endpoint.NoOfUserIdentityTokens, read);
-        QCOMPARE(bool(endpoint.Server.DiscoveryUrls), entries > 0);
-        QCOMPARE(record.supportedUserTokenTypes().size(), entries);
-        QCOMPARE(int(endpoint.SecurityLevel), 300 - 256);
-        QCOMPARE(quint32(record.messageSecurityMode()), 4294967295u);
-        if (entries == there && there > 0) {
-            const QByteArray last = QByteArray::number(there - 1);
-            const OpcUa_String& url = endpoint.Server.DiscoveryUrls[there - 1];
-            const OpcUa_String& uri = endpoint.UserIdentityTokens[there - 1].SecurityPolicyUri;
-            QCOMPARE(UaString(&url).bytes(), last);
-            QCOMPARE(UaString(&uri).bytes(), last);
-        }
-        MemorySettings target;
-        write(target, record);
-        QCOMPARE(target.values.value("P.NoOfUserIdentityTokens").toInt(), read);
-        QCOMPARE(target.written.size(), 21 + 6 * entries);
-        QVERIFY(Record(record) == record || entries == 0);
-    }
-}
-
-void DiscoverySettingTest::standsStoreThatAnswersEverything()
-{
-    for (const QVariant& value : {QVariant(INT_MAX), QVariant(QString(10 << 20, 'x'))}) {
-        MemorySettings store;
-        store.fallback = value;
-        const Record record = read(store);
-        QCOMPARE(record.endpointDescription()->NoOfUserIdentityTokens, value.toInt());
-        QVERIFY(record.supportedUserTokenTypes().isEmpty());
-        QCOMPARE(record.endpointUrl(), value.toString());
-    }
-}
-
-// Placeholders in a name are text like any other.
-void DiscoverySettingTest::isNamedAfterItsEndpoint()
-{
-    const std::tuple<const char*, const char*, int> rows[] = {
-        {"None - None", "http://opcfoundation.org/UA/SecurityPolicy#None", 1},
-        {"Basic128Rsa15 - Sign", "a#b#Basic128Rsa15", 2},
-        {"x\ny - Invalid", "a\nb#x\ny", 0},
-        {" - Sign & Encrypt", "", 3},
-        {"Basic256 - Unknown MessageSecurityMode", "Basic256", 7}};
-    for (const auto& [name, policy, mode] : rows) {
-        Endpoint endpoint("Demo %2", "opc.tcp://h:1", "", OpcUa_MessageSecurityMode(mode));
-        assign(endpoint.value.SecurityPolicyUri, policy);
-        Record record;
-        record.setEndpointDescription(&endpoint.value);
-        QCOMPARE(record.displayName(), QString("Demo %2 - ") + name);
-    }
-}
-
-QTEST_GUILESS_MAIN(DiscoverySettingTest)
+QTEST_MAIN(DiscoverySettingTest)
 #include "tst_discoverysetting.moc"

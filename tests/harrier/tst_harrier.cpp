@@ -5,6 +5,7 @@
 #include "host.h"
 #include "mainwindow.h"
 #include "pages.h"
+#include "platform/stack/checkmemory_p.h"
 #include "support/modaluser.h"
 #include "support/peerprocess.h"
 #include "support/warnings.h"
@@ -12,6 +13,7 @@
 #include <Kestrel/QvelDiscoveryModel>
 #include <Kestrel/QvelDiscoveryNode>
 #include <Kestrel/QvelToolBox>
+#include <Kestrel/UaString>
 
 #include <QtWidgets/QtWidgets>
 
@@ -258,11 +260,13 @@ void tst_Harrier::hostileServer()
     Run run(m_file);
     const QByteArray text = "<h1>A</h1>\n\x1b[2J\xff\xe2\x80\xae" + QByteArray(1000000, 'x');
     const QString start = QStringLiteral("<h1>A</h1> \ufffd[2J\ufffd\ufffdxx");
-    Endpoint endpoint(text, text, text, OpcUa_MessageSecurityMode(4711));
-    checkMemory(OpcUa_ByteString_Assign(&endpoint.value.ServerCertificate, "\x30\x82\xff\xff", 4));
-    setTokens(endpoint.value, QList<OpcUa_UserTokenType>(5000));
-    QvelDiscoverySetting setting;
-    setting.setEndpointDescription(&endpoint.value);
+    QvelDiscoverySetting setting = fullSetting(0, QList<OpcUa_UserTokenType>(5000));
+    auto& endpoint = const_cast<OpcUa_EndpointDescription&>(*setting.endpointDescription());
+    for (OpcUa_String* field : {&endpoint.Server.ApplicationName.Text, &endpoint.EndpointUrl,
+                                &endpoint.SecurityPolicyUri})
+        checkMemory(UaString(text).copyTo(field));
+    endpoint.SecurityMode = OpcUa_MessageSecurityMode(4711);
+    checkMemory(OpcUa_ByteString_Assign(&endpoint.ServerCertificate, "\x30\x82\xff\xff", 4));
     run.host.setEndpoint(setting);
     const QWidget& page = run.page("endpoint");
     const auto field = [&](const char* name) { return named<QLineEdit>(page, name)->text(); };
@@ -271,8 +275,9 @@ void tst_Harrier::hostileServer()
              "Unknown mode 4711Not a certificate (bytes: 4)");
     const QString tokens = named<QPlainTextEdit>(page, "tokens")->toPlainText();
     QCOMPARE(tokens.section('\n', 99),
-             QStringLiteral("Anonymous \u2013 policy99 \u2013 uri99 \u2013 issued99 \u2013 issuer99"
-                            "\nMore: 4900"));
+             QString("Anonymous \u2013 %1PolicyId \u2013 %1SecurityPolicyUri \u2013 "
+                     "%1IssuedTokenType \u2013 %1IssuerEndpointUrl\nMore: 4900")
+                 .arg("UserIdentityToken99."));
 
     const QJsonObject json = endpointToJson(endpoint.value); // all that is there
     const QJsonValue token = json["userIdentityTokens"][4999];
