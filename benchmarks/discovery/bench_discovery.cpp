@@ -5,6 +5,7 @@
 
 #include <Kestrel/QvelDiscoveryModel>
 #include <Kestrel/QvelDiscoveryWidget>
+#include <Kestrel/UaByteString>
 #include <Kestrel/UaDiscovery>
 
 #include <QtCore/QElapsedTimer>
