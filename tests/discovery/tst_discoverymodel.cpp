@@ -335,13 +335,10 @@ private Q_SLOTS:
     void showsTexts()
     {
         const std::pair<QString, QString> rows[] = {
-            {"Pumpe 7 < 8 & é", {}},
-            {"a <img src='file:///x'>", {}},
-            {"a\nb\u202ec", "a\ufffdb\ufffdc"},
+            {"a\nb\u202e <img src='file:///x'>", "a\ufffdb\ufffd <img src='file:///x'>"},
             {"<b>" + QString(1 << 20, 'x'), "<b>" + QString(996, 'x') + "\u2026"}};
         start(QvelDiscoveryWidget::ComDa);
-        for (const auto& [text, other] : rows) {
-            const QString shown = other.isNull() ? text : other;
+        for (const auto& [text, shown] : rows) {
             const QModelIndex index = add(text);
             QCOMPARE(index.data(), shown);
             QString toolTip = index.data(Qt::ToolTipRole).toString();

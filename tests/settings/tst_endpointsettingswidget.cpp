@@ -43,7 +43,6 @@ private Q_SLOTS:
     void steps()
     {
         const char* const rows[][4] = {
-            {"", "m2", "0 0,0 A", ""}, // disabled
             {"", "p1", "1 2,12 A", "mode 3; policy Basic128Rsa15; "},
             {"p1", "m0", "1 2,12 A", ""}, // disabled
             {"p1", "m1", "1 1,12 A", "mode 2; "},
@@ -58,9 +57,7 @@ private Q_SLOTS:
             {"U s C", "U", "0 0,0 U name store+ password", "token 1; "},
             {"h", "U", "0 0,0 U name store password", "token 1; "}, // a user name is enough
             {"h U", "C", "0 0,0 C certificate key", "token 2; "},
-            {"h H", "U", "0 0,0 U name store", "token 1; "},
             {"C", "S", "0 0,0 C + certificate key", "store 1; "},
-            {"U", "S", "0 0,0 U name store+ password", "store 1; "},
             {"", "xEndpointUrl", "0 0,0 A", "url x; "},
             {"", "xSessionName", "0 0,0 A", "session x; "},
             {"U", "xUserName", "0 0,0 U name store", "user x; "},
