@@ -1,11 +1,11 @@
 #include "discovery/endpoints.h"
 #include "figure.h"
+#include "platform/stack/checkmemory_p.h"
 #include "support/memorysettings.h"
 #include "support/peerprocess.h"
 
 #include <Kestrel/QvelDiscoveryModel>
 #include <Kestrel/QvelDiscoveryWidget>
-#include <Kestrel/UaByteString>
 #include <Kestrel/UaDiscovery>
 
 #include <QtCore/QElapsedTimer>
