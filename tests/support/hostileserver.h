@@ -2,30 +2,31 @@
 
 #include "platform/wire/messagechunks_p.h"
 
+#include <QtNetwork/QTcpServer>
+#include <QtNetwork/QTcpSocket>
+
 #include <chrono>
-#include <condition_variable>
 #include <functional>
 #include <future>
-#include <mutex>
+#include <memory>
 #include <thread>
-
-class QTcpSocket;
 
 /// Something that happens once, for any number of threads that wait. Of the standard library, so
 /// that a thread sanitizer sees it.
 class OneTimeEvent
 {
 public:
-    void happen();
-    void wait();
+    void happen() { m_promise.set_value(); }
+    void wait() { m_future.wait(); }
     /// Whether it has happened when the time is over.
-    bool waitFor(std::chrono::milliseconds time);
-    bool hasHappened() { return waitFor({}); }
+    bool waitFor(std::chrono::milliseconds time)
+    {
+        return m_future.wait_for(time) == std::future_status::ready;
+    }
 
 private:
-    std::mutex m_mutex;
-    std::condition_variable m_condition;
-    bool m_happened = false;
+    std::promise<void> m_promise;
+    const std::shared_future<void> m_future = m_promise.get_future();
 };
 
 /// The server's end of one connection, in the hands of a script. Every operation returns at once
@@ -36,24 +37,68 @@ public:
     ServerPeer(QTcpSocket& socket, OneTimeEvent& stop) : m_socket(socket), m_stop(stop) {}
 
     /// The next message of the client.
-    std::optional<UaWire::Message> receive();
-    void send(QByteArrayView bytes);
-    void sendSlowly(QByteArrayView bytes, std::chrono::milliseconds perByte);
+    std::optional<UaWire::Message> receive()
+    {
+        std::optional<UaWire::Message> message;
+        while (!(message = m_reader.next()) && OpcUa_IsGood(m_reader.status()) &&
+               (m_socket.bytesAvailable() > 0 || goesOn()))
+            if (m_socket.bytesAvailable() > 0 || m_socket.waitForReadyRead(5))
+                m_reader.append(m_socket.readAll());
+        return message;
+    }
+    void send(const QByteArray& bytes)
+    {
+        m_socket.write(bytes);
+        while (m_socket.bytesToWrite() > 0 && goesOn())
+            m_socket.waitForBytesWritten(5);
+    }
     /// Neither reads nor writes until the server is to stop.
-    void stall();
+    void stall() { m_stop.wait(); }
     /// The client is there and the server is not to stop.
-    bool goesOn();
+    bool goesOn()
+    {
+        return m_socket.state() == QAbstractSocket::ConnectedState && !m_stop.waitFor({});
+    }
 
     // What a good server does. Each gives false, or no message, once the connection is of no use.
-    bool acknowledge();
-    bool openChannel();
+    bool acknowledge()
+    {
+        const std::optional<UaWire::Message> message = receive();
+        UaWire::Hello hello;
+        if (!message || message->type != UaWire::MessageType::Hello ||
+            OpcUa_IsNotGood(UaWire::decodeFields(message->body, hello)))
+            return false;
+        writer.chunkSize = hello.receiveBufferSize;
+        send(encodeConnectionMessage(
+            UaWire::MessageType::Acknowledge,
+            UaWire::Acknowledge{0, hello.sendBufferSize, hello.receiveBufferSize, 0, 0}));
+        return true;
+    }
+    bool openChannel()
+    {
+        const std::optional<UaWire::Message> message = receive();
+        if (!message || message->type != UaWire::MessageType::OpenSecureChannel)
+            return false;
+        UaWire::OpenSecureChannelResponse response;
+        response.securityToken = {writer.channelId = 17, 4711, 0, 60000};
+        answer(*message, response);
+        writer.tokenId = response.securityToken.tokenId;
+        return true;
+    }
     /// The next service request of an open channel, its channel opened before if need be.
-    std::optional<UaWire::Message> takeRequest();
+    std::optional<UaWire::Message> takeRequest()
+    {
+        return writer.channelId != 0 || (acknowledge() && openChannel()) ? receive() : std::nullopt;
+    }
     /// The bytes of an answer to a request, in chunks.
     template <class Response>
     QByteArray chunksOf(const UaWire::Message& request, Response& response)
     {
-        response.header.requestHandle = requestHandle(request);
+        QByteArrayView body = request.body;
+        UaWire::takeTypeId(body);
+        UaWire::RequestHeader header;
+        UaWire::decodeFields(body, header);
+        response.header.requestHandle = header.requestHandle;
         return writer.chunks(request.type, request.requestId, UaWire::encodeMessage(response));
     }
     template <class Response>
@@ -61,7 +106,6 @@ public:
     {
         send(chunksOf(request, response));
     }
-    static OpcUa_UInt32 requestHandle(const UaWire::Message& request);
 
     UaWire::MessageWriter writer; ///< of channel 17 with token 4711 once the channel is open
 
@@ -72,27 +116,44 @@ private:
 };
 
 /// A server on the loopback interface that treats each client, one after the other, as its script
-/// says, and closes the connection after that.
+/// says, on a thread of its own, and closes the connection after that. Listens once it is there.
 class HostileServer
 {
 public:
     using Script = std::function<void(ServerPeer&)>;
 
-    /// Listens when it returns. The script runs on a thread of the server.
-    explicit HostileServer(Script script);
-    ~HostileServer();
-    HostileServer(const HostileServer&) = delete;
-    HostileServer& operator=(const HostileServer&) = delete;
+    explicit HostileServer(const Script& script) : m_thread([this, script] { run(script); }) {}
+    ~HostileServer()
+    {
+        m_stop.happen();
+        m_thread.join();
+    }
 
     /// With a path that the server does not look at.
-    QByteArray url() const;
+    QByteArray url() const
+    {
+        return "opc.tcp://127.0.0.1:" + QByteArray::number(m_port.get()) + "/UA/Test";
+    }
 
 private:
-    void run();
+    void run(const Script& script)
+    {
+        QTcpServer server;
+        if (!server.listen(QHostAddress::LocalHost))
+            qFatal("no port to listen on");
+        m_listening.set_value(server.serverPort());
+        while (!m_stop.waitFor({})) {
+            if (!server.waitForNewConnection(5))
+                continue;
+            const std::unique_ptr<QTcpSocket> socket(server.nextPendingConnection());
+            ServerPeer peer(*socket, m_stop);
+            script(peer);
+            socket->disconnectFromHost();
+        }
+    }
 
-    Script m_script;
     OneTimeEvent m_stop;
     std::promise<quint16> m_listening;
+    const std::shared_future<quint16> m_port = m_listening.get_future();
     std::thread m_thread;
-    quint16 m_port = 0;
 };

@@ -3,30 +3,26 @@
 
 #include <QtCore/QSemaphore>
 #include <QtCore/QThread>
-#include <QtTest/QtTest>
 
 #include <functional>
+#include <memory>
 #include <stdexcept>
-#include <thread>
 
 namespace {
 
 std::atomic<int> executed = 0;
 std::atomic<int> deleted = 0;
 
-class Job : public UaThreadPoolJob
+struct Job : UaThreadPoolJob
 {
-public:
-    explicit Job(std::function<void()> work = [] {}) : m_work(std::move(work)) {}
+    explicit Job(std::function<void()> function) : work(std::move(function)) {}
     ~Job() override { ++deleted; }
     void execute() override
     {
         ++executed;
-        m_work();
+        work();
     }
-
-private:
-    const std::function<void()> m_work;
+    const std::function<void()> work;
 };
 
 } // namespace
@@ -43,64 +39,56 @@ private Q_SLOTS:
 
     void keepsTheOrderAndSurvivesExceptions()
     {
-        QList<int> order;
+        QList<int> order, right;
         UaThreadPool pool(-3, 0); // nonsense gives one thread
         QTest::ignoreMessage(QtWarningMsg, "UaThreadPool: a job ended with an exception: no luck");
         QTest::ignoreMessage(QtWarningMsg, "UaThreadPool: a job ended with an unknown exception");
         pool.addJob(new Job([] { throw std::runtime_error("no luck"); }));
         pool.addJob(new Job([] { throw 1; }));
         pool.addJob(nullptr);
-        for (int i = 0; i < 500; ++i)
-            pool.addJob(new Job([&order, i] { order.append(i); }));
+        for (int i = 0; i < 500; right += i++)
+            pool.addJob(new Job([&order, i] { order += i; }));
         QTRY_COMPARE(deleted, 502);
-        for (int i = 0; i < 500; ++i)
-            QCOMPARE(order.at(i), i);
+        QCOMPARE(order, right);
     }
 
     void threadsComeAndGo()
     {
         QSemaphore gate;
         std::atomic<int> started = 0, ended = 0;
+        const auto count = [&ended](std::nullptr_t) { ++ended; };
         {
             UaThreadPool pool(2, 6);
             for (int i = 0; i < 12; ++i)
                 pool.addJob(new Job([&] {
-                    thread_local bool isKnown = false;
-                    QThread* const thread = QThread::currentThread();
-                    if (!std::exchange(isKnown, true) && ++started)
-                        connect(
-                            thread, &QThread::finished, thread, [&] { ++ended; },
-                            Qt::DirectConnection);
+                    thread_local const std::shared_ptr<void> thread((++started, nullptr), count);
                     gate.acquire();
                 }));
             QTRY_COMPARE(executed, 6); // all of them are held up
-            QTest::qWait(20);
-            QCOMPARE(executed, 6);
             gate.release(12);
             QTRY_COMPARE(deleted, 12);
-            QTRY_COMPARE(ended, started - 2);
+            QTRY_COMPARE(ended, 4);
         }
-        QCOMPARE(ended, started);
+        QCOMPARE(started, 6);
+        QTRY_COMPARE(ended, 6); // what is of a thread goes a little later than the thread
     }
 
-    // Jobs come from many threads. Those that are interrupted add more, which are not executed.
+    // Those that are interrupted add more, from many threads, which are not executed.
     void endInterruptsAndDropsTheQueue()
     {
         const auto unwanted = [] { qFatal("a queued job was executed"); };
+        std::atomic<int> kept = 0;
         UaThreadPool(1, 3); // has nothing to end
         {
             UaThreadPool pool(10, 30);
-            std::vector<std::thread> sources;
             for (int i = 0; i < 30; ++i)
-                sources.emplace_back([&] {
-                    pool.addJob(new Job([&] {
-                        while (!QThread::currentThread()->isInterruptionRequested())
-                            QThread::msleep(1);
-                        pool.addJob(new Job(unwanted));
-                    }));
-                });
-            for (std::thread& source : sources)
-                source.join();
+                pool.addJob(new Job([&] {
+                    while (!QThread::currentThread()->isInterruptionRequested())
+                        QThread::msleep(1);
+                    const auto data = std::make_shared<int>();
+                    pool.addJob(new Job([data, unwanted] { unwanted(); }));
+                    kept += int(data.use_count()) - 1; // deleted at once
+                }));
             for (int i = 0; i < 1000; ++i)
                 pool.addJob(new Job(unwanted));
             QTRY_COMPARE(executed, 30);
@@ -108,6 +96,7 @@ private Q_SLOTS:
         }
         QCOMPARE(executed, 30);
         QCOMPARE(deleted, 1060);
+        QCOMPARE(kept, 0);
     }
 };
 
