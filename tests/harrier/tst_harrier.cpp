@@ -279,7 +279,7 @@ void tst_Harrier::hostileServer()
                      "%1IssuedTokenType \u2013 %1IssuerEndpointUrl\nMore: 4900")
                  .arg("UserIdentityToken99."));
 
-    const QJsonObject json = endpointToJson(endpoint.value); // all that is there
+    const QJsonObject json = endpointToJson(endpoint); // all that is there
     const QJsonValue token = json["userIdentityTokens"][4999];
     QCOMPARE(token["issuedTokenType"].toString() + token["issuerEndpointUrl"].toString(),
              "issued4999issuer4999");
