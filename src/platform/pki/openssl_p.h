@@ -54,6 +54,11 @@ struct UaPkiKeyAccess
     {
         return key.m_key ? key.m_key->key.get() : nullptr;
     }
+    /// Shares the life of the key; null for the null key.
+    static std::shared_ptr<EVP_PKEY> shared(const UaPkiPrivateKey& key)
+    {
+        return key.m_key ? std::shared_ptr<EVP_PKEY>(key.m_key, get(key)) : nullptr;
+    }
     template <class Key>
     static Key make(KeyPtr key)
     {

@@ -4,12 +4,15 @@
 #include "platform/pki/openssl_p.h"
 #include "platform/pki/pairfiles_p.h"
 #include "platform/pki/uapkicertificate.h"
+#include "platform/stack/opcuastatuscodes.h"
 
 #include <QtCore/QFile>
+#include <QtCore/QFileInfo>
 
 #include <openssl/pem.h>
 #include <openssl/pkcs12.h>
 
+#include <algorithm>
 #include <cstring>
 
 namespace {
@@ -50,6 +53,12 @@ bool writePem(BIO* bio, const EVP_PKEY* key, const char* password)
     return PEM_write_bio_PKCS8(bio, encrypted.get()) == 1;
 }
 
+struct PasswordRequest
+{
+    const QByteArray& password;
+    mutable bool isAsked = false;
+};
+
 /// What a key's file holds, in memory that is wiped.
 class Pem
 {
@@ -75,6 +84,50 @@ private:
 int UaPkiPublicKey::keySize() const
 {
     return m_key ? EVP_PKEY_get_bits(UaPkiKeyAccess::get(*this)) : 0;
+}
+
+// Gives the password, or notes that one was asked for.
+static int givePassword(char* buffer, int size, int, void* data)
+{
+    const auto& request = *static_cast<PasswordRequest*>(data);
+    request.isAsked = true;
+    const qsizetype length = std::min<qsizetype>(size, request.password.size());
+    std::memcpy(buffer, request.password.constData(), std::size_t(length));
+    return int(length);
+}
+
+UaPkiPrivateKey UaPkiPrivateKey::fromFile(const QString& path, const QByteArray& password,
+                                          OpcUa_StatusCode* status)
+{
+    const ErrorQueueGuard guard;
+    const auto finish = [status](OpcUa_StatusCode code) {
+        if (status)
+            *status = code;
+        return UaPkiPrivateKey();
+    };
+    QFile file(path);
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
+        return finish(OpcUa_BadNotFound);
+    constexpr qint64 maxFileSize = 1 << 20;
+    QByteArray bytes = file.read(maxFileSize);
+    const BioPtr bio(BIO_new_mem_buf(bytes.constData(), int(bytes.size())));
+    PasswordRequest request{password};
+    KeyPtr key(bio ? PEM_read_bio_PrivateKey(bio.get(), nullptr, givePassword, &request) : nullptr);
+    if (!key && bio && !request.isAsked) {
+        BIO_reset(bio.get());
+        key.reset(d2i_PrivateKey_bio(bio.get(), nullptr));
+    }
+    OPENSSL_cleanse(bytes.data(), std::size_t(bytes.size()));
+    if (!key)
+        return finish(request.isAsked ? OpcUa_BadIdentityTokenRejected : OpcUa_BadDecodingError);
+    finish(OpcUa_Good);
+    return UaPkiKeyAccess::make<UaPkiPrivateKey>(std::move(key));
+}
+
+bool UaPkiPrivateKey::matches(const UaPkiPublicKey& key) const
+{
+    const ErrorQueueGuard guard;
+    return m_key && !key.isNull() && EVP_PKEY_eq(m_key->key.get(), UaPkiKeyAccess::get(key)) == 1;
 }
 
 UaPkiRsaKeyPair::UaPkiRsaKeyPair(int bits)

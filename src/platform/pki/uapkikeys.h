@@ -1,9 +1,13 @@
 #pragma once
 
 #include "../../kestrelexport.h"
+#include "../stack/opcuatypes.h"
+
+#include <QtCore/QByteArray>
 
 #include <memory>
 
+class QString;
 struct UaPkiKeyData;
 
 /// The public half of a key pair, or the key in a certificate. Copies share the key.
@@ -28,6 +32,14 @@ class KESTREL_EXPORT UaPkiPrivateKey
 public:
     /// The null key.
     UaPkiPrivateKey() = default;
+
+    /// Reads a key file in PEM (PKCS #8 or traditional) or DER. `status` is Good,
+    /// BadIdentityTokenRejected for one that is encrypted and that `password` (local 8-bit) does
+    /// not open, BadNotFound where there is no such file, else BadDecodingError; it may be null.
+    static UaPkiPrivateKey fromFile(const QString& path, const QByteArray& password = {},
+                                    OpcUa_StatusCode* status = nullptr);
+    /// Whether the key's other half is in the certificate.
+    bool matches(const UaPkiPublicKey& key) const;
 
     bool isNull() const { return !m_key; }
 
