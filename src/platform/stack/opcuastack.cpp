@@ -230,6 +230,7 @@ constexpr OpcUaTypeInfo typeInfo(OpcUa_BuiltInType type, const char* name, bool 
             name,
             sizeof(T),
             boxed,
+            std::is_arithmetic_v<T> || std::is_same_v<T, OpcUa_Guid>,
             [](void* element) { clearValue(*static_cast<T*>(element)); },
             [](const void* from, void* to) {
                 return copyValue(*static_cast<const T*>(from), *static_cast<T*>(to));
@@ -240,7 +241,7 @@ constexpr OpcUaTypeInfo typeInfo(OpcUa_BuiltInType type, const char* name, bool 
 }
 
 constexpr OpcUaTypeInfo typeTable[] = {
-    {OpcUaType_Null, "Null", 0, false, nullptr, nullptr, nullptr},
+    {OpcUaType_Null, "Null", 0, false, true, nullptr, nullptr, nullptr},
     typeInfo<OpcUa_Boolean>(OpcUaType_Boolean, "Boolean"),
     typeInfo<OpcUa_SByte>(OpcUaType_SByte, "SByte"),
     typeInfo<OpcUa_Byte>(OpcUaType_Byte, "Byte"),
@@ -316,8 +317,10 @@ void OpcUa_Variant_Initialize(OpcUa_Variant* value)
 void OpcUa_Variant_Clear(OpcUa_Variant* value)
 {
     const OpcUaTypeInfo* info = opcUaTypeInfo(value->Datatype);
+    if (value->ArrayType == OpcUa_VariantArrayType_Scalar && (!info || info->plain))
+        return OpcUa_Variant_Initialize(value);
     const OpcUaElements elements = opcUaElements(*value);
-    for (std::size_t i = 0; i < elements.count; ++i)
+    for (std::size_t i = 0; i < elements.count && !info->plain; ++i)
         info->clear(static_cast<char*>(elements.data) + i * info->size);
     if (value->ArrayType != OpcUa_VariantArrayType_Scalar || (info && info->boxed))
         OpcUa_Memory_Free(elements.data);
@@ -371,6 +374,10 @@ OpcUa_StatusCode OpcUa_Variant_CopyTo(const OpcUa_Variant* from, OpcUa_Variant* 
             OpcUa_Variant_Clear(to);
             return OpcUa_BadOutOfMemory;
         }
+    }
+    if (info->plain) {
+        OpcUa_Memory_MemCpy(target, source.data, source.count * info->size);
+        return OpcUa_Good;
     }
     for (std::size_t i = 0; i < source.count; ++i) {
         const std::size_t offset = i * info->size;

@@ -209,18 +209,19 @@ struct OpcUa_Variant
     OpcUa_VariantValue Value;
 };
 
-/// OPC 10000-4, 7.11.
+/// OPC 10000-4, 7.11. Ordered so that there are no gaps: they come by the hundred thousand.
 struct OpcUa_DataValue
 {
     OpcUa_Variant Value;
-    OpcUa_StatusCode Status;
-    OpcUa_DateTime SourceTimestamp;
-    OpcUa_UInt16 SourcePicoseconds;
+    OpcUa_DateTime SourceTimestamp; ///< 0 for none
     OpcUa_DateTime ServerTimestamp;
+    OpcUa_StatusCode Status;
+    OpcUa_UInt16 SourcePicoseconds; ///< in units of 10 ps
     OpcUa_UInt16 ServerPicoseconds;
 };
 
-/// OPC 10000-4, 7.12.
+/// OPC 10000-4, 7.12. The first four are indexes into a table of texts, -1 for none; the
+/// empty structure has none either.
 struct OpcUa_DiagnosticInfo
 {
     OpcUa_Int32 SymbolicId;

@@ -39,6 +39,7 @@ struct OpcUaTypeInfo
     const char* name; ///< as the standard spells it
     std::size_t size; ///< of one element in an array or matrix
     bool boxed;       ///< a scalar stands in a block of its own
+    bool plain;       ///< owns nothing: its bytes are its value
     void (*clear)(void* element);
     OpcUa_StatusCode (*copy)(const void* from, void* to);
     bool (*equal)(const void* a, const void* b);

@@ -10,10 +10,14 @@ class KESTREL_EXPORT UaExtensionObject
 {
 public:
     UaExtensionObject() = default;
+    /// `encoding` is 0 for no body, 1 for a binary one and 2 for XML.
+    UaExtensionObject(const UaExpandedNodeId& typeId, const UaByteString& body,
+                      OpcUa_Byte encoding = 1);
     explicit UaExtensionObject(const OpcUa_ExtensionObject& value);
 
     const UaExpandedNodeId& typeId() const { return m_typeId; }
     const UaByteString& body() const { return m_body; }
+    OpcUa_Byte encoding() const { return m_encoding; }
     /// The type and the size of the body, such as "ns=2;i=5001 (24 bytes)".
     UaString toString() const;
     /// Replaces the initialised or filled `target` by a copy.
@@ -24,3 +28,5 @@ private:
     UaByteString m_body;
     OpcUa_Byte m_encoding = 0;
 };
+
+Q_DECLARE_METATYPE(UaExtensionObject)

@@ -91,6 +91,13 @@ public:
         m_data = data;
     }
 
+    /// Hands the array over to the caller, who frees it.
+    T* detach()
+    {
+        m_length = 0;
+        return std::exchange(m_data, nullptr);
+    }
+
     void swap(UaStackTypeArray& other) noexcept
     {
         std::swap(m_data, other.m_data);

@@ -296,6 +296,12 @@ OpcUa_StatusCode UaLocalizedText::copyTo(OpcUa_LocalizedText* target) const
     return OpcUa_IsGood(status) ? m_text.copyTo(&target->Text) : status;
 }
 
+UaExtensionObject::UaExtensionObject(const UaExpandedNodeId& typeId, const UaByteString& body,
+                                     OpcUa_Byte encoding)
+    : m_typeId(typeId), m_body(body), m_encoding(encoding)
+{
+}
+
 UaExtensionObject::UaExtensionObject(const OpcUa_ExtensionObject& value)
     : m_typeId(value.TypeId), m_body(&value.Body), m_encoding(value.Encoding)
 {

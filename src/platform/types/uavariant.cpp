@@ -64,6 +64,15 @@ bool UaVariant::assign(const OpcUa_Variant& value)
     return true;
 }
 
+void UaVariant::attach(OpcUa_Variant* value)
+{
+    d.reset();
+    if (value->Datatype != OpcUaType_Null) {
+        d = new Data;
+        std::swap(d->variant, *value);
+    }
+}
+
 OpcUa_BuiltInType UaVariant::type() const
 {
     return d ? OpcUa_BuiltInType(d->variant.Datatype) : OpcUaType_Null;

@@ -3,11 +3,15 @@
 #include "../../kestrelexport.h"
 #include "../stack/opcuatypes.h"
 #include "uaarrayview.h"
+#include "uaencodinglimits.h"
 
+#include <QtCore/QByteArray>
+#include <QtCore/QByteArrayView>
 #include <QtCore/QList>
 #include <QtCore/QMetaType>
 #include <QtCore/QSharedDataPointer>
 
+class QVariant;
 class UaByteString;
 class UaDateTime;
 class UaExpandedNodeId;
@@ -20,6 +24,9 @@ class UaStatusCode;
 class UaString;
 template <class T>
 class UaStackTypeArray;
+
+/// The two forms of OPC 10000-6, 5.4.1.
+enum class UaJsonForm { Reversible, NonReversible };
 
 /// The types of which there are arrays and matrices that hosts build of values: the name in the
 /// functions of UaVariant, the class of a value, and the stack's structure.
@@ -95,6 +102,9 @@ public:
     {
     }
     UaVariant(const void*) = delete; // a pointer is not a Boolean
+
+    /// Takes over what `value` holds, which is empty thereafter.
+    void attach(OpcUa_Variant* value);
 
     OpcUa_BuiltInType type() const;
     OpcUa_VariantArrayType arrayType() const;
@@ -225,6 +235,33 @@ public:
     UaString toString() const;
     /// As toString(), with NodeIds, ExpandedNodeIds and LocalizedTexts in their full form.
     UaString toFullString() const;
+
+    /// The binary encoding (OPC 10000-6, 5.2.2.16), in which a value travels to any other stack.
+    QByteArray toBinary() const;
+    /// Reads a binary encoding, all of it. Good, BadDecodingError, BadEncodingLimitsExceeded or
+    /// BadOutOfMemory; this value is unchanged unless Good.
+    OpcUa_StatusCode fromBinary(QByteArrayView bytes, const UaEncodingLimits& limits = {});
+
+    /// The JSON encoding (OPC 10000-6, 5.4.2.17) in UTF-8, on one line. The reversible form names
+    /// the type and can be read again; the other is the bare value, for people and for other
+    /// programs: matrices nest, statuses have a name, a LocalizedText is its text. Texts that are
+    /// no UTF-8 lose what is wrong.
+    QByteArray toJson(UaJsonForm form = UaJsonForm::Reversible) const;
+    /// Reads the reversible form. Good, BadDecodingError (no JSON, or not that of a value),
+    /// BadOutOfRange (a number that its type does not have), BadEncodingLimitsExceeded or
+    /// BadOutOfMemory; this value is unchanged unless Good.
+    OpcUa_StatusCode fromJson(QByteArrayView json, const UaEncodingLimits& limits = {});
+
+    /// As a value of Qt: bool, qint8 to quint64, float, double, QString, QDateTime (UTC, down to a
+    /// millisecond), QUuid and QByteArray; a value of another type is its value class, such as
+    /// UaNodeId. An array is a QList of these, a matrix a QVariantList of its rows. XmlElements,
+    /// DataValues, Variants and DiagnosticInfos stay a UaVariant. The empty value is the invalid
+    /// QVariant.
+    QVariant toQVariant() const;
+    /// Takes what toQVariant() gives, and lists of one kind of value in a QVariantList; lists of
+    /// equally long lists become a matrix, other mixtures an array of Variants. Good, or
+    /// BadTypeMismatch with this value unchanged.
+    OpcUa_StatusCode fromQVariant(const QVariant& value);
 
     /// Equal type, shape and elements.
     friend KESTREL_EXPORT bool operator==(const UaVariant& a, const UaVariant& b);

@@ -7,18 +7,21 @@
 
 #include "platform/wire/binarycodec_p.h"
 
+#include "platform/types/uaextensionobject.h"
+#include "platform/types/uanodeid.h"
+
 namespace UaWire {
 
 /// OPC 10000-4, 7.33.
 struct RequestHeader
 {
-    IgnoredNodeId authenticationToken; ///< null outside a session
+    UaNodeId authenticationToken; ///< null outside a session
     OpcUa_DateTime timestamp = 0;
     OpcUa_UInt32 requestHandle = 0;
     OpcUa_UInt32 returnDiagnostics = 0;
     UaString auditEntryId;
     OpcUa_UInt32 timeoutHint = 0; ///< milliseconds, 0 for none
-    IgnoredExtensionObject additionalHeader;
+    UaExtensionObject additionalHeader;
 };
 
 /// OPC 10000-4, 7.34.
@@ -27,9 +30,9 @@ struct ResponseHeader
     OpcUa_DateTime timestamp = 0;
     OpcUa_UInt32 requestHandle = 0;
     OpcUa_StatusCode serviceResult = 0;
-    IgnoredDiagnosticInfo serviceDiagnostics;
+    Owned<OpcUa_DiagnosticInfo> serviceDiagnostics;
     UaStackTypeArray<OpcUa_String> stringTable;
-    IgnoredExtensionObject additionalHeader;
+    UaExtensionObject additionalHeader;
 };
 
 /// OPC 10000-4, 7.35: the answer to a request that failed.
@@ -193,6 +196,15 @@ inline OpcUa_UInt32 takeTypeId(QByteArrayView& body)
     return id;
 }
 
+/// What the server says about a failure in its own words; null if it says nothing.
+UaString reasonOf(const ResponseHeader& header);
+
+/// Decodes the answer to a request. Not Bad only if it is decoded and answers that request; then it
+/// is the service result. A fault, too, leaves its header in the response.
+template <class Response>
+OpcUa_StatusCode decodeResponse(QByteArrayView body, OpcUa_UInt32 requestHandle, Response& response,
+                                const DecoderLimits& limits = {});
+
 } // namespace UaWire
 
 KESTREL_STACK_FIELDS(UaWire::RequestHeader, v(s.authenticationToken...); v(s.timestamp...);
@@ -226,3 +238,29 @@ KESTREL_STACK_FIELDS(UaWire::Hello, v(s.protocolVersion...); v(s.receiveBufferSi
 KESTREL_STACK_FIELDS(UaWire::Acknowledge, v(s.protocolVersion...); v(s.receiveBufferSize...);
                      v(s.sendBufferSize...); v(s.maxMessageSize...); v(s.maxChunkCount...);)
 KESTREL_STACK_FIELDS(UaWire::Error, v(s.error...); v(s.reason...);)
+
+template <class Response>
+OpcUa_StatusCode UaWire::decodeResponse(QByteArrayView body, OpcUa_UInt32 requestHandle,
+                                        Response& response, const DecoderLimits& limits)
+{
+    switch (takeTypeId(body)) {
+    case Response::encodingId: {
+        const OpcUa_StatusCode status = decodeFields(body, response, limits);
+        if (OpcUa_IsBad(response.header.serviceResult))
+            return response.header.serviceResult;
+        if (OpcUa_IsNotGood(status))
+            return status;
+        if (response.header.requestHandle != requestHandle)
+            return OpcUa_BadUnknownResponse;
+        return response.header.serviceResult;
+    }
+    case ServiceFault::encodingId: {
+        ServiceFault fault;
+        const OpcUa_StatusCode status = decodeFields(body, fault, limits);
+        response.header = std::move(fault.header);
+        return OpcUa_IsGood(status) ? asFailure(response.header.serviceResult) : status;
+    }
+    default:
+        return OpcUa_BadUnknownResponse;
+    }
+}
