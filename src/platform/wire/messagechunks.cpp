@@ -45,8 +45,7 @@ std::optional<Message> MessageReader::next()
             break;
         } else {
             bool whole = false;
-            m_status = takeChunk(
-                header, rest.sliced(chunkHeaderSize, header.size - chunkHeaderSize), whole);
+            m_status = takeChunk(header, m_bytes.data() + taken, whole);
             taken += header.size;
             if (OpcUa_IsGood(m_status) && whole) {
                 message = std::move(m_message);
@@ -59,10 +58,11 @@ std::optional<Message> MessageReader::next()
     return message;
 }
 
-OpcUa_StatusCode MessageReader::takeChunk(ChunkHeader header, QByteArrayView rest, bool& whole)
+OpcUa_StatusCode MessageReader::takeChunk(ChunkHeader header, char* chunk, bool& whole)
 {
     const MessageType type = header.type();
     const char letter = header.letter();
+    const QByteArrayView rest(chunk + chunkHeaderSize, header.size - chunkHeaderSize);
     whole = letter != 'C';
     if (letter != 'F' && (type != MessageType::Message || (letter != 'C' && letter != 'A')))
         return OpcUa_BadTcpMessageTypeInvalid;
@@ -73,18 +73,34 @@ OpcUa_StatusCode MessageReader::takeChunk(ChunkHeader header, QByteArrayView res
         return addToMessage(rest);
     }
 
-    BinaryDecoder decoder(rest);
+    BinaryDecoder head(rest);
     OpcUa_UInt32 channelId = 0;
     OpcUa_UInt32 tokenId = 0;
-    decoder(channelId);
-    if (type == MessageType::OpenSecureChannel) {
-        AsymmetricSecurityHeader security;
-        decoder(security);
-        if (OpcUa_IsGood(decoder.status()) && security.securityPolicyUri != securityPolicyNone)
-            return OpcUa_BadSecurityPolicyRejected;
-    } else {
-        decoder(tokenId);
+    head(channelId);
+    AsymmetricSecurityHeader opening;
+    if (type == MessageType::OpenSecureChannel)
+        head(opening);
+    else
+        head(tokenId);
+    if (OpcUa_IsNotGood(head.status()))
+        return head.status();
+    QByteArrayView plain = head.rest();
+    if (m_security) {
+        OpcUa_StatusCode status = OpcUa_Good;
+        if (type == MessageType::OpenSecureChannel)
+            status = m_security->checkOpeningHeader(opening);
+        const qsizetype begin = plain.data() - chunk;
+        qsizetype end = header.size;
+        if (OpcUa_IsGood(status))
+            status = m_security->open(type, tokenId, chunk, header.size, begin, end);
+        if (OpcUa_IsNotGood(status))
+            return status;
+        plain = QByteArrayView(chunk + begin, end - begin);
+    } else if (type == MessageType::OpenSecureChannel &&
+               opening.securityPolicyUri != securityPolicyNone) {
+        return OpcUa_BadSecurityPolicyRejected;
     }
+    BinaryDecoder decoder(plain);
     SequenceHeader sequence;
     decoder(sequence);
     if (OpcUa_IsNotGood(decoder.status()))
@@ -128,23 +144,45 @@ bool MessageReader::followsSequence(OpcUa_UInt32 number)
     return follows;
 }
 
+qsizetype MessageWriter::bodyRoom() const
+{
+    constexpr qsizetype sequenceHeader = sizeof(SequenceHeader);
+    const qsizetype space =
+        qsizetype(chunkSize) - qsizetype(chunkHeaderSize) - sizeof channelId - sizeof tokenId;
+    return (m_security ? m_security->room(MessageType::Message, space) : space) - sequenceHeader;
+}
+
 QByteArray MessageWriter::chunks(MessageType type, OpcUa_UInt32 requestId, QByteArrayView body)
 {
     QByteArray out;
+    out.reserve(body.size() + body.size() / 64 + 256);
+    BinaryEncoder encoder(out);
     do {
-        QByteArray rest;
-        BinaryEncoder encoder(rest);
+        const qsizetype begin = out.size();
+        encoder(ChunkHeader{});
         encoder(channelId);
-        if (type == MessageType::OpenSecureChannel)
-            encoder(AsymmetricSecurityHeader{UaString(securityPolicyNone), {}, {}});
-        else
+        if (type != MessageType::OpenSecureChannel)
             encoder(tokenId);
+        else if (m_security)
+            encoder(m_security->openingHeader());
+        else
+            encoder(AsymmetricSecurityHeader{UaString(securityPolicyNone), {}, {}});
+        const qsizetype plain = out.size();
         encoder(SequenceHeader{++m_sequenceNumber, requestId});
-        const qsizetype room = qsizetype(chunkSize) - qsizetype(chunkHeaderSize) - rest.size();
+        qsizetype room = qsizetype(chunkSize) - (plain - begin);
+        if (m_security)
+            room = m_security->room(type, room);
+        room -= out.size() - plain;
         const QByteArrayView part = body.first(std::min(room, body.size()));
         body = body.sliced(part.size());
-        rest.append(part);
-        out.append(encodeChunk(type, body.isEmpty() ? 'F' : 'C', rest));
+        if (room <= 0 || (type == MessageType::OpenSecureChannel && !body.isEmpty()))
+            return {};
+        out.append(part);
+        const auto tag = OpcUa_UInt32(type) | OpcUa_UInt32(body.isEmpty() ? 'F' : 'C') << 24;
+        qToLittleEndian(tag, out.data() + begin);
+        qToLittleEndian(OpcUa_UInt32(out.size() - begin), out.data() + begin + sizeof tag);
+        if (m_security && OpcUa_IsNotGood(m_security->seal(type, tokenId, out, begin, plain)))
+            return {};
     } while (!body.isEmpty());
     return out;
 }

@@ -1,12 +1,14 @@
 #pragma once
 
 /// \file
-/// Messages in chunks, as they travel over a connection without security (OPC 10000-6, 6.7.2 and
-/// 7.1.2). Both ends of a connection use it.
+/// Messages in chunks, as they travel over a connection (OPC 10000-6, 6.7.2 and 7.1.2), secured
+/// where a ChannelSecurity is given. Both ends of a connection use it.
 
 #include "platform/stack/securitypolicies_p.h"
 #include "platform/wire/messages_p.h"
+#include "platform/wire/securitypolicy_p.h"
 
+#include <map>
 #include <optional>
 
 namespace UaWire {
@@ -74,11 +76,73 @@ struct Message
     QByteArray body;
 };
 
+/// What secures the chunks of one channel: the certificates for its opening, and the keys of each
+/// token for its messages. Shared by the reader and the writer of one end.
+class ChannelSecurity
+{
+public:
+    /// Without security: only the tokens are known.
+    ChannelSecurity();
+    /// `ownCertificate` may be a chain, of which the first is the own one. The keys must be of a
+    /// size that the policy allows (isKeyAllowed()).
+    ChannelSecurity(const SecurityPolicy& policy, OpcUa_MessageSecurityMode mode,
+                    const QByteArray& ownCertificate, SharedKey ownKey,
+                    const QByteArray& peerCertificate);
+
+    const SecurityPolicy& policy() const { return *m_policy; }
+    OpcUa_MessageSecurityMode mode() const { return m_mode; }
+
+    /// Keys for the messages under a token. False when OpenSSL fails.
+    bool addToken(OpcUa_UInt32 tokenId, QByteArrayView ownNonce, QByteArrayView peerNonce);
+    /// Forgets all tokens but one.
+    void keepToken(OpcUa_UInt32 tokenId);
+    bool hasToken(OpcUa_UInt32 tokenId) const { return m_tokens.count(tokenId) > 0; }
+
+    /// Of the chunks that open a channel, and a check of those that came.
+    AsymmetricSecurityHeader openingHeader() const;
+    OpcUa_StatusCode checkOpeningHeader(const AsymmetricSecurityHeader& header) const;
+
+    /// The most bytes behind the security header, from the sequence header on, that fit into a
+    /// chunk with `space` bytes there.
+    qsizetype room(MessageType type, qsizetype space) const;
+    /// Pads, signs and encrypts a chunk that stands from `begin` on in `bytes`, with its security
+    /// header up to `plain`. Writes its size.
+    OpcUa_StatusCode seal(MessageType type, OpcUa_UInt32 tokenId, QByteArray& bytes,
+                          qsizetype begin, qsizetype plain);
+    /// Decrypts and checks a chunk in place, whose security header ends at `plain`. `end` becomes
+    /// where the padding begins.
+    OpcUa_StatusCode open(MessageType type, OpcUa_UInt32 tokenId, char* chunk, qsizetype size,
+                          qsizetype plain, qsizetype& end);
+
+private:
+    struct Token
+    {
+        std::unique_ptr<MessageKeys> out;
+        std::unique_ptr<MessageKeys> in;
+    };
+    struct Shape;
+    Shape shape(MessageType type, bool outgoing) const;
+
+    const SecurityPolicy* m_policy;
+    OpcUa_MessageSecurityMode m_mode;
+    QByteArray m_ownCertificate;
+    QByteArray m_ownThumbprint;
+    QByteArray m_peerCertificate; // without its chain
+    QByteArray m_peerThumbprint;
+    SharedKey m_ownKey;
+    SharedKey m_peerKey;
+    std::map<OpcUa_UInt32, Token> m_tokens;
+};
+
 /// Puts messages together from the bytes that arrive.
 class MessageReader
 {
 public:
-    explicit MessageReader(const ChunkLimits& limits = {}) : m_limits(limits) {}
+    /// Without `security`, which must outlive the reader, any token will do.
+    explicit MessageReader(const ChunkLimits& limits = {}, ChannelSecurity* security = nullptr)
+        : m_limits(limits), m_security(security)
+    {
+    }
 
     /// What was agreed with the peer.
     void setChunkSize(OpcUa_UInt32 size) { m_limits.chunkSize = size; }
@@ -89,11 +153,12 @@ public:
     OpcUa_StatusCode status() const { return m_status; }
 
 private:
-    OpcUa_StatusCode takeChunk(ChunkHeader header, QByteArrayView rest, bool& whole);
+    OpcUa_StatusCode takeChunk(ChunkHeader header, char* chunk, bool& whole);
     OpcUa_StatusCode addToMessage(QByteArrayView body);
     bool followsSequence(OpcUa_UInt32 number);
 
     ChunkLimits m_limits;
+    ChannelSecurity* m_security;
     OpcUa_StatusCode m_status = OpcUa_Good;
     QByteArray m_bytes; // not yet taken
     Message m_message;  // so far
@@ -105,15 +170,22 @@ private:
 class MessageWriter
 {
 public:
+    /// `security` must outlive the writer.
+    explicit MessageWriter(ChannelSecurity* security = nullptr) : m_security(security) {}
+
     /// Of the peer's receive buffer, headers included; minimumBufferSize at least.
     OpcUa_UInt32 chunkSize = minimumBufferSize;
     OpcUa_UInt32 channelId = 0;
     OpcUa_UInt32 tokenId = 0;
 
     /// The bytes of one or more chunks. `type` is OpenSecureChannel, Message or CloseSecureChannel.
+    /// Empty when OpenSSL fails, or a message to open the channel is too large for one chunk.
     QByteArray chunks(MessageType type, OpcUa_UInt32 requestId, QByteArrayView body);
+    /// Bytes of a Message's body that one chunk takes.
+    qsizetype bodyRoom() const;
 
 private:
+    ChannelSecurity* m_security;
     OpcUa_UInt32 m_sequenceNumber = 0;
 };
 

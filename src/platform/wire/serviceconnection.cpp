@@ -1,6 +1,5 @@
 #include "serviceconnection_p.h"
 
-#include "platform/types/uadatetime.h"
 #include "platform/wire/connector_p.h"
 #include "platform/wire/endpointurl_p.h"
 
@@ -22,19 +21,28 @@ constexpr ChunkLimits chunkLimits;
 
 } // namespace
 
-ServiceConnection::ServiceConnection(int timeout)
-    : m_deadline(timeout, Qt::PreciseTimer), m_reader(chunkLimits)
+// Discovery asks whoever answers, and needs little.
+DecoderLimits ServiceConnection::decoderLimits()
 {
+    DecoderLimits limits;
+    limits.stringLength = 1 << 20;
+    limits.arrayLength = 1 << 16;
+    limits.memory = 24u << 20;
+    return limits;
+}
+
+ServiceConnection::ServiceConnection(int timeout) : m_deadline(timeout, Qt::PreciseTimer)
+{
+    m_clock.start();
 }
 
 ServiceConnection::~ServiceConnection()
 {
     if (!m_socket)
         return;
-    if (m_writer.channelId != 0 && m_socket->state() == QAbstractSocket::ConnectedState) {
-        CloseSecureChannelRequest request;
-        fill(request.header);
-        send(m_writer.chunks(MessageType::CloseSecureChannel, m_requestId, encodeMessage(request)));
+    if (m_channel && m_socket->state() == QAbstractSocket::ConnectedState) {
+        m_channel->close();
+        flush();
         m_socket->disconnectFromHost();
     }
     m_socket->abort();
@@ -45,10 +53,16 @@ OpcUa_StatusCode ServiceConnection::open(const QByteArray& url)
     OpcUa_StatusCode status = checkTime();
     if (OpcUa_IsGood(status))
         status = connectToHost(url);
-    if (OpcUa_IsGood(status))
-        status = sayHello(url);
-    if (OpcUa_IsGood(status))
-        status = openChannel();
+    if (OpcUa_IsNotGood(status))
+        return status;
+    SecureChannel::Settings settings;
+    settings.endpointUrl = url;
+    settings.limits = chunkLimits;
+    settings.requestedLifetime = channelLifetime;
+    m_channel = std::make_unique<SecureChannel>(settings);
+    m_channel->start(m_clock.elapsed());
+    while (OpcUa_IsGood(status) && m_channel->state() != SecureChannel::State::Open)
+        status = receive();
     return status;
 }
 
@@ -74,122 +88,47 @@ OpcUa_StatusCode ServiceConnection::connectToHost(const QByteArray& url)
     return connector.status();
 }
 
-OpcUa_StatusCode ServiceConnection::sayHello(const QByteArray& url)
+OpcUa_StatusCode ServiceConnection::exchange(const QByteArray& body, Message& response)
 {
-    Hello hello;
-    hello.receiveBufferSize = chunkLimits.chunkSize;
-    hello.sendBufferSize = chunkLimits.chunkSize;
-    hello.maxMessageSize = chunkLimits.messageSize;
-    hello.maxChunkCount = chunkLimits.chunkCount;
-    hello.endpointUrl = UaString(url);
-    send(encodeConnectionMessage(MessageType::Hello, hello));
-
-    Message message;
-    OpcUa_StatusCode status = receive(MessageType::Acknowledge, message);
-    Acknowledge acknowledge;
-    if (OpcUa_IsGood(status))
-        status = decodeFields(message.body, acknowledge);
-    if (OpcUa_IsNotGood(status))
-        return status;
-    // The server may lower what was offered, to the smallest size that the standard allows.
-    if (acknowledge.receiveBufferSize < minimumBufferSize ||
-        acknowledge.sendBufferSize < minimumBufferSize)
-        return OpcUa_BadCommunicationError;
-    m_writer.chunkSize = std::min(acknowledge.receiveBufferSize, hello.sendBufferSize);
-    m_reader.setChunkSize(std::min(acknowledge.sendBufferSize, hello.receiveBufferSize));
-    m_maxMessageSize = acknowledge.maxMessageSize;
-    m_maxChunkCount = acknowledge.maxChunkCount;
-    return OpcUa_Good;
-}
-
-OpcUa_StatusCode ServiceConnection::openChannel()
-{
-    OpenSecureChannelRequest request;
-    request.requestedLifetime = channelLifetime;
-    OpenSecureChannelResponse response;
-    const OpcUa_StatusCode status = call(MessageType::OpenSecureChannel, request, response);
-    if (OpcUa_IsNotGood(status))
-        return status;
-    m_writer.tokenId = response.securityToken.tokenId;
-    if (response.securityToken.channelId == 0 ||
-        response.securityToken.channelId != m_writer.channelId)
-        return OpcUa_BadTcpSecureChannelUnknown;
-    return OpcUa_Good;
-}
-
-void ServiceConnection::fill(RequestHeader& header)
-{
-    header.timestamp = UaDateTime::now().ticks();
-    header.requestHandle = ++m_requestId;
-    header.timeoutHint = OpcUa_UInt32(m_deadline.remainingTime());
-}
-
-OpcUa_StatusCode ServiceConnection::exchange(MessageType type, const QByteArray& body,
-                                             Message& response)
-{
-    const QByteArray chunks = m_writer.chunks(type, m_requestId, body);
-    const qsizetype chunkCount = (chunks.size() + m_writer.chunkSize - 1) / m_writer.chunkSize;
-    if ((m_maxMessageSize != 0 && body.size() > qsizetype(m_maxMessageSize)) ||
-        (m_maxChunkCount != 0 && chunkCount > qsizetype(m_maxChunkCount)))
-        return OpcUa_BadRequestTooLarge;
-    send(chunks);
-
-    const OpcUa_StatusCode status = receive(type, response);
-    if (OpcUa_IsNotGood(status))
-        return status;
-    if (type == MessageType::OpenSecureChannel)
-        m_writer.channelId = response.channelId; // not known before
-    else if (response.channelId != m_writer.channelId)
-        return OpcUa_BadTcpSecureChannelUnknown;
-    else if (response.tokenId != m_writer.tokenId)
-        return OpcUa_BadSecureChannelTokenUnknown;
-    if (response.requestId != m_requestId)
-        return OpcUa_BadUnknownResponse;
-    return response.abortCode;
+    const OpcUa_UInt32 request = m_channel->send(body);
+    OpcUa_StatusCode status = m_channel->sendStatus();
+    while (OpcUa_IsGood(status)) {
+        if (std::optional<Message> message = m_channel->next()) {
+            response = std::move(*message);
+            return response.requestId == request ? response.abortCode : OpcUa_BadUnknownResponse;
+        }
+        status = receive();
+    }
+    return status;
 }
 
 // Without waiting for the event loop to come round.
-void ServiceConnection::send(const QByteArray& bytes)
+void ServiceConnection::flush()
 {
-    m_socket->write(bytes);
-    m_socket->flush();
+    const QByteArray bytes = m_channel->takeOutput();
+    if (!bytes.isEmpty()) {
+        m_socket->write(bytes);
+        m_socket->flush();
+    }
 }
 
-OpcUa_StatusCode ServiceConnection::receive(MessageType type, Message& message)
+/// Sends what there is to send and hands the channel what comes next.
+OpcUa_StatusCode ServiceConnection::receive()
 {
-    for (;;) {
-        if (std::optional<Message> next = m_reader.next()) {
-            message = std::move(*next);
-            break;
-        }
-        if (OpcUa_IsNotGood(m_reader.status()))
-            return m_reader.status();
-        const OpcUa_StatusCode status = waitForBytes();
-        if (OpcUa_IsNotGood(status))
-            return status;
-        m_reader.append(m_socket->read(chunkLimits.chunkSize));
-    }
-    if (message.type == MessageType::Error) {
-        Error error;
-        const OpcUa_StatusCode status = decodeFields(message.body, error);
-        return OpcUa_IsGood(status) ? asFailure(error.error) : status;
-    }
-    return message.type == type ? OpcUa_Good : OpcUa_BadTcpMessageTypeInvalid;
-}
-
-OpcUa_StatusCode ServiceConnection::waitForBytes()
-{
+    flush();
     for (;;) {
         const OpcUa_StatusCode status = checkTime();
         if (OpcUa_IsNotGood(status))
             return status;
         if (m_socket->bytesAvailable() > 0)
-            return OpcUa_Good;
+            break;
         if (m_socket->state() != QAbstractSocket::ConnectedState)
             return socketStatus(m_socket->error());
         m_socket->waitForReadyRead(
             int(std::min<qint64>(pollInterval.count(), m_deadline.remainingTime())));
     }
+    m_channel->receive(m_socket->read(chunkLimits.chunkSize), m_clock.elapsed());
+    return m_channel->status();
 }
 
 /// Whether to go on.

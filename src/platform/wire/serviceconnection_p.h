@@ -1,15 +1,16 @@
 #pragma once
 
-#include "platform/wire/messagechunks_p.h"
+#include "platform/wire/securechannel_p.h"
 
 #include <QtCore/QDeadlineTimer>
+#include <QtCore/QElapsedTimer>
 #include <QtNetwork/QTcpSocket>
 
 #include <memory>
 
 namespace UaWire {
 
-/// A connection with a secure channel without security, for one thread.
+/// A connection with a secure channel without security that blocks its thread.
 ///
 /// All operations together end when the time is up (BadTimeout) or when the thread is interrupted
 /// (BadShutdown). The thread needs no event loop; until the connection stands, they run one of
@@ -30,64 +31,29 @@ public:
     template <class Request, class Response>
     OpcUa_StatusCode call(Request& request, Response& response)
     {
-        return call(MessageType::Message, request, response);
+        request.header.timestamp = SecureChannel::wallClock();
+        request.header.requestHandle = ++m_requestHandle;
+        request.header.timeoutHint = OpcUa_UInt32(m_deadline.remainingTime());
+        Message message;
+        const OpcUa_StatusCode status = exchange(encodeMessage(request), message);
+        return OpcUa_IsGood(status)
+                   ? decodeResponse(message.body, m_requestHandle, response, decoderLimits())
+                   : status;
     }
 
 private:
-    template <class Request, class Response>
-    OpcUa_StatusCode call(MessageType type, Request& request, Response& response);
-    template <class Response>
-    OpcUa_StatusCode decodeResponse(QByteArrayView body, Response& response) const;
+    static DecoderLimits decoderLimits();
     OpcUa_StatusCode connectToHost(const QByteArray& url);
-    OpcUa_StatusCode sayHello(const QByteArray& url);
-    OpcUa_StatusCode openChannel();
-    OpcUa_StatusCode exchange(MessageType type, const QByteArray& body, Message& response);
-    void send(const QByteArray& bytes);
-    OpcUa_StatusCode receive(MessageType type, Message& message);
-    OpcUa_StatusCode waitForBytes();
+    OpcUa_StatusCode exchange(const QByteArray& body, Message& response);
+    void flush();
+    OpcUa_StatusCode receive();
     OpcUa_StatusCode checkTime() const;
-    void fill(RequestHeader& header);
 
     QDeadlineTimer m_deadline;
+    QElapsedTimer m_clock;
     std::unique_ptr<QTcpSocket> m_socket; // connected by open()
-    MessageReader m_reader;
-    MessageWriter m_writer;
-    OpcUa_UInt32 m_requestId = 0; // of the last request, and its handle
-    OpcUa_UInt32 m_maxMessageSize = 0;
-    OpcUa_UInt32 m_maxChunkCount = 0;
+    std::unique_ptr<SecureChannel> m_channel;
+    OpcUa_UInt32 m_requestHandle = 0;
 };
-
-template <class Request, class Response>
-OpcUa_StatusCode ServiceConnection::call(MessageType type, Request& request, Response& response)
-{
-    fill(request.header);
-    Message message;
-    const OpcUa_StatusCode status = exchange(type, encodeMessage(request), message);
-    return OpcUa_IsGood(status) ? decodeResponse(message.body, response) : status;
-}
-
-template <class Response>
-OpcUa_StatusCode ServiceConnection::decodeResponse(QByteArrayView body, Response& response) const
-{
-    switch (takeTypeId(body)) {
-    case Response::encodingId: {
-        const OpcUa_StatusCode status = decodeFields(body, response);
-        if (OpcUa_IsBad(response.header.serviceResult))
-            return response.header.serviceResult;
-        if (OpcUa_IsNotGood(status))
-            return status;
-        if (response.header.requestHandle != m_requestId)
-            return OpcUa_BadUnknownResponse;
-        return response.header.serviceResult;
-    }
-    case ServiceFault::encodingId: {
-        ServiceFault fault;
-        const OpcUa_StatusCode status = decodeFields(body, fault);
-        return OpcUa_IsGood(status) ? asFailure(fault.header.serviceResult) : status;
-    }
-    default:
-        return OpcUa_BadUnknownResponse;
-    }
-}
 
 } // namespace UaWire
