@@ -14,7 +14,6 @@
 #include "platform/types/uastacktypearray.h"
 #include "platform/types/uastatuscode.h"
 #include "platform/types/uastring.h"
-#include "platform/types/variantelements_p.h"
 
 #include <QtCore/QDateTime>
 #include <QtCore/QUuid>
@@ -102,7 +101,7 @@ struct QtType
 OpcUa_StatusCode setCount(UaVariant& array, OpcUa_BuiltInType type, qsizetype count)
 {
     array.setEmptyArray(type);
-    return resizeElements(array, std::size_t(count)) ? OpcUa_Good : OpcUa_BadOutOfMemory;
+    return array.resize(std::size_t(count)) ? OpcUa_Good : OpcUa_BadOutOfMemory;
 }
 
 template <OpcUa_BuiltInType type, class Qt, class Stack>
@@ -208,7 +207,7 @@ OpcUa_StatusCode join(const std::vector<UaVariant>& parts, UaVariant& result)
         const std::vector<OpcUa_UInt32> inner = lengthsOf(first);
         lengths.insert(lengths.end(), inner.begin(), inner.end());
         result.setEmptyMatrix(first.type());
-        if (!reshapeElements(result, lengths))
+        if (!result.setDimensions(lengths))
             return OpcUa_BadOutOfMemory;
     }
     OpcUa_Variant* target = result.detach();

@@ -339,7 +339,8 @@ template <class Stack, class Class>
 void BinaryEncoder::asStack(const Class& value)
 {
     Owned<Stack> stack;
-    value.copyTo(&stack.value);
+    if (OpcUa_IsNotGood(value.copyTo(&stack.value)))
+        qBadAlloc(); // as where the output has no memory to grow
     (*this)(stack.value);
 }
 

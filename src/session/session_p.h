@@ -1,0 +1,66 @@
+#pragma once
+
+#include "session/session.h"
+#include "session/sessionsubscriptions_p.h"
+#include "session/sessionworker_p.h"
+
+#include <QtCore/QHash>
+#include <QtCore/QThread>
+
+class QvelSubscription::Private
+{
+public:
+    QvelSession* session = nullptr;
+    quint32 id = 0;
+    QvelSubscriptionParameters parameters;
+    QvelSubscriptionParameters revised;
+    OpcUa_UInt32 serverId = 0;
+    QList<OpcUa_UInt32> items;
+};
+
+class QvelSession::Private
+{
+public:
+    QvelSessionOptions options;
+    QvelDiscoverySetting setting;
+    QvelSession::State state = QvelSession::Disconnected;
+    QvelSessionError error;
+    SessionHost::Connection connection;
+    QvelSessionStatistics statistics;
+    QThread thread;
+    SessionWorker* worker = nullptr; // of the thread
+    QHash<quint32, QvelSubscription*> subscriptions;
+    quint32 lastSubscription = 0;
+    OpcUa_UInt32 lastHandle = 0;
+
+    // Runs a function of the worker on its thread.
+    template <class Function>
+    void run(Function function)
+    {
+        QMetaObject::invokeMethod(
+            worker,
+            [target = worker, function = std::move(function)]() mutable { function(*target); },
+            Qt::QueuedConnection);
+    }
+    template <class Result, class Function>
+    QFuture<Result> start(Function function)
+    {
+        // Whoever drops the promise without an answer did so because the session is gone.
+        auto promise =
+            std::shared_ptr<QPromise<Result>>(new QPromise<Result>, [](QPromise<Result>* p) {
+                if (!p->future().isFinished()) {
+                    Result result;
+                    result.status = OpcUa_BadShutdown;
+                    p->addResult(result);
+                    p->finish();
+                }
+                delete p;
+            });
+        promise->start();
+        QFuture<Result> future = promise->future();
+        run([function = std::move(function), promise = std::move(promise)](SessionWorker& w) {
+            function(w, promise);
+        });
+        return future;
+    }
+};

@@ -1,0 +1,100 @@
+#pragma once
+
+#include "platform/wire/securechannel_p.h"
+
+#include <QtCore/QElapsedTimer>
+#include <QtCore/QObject>
+#include <QtCore/QTimer>
+
+#include <functional>
+#include <memory>
+#include <unordered_map>
+
+class QTcpSocket;
+
+namespace UaWire {
+
+class Connector;
+
+/// A connection with a secure channel on a thread with an event loop. Requests are answered in any
+/// order. For one use: after a failure it only tells, once, that it is closed.
+class SessionConnection : public QObject
+{
+    Q_OBJECT
+public:
+    explicit SessionConnection(QObject* parent = nullptr);
+    /// Says farewell where the channel is open, and waits for nothing. No answer comes any more.
+    ~SessionConnection() override;
+
+    /// Where it connects to, and how; `timeout` in milliseconds for all steps together.
+    void open(const QByteArray& url, const SecureChannel::Settings& settings, int timeout);
+
+    /// Ends all requests with a status, now.
+    void abandon(OpcUa_StatusCode status);
+
+    bool isClosed() const { return m_closed; }
+    bool isOpen() const { return m_channel && m_channel->state() == SecureChannel::State::Open; }
+    OpcUa_UInt32 renewals() const { return m_channel ? m_channel->renewals() : 0; }
+    quint64 requests() const { return m_requests; }
+    quint64 bytesSent() const { return m_sent; }
+    quint64 bytesReceived() const { return m_received; }
+
+    /// Sends a request; `done(status, response)` is called once, later, unless the connection is
+    /// deleted before. It may delete the connection.
+    template <class Response, class Request, class Done>
+    void call(Request& request, int timeout, const DecoderLimits& limits, Done done)
+    {
+        request.header.timestamp = SecureChannel::wallClock();
+        request.header.requestHandle = ++m_requestHandle;
+        request.header.timeoutHint = OpcUa_UInt32(timeout);
+        const OpcUa_UInt32 handle = m_requestHandle;
+        send(encodeMessage(request), timeout,
+             [handle, limits, done = std::move(done)](OpcUa_StatusCode status,
+                                                      const QByteArray& body) {
+                 Response response;
+                 if (OpcUa_IsGood(status))
+                     status = decodeResponse(body, handle, response, limits);
+                 done(status, response);
+             });
+    }
+
+Q_SIGNALS:
+    void hostFound();
+    void connected();
+    /// The channel is open.
+    void opened();
+    /// Once: it failed, or the server closed it. All requests have been answered before.
+    void closed(OpcUa_StatusCode status, const UaString& reason);
+
+private:
+    using Done = std::function<void(OpcUa_StatusCode, const QByteArray&)>;
+    struct Pending
+    {
+        qint64 deadline;
+        Done done;
+    };
+
+    void send(const QByteArray& body, int timeout, Done done);
+    void socketConnected(const SecureChannel::Settings& settings);
+    void readSocket();
+    void flush();
+    void checkTime();
+    void arm();
+    void close(OpcUa_StatusCode status, const UaString& reason = {});
+
+    QElapsedTimer m_clock;
+    QTimer m_timer; // of deadlines, and of the channel
+    std::unique_ptr<Connector> m_connector;
+    std::unique_ptr<QTcpSocket> m_socket;
+    std::unique_ptr<SecureChannel> m_channel;
+    QByteArray m_buffer;
+    std::unordered_map<OpcUa_UInt32, Pending> m_pending;
+    qint64 m_openDeadline = 0; // until the channel is open
+    OpcUa_UInt32 m_requestHandle = 0;
+    quint64 m_requests = 0;
+    quint64 m_sent = 0;
+    quint64 m_received = 0;
+    bool m_closed = false;
+};
+
+} // namespace UaWire

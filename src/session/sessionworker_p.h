@@ -1,0 +1,255 @@
+#pragma once
+
+#include "session/session.h"
+#include "session/sessionconnection_p.h"
+#include "session/sessionmessages_p.h"
+
+#include <QtCore/QHash>
+#include <QtCore/QPromise>
+#include <QtCore/QTimer>
+
+#include <atomic>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+
+/// Bytes that are wiped when they are let go. Not to be shared: a copy is one of its own.
+class Secret
+{
+public:
+    Secret() = default;
+    /// Takes the only copy over.
+    explicit Secret(QByteArray&& bytes) : m_bytes(std::move(bytes)) {}
+    Secret(const Secret& other) : m_bytes(other.m_bytes.constData(), other.m_bytes.size()) {}
+    Secret& operator=(const Secret& other);
+    ~Secret() { wipe(); }
+
+    const QByteArray& bytes() const { return m_bytes; }
+    void wipe();
+
+private:
+    QByteArray m_bytes;
+};
+
+/// Wipes a buffer that no one else shares.
+void wipeBytes(QByteArray& bytes);
+
+/// What a server allows in one call; 0 for no limit (OPC 10000-5, 6.3.11).
+struct OperationLimits
+{
+    OpcUa_UInt32 read = 0;
+    OpcUa_UInt32 write = 0;
+    OpcUa_UInt32 historyRead = 0;
+    OpcUa_UInt32 call = 0;
+    OpcUa_UInt32 browse = 0;
+    OpcUa_UInt32 registerNodes = 0;
+    OpcUa_UInt32 translate = 0;
+    OpcUa_UInt32 monitoredItems = 0;
+    OpcUa_UInt32 browseContinuationPoints = 0;
+};
+
+/// The same identifier in another namespace.
+UaNodeId withNamespace(const UaNodeId& id, OpcUa_UInt16 index);
+
+class SessionSubscriptions;
+
+/// The half of a session that lives on the thread of its own: the connection, its life, and the
+/// calls. Nothing here is touched by another thread, but by way of this thread's event loop.
+class SessionWorker : public QObject
+{
+    Q_OBJECT
+public:
+    /// `toHost` runs a function on the host's thread, later; any thread.
+    using Post = std::function<void(std::function<void(QvelSession&)>)>;
+
+    explicit SessionWorker(Post toHost);
+    /// Ends the session without waiting for the server; all calls end with BadShutdown.
+    ~SessionWorker() override;
+
+    void connectToServer(const QvelDiscoverySetting& setting, const Secret& password,
+                         const QvelSessionOptions& options);
+    void disconnectFromServer();
+    void reconnectNow();
+    void answerCertificate(QvelCertificateAnswer answer);
+    void answerPassword(const Secret& password, bool given);
+
+    void read(const QList<QvelReadItem>& items, std::shared_ptr<QPromise<QvelReadResult>> promise);
+    void write(const QList<QvelWriteItem>& items,
+               std::shared_ptr<QPromise<QvelWriteResult>> promise);
+    void browse(const QList<QvelBrowseItem>& items,
+                std::shared_ptr<QPromise<QvelBrowseResult>> promise);
+    void translate(const QList<QvelBrowsePath>& paths,
+                   std::shared_ptr<QPromise<QvelTranslateResult>> promise);
+    void call(const QList<QvelCallItem>& items, std::shared_ptr<QPromise<QvelCallResult>> promise);
+    void historyRead(const QList<QvelHistoryItem>& items, const QvelHistoryDetails& details,
+                     std::shared_ptr<QPromise<QvelHistoryResult>> promise);
+    void registerNodes(const QList<UaNodeId>& nodes,
+                       std::shared_ptr<QPromise<QvelRegisterResult>> promise);
+    void unregisterNodes(const QList<UaNodeId>& nodes,
+                         std::shared_ptr<QPromise<QvelServiceResult>> promise);
+
+    SessionSubscriptions& subscriptions() { return *m_subscriptions; }
+
+    // For the services and the subscriptions.
+
+    bool isConnected() const { return m_state == QvelSession::Connected; }
+    const OperationLimits& limits() const { return m_limits; }
+    const QvelSessionOptions& options() const { return m_options; }
+    const QStringList& namespaces() const { return m_namespaces; }
+    void post(std::function<void(QvelSession&)> function) const { m_toHost(std::move(function)); }
+    void log(const QString& text) const;
+    /// Sends a request of the session. Without a connection, `done` comes with BadSessionClosed.
+    template <class Response, class Request, class Done>
+    void request(Request& request, int timeout, Done done);
+    template <class Response, class Request, class Done>
+    void request(Request& r, Done done)
+    {
+        request<Response>(r, m_options.callTimeout, std::move(done));
+    }
+    /// Runs a function when there is room for one more request. It sends one, and calls release()
+    /// once that is answered.
+    void whenRoom(std::function<void()> function);
+    void release();
+    /// The connection is of no use although it stands.
+    void connectionLost(OpcUa_StatusCode status);
+
+private:
+    using State = QvelSession::State;
+    struct BrowseOperation;
+    void browseNodes(const std::shared_ptr<BrowseOperation>& operation,
+                     const QList<qsizetype>& nodes);
+    void takeBrowsePage(const std::shared_ptr<BrowseOperation>& operation,
+                        const QList<qsizetype>& nodes, OpcUa_StatusCode status,
+                        UaWire::BrowseResponse& response);
+    void browsePageDone(const std::shared_ptr<BrowseOperation>& operation);
+    struct HistoryOperation;
+    void readHistoryPage(const std::shared_ptr<HistoryOperation>& operation,
+                         const QList<qsizetype>& nodes);
+    bool takeHistory(HistoryOperation& operation, qsizetype index, UaWire::HistoryReadResult& page);
+
+    // A request of the connection's own life: an answer that comes after the connection has been
+    // given up does not count, and one that it lost is told by closed().
+    template <class Response, class Request, class Done>
+    void step(Request& request, int timeout, Done done);
+    void begin();
+    void askEndpoints();
+    void takeEndpoints(UaStackTypeArray<OpcUa_EndpointDescription>& endpoints);
+    bool loadApplicationIdentity();
+    bool loadUserIdentity();
+    void checkServer();
+    void openChannel();
+    void createSession();
+    void takeSession(UaWire::CreateSessionResponse& response);
+    void activate();
+    bool makeUserToken(UaWire::ActivateSessionRequest& request);
+    void readServerTables();
+    void becomeConnected();
+    void useConnection(const QByteArray& url, const UaWire::SecureChannel::Settings& settings);
+    void keepAlive();
+    void setState(State state);
+    void fail(OpcUa_StatusCode status, const UaString& reason = {}, const QString& advice = {},
+              bool final = false);
+    void waitToReconnect();
+    void stop(OpcUa_StatusCode status = OpcUa_BadConnectionClosed);
+    void tellStatistics();
+    void dropConnection();
+    void abandonCalls(OpcUa_StatusCode status);
+    const UaWire::SecurityPolicy* policy() const;
+    const OpcUa_EndpointDescription& endpoint() const { return *m_setting.endpointDescription(); }
+    QString hostName() const;
+
+    const Post m_toHost;
+    const std::unique_ptr<SessionSubscriptions> m_subscriptions;
+    QvelSessionOptions m_options;
+    QvelDiscoverySetting m_wanted;  // as the host gave it
+    QvelDiscoverySetting m_setting; // with the endpoint that was found
+    Secret m_password;
+    Secret m_keyPassword;
+    bool m_keyPasswordGiven = false;
+
+    State m_state = State::Disconnected;
+    bool m_lasted = false; // was Connected since connectToServer()
+    bool m_endpointKnown = false;
+    QByteArray m_usedUrl;
+    std::unique_ptr<UaWire::SessionConnection> m_connection;
+    QElapsedTimer m_connectClock;
+    QTimer m_reconnectTimer;
+    int m_attempts = 0; // to reconnect, in a row
+    QTimer m_keepAliveTimer;
+    QTimer m_questionTimer;
+    QTimer m_statisticsTimer;
+    bool m_keepAlivePending = false;
+    QvelSessionStatistics m_statistics; // of the connections before
+
+    QByteArray m_ownCertificate;
+    UaWire::SharedKey m_ownKey;
+    QByteArray m_userCertificate;
+    UaWire::SharedKey m_userKey;
+    QString m_questionedKeyFile;
+    bool m_askedCertificate = false;
+    QByteArray m_acceptedCertificate; // once
+
+    UaNodeId m_sessionId;
+    UaNodeId m_authenticationToken; // null without a session
+    QByteArray m_clientNonce;
+    QByteArray m_serverNonce;
+    bool m_isNewSession = false;
+    OperationLimits m_limits;
+    QStringList m_namespaces;
+    QStringList m_servers;
+
+    std::deque<std::function<void()>> m_waiting;
+    int m_underWay = 0;
+};
+
+template <class Response, class Request, class Done>
+void SessionWorker::request(Request& request, int timeout, Done done)
+{
+    request.header.authenticationToken = m_authenticationToken;
+    if (!m_connection) {
+        QMetaObject::invokeMethod(
+            this,
+            [done = std::move(done)] {
+                Response response;
+                done(OpcUa_BadSessionClosed, response);
+            },
+            Qt::QueuedConnection);
+        return;
+    }
+    m_connection->call<Response>(request, timeout, m_options.limits, std::move(done));
+}
+
+template <class Response, class Request, class Done>
+void SessionWorker::step(Request& r, int timeout, Done done)
+{
+    const UaWire::SessionConnection* connection = m_connection.get();
+    request<Response>(
+        r, timeout,
+        [this, connection, done = std::move(done)](OpcUa_StatusCode status, Response& response) {
+            if (m_connection.get() == connection && !m_connection->isClosed())
+                done(status, response);
+        });
+}
+
+/// What the worker tells the session on the host's thread.
+struct SessionHost
+{
+    struct Connection
+    {
+        QString announcedUrl;
+        QString usedUrl;
+        UaByteString serverCertificate;
+        QStringList namespaces;
+        QStringList servers;
+    };
+    static void tellState(const SessionWorker& worker, QvelSession::State state);
+    static void tellError(const SessionWorker& worker, const QvelSessionError& error);
+    static void tellConnection(const SessionWorker& worker, const Connection& connection);
+    static void tellStatistics(const SessionWorker& worker, const QvelSessionStatistics& figures);
+    static void tellSubscription(const SessionWorker& worker, quint32 id,
+                                 std::function<void(QvelSubscription&)> function);
+    static void tellSubscriptionState(const SessionWorker& worker, quint32 id,
+                                      const QvelSubscriptionParameters& revised,
+                                      OpcUa_UInt32 serverId, OpcUa_StatusCode status);
+};
