@@ -141,8 +141,7 @@ void tst_SessionInterruption::restart()
     const QvelSessionError error = connectSession(session, settingOf(url));
     QVERIFY2(session.state() == QvelSession::Connected, error.toString().toUtf8());
     QTRY_COMPARE_WITH_TIMEOUT(m_last.size(), 10, 10000);
-    server.process().kill();
-    server.process().waitForFinished();
+    server.kill();
     QTRY_VERIFY_WITH_TIMEOUT(session.state() != QvelSession::Connected, 10000);
     PeerProcess again;
     QVERIFY(!start(again).isEmpty());

@@ -39,6 +39,13 @@ public:
         return ended && m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0;
     }
 
+    /// Ends the program without a word, as a power cut does.
+    void kill()
+    {
+        m_process.kill();
+        m_process.waitForFinished();
+    }
+
 private:
     QProcess m_process;
 };
