@@ -282,7 +282,7 @@ void tst_Harrier::hostileServer()
     const QJsonObject json = endpointToJson(endpoint); // all that is there
     const QJsonValue token = json["userIdentityTokens"][4999];
     QCOMPARE(token["issuedTokenType"].toString() + token["issuerEndpointUrl"].toString(),
-             "issued4999issuer4999");
+             "UserIdentityToken4999.IssuedTokenTypeUserIdentityToken4999.IssuerEndpointUrl");
 
     // A flood of lines is told; failures have a mark, which no server can put on or keep off.
     for (int i = 0; i < 100000; ++i)

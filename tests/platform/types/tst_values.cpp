@@ -233,7 +233,7 @@ private Q_SLOTS:
         row(upTo(0, {0, 3}), "{}");
         row(upTo(4, {2, 1, 2}), "{{{0, 1}}, {{2, 3}}}");
         const V number(-1);
-        const OpcUa_DataValue bad = {*number, OpcUa_BadTimeout, 0, 0, 0, 0};
+        const OpcUa_DataValue bad = {*number, 0, 0, OpcUa_BadTimeout, 0, 0};
         V value;
         QVERIFY(value.setDataValueArray({bad}) && V(*value) == value);
         row(value, "{-1 (BadTimeout)}");
