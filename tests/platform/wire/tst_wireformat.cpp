@@ -266,10 +266,10 @@ private Q_SLOTS:
             row("size", size < 65536 ? OpcUa_BadDecodingError : OpcUa_BadTcpMessageTooLarge,
                 chunk("MSGF", 1, 1, 1, 1, "b").replace(4, 4, words({size})));
         QByteArray many, large;
-        for (OpcUa_UInt32 i = 0; i < 4097; ++i) {
+        for (OpcUa_UInt32 i = 0; i < 4097; ++i)
             many += chunk("MSGC", 1, 1, i, 1);
-            large += chunk("MSGC", 1, 1, i, 1, QByteArray(i < 280 ? 60000 : 0, 'x'));
-        }
+        for (OpcUa_UInt32 i = 0; i < 280; ++i)
+            large += chunk("MSGC", 1, 1, i, 1, QByteArray(60000, 'x'));
         row("too many", OpcUa_BadResponseTooLarge, many);
         row("too large", OpcUa_BadResponseTooLarge, large);
         // Starts again not before 4294966271, and below 1024 (OPC 10000-6, 6.7.2.4).
