@@ -219,14 +219,12 @@ void QvelSession::cancelPassword()
 
 QFuture<QvelReadResult> QvelSession::read(const QList<QvelReadItem>& items)
 {
-    return d->start<QvelReadResult>(
-        [items](SessionWorker& worker, auto& promise) { worker.read(items, promise); });
+    return d->perform<QvelReadResult>(items);
 }
 
 QFuture<QvelWriteResult> QvelSession::write(const QList<QvelWriteItem>& items)
 {
-    return d->start<QvelWriteResult>(
-        [items](SessionWorker& worker, auto& promise) { worker.write(items, promise); });
+    return d->perform<QvelWriteResult>(items);
 }
 
 QFuture<QvelBrowseResult> QvelSession::browse(const QList<QvelBrowseItem>& items)
@@ -237,14 +235,12 @@ QFuture<QvelBrowseResult> QvelSession::browse(const QList<QvelBrowseItem>& items
 
 QFuture<QvelTranslateResult> QvelSession::translateBrowsePaths(const QList<QvelBrowsePath>& paths)
 {
-    return d->start<QvelTranslateResult>(
-        [paths](SessionWorker& worker, auto& promise) { worker.translate(paths, promise); });
+    return d->perform<QvelTranslateResult>(paths);
 }
 
 QFuture<QvelCallResult> QvelSession::call(const QList<QvelCallItem>& items)
 {
-    return d->start<QvelCallResult>(
-        [items](SessionWorker& worker, auto& promise) { worker.call(items, promise); });
+    return d->perform<QvelCallResult>(items);
 }
 
 QFuture<QvelHistoryResult> QvelSession::historyRead(const QList<QvelHistoryItem>& items,
@@ -257,16 +253,12 @@ QFuture<QvelHistoryResult> QvelSession::historyRead(const QList<QvelHistoryItem>
 
 QFuture<QvelRegisterResult> QvelSession::registerNodes(const QList<UaNodeId>& nodeIds)
 {
-    return d->start<QvelRegisterResult>([nodeIds](SessionWorker& worker, auto& promise) {
-        worker.registerNodes(nodeIds, promise);
-    });
+    return d->perform<QvelRegisterResult>(nodeIds);
 }
 
 QFuture<QvelServiceResult> QvelSession::unregisterNodes(const QList<UaNodeId>& nodeIds)
 {
-    return d->start<QvelServiceResult>([nodeIds](SessionWorker& worker, auto& promise) {
-        worker.unregisterNodes(nodeIds, promise);
-    });
+    return d->perform<QvelServiceResult>(nodeIds);
 }
 
 QvelSubscription* QvelSession::createSubscription(const QvelSubscriptionParameters& parameters)

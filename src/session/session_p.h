@@ -63,4 +63,10 @@ public:
         });
         return future;
     }
+    template <class Result, class Item>
+    QFuture<Result> perform(const QList<Item>& items)
+    {
+        return start<Result>(
+            [items](SessionWorker& w, auto& promise) { w.perform(items, promise); });
+    }
 };

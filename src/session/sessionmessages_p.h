@@ -27,14 +27,28 @@ struct SignedSoftwareCertificate
     QByteArray signature;
 };
 
-/// A request whose answer has nothing but a status for each of its operations.
-template <OpcUa_UInt32 id>
+/// A request that holds nothing but what each operation needs.
+template <OpcUa_UInt32 id, class Item>
+struct ItemsRequest
+{
+    static constexpr OpcUa_UInt32 encodingId = id;
+    RequestHeader header;
+    QList<Item> items;
+};
+/// An answer that holds nothing but a result for each operation.
+template <OpcUa_UInt32 id, class List = QList<UaStatusCode>>
 struct ResultsResponse
 {
     static constexpr OpcUa_UInt32 encodingId = id;
     ResponseHeader header;
-    QList<UaStatusCode> results;
+    List results;
     Diagnostics diagnosticInfos;
+};
+template <OpcUa_UInt32 id>
+struct EmptyResponse
+{
+    static constexpr OpcUa_UInt32 encodingId = id;
+    ResponseHeader header;
 };
 
 // 5.6, sessions
@@ -112,11 +126,7 @@ struct CloseSessionRequest
     RequestHeader header;
     bool deleteSubscriptions = true;
 };
-struct CloseSessionResponse
-{
-    static constexpr OpcUa_UInt32 encodingId = 476;
-    ResponseHeader header;
-};
+using CloseSessionResponse = EmptyResponse<476>;
 
 // 5.8, views
 
@@ -142,13 +152,7 @@ struct BrowseResult : QvelBrowseNodeResult
 {
     QByteArray continuationPoint;
 };
-struct BrowseResponse
-{
-    static constexpr OpcUa_UInt32 encodingId = 530;
-    ResponseHeader header;
-    QList<BrowseResult> results;
-    Diagnostics diagnosticInfos;
-};
+using BrowseResponse = ResultsResponse<530, QList<BrowseResult>>;
 struct BrowseNextRequest
 {
     static constexpr OpcUa_UInt32 encodingId = 533;
@@ -156,48 +160,20 @@ struct BrowseNextRequest
     bool releaseContinuationPoints = false;
     QList<QByteArray> continuationPoints;
 };
-struct BrowseNextResponse : BrowseResponse
-{
-    static constexpr OpcUa_UInt32 encodingId = 536;
-};
+using BrowseNextResponse = ResultsResponse<536, QList<BrowseResult>>;
 
-struct TranslateBrowsePathsRequest
-{
-    static constexpr OpcUa_UInt32 encodingId = 554;
-    RequestHeader header;
-    QList<QvelBrowsePath> browsePaths;
-};
-struct TranslateBrowsePathsResponse
-{
-    static constexpr OpcUa_UInt32 encodingId = 557;
-    ResponseHeader header;
-    QList<QvelTranslatedPath> results;
-    Diagnostics diagnosticInfos;
-};
+using TranslateBrowsePathsRequest = ItemsRequest<554, QvelBrowsePath>;
+using TranslateBrowsePathsResponse = ResultsResponse<557, QList<QvelTranslatedPath>>;
 
-struct RegisterNodesRequest
-{
-    static constexpr OpcUa_UInt32 encodingId = 560;
-    RequestHeader header;
-    QList<UaNodeId> nodesToRegister;
-};
+using RegisterNodesRequest = ItemsRequest<560, UaNodeId>;
 struct RegisterNodesResponse
 {
     static constexpr OpcUa_UInt32 encodingId = 563;
     ResponseHeader header;
-    QList<UaNodeId> registeredNodeIds;
+    QList<UaNodeId> results;
 };
-struct UnregisterNodesRequest
-{
-    static constexpr OpcUa_UInt32 encodingId = 566;
-    RequestHeader header;
-    QList<UaNodeId> nodesToUnregister;
-};
-struct UnregisterNodesResponse
-{
-    static constexpr OpcUa_UInt32 encodingId = 569;
-    ResponseHeader header;
-};
+using UnregisterNodesRequest = ItemsRequest<566, UaNodeId>;
+using UnregisterNodesResponse = EmptyResponse<569>;
 
 // 5.10, attributes
 
@@ -207,22 +183,11 @@ struct ReadRequest
     RequestHeader header;
     double maxAge = 0;
     TimestampsToReturn timestampsToReturn = TimestampsToReturn::Both;
-    QList<QvelReadItem> nodesToRead;
+    QList<QvelReadItem> items;
 };
-struct ReadResponse
-{
-    static constexpr OpcUa_UInt32 encodingId = 634;
-    ResponseHeader header;
-    UaStackTypeArray<OpcUa_DataValue> results;
-    Diagnostics diagnosticInfos;
-};
+using ReadResponse = ResultsResponse<634, UaStackTypeArray<OpcUa_DataValue>>;
 
-struct WriteRequest
-{
-    static constexpr OpcUa_UInt32 encodingId = 673;
-    RequestHeader header;
-    QList<QvelWriteItem> nodesToWrite;
-};
+using WriteRequest = ItemsRequest<673, QvelWriteItem>;
 using WriteResponse = ResultsResponse<676>;
 
 struct HistoryReadValueId : QvelHistoryItem
@@ -276,33 +241,16 @@ struct HistoryReadResult
     QByteArray continuationPoint;
     UaExtensionObject historyData;
 };
-struct HistoryReadResponse
-{
-    static constexpr OpcUa_UInt32 encodingId = 667;
-    ResponseHeader header;
-    QList<HistoryReadResult> results;
-    Diagnostics diagnosticInfos;
-};
+using HistoryReadResponse = ResultsResponse<667, QList<HistoryReadResult>>;
 
 // 5.11, methods
 
-struct CallRequest
-{
-    static constexpr OpcUa_UInt32 encodingId = 712;
-    RequestHeader header;
-    QList<QvelCallItem> methodsToCall;
-};
+using CallRequest = ItemsRequest<712, QvelCallItem>;
 struct CallMethodResult : QvelMethodResult
 {
     Diagnostics inputArgumentDiagnosticInfos;
 };
-struct CallResponse
-{
-    static constexpr OpcUa_UInt32 encodingId = 715;
-    ResponseHeader header;
-    std::vector<CallMethodResult> results;
-    Diagnostics diagnosticInfos;
-};
+using CallResponse = ResultsResponse<715, std::vector<CallMethodResult>>;
 
 // 5.12, monitored items
 
@@ -356,13 +304,7 @@ struct CreateMonitoredItemsRequest
     TimestampsToReturn timestampsToReturn = TimestampsToReturn::Both;
     QList<MonitoredItemCreateRequest> itemsToCreate;
 };
-struct CreateMonitoredItemsResponse
-{
-    static constexpr OpcUa_UInt32 encodingId = 754;
-    ResponseHeader header;
-    QList<MonitoredItemCreateResult> results;
-    Diagnostics diagnosticInfos;
-};
+using CreateMonitoredItemsResponse = ResultsResponse<754, QList<MonitoredItemCreateResult>>;
 struct MonitoredItemModifyRequest
 {
     OpcUa_UInt32 monitoredItemId = 0;
@@ -383,13 +325,7 @@ struct ModifyMonitoredItemsRequest
     TimestampsToReturn timestampsToReturn = TimestampsToReturn::Both;
     QList<MonitoredItemModifyRequest> itemsToModify;
 };
-struct ModifyMonitoredItemsResponse
-{
-    static constexpr OpcUa_UInt32 encodingId = 766;
-    ResponseHeader header;
-    QList<MonitoredItemModifyResult> results;
-    Diagnostics diagnosticInfos;
-};
+using ModifyMonitoredItemsResponse = ResultsResponse<766, QList<MonitoredItemModifyResult>>;
 struct SetMonitoringModeRequest
 {
     static constexpr OpcUa_UInt32 encodingId = 769;
@@ -448,12 +384,7 @@ struct SetPublishingModeRequest
     QList<OpcUa_UInt32> subscriptionIds;
 };
 using SetPublishingModeResponse = ResultsResponse<802>;
-struct DeleteSubscriptionsRequest
-{
-    static constexpr OpcUa_UInt32 encodingId = 847;
-    RequestHeader header;
-    QList<OpcUa_UInt32> subscriptionIds;
-};
+using DeleteSubscriptionsRequest = ItemsRequest<847, OpcUa_UInt32>;
 using DeleteSubscriptionsResponse = ResultsResponse<850>;
 struct TransferResult
 {
@@ -467,13 +398,7 @@ struct TransferSubscriptionsRequest
     QList<OpcUa_UInt32> subscriptionIds;
     bool sendInitialValues = true;
 };
-struct TransferSubscriptionsResponse
-{
-    static constexpr OpcUa_UInt32 encodingId = 844;
-    ResponseHeader header;
-    QList<TransferResult> results;
-    Diagnostics diagnosticInfos;
-};
+using TransferSubscriptionsResponse = ResultsResponse<844, QList<TransferResult>>;
 
 struct SubscriptionAcknowledgement
 {
@@ -553,15 +478,21 @@ bool isExtension(const UaExtensionObject& object)
 
 } // namespace UaWire
 
-#define KESTREL_RESULTS_FIELDS(id)                                                                 \
-    KESTREL_STACK_FIELDS(UaWire::ResultsResponse<id>, v(s.header...); v(s.results...);             \
-                         v(s.diagnosticInfos...);)
-KESTREL_RESULTS_FIELDS(676)
-KESTREL_RESULTS_FIELDS(772)
-KESTREL_RESULTS_FIELDS(784)
-KESTREL_RESULTS_FIELDS(802)
-KESTREL_RESULTS_FIELDS(850)
-#undef KESTREL_RESULTS_FIELDS
+template <OpcUa_UInt32 id, class Item>
+struct StackFields<UaWire::ItemsRequest<id, Item>>
+{
+    KESTREL_STACK_VISIT(v(s.header...); v(s.items...);)
+};
+template <OpcUa_UInt32 id, class List>
+struct StackFields<UaWire::ResultsResponse<id, List>>
+{
+    KESTREL_STACK_VISIT(v(s.header...); v(s.results...); v(s.diagnosticInfos...);)
+};
+template <OpcUa_UInt32 id>
+struct StackFields<UaWire::EmptyResponse<id>>
+{
+    KESTREL_STACK_VISIT(v(s.header...);)
+};
 KESTREL_STACK_FIELDS(UaWire::SignatureData, v(s.algorithm...); v(s.signature...);)
 KESTREL_STACK_FIELDS(UaWire::SignedSoftwareCertificate, v(s.certificateData...); v(s.signature...);)
 KESTREL_STACK_FIELDS(UaWire::CreateSessionRequest, v(s.header...); v(s.clientDescription...);
@@ -583,7 +514,6 @@ KESTREL_STACK_FIELDS(UaWire::ActivateSessionRequest, v(s.header...); v(s.clientS
 KESTREL_STACK_FIELDS(UaWire::ActivateSessionResponse, v(s.header...); v(s.serverNonce...);
                      v(s.results...); v(s.diagnosticInfos...);)
 KESTREL_STACK_FIELDS(UaWire::CloseSessionRequest, v(s.header...); v(s.deleteSubscriptions...);)
-KESTREL_STACK_FIELDS(UaWire::CloseSessionResponse, v(s.header...);)
 KESTREL_STACK_FIELDS(UaWire::ViewDescription, v(s.viewId...); v(s.timestamp...);
                      v(s.viewVersion...);)
 KESTREL_STACK_FIELDS(UaWire::BrowseDescription, v(s.nodeId...); v(s.direction...);
@@ -596,33 +526,20 @@ KESTREL_STACK_FIELDS(QvelReference, v(s.referenceTypeId...); v(s.isForward...); 
                      v(s.typeDefinition...);)
 KESTREL_STACK_FIELDS(UaWire::BrowseResult, v(s.status...); v(s.continuationPoint...);
                      v(s.references...);)
-KESTREL_STACK_FIELDS(UaWire::BrowseResponse, v(s.header...); v(s.results...);
-                     v(s.diagnosticInfos...);)
 KESTREL_STACK_FIELDS(UaWire::BrowseNextRequest, v(s.header...); v(s.releaseContinuationPoints...);
                      v(s.continuationPoints...);)
-KESTREL_STACK_FIELDS(UaWire::BrowseNextResponse, v(s.header...); v(s.results...);
-                     v(s.diagnosticInfos...);)
 KESTREL_STACK_FIELDS(QvelPathElement, v(s.referenceTypeId...); v(s.isInverse...);
                      v(s.includeSubtypes...); v(s.targetName...);)
 KESTREL_STACK_FIELDS(QvelBrowsePath, v(s.startingNode...); v(s.elements...);)
 KESTREL_STACK_FIELDS(QvelPathTarget, v(s.nodeId...); v(s.remainingPathIndex...);)
 KESTREL_STACK_FIELDS(QvelTranslatedPath, v(s.status...); v(s.targets...);)
-KESTREL_STACK_FIELDS(UaWire::TranslateBrowsePathsRequest, v(s.header...); v(s.browsePaths...);)
-KESTREL_STACK_FIELDS(UaWire::TranslateBrowsePathsResponse, v(s.header...); v(s.results...);
-                     v(s.diagnosticInfos...);)
-KESTREL_STACK_FIELDS(UaWire::RegisterNodesRequest, v(s.header...); v(s.nodesToRegister...);)
-KESTREL_STACK_FIELDS(UaWire::RegisterNodesResponse, v(s.header...); v(s.registeredNodeIds...);)
-KESTREL_STACK_FIELDS(UaWire::UnregisterNodesRequest, v(s.header...); v(s.nodesToUnregister...);)
-KESTREL_STACK_FIELDS(UaWire::UnregisterNodesResponse, v(s.header...);)
+KESTREL_STACK_FIELDS(UaWire::RegisterNodesResponse, v(s.header...); v(s.results...);)
 KESTREL_STACK_FIELDS(QvelReadItem, v(s.nodeId...); v(s.attributeId...); v(s.indexRange...);
                      v(s.dataEncoding...);)
 KESTREL_STACK_FIELDS(UaWire::ReadRequest, v(s.header...); v(s.maxAge...);
-                     v(s.timestampsToReturn...); v(s.nodesToRead...);)
-KESTREL_STACK_FIELDS(UaWire::ReadResponse, v(s.header...); v(s.results...);
-                     v(s.diagnosticInfos...);)
+                     v(s.timestampsToReturn...); v(s.items...);)
 KESTREL_STACK_FIELDS(QvelWriteItem, v(s.nodeId...); v(s.attributeId...); v(s.indexRange...);
                      v(s.value...);)
-KESTREL_STACK_FIELDS(UaWire::WriteRequest, v(s.header...); v(s.nodesToWrite...);)
 KESTREL_STACK_FIELDS(UaWire::HistoryReadValueId, v(s.nodeId...); v(s.indexRange...);
                      v(s.dataEncoding...); v(s.continuationPoint...);)
 KESTREL_STACK_FIELDS(UaWire::ReadRawModifiedDetails, v(s.isReadModified...); v(s.startTime...);
@@ -639,14 +556,9 @@ KESTREL_STACK_FIELDS(UaWire::HistoryReadRequest, v(s.header...); v(s.historyRead
 KESTREL_STACK_FIELDS(UaWire::HistoryData, v(s.dataValues...);)
 KESTREL_STACK_FIELDS(UaWire::HistoryReadResult, v(s.statusCode...); v(s.continuationPoint...);
                      v(s.historyData...);)
-KESTREL_STACK_FIELDS(UaWire::HistoryReadResponse, v(s.header...); v(s.results...);
-                     v(s.diagnosticInfos...);)
 KESTREL_STACK_FIELDS(QvelCallItem, v(s.objectId...); v(s.methodId...); v(s.inputArguments...);)
-KESTREL_STACK_FIELDS(UaWire::CallRequest, v(s.header...); v(s.methodsToCall...);)
 KESTREL_STACK_FIELDS(UaWire::CallMethodResult, v(s.status...); v(s.inputArgumentResults...);
                      v(s.inputArgumentDiagnosticInfos...); v(s.outputArguments...);)
-KESTREL_STACK_FIELDS(UaWire::CallResponse, v(s.header...); v(s.results...);
-                     v(s.diagnosticInfos...);)
 KESTREL_STACK_FIELDS(UaWire::MonitoringParameters, v(s.clientHandle...); v(s.samplingInterval...);
                      v(s.filter...); v(s.queueSize...); v(s.discardOldest...);)
 KESTREL_STACK_FIELDS(UaWire::DataChangeFilter, v(s.trigger...); v(s.deadbandType...);
@@ -661,8 +573,6 @@ KESTREL_STACK_FIELDS(UaWire::MonitoredItemCreateResult, v(s.statusCode...); v(s.
                      v(s.filterResult...);)
 KESTREL_STACK_FIELDS(UaWire::CreateMonitoredItemsRequest, v(s.header...); v(s.subscriptionId...);
                      v(s.timestampsToReturn...); v(s.itemsToCreate...);)
-KESTREL_STACK_FIELDS(UaWire::CreateMonitoredItemsResponse, v(s.header...); v(s.results...);
-                     v(s.diagnosticInfos...);)
 KESTREL_STACK_FIELDS(UaWire::MonitoredItemModifyRequest, v(s.monitoredItemId...);
                      v(s.requestedParameters...);)
 KESTREL_STACK_FIELDS(UaWire::MonitoredItemModifyResult, v(s.statusCode...);
@@ -670,8 +580,6 @@ KESTREL_STACK_FIELDS(UaWire::MonitoredItemModifyResult, v(s.statusCode...);
                      v(s.filterResult...);)
 KESTREL_STACK_FIELDS(UaWire::ModifyMonitoredItemsRequest, v(s.header...); v(s.subscriptionId...);
                      v(s.timestampsToReturn...); v(s.itemsToModify...);)
-KESTREL_STACK_FIELDS(UaWire::ModifyMonitoredItemsResponse, v(s.header...); v(s.results...);
-                     v(s.diagnosticInfos...);)
 KESTREL_STACK_FIELDS(UaWire::SetMonitoringModeRequest, v(s.header...); v(s.subscriptionId...);
                      v(s.monitoringMode...); v(s.monitoredItemIds...);)
 KESTREL_STACK_FIELDS(UaWire::DeleteMonitoredItemsRequest, v(s.header...); v(s.subscriptionId...);
@@ -693,12 +601,9 @@ KESTREL_STACK_FIELDS(UaWire::ModifySubscriptionResponse, v(s.header...);
                      v(s.revisedMaxKeepAliveCount...);)
 KESTREL_STACK_FIELDS(UaWire::SetPublishingModeRequest, v(s.header...); v(s.publishingEnabled...);
                      v(s.subscriptionIds...);)
-KESTREL_STACK_FIELDS(UaWire::DeleteSubscriptionsRequest, v(s.header...); v(s.subscriptionIds...);)
 KESTREL_STACK_FIELDS(UaWire::TransferResult, v(s.statusCode...); v(s.availableSequenceNumbers...);)
 KESTREL_STACK_FIELDS(UaWire::TransferSubscriptionsRequest, v(s.header...); v(s.subscriptionIds...);
                      v(s.sendInitialValues...);)
-KESTREL_STACK_FIELDS(UaWire::TransferSubscriptionsResponse, v(s.header...); v(s.results...);
-                     v(s.diagnosticInfos...);)
 KESTREL_STACK_FIELDS(UaWire::SubscriptionAcknowledgement, v(s.subscriptionId...);
                      v(s.sequenceNumber...);)
 KESTREL_STACK_FIELDS(UaWire::NotificationMessage, v(s.sequenceNumber...); v(s.publishTime...);

@@ -18,6 +18,24 @@ constexpr qsizetype mostOperations = 2000;
 // References that one node may have, and that one answer may hold.
 constexpr qsizetype mostReferences = 2'000'000;
 constexpr OpcUa_UInt32 referencesAtATime = 10'000;
+constexpr int mostEmptyPages = 100; // of history, in a row
+
+qsizetype atATime(OpcUa_UInt32 limit)
+{
+    return limit > 0 ? std::min<qsizetype>(limit, mostOperations) : mostOperations;
+}
+
+// Cuts the places of a list.
+template <class Function>
+void forEachSlice(qsizetype size, OpcUa_UInt32 limit, Function function)
+{
+    const qsizetype most = atATime(limit);
+    for (qsizetype begin = 0; begin < size; begin += most) {
+        QList<qsizetype> places(std::min(most, size - begin));
+        std::iota(places.begin(), places.end(), begin);
+        function(places);
+    }
+}
 
 // What a server says when it was asked for too much at a time.
 bool mayBeTooMuch(OpcUa_StatusCode status)
@@ -58,11 +76,43 @@ struct Operation
 template <class Item, class Result>
 using OperationPtr = std::shared_ptr<Operation<Item, Result>>;
 
-// `Service` says what a service looks like: its messages, and how an answer becomes results.
-template <class Service>
-void sendSlice(SessionWorker& worker, const typename Service::Ptr& operation, qsizetype begin,
+template <class Results>
+bool hasResults(const Results& results, qsizetype count)
+{
+    return std::distance(results.begin(), results.end()) == count;
+}
+
+// Moves one result out of a message.
+void take(OpcUa_DataValue& from, UaDataValue& to)
+{
+    to.attach(&from);
+}
+template <class From, class To>
+void take(From& from, To& to)
+{
+    to = std::move(static_cast<To&>(from)); // of a message's type, or of one that derives from it
+}
+
+// A service that answers each item of a list: its messages, where its results go, and the server's
+// limit. The results are none where the answer has nothing but a status for all.
+template <class RequestType, class ResponseType, auto resultList, auto serverLimit>
+struct ItemsService
+{
+    using Request = RequestType;
+    using Response = ResponseType;
+    static constexpr auto results = resultList;
+    static constexpr auto limit = serverLimit;
+    static constexpr bool hasResults = !std::is_same_v<decltype(resultList), std::nullptr_t>;
+};
+template <class Item, class Result>
+struct ServiceOf; // by what the host gives and gets
+
+template <class Item, class Result>
+void sendSlice(SessionWorker& worker, const OperationPtr<Item, Result>& operation, qsizetype begin,
                qsizetype count)
 {
+    using Service = ServiceOf<Item, Result>;
+    using Response = typename Service::Response;
     ++operation->open;
     worker.whenRoom([&worker, operation, begin, count] {
         if (!operation->goesOn()) {
@@ -70,149 +120,27 @@ void sendSlice(SessionWorker& worker, const typename Service::Ptr& operation, qs
             return worker.release();
         }
         typename Service::Request request;
-        Service::fill(request, *operation, begin, count);
-        worker.request<typename Service::Response>(
-            request, [&worker, operation, begin, count](OpcUa_StatusCode status,
-                                                        typename Service::Response& response) {
-                if (OpcUa_IsBad(status) && mayBeTooMuch(status) && count > 1) {
-                    sendSlice<Service>(worker, operation, begin, count / 2);
-                    sendSlice<Service>(worker, operation, begin + count / 2, count - count / 2);
-                } else if (OpcUa_IsBad(status)) {
-                    operation->fail(status, reasonOf(response.header));
-                } else if (operation->goesOn() &&
-                           !Service::take(response, *operation, begin, count)) {
+        request.items = operation->items.mid(begin, count);
+        worker.request<Response>(request, [&worker, operation, begin,
+                                           count](OpcUa_StatusCode status, Response& response) {
+            if (OpcUa_IsBad(status) && mayBeTooMuch(status) && count > 1) {
+                sendSlice(worker, operation, begin, count / 2);
+                sendSlice(worker, operation, begin + count / 2, count - count / 2);
+            } else if (OpcUa_IsBad(status)) {
+                operation->fail(status, reasonOf(response.header));
+            } else if constexpr (Service::hasResults) {
+                if (!hasResults(response.results, count)) {
                     operation->fail(OpcUa_BadUnknownResponse);
+                } else if (operation->goesOn()) {
+                    qsizetype place = begin;
+                    for (auto& result : response.results)
+                        take(result, (operation->result.*Service::results)[place++]);
                 }
-                operation->finishOne();
-                worker.release();
-            });
+            }
+            operation->finishOne();
+            worker.release();
+        });
     });
-}
-
-template <class Service>
-void sendAll(SessionWorker& worker, const typename Service::Ptr& operation, OpcUa_UInt32 limit)
-{
-    const qsizetype most = limit > 0 ? std::min<qsizetype>(limit, mostOperations) : mostOperations;
-    for (qsizetype begin = 0; begin < operation->items.size(); begin += most)
-        sendSlice<Service>(worker, operation, begin,
-                           std::min(most, operation->items.size() - begin));
-    operation->finishOne();
-}
-
-// Moves the results of a slice to their places. False where their number is wrong.
-template <class Results, class List, class Move>
-bool takeResults(Results& results, List& list, qsizetype begin, qsizetype count, Move move)
-{
-    if (qsizetype(std::distance(results.begin(), results.end())) != count)
-        return false;
-    for (auto& result : results)
-        move(result, list[begin++]);
-    return true;
-}
-
-struct ReadService
-{
-    using Ptr = OperationPtr<QvelReadItem, QvelReadResult>;
-    using Request = ReadRequest;
-    using Response = ReadResponse;
-    static void fill(Request& request, Ptr::element_type& o, qsizetype begin, qsizetype count)
-    {
-        request.nodesToRead = o.items.mid(begin, count);
-    }
-    static bool take(Response& response, Ptr::element_type& o, qsizetype begin, qsizetype count)
-    {
-        return takeResults(response.results, o.result.values, begin, count,
-                           [](OpcUa_DataValue& from, UaDataValue& to) { to.attach(&from); });
-    }
-};
-
-struct WriteService
-{
-    using Ptr = OperationPtr<QvelWriteItem, QvelWriteResult>;
-    using Request = WriteRequest;
-    using Response = WriteResponse;
-    static void fill(Request& request, Ptr::element_type& o, qsizetype begin, qsizetype count)
-    {
-        request.nodesToWrite = o.items.mid(begin, count);
-    }
-    static bool take(Response& response, Ptr::element_type& o, qsizetype begin, qsizetype count)
-    {
-        return takeResults(response.results, o.result.results, begin, count,
-                           [](UaStatusCode from, UaStatusCode& to) { to = from; });
-    }
-};
-
-struct TranslateService
-{
-    using Ptr = OperationPtr<QvelBrowsePath, QvelTranslateResult>;
-    using Request = TranslateBrowsePathsRequest;
-    using Response = TranslateBrowsePathsResponse;
-    static void fill(Request& request, Ptr::element_type& o, qsizetype begin, qsizetype count)
-    {
-        request.browsePaths = o.items.mid(begin, count);
-    }
-    static bool take(Response& response, Ptr::element_type& o, qsizetype begin, qsizetype count)
-    {
-        return takeResults(
-            response.results, o.result.results, begin, count,
-            [](QvelTranslatedPath& from, QvelTranslatedPath& to) { to = std::move(from); });
-    }
-};
-
-struct CallService
-{
-    using Ptr = OperationPtr<QvelCallItem, QvelCallResult>;
-    using Request = CallRequest;
-    using Response = CallResponse;
-    static void fill(Request& request, Ptr::element_type& o, qsizetype begin, qsizetype count)
-    {
-        request.methodsToCall = o.items.mid(begin, count);
-    }
-    static bool take(Response& response, Ptr::element_type& o, qsizetype begin, qsizetype count)
-    {
-        return takeResults(response.results, o.result.results, begin, count,
-                           [](CallMethodResult& from, QvelMethodResult& to) {
-                               to = std::move(static_cast<QvelMethodResult&>(from));
-                           });
-    }
-};
-
-struct RegisterService
-{
-    using Ptr = OperationPtr<UaNodeId, QvelRegisterResult>;
-    using Request = RegisterNodesRequest;
-    using Response = RegisterNodesResponse;
-    static void fill(Request& request, Ptr::element_type& o, qsizetype begin, qsizetype count)
-    {
-        request.nodesToRegister = o.items.mid(begin, count);
-    }
-    static bool take(Response& response, Ptr::element_type& o, qsizetype begin, qsizetype count)
-    {
-        return takeResults(response.registeredNodeIds, o.result.nodeIds, begin, count,
-                           [](UaNodeId& from, UaNodeId& to) { to = std::move(from); });
-    }
-};
-
-struct UnregisterService
-{
-    using Ptr = OperationPtr<UaNodeId, QvelServiceResult>;
-    using Request = UnregisterNodesRequest;
-    using Response = UnregisterNodesResponse;
-    static void fill(Request& request, Ptr::element_type& o, qsizetype begin, qsizetype count)
-    {
-        request.nodesToUnregister = o.items.mid(begin, count);
-    }
-    static bool take(Response&, Ptr::element_type&, qsizetype, qsizetype) { return true; }
-};
-
-template <class Service, class Item, class Result>
-typename Service::Ptr operationOf(const QList<Item>& items,
-                                  std::shared_ptr<QPromise<Result>> promise)
-{
-    auto operation = std::make_shared<Operation<Item, Result>>();
-    operation->items = items;
-    operation->promise = std::move(promise);
-    return operation;
 }
 
 // What makes two references the same.
@@ -229,52 +157,43 @@ QByteArray keyOf(const QvelReference& reference)
 
 } // namespace
 
-void SessionWorker::read(const QList<QvelReadItem>& items,
-                         std::shared_ptr<QPromise<QvelReadResult>> promise)
+template <class Item, class Result>
+void SessionWorker::perform(const QList<Item>& items, std::shared_ptr<QPromise<Result>> promise)
 {
-    const auto operation = operationOf<ReadService>(items, std::move(promise));
-    operation->result.values.resize(items.size());
-    sendAll<ReadService>(*this, operation, m_limits.read);
+    using Service = ServiceOf<Item, Result>;
+    const auto operation = std::make_shared<Operation<Item, Result>>();
+    operation->items = items;
+    operation->promise = std::move(promise);
+    if constexpr (Service::hasResults)
+        (operation->result.*Service::results).resize(items.size());
+    const qsizetype most = atATime(m_limits.*Service::limit);
+    for (qsizetype begin = 0; begin < items.size(); begin += most)
+        sendSlice(*this, operation, begin, std::min(most, items.size() - begin));
+    operation->finishOne();
 }
 
-void SessionWorker::write(const QList<QvelWriteItem>& items,
-                          std::shared_ptr<QPromise<QvelWriteResult>> promise)
-{
-    const auto operation = operationOf<WriteService>(items, std::move(promise));
-    operation->result.results.resize(items.size());
-    sendAll<WriteService>(*this, operation, m_limits.write);
-}
-
-void SessionWorker::translate(const QList<QvelBrowsePath>& paths,
-                              std::shared_ptr<QPromise<QvelTranslateResult>> promise)
-{
-    const auto operation = operationOf<TranslateService>(paths, std::move(promise));
-    operation->result.results.resize(paths.size());
-    sendAll<TranslateService>(*this, operation, m_limits.translate);
-}
-
-void SessionWorker::call(const QList<QvelCallItem>& items,
-                         std::shared_ptr<QPromise<QvelCallResult>> promise)
-{
-    const auto operation = operationOf<CallService>(items, std::move(promise));
-    operation->result.results.resize(items.size());
-    sendAll<CallService>(*this, operation, m_limits.call);
-}
-
-void SessionWorker::registerNodes(const QList<UaNodeId>& nodes,
-                                  std::shared_ptr<QPromise<QvelRegisterResult>> promise)
-{
-    const auto operation = operationOf<RegisterService>(nodes, std::move(promise));
-    operation->result.nodeIds.resize(nodes.size());
-    sendAll<RegisterService>(*this, operation, m_limits.registerNodes);
-}
-
-void SessionWorker::unregisterNodes(const QList<UaNodeId>& nodes,
-                                    std::shared_ptr<QPromise<QvelServiceResult>> promise)
-{
-    sendAll<UnregisterService>(*this, operationOf<UnregisterService>(nodes, std::move(promise)),
-                               m_limits.registerNodes);
-}
+// One line registers a service.
+#define KESTREL_ITEMS_SERVICE(Item, Result, ...)                                                   \
+    namespace {                                                                                    \
+    template <>                                                                                    \
+    struct ServiceOf<Item, Result> : ItemsService<__VA_ARGS__>                                     \
+    {                                                                                              \
+    };                                                                                             \
+    }                                                                                              \
+    template void SessionWorker::perform(const QList<Item>&, std::shared_ptr<QPromise<Result>>);
+KESTREL_ITEMS_SERVICE(QvelReadItem, QvelReadResult, ReadRequest, ReadResponse,
+                      &QvelReadResult::values, &OperationLimits::read)
+KESTREL_ITEMS_SERVICE(QvelWriteItem, QvelWriteResult, WriteRequest, WriteResponse,
+                      &QvelWriteResult::results, &OperationLimits::write)
+KESTREL_ITEMS_SERVICE(QvelBrowsePath, QvelTranslateResult, TranslateBrowsePathsRequest,
+                      TranslateBrowsePathsResponse, &QvelTranslateResult::results,
+                      &OperationLimits::translate)
+KESTREL_ITEMS_SERVICE(QvelCallItem, QvelCallResult, CallRequest, CallResponse,
+                      &QvelCallResult::results, &OperationLimits::call)
+KESTREL_ITEMS_SERVICE(UaNodeId, QvelRegisterResult, RegisterNodesRequest, RegisterNodesResponse,
+                      &QvelRegisterResult::nodeIds, &OperationLimits::registerNodes)
+KESTREL_ITEMS_SERVICE(UaNodeId, QvelServiceResult, UnregisterNodesRequest, UnregisterNodesResponse,
+                      nullptr, &OperationLimits::registerNodes)
 
 // Nodes are browsed together; what a page does not hold is asked for with its continuation point.
 struct SessionWorker::BrowseOperation : Operation<QvelBrowseItem, QvelBrowseResult>
@@ -283,50 +202,55 @@ struct SessionWorker::BrowseOperation : Operation<QvelBrowseItem, QvelBrowseResu
     QList<qsizetype> alone; // nodes that get no continuation point among others
     bool isAlone = false;   // all others are done
 
-    // The continuation points that came with a page, and whose they are.
+    // The continuation points that came with a page: those to go on with, and whose they are, and
+    // those that are of no use.
     struct Next
     {
         QList<qsizetype> nodes;
         QList<QByteArray> points;
+        QList<QByteArray> surplus;
     };
-    bool takePage(BrowseResponse& response, const QList<qsizetype>& nodes, bool isAlone, Next& next)
+    Next takePage(QList<BrowseResult>& pages, const QList<qsizetype>& nodes)
     {
-        if (response.results.size() != nodes.size())
-            return false;
-        for (qsizetype i = 0; i < nodes.size(); ++i) {
-            BrowseResult& page = response.results[i];
-            QvelBrowseNodeResult& node = result.results[nodes[i]];
-            if (page.status == OpcUa_BadNoContinuationPoints && !isAlone) {
-                alone.append(nodes[i]);
-                continue;
-            }
-            node.status = page.status;
-            bool isNew = false;
-            for (QvelReference& reference : page.references) {
-                const QByteArray key = keyOf(reference);
-                QSet<QByteArray>& known = seen[nodes[i]];
-                const qsizetype before = known.size();
-                known.insert(key);
-                if (known.size() == before)
-                    continue;
-                isNew = true;
-                node.references.append(std::move(reference));
-            }
-            if (page.continuationPoint.isEmpty() || page.status.isBad()) {
-                seen[nodes[i]].clear();
-                continue;
-            }
-            // A page without anything new would come again and again.
-            if (!isNew)
-                node.status = OpcUa_BadContinuationPointInvalid;
-            else if (node.references.size() >= mostReferences)
-                node.status = OpcUa_BadEncodingLimitsExceeded;
-            else {
+        Next next;
+        for (qsizetype i = 0; i < pages.size(); ++i) {
+            BrowseResult& page = pages[i];
+            if (goesOn() && i < nodes.size() && takeNode(page, nodes[i])) {
                 next.nodes.append(nodes[i]);
                 next.points.append(page.continuationPoint);
+            } else if (!page.continuationPoint.isEmpty()) {
+                next.surplus.append(page.continuationPoint);
             }
         }
-        return true;
+        return next;
+    }
+    // Whether there is more to come.
+    bool takeNode(BrowseResult& page, qsizetype index)
+    {
+        if (page.status == OpcUa_BadNoContinuationPoints && !isAlone) {
+            alone.append(index);
+            return false;
+        }
+        QvelBrowseNodeResult& node = result.results[index];
+        QSet<QByteArray>& known = seen[index];
+        const qsizetype before = known.size();
+        for (QvelReference& reference : page.references) {
+            const qsizetype size = known.size();
+            known.insert(keyOf(reference));
+            if (known.size() > size)
+                node.references.append(std::move(reference));
+        }
+        node.status = page.status;
+        if (page.continuationPoint.isEmpty() || page.status.isBad()) {
+            known = {};
+            return false;
+        }
+        // A page without anything new would come again and again.
+        if (known.size() == before)
+            node.status = OpcUa_BadContinuationPointInvalid;
+        else if (node.references.size() >= mostReferences)
+            node.status = OpcUa_BadEncodingLimitsExceeded;
+        return !node.status.isBad();
     }
 };
 
@@ -338,13 +262,8 @@ void SessionWorker::browse(const QList<QvelBrowseItem>& items,
     operation->promise = std::move(promise);
     operation->result.results.resize(items.size());
     operation->seen.resize(items.size());
-    qsizetype most =
-        m_limits.browse > 0 ? std::min<qsizetype>(m_limits.browse, mostOperations) : mostOperations;
-    for (qsizetype begin = 0; begin < items.size(); begin += most) {
-        QList<qsizetype> nodes(std::min(most, items.size() - begin));
-        std::iota(nodes.begin(), nodes.end(), begin);
-        browseNodes(operation, nodes);
-    }
+    forEachSlice(items.size(), m_limits.browse,
+                 [&](const QList<qsizetype>& nodes) { browseNodes(operation, nodes); });
     browsePageDone(operation);
 }
 
@@ -377,26 +296,31 @@ void SessionWorker::browseNodes(const std::shared_ptr<BrowseOperation>& operatio
     });
 }
 
+template <class Response>
 void SessionWorker::takeBrowsePage(const std::shared_ptr<BrowseOperation>& operation,
                                    const QList<qsizetype>& nodes, OpcUa_StatusCode status,
-                                   BrowseResponse& response)
+                                   Response& response)
 {
-    BrowseOperation::Next next;
     if (OpcUa_IsBad(status))
         operation->fail(status, reasonOf(response.header));
-    else if (operation->goesOn() && !operation->takePage(response, nodes, operation->isAlone, next))
+    else if (response.results.size() != nodes.size())
         operation->fail(OpcUa_BadUnknownResponse);
-    const bool goesOn = operation->goesOn();
+    const BrowseOperation::Next next = operation->takePage(response.results, nodes);
+    BrowseNextRequest r;
+    if (!next.surplus.isEmpty()) {
+        r.continuationPoints = next.surplus;
+        r.releaseContinuationPoints = true;
+        request<BrowseNextResponse>(r, [](OpcUa_StatusCode, BrowseNextResponse&) {});
+    }
     if (next.nodes.isEmpty()) {
         release();
         return browsePageDone(operation);
     }
-    BrowseNextRequest request;
-    request.continuationPoints = next.points;
-    request.releaseContinuationPoints = !goesOn;
-    this->request<BrowseNextResponse>(
-        request, [this, operation, next](OpcUa_StatusCode s, BrowseNextResponse& r) {
-            takeBrowsePage(operation, next.nodes, s, r);
+    r.continuationPoints = next.points;
+    r.releaseContinuationPoints = false;
+    request<BrowseNextResponse>(
+        r, [this, operation, nodes = next.nodes](OpcUa_StatusCode s, BrowseNextResponse& more) {
+            takeBrowsePage(operation, nodes, s, more);
         });
 }
 
@@ -414,9 +338,15 @@ struct SessionWorker::HistoryOperation : Operation<QvelHistoryItem, QvelHistoryR
 {
     QvelHistoryDetails details;
     UaExtensionObject encodedDetails;
-    // The last continuation point and the last page of each node.
-    QList<QByteArray> points;
-    QList<UaByteString> pages;
+    qsizetype taken = 0; // values
+    // The last continuation point and the last page of each node, and how many came without values.
+    struct Place
+    {
+        QByteArray point;
+        UaByteString page;
+        int empty = 0;
+    };
+    QList<Place> places;
 };
 
 void SessionWorker::historyRead(const QList<QvelHistoryItem>& items,
@@ -428,31 +358,25 @@ void SessionWorker::historyRead(const QList<QvelHistoryItem>& items,
     operation->details = details;
     operation->promise = std::move(promise);
     operation->result.results.resize(items.size());
-    operation->points.resize(items.size());
-    operation->pages.resize(items.size());
+    operation->places.resize(items.size());
     const bool isRaw = details.aggregateType.isNull();
     if (isRaw)
         operation->encodedDetails =
             encodeExtension(ReadRawModifiedDetails{false, details.from.ticks(), details.to.ticks(),
                                                    details.valuesPerNode, details.returnBounds});
-    qsizetype most = m_limits.historyRead > 0
-                         ? std::min<qsizetype>(m_limits.historyRead, mostOperations)
-                         : mostOperations;
-    for (qsizetype begin = 0; begin < items.size(); begin += most) {
-        QList<qsizetype> nodes(std::min(most, items.size() - begin));
-        std::iota(nodes.begin(), nodes.end(), begin);
+    forEachSlice(items.size(), m_limits.historyRead, [&](const QList<qsizetype>& nodes) {
         ++operation->open;
         whenRoom([this, operation, nodes] { readHistoryPage(operation, nodes); });
-    }
+    });
     operation->finishOne();
 }
 
-void SessionWorker::readHistoryPage(const std::shared_ptr<HistoryOperation>& operation,
-                                    const QList<qsizetype>& nodes)
+HistoryReadRequest SessionWorker::historyRequest(const HistoryOperation& operation,
+                                                 const QList<qsizetype>& nodes)
 {
-    const QvelHistoryDetails& details = operation->details;
+    const QvelHistoryDetails& details = operation.details;
     HistoryReadRequest request;
-    request.historyReadDetails = operation->encodedDetails;
+    request.historyReadDetails = operation.encodedDetails;
     if (!details.aggregateType.isNull()) // one aggregate a node
         request.historyReadDetails = encodeExtension(
             ReadProcessedDetails{details.from.ticks(),
@@ -462,23 +386,41 @@ void SessionWorker::readHistoryPage(const std::shared_ptr<HistoryOperation>& ope
                                  {}});
     for (qsizetype node : nodes) {
         HistoryReadValueId id;
-        static_cast<QvelHistoryItem&>(id) = operation->items[node];
-        id.continuationPoint = operation->points[node];
+        static_cast<QvelHistoryItem&>(id) = operation.items[node];
+        id.continuationPoint = operation.places[node].point;
         request.nodesToRead.append(id);
     }
-    request.releaseContinuationPoints = !operation->goesOn();
+    return request;
+}
+
+void SessionWorker::readHistoryPage(const std::shared_ptr<HistoryOperation>& operation,
+                                    const QList<qsizetype>& nodes)
+{
+    HistoryReadRequest request = historyRequest(*operation, nodes);
     this->request<HistoryReadResponse>(
         request, [this, operation, nodes](OpcUa_StatusCode status, HistoryReadResponse& response) {
             QList<qsizetype> next;
+            QList<qsizetype> surplus; // continuation points that the server may forget
             if (OpcUa_IsBad(status))
                 operation->fail(status, reasonOf(response.header));
             else if (response.results.size() != nodes.size())
                 operation->fail(OpcUa_BadUnknownResponse);
-            for (qsizetype i = 0; operation->goesOn() && i < nodes.size(); ++i) {
-                if (takeHistory(*operation, nodes[i], response.results[i]))
+            for (qsizetype i = 0; i < std::min(nodes.size(), response.results.size()); ++i) {
+                HistoryReadResult& page = response.results[i];
+                if (operation->goesOn() && takeHistory(*operation, nodes[i], page)) {
                     next.append(nodes[i]);
+                } else if (!page.continuationPoint.isEmpty()) {
+                    operation->places[nodes[i]].point = page.continuationPoint;
+                    surplus.append(nodes[i]);
+                }
             }
-            if (!next.isEmpty() && operation->goesOn())
+            if (!surplus.isEmpty()) {
+                HistoryReadRequest last = historyRequest(*operation, surplus);
+                last.releaseContinuationPoints = true;
+                this->request<HistoryReadResponse>(last,
+                                                   [](OpcUa_StatusCode, HistoryReadResponse&) {});
+            }
+            if (!next.isEmpty())
                 return readHistoryPage(operation, next);
             operation->finishOne();
             release();
@@ -490,7 +432,9 @@ bool SessionWorker::takeHistory(HistoryOperation& operation, qsizetype index,
                                 HistoryReadResult& page)
 {
     QvelHistoryNodeResult& node = operation.result.results[index];
+    HistoryOperation::Place& place = operation.places[index];
     node.status = page.statusCode;
+    ++place.empty;
     if (isExtension<HistoryData>(page.historyData)) {
         HistoryData data;
         const OpcUa_StatusCode status =
@@ -500,18 +444,20 @@ bool SessionWorker::takeHistory(HistoryOperation& operation, qsizetype index,
         for (OpcUa_DataValue& value : data.dataValues) {
             node.values.emplaceBack();
             node.values.last().attach(&value);
+            place.empty = 0;
         }
+        operation.taken += qsizetype(data.dataValues.length());
     }
     if (page.continuationPoint.isEmpty() || node.status.isBad())
         return false;
     // Some servers give the same one for each page; the same page is one that comes for ever.
-    const bool isRepeated = page.continuationPoint == operation.points[index] &&
-                            page.historyData.body() == operation.pages[index];
-    operation.points[index] = page.continuationPoint;
-    operation.pages[index] = page.historyData.body();
-    if (isRepeated)
+    const bool isRepeated =
+        page.continuationPoint == place.point && page.historyData.body() == place.page;
+    place.point = page.continuationPoint;
+    place.page = page.historyData.body();
+    if (isRepeated || place.empty > mostEmptyPages)
         node.status = OpcUa_BadContinuationPointInvalid;
-    else if (node.values.size() >= qsizetype(operation.details.maximum))
+    else if (operation.taken >= qsizetype(operation.details.maximum))
         node.status = OpcUa_BadEncodingLimitsExceeded;
     return !node.status.isBad();
 }

@@ -85,7 +85,7 @@ void SessionSubscriptions::remove(quint32 id)
 void SessionSubscriptions::deleteSubscription(OpcUa_UInt32 serverId)
 {
     DeleteSubscriptionsRequest request;
-    request.subscriptionIds = {serverId};
+    request.items = {serverId};
     m_worker.request<DeleteSubscriptionsResponse>(
         request, [](OpcUa_StatusCode, DeleteSubscriptionsResponse&) {});
 }

@@ -673,21 +673,16 @@ void SessionWorker::readServerTables()
         OpcUa_UInt32 node;
         OpcUa_UInt32 OperationLimits::*limit;
     } limits[] = {
-        {11705, &OperationLimits::read},
-        {11707, &OperationLimits::write},
-        {12165, &OperationLimits::historyRead},
-        {11709, &OperationLimits::call},
-        {11710, &OperationLimits::browse},
-        {11711, &OperationLimits::registerNodes},
-        {11712, &OperationLimits::translate},
-        {11714, &OperationLimits::monitoredItems},
-        {2735, &OperationLimits::browseContinuationPoints},
+        {11705, &OperationLimits::read},        {11707, &OperationLimits::write},
+        {12165, &OperationLimits::historyRead}, {11709, &OperationLimits::call},
+        {11710, &OperationLimits::browse},      {11711, &OperationLimits::registerNodes},
+        {11712, &OperationLimits::translate},   {11714, &OperationLimits::monitoredItems},
     };
     ReadRequest request;
     for (OpcUa_UInt32 node : {namespaceArray, serverArray})
-        request.nodesToRead.append({UaNodeId(node), QvelAttribute::Value, {}, {}});
+        request.items.append({UaNodeId(node), QvelAttribute::Value, {}, {}});
     for (const auto& limit : limits)
-        request.nodesToRead.append({UaNodeId(limit.node), QvelAttribute::Value, {}, {}});
+        request.items.append({UaNodeId(limit.node), QvelAttribute::Value, {}, {}});
     step<ReadResponse>(
         request, m_options.connectTimeout, [this](OpcUa_StatusCode status, ReadResponse& response) {
             if (OpcUa_IsBad(status))
@@ -714,8 +709,6 @@ void SessionWorker::readServerTables()
                     continue;
                 if (value.Datatype == OpcUaType_UInt32)
                     m_limits.*limits[i].limit = value.Value.UInt32;
-                else if (value.Datatype == OpcUaType_UInt16)
-                    m_limits.*limits[i].limit = value.Value.UInt16;
             }
             becomeConnected();
         });
@@ -740,7 +733,7 @@ void SessionWorker::keepAlive()
 {
     static constexpr OpcUa_UInt32 serverState = 2259;
     ReadRequest request;
-    request.nodesToRead.append({UaNodeId(serverState), QvelAttribute::Value, {}, {}});
+    request.items.append({UaNodeId(serverState), QvelAttribute::Value, {}, {}});
     const int timeout = std::min(m_options.callTimeout, m_options.keepAliveInterval);
     step<ReadResponse>(request, timeout, [this](OpcUa_StatusCode status, ReadResponse&) {
         if (!isConnected())

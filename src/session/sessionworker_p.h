@@ -46,7 +46,6 @@ struct OperationLimits
     OpcUa_UInt32 registerNodes = 0;
     OpcUa_UInt32 translate = 0;
     OpcUa_UInt32 monitoredItems = 0;
-    OpcUa_UInt32 browseContinuationPoints = 0;
 };
 
 /// The same identifier in another namespace.
@@ -74,20 +73,13 @@ public:
     void answerCertificate(QvelCertificateAnswer answer);
     void answerPassword(const Secret& password, bool given);
 
-    void read(const QList<QvelReadItem>& items, std::shared_ptr<QPromise<QvelReadResult>> promise);
-    void write(const QList<QvelWriteItem>& items,
-               std::shared_ptr<QPromise<QvelWriteResult>> promise);
+    /// A service that answers each item of a list: read, write, ...
+    template <class Item, class Result>
+    void perform(const QList<Item>& items, std::shared_ptr<QPromise<Result>> promise);
     void browse(const QList<QvelBrowseItem>& items,
                 std::shared_ptr<QPromise<QvelBrowseResult>> promise);
-    void translate(const QList<QvelBrowsePath>& paths,
-                   std::shared_ptr<QPromise<QvelTranslateResult>> promise);
-    void call(const QList<QvelCallItem>& items, std::shared_ptr<QPromise<QvelCallResult>> promise);
     void historyRead(const QList<QvelHistoryItem>& items, const QvelHistoryDetails& details,
                      std::shared_ptr<QPromise<QvelHistoryResult>> promise);
-    void registerNodes(const QList<UaNodeId>& nodes,
-                       std::shared_ptr<QPromise<QvelRegisterResult>> promise);
-    void unregisterNodes(const QList<UaNodeId>& nodes,
-                         std::shared_ptr<QPromise<QvelServiceResult>> promise);
 
     SessionSubscriptions& subscriptions() { return *m_subscriptions; }
 
@@ -101,7 +93,10 @@ public:
     void log(const QString& text) const;
     /// Sends a request of the session. Without a connection, `done` comes with BadSessionClosed.
     template <class Response, class Request, class Done>
-    void request(Request& request, int timeout, Done done);
+    void request(Request& r, int timeout, Done done)
+    {
+        send<Response>(isConnected() ? m_connection.get() : nullptr, r, timeout, std::move(done));
+    }
     template <class Response, class Request, class Done>
     void request(Request& r, Done done)
     {
@@ -119,15 +114,19 @@ private:
     struct BrowseOperation;
     void browseNodes(const std::shared_ptr<BrowseOperation>& operation,
                      const QList<qsizetype>& nodes);
+    template <class Response>
     void takeBrowsePage(const std::shared_ptr<BrowseOperation>& operation,
-                        const QList<qsizetype>& nodes, OpcUa_StatusCode status,
-                        UaWire::BrowseResponse& response);
+                        const QList<qsizetype>& nodes, OpcUa_StatusCode status, Response& response);
     void browsePageDone(const std::shared_ptr<BrowseOperation>& operation);
     struct HistoryOperation;
+    static UaWire::HistoryReadRequest historyRequest(const HistoryOperation& operation,
+                                                     const QList<qsizetype>& nodes);
     void readHistoryPage(const std::shared_ptr<HistoryOperation>& operation,
                          const QList<qsizetype>& nodes);
     bool takeHistory(HistoryOperation& operation, qsizetype index, UaWire::HistoryReadResult& page);
 
+    template <class Response, class Request, class Done>
+    void send(UaWire::SessionConnection* connection, Request& request, int timeout, Done done);
     // A request of the connection's own life: an answer that comes after the connection has been
     // given up does not count, and one that it lost is told by closed().
     template <class Response, class Request, class Done>
@@ -179,7 +178,6 @@ private:
     QTimer m_keepAliveTimer;
     QTimer m_questionTimer;
     QTimer m_statisticsTimer;
-    bool m_keepAlivePending = false;
     QvelSessionStatistics m_statistics; // of the connections before
 
     QByteArray m_ownCertificate;
@@ -204,10 +202,11 @@ private:
 };
 
 template <class Response, class Request, class Done>
-void SessionWorker::request(Request& request, int timeout, Done done)
+void SessionWorker::send(UaWire::SessionConnection* connection, Request& request, int timeout,
+                         Done done)
 {
     request.header.authenticationToken = m_authenticationToken;
-    if (!m_connection) {
+    if (!connection) {
         QMetaObject::invokeMethod(
             this,
             [done = std::move(done)] {
@@ -217,15 +216,15 @@ void SessionWorker::request(Request& request, int timeout, Done done)
             Qt::QueuedConnection);
         return;
     }
-    m_connection->call<Response>(request, timeout, m_options.limits, std::move(done));
+    connection->call<Response>(request, timeout, m_options.limits, std::move(done));
 }
 
 template <class Response, class Request, class Done>
 void SessionWorker::step(Request& r, int timeout, Done done)
 {
     const UaWire::SessionConnection* connection = m_connection.get();
-    request<Response>(
-        r, timeout,
+    send<Response>(
+        m_connection.get(), r, timeout,
         [this, connection, done = std::move(done)](OpcUa_StatusCode status, Response& response) {
             if (m_connection.get() == connection && !m_connection->isClosed())
                 done(status, response);

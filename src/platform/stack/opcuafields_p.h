@@ -24,15 +24,17 @@ StackArray(Count&, Pointer&) -> StackArray<Count, Pointer>;
 template <class T>
 struct StackFields; // one specialisation a structure
 
+#define KESTREL_STACK_VISIT(...)                                                                   \
+    template <class Visitor, class... S>                                                           \
+    static void visit(Visitor&& v, S&... s)                                                        \
+    {                                                                                              \
+        __VA_ARGS__                                                                                \
+    }
 #define KESTREL_STACK_FIELDS(Type, ...)                                                            \
     template <>                                                                                    \
     struct StackFields<Type>                                                                       \
     {                                                                                              \
-        template <class Visitor, class... S>                                                       \
-        static void visit(Visitor&& v, S&... s)                                                    \
-        {                                                                                          \
-            __VA_ARGS__                                                                            \
-        }                                                                                          \
+        KESTREL_STACK_VISIT(__VA_ARGS__)                                                           \
     };
 
 KESTREL_STACK_FIELDS(OpcUa_ExpandedNodeId, v(s.NodeId...); v(s.NamespaceUri...);
