@@ -527,7 +527,7 @@ OpcUa_StatusCode read(const QJsonValue& json, OpcUa_ExtensionObject& value, int 
         // A structure in JSON needs its type's description.
         return value.Encoding == binary ? read(body, value.Body, depth) : OpcUa_BadDecodingError;
     });
-    return object.status();
+    return value.Encoding > xml ? OpcUa_BadDecodingError : object.status();
 }
 
 OpcUa_StatusCode read(const QJsonValue& json, OpcUa_Variant& value, int depth)

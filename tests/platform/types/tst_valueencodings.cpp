@@ -333,6 +333,7 @@ void tst_ValueEncodings::badJson_data()
     row(R"({"Type":11,"Body":"inf"})");
     row(R"({"Type":13,"Body":"today"})");
     row(R"({"Type":15,"Body":"A*=="})");
+    row(R"({"Type":22,"Body":{"TypeId":{"Id":7},"Encoding":3}})");
     row(R"({"Type":17,"Body":{"IdType":4,"Id":1}})");
     row(R"({"Type":22,"Body":{"TypeId":{"Id":1},"Body":{"a":1}}})");
     row(R"({"Type":6,"Body":[1,2,3],"Dimensions":[2,2]})");
