@@ -15,9 +15,9 @@ namespace {
 // Operations in one request where the server names no limit: enough to be fast, and small enough
 // for the answers to come one after the other.
 constexpr qsizetype mostOperations = 2000;
-// References that one node may have, and that one answer may hold.
-constexpr qsizetype mostReferences = 2'000'000;
+// References that one answer may hold, and what each takes besides its bytes, about.
 constexpr OpcUa_UInt32 referencesAtATime = 10'000;
+constexpr std::size_t referenceOverhead = sizeof(QvelReference) + 200;
 constexpr int mostEmptyPages = 100; // of history, in a row
 
 qsizetype atATime(OpcUa_UInt32 limit)
@@ -199,6 +199,8 @@ KESTREL_ITEMS_SERVICE(UaNodeId, QvelServiceResult, UnregisterNodesRequest, Unreg
 struct SessionWorker::BrowseOperation : Operation<QvelBrowseItem, QvelBrowseResult>
 {
     QList<QSet<QByteArray>> seen;
+    std::size_t most = 0; // bytes that all references may take
+    std::size_t taken = 0;
     QList<qsizetype> alone; // nodes that get no continuation point among others
     bool isAlone = false;   // all others are done
 
@@ -236,9 +238,14 @@ struct SessionWorker::BrowseOperation : Operation<QvelBrowseItem, QvelBrowseResu
         const qsizetype before = known.size();
         for (QvelReference& reference : page.references) {
             const qsizetype size = known.size();
-            known.insert(keyOf(reference));
-            if (known.size() > size)
-                node.references.append(std::move(reference));
+            const QByteArray key = keyOf(reference);
+            known.insert(key);
+            if (known.size() == size)
+                continue;
+            taken += referenceOverhead + 2 * std::size_t(key.size()) +
+                     std::size_t(reference.browseName.name().size()) +
+                     std::size_t(reference.displayName.text().size());
+            node.references.append(std::move(reference));
         }
         node.status = page.status;
         if (page.continuationPoint.isEmpty() || page.status.isBad()) {
@@ -248,7 +255,7 @@ struct SessionWorker::BrowseOperation : Operation<QvelBrowseItem, QvelBrowseResu
         // A page without anything new would come again and again.
         if (known.size() == before)
             node.status = OpcUa_BadContinuationPointInvalid;
-        else if (node.references.size() >= mostReferences)
+        else if (taken > most)
             node.status = OpcUa_BadEncodingLimitsExceeded;
         return !node.status.isBad();
     }
@@ -262,6 +269,7 @@ void SessionWorker::browse(const QList<QvelBrowseItem>& items,
     operation->promise = std::move(promise);
     operation->result.results.resize(items.size());
     operation->seen.resize(items.size());
+    operation->most = m_options.limits.memory;
     forEachSlice(items.size(), m_limits.browse,
                  [&](const QList<qsizetype>& nodes) { browseNodes(operation, nodes); });
     browsePageDone(operation);
@@ -338,7 +346,8 @@ struct SessionWorker::HistoryOperation : Operation<QvelHistoryItem, QvelHistoryR
 {
     QvelHistoryDetails details;
     UaExtensionObject encodedDetails;
-    qsizetype taken = 0; // values
+    qsizetype taken = 0;   // values
+    std::size_t bytes = 0; // that were sent for them
     // The last continuation point and the last page of each node, and how many came without values.
     struct Place
     {
@@ -447,6 +456,7 @@ bool SessionWorker::takeHistory(HistoryOperation& operation, qsizetype index,
             place.empty = 0;
         }
         operation.taken += qsizetype(data.dataValues.length());
+        operation.bytes += std::size_t(page.historyData.body().length());
     }
     if (page.continuationPoint.isEmpty() || node.status.isBad())
         return false;
@@ -457,7 +467,8 @@ bool SessionWorker::takeHistory(HistoryOperation& operation, qsizetype index,
     place.page = page.historyData.body();
     if (isRepeated || place.empty > mostEmptyPages)
         node.status = OpcUa_BadContinuationPointInvalid;
-    else if (operation.taken >= qsizetype(operation.details.maximum))
+    else if (operation.taken >= qsizetype(operation.details.maximum) ||
+             operation.bytes > m_options.limits.memory)
         node.status = OpcUa_BadEncodingLimitsExceeded;
     return !node.status.isBad();
 }
