@@ -630,7 +630,7 @@ void SessionSubscriptions::takeMessage(quint32 id, Subscription& s, Notification
             republish(id, s);
         else if (s.lastSequence == 0)
             s.lastSequence = sequence - 1;
-        if (distance > 1 && distance < isBehind)
+        if (distance > 1 && distance < isBehind && s.held.size() < mostRepublished)
             s.held[sequence] = {}; // all before it
         return;
     }
@@ -691,7 +691,10 @@ void SessionSubscriptions::republish(quint32 id, Subscription& s)
             }
             if (isLost(status))
                 return; // begins again with the next connection
-            if (OpcUa_IsBad(status)) {
+            // One that is another, or has nothing to tell, is none.
+            const NotificationMessage& message = response.notificationMessage;
+            if (OpcUa_IsBad(status) || message.sequenceNumber != next ||
+                message.notificationData.isEmpty()) {
                 sub->probes = false;
                 if (sub->held.empty())
                     return; // nothing was missing
@@ -709,11 +712,6 @@ void SessionSubscriptions::republish(quint32 id, Subscription& s)
                 sub->lastSequence = first - 1;
                 tellGap(id, *sub);
                 return deliverHeld(id, *sub);
-            }
-            if (response.notificationMessage.sequenceNumber != next) {
-                addGap(*sub, 0);
-                sub->probes = false;
-                return;
             }
             takeMessage(id, *sub, std::move(response.notificationMessage));
             if (sub->probes)
