@@ -20,7 +20,9 @@ using namespace UaWire;
 
 namespace {
 
-constexpr int nonceLength = 32; // OPC 10000-4, 5.6.2: at least
+// OPC 10000-4, 5.6.2: what is sent, and the most that may come.
+constexpr int nonceLength = 32;
+constexpr int longestNonce = 128;
 constexpr int firstPause = 500; // ms
 constexpr int longestPause = 30'000;
 constexpr int statisticsInterval = 1000; // ms
@@ -103,6 +105,15 @@ T local(const OpcUa_String& text)
 QByteArray bytesOf(const OpcUa_ByteString& bytes)
 {
     return UaByteString(&bytes).bytes();
+}
+
+bool isNonce(const QByteArray& bytes)
+{
+    return bytes.size() >= nonceLength && bytes.size() <= longestNonce;
+}
+QString nonceAdvice()
+{
+    return QvelSession::tr("The server's random number is too short, or too long.");
 }
 
 // An endpoint that CreateSession tells, which may lack its certificate, is the one that was
@@ -531,9 +542,8 @@ void SessionWorker::takeSession(CreateSessionResponse& response)
             return refuse(OpcUa_BadApplicationSignatureInvalid,
                           QvelSession::tr("The server's signature is wrong: someone may be in "
                                           "between."));
-        if (response.serverNonce.size() < nonceLength)
-            return refuse(OpcUa_BadNonceInvalid,
-                          QvelSession::tr("The server's random number is too short."));
+        if (!isNonce(response.serverNonce))
+            return refuse(OpcUa_BadNonceInvalid, nonceAdvice());
     }
     const auto& endpoints = response.serverEndpoints;
     if (p->isSecure && endpoints.length() > 0 &&
@@ -656,6 +666,8 @@ void SessionWorker::activate()
                 }
                 return fail(status, reasonOf(response.header));
             }
+            if (policy()->isSecure && !isNonce(response.serverNonce))
+                return fail(OpcUa_BadNonceInvalid, {}, nonceAdvice(), true);
             m_serverNonce = response.serverNonce;
             m_isNewSession ? readServerTables() : becomeConnected();
         });
@@ -862,10 +874,14 @@ void SessionWorker::whenRoom(std::function<void()> function)
 void SessionWorker::release()
 {
     m_underWay = std::max(0, m_underWay - 1);
-    if (m_waiting.empty() || m_underWay >= m_options.maximumPendingRequests)
+    // What begins may end at once and come back here: one after the other, not one in the other.
+    if (std::exchange(m_isReleasing, true))
         return;
-    ++m_underWay;
-    const auto next = std::move(m_waiting.front());
-    m_waiting.pop_front();
-    next();
+    while (!m_waiting.empty() && m_underWay < m_options.maximumPendingRequests) {
+        ++m_underWay;
+        const auto next = std::move(m_waiting.front());
+        m_waiting.pop_front();
+        next();
+    }
+    m_isReleasing = false;
 }

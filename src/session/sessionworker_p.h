@@ -199,6 +199,7 @@ private:
 
     std::deque<std::function<void()>> m_waiting;
     int m_underWay = 0;
+    bool m_isReleasing = false;
 };
 
 template <class Response, class Request, class Done>
