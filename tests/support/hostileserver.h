@@ -79,11 +79,30 @@ public:
         const std::optional<UaWire::Message> message = receive();
         if (!message || message->type != UaWire::MessageType::OpenSecureChannel)
             return false;
-        UaWire::OpenSecureChannelResponse response;
-        response.securityToken = {writer.channelId = 17, 4711, 0, 60000};
-        answer(*message, response);
-        writer.tokenId = response.securityToken.tokenId;
+        giveToken(*message);
         return true;
+    }
+    /// Answers a request that opens the channel or renews its token. The first token is 4711.
+    void giveToken(const UaWire::Message& request, OpcUa_UInt32 lifetime = 60000)
+    {
+        QByteArrayView body = request.body;
+        UaWire::takeTypeId(body);
+        UaWire::OpenSecureChannelRequest asked;
+        UaWire::decodeFields(body, asked);
+        UaWire::OpenSecureChannelResponse response;
+        response.securityToken = {writer.channelId = 17, m_nextToken++, 0, lifetime};
+        response.serverNonce = QByteArray(asked.clientNonce.size(), 's');
+        answer(request, response);
+        writer.tokenId = response.securityToken.tokenId;
+        if (m_security)
+            m_security->addToken(writer.tokenId, response.serverNonce, asked.clientNonce);
+    }
+    /// The channel is secured; before anything has come. `security` must outlive the peer.
+    void secure(UaWire::ChannelSecurity& security)
+    {
+        m_security = &security;
+        m_reader = UaWire::MessageReader({}, m_security);
+        writer = UaWire::MessageWriter(m_security);
     }
     /// The next service request of an open channel, its channel opened before if need be.
     std::optional<UaWire::Message> takeRequest()
@@ -113,6 +132,8 @@ private:
     QTcpSocket& m_socket;
     OneTimeEvent& m_stop;
     UaWire::MessageReader m_reader;
+    UaWire::ChannelSecurity* m_security = nullptr;
+    OpcUa_UInt32 m_nextToken = 4711;
 };
 
 /// A server on the loopback interface that treats each client, one after the other, as its script

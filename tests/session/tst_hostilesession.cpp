@@ -1,0 +1,667 @@
+// Sessions with a server that does all right but one thing.
+
+#include "session/sessionmessages_p.h"
+#include "session/sessionuser.h"
+#include "support/hostileserver.h"
+
+#include <Kestrel/OpcUaStatusCodes>
+
+#include "platform/pki/openssl_p.h"
+#include "platform/stack/checkmemory_p.h"
+
+using namespace UaWire;
+
+namespace {
+
+constexpr char policyUri[] = "http://opcfoundation.org/UA/SecurityPolicy#Basic256Sha256";
+const UaNodeId anyNode(2258);
+
+struct Identity
+{
+    QByteArray certificate;
+    SharedKey key;
+};
+Identity makeIdentity()
+{
+    UaPkiIdentity name;
+    name.commonName = "plant";
+    UaPkiCertificateInfo info;
+    info.applicationUri = "urn:plant";
+    info.ipAddress = "127.0.0.1";
+    const UaPkiRsaKeyPair pair(2048);
+    const UaPkiCertificate certificate(info, name, pair.publicKey(), name, pair.privateKey());
+    return {certificate.toDER().bytes(), UaPkiKeyAccess::shared(pair.privateKey())};
+}
+
+template <class T>
+void assign(T& field, const QByteArray& bytes)
+{
+    if constexpr (std::is_same_v<T, OpcUa_String>)
+        checkMemory(OpcUa_String_Assign(&field, bytes.constData(), OpcUa_Int32(bytes.size())));
+    else
+        checkMemory(OpcUa_ByteString_Assign(&field, bytes.constData(), OpcUa_Int32(bytes.size())));
+}
+
+/// The server's end of a connection.
+class Server
+{
+public:
+    /// What a row has the server do: false where a good answer is to follow.
+    using Fault = std::function<bool(Server&, const Message&, OpcUa_UInt32 type)>;
+
+    Server(ServerPeer& p, const Identity& identity, const Fault& fault)
+        : peer(p), m_identity(identity), m_fault(fault)
+    {
+    }
+
+    void serve()
+    {
+        for (std::optional<Message> m; !ends && (m = peer.receive());) {
+            QByteArrayView body = m->body;
+            const OpcUa_UInt32 type = takeTypeId(body);
+            if (m->type == MessageType::CloseSecureChannel)
+                return;
+            if (m_fault && m_fault(*this, *m, type))
+                continue;
+            if (type == OpenSecureChannelRequest::encodingId)
+                peer.giveToken(*m);
+            serveOneOf<GetEndpointsRequest, CreateSessionRequest, ActivateSessionRequest,
+                       ReadRequest, BrowseRequest, BrowseNextRequest, HistoryReadRequest,
+                       CreateSubscriptionRequest, CreateMonitoredItemsRequest, RepublishRequest>(
+                *m, type);
+        }
+    }
+    template <class Request>
+    static Request decoded(const Message& m)
+    {
+        QByteArrayView body = m.body;
+        takeTypeId(body);
+        Request request;
+        decodeFields(body, request);
+        return request;
+    }
+    template <class Response>
+    void reply(const Message& m, Response response)
+    {
+        peer.answer(m, response);
+    }
+
+    GetEndpointsResponse good(const GetEndpointsRequest&)
+    {
+        GetEndpointsResponse response;
+        response.endpoints = endpoints();
+        return response;
+    }
+    CreateSessionResponse good(const CreateSessionRequest& request)
+    {
+        const SecurityPolicy& policy = *securityPolicy(policyUri);
+        CreateSessionResponse response;
+        response.sessionId = UaNodeId(1);
+        response.authenticationToken = UaNodeId(2);
+        response.serverNonce = QByteArray(32, 'n');
+        response.serverEndpoints = endpoints();
+        response.serverCertificate = m_identity.certificate;
+        response.serverSignature = {
+            UaString(policy.signatureUri),
+            sign(policy, m_identity.key.get(), request.clientCertificate + request.clientNonce)};
+        return response;
+    }
+    ActivateSessionResponse good(const ActivateSessionRequest&)
+    {
+        ActivateSessionResponse response;
+        response.serverNonce = QByteArray(32, 'm');
+        return response;
+    }
+    // The value of an attribute is its number; the limits are those of `readLimit`.
+    ReadResponse good(const ReadRequest& request)
+    {
+        ReadResponse response;
+        static_cast<void>(response.results.create(OpcUa_UInt32(request.items.size())));
+        for (OpcUa_UInt32 i = 0; i < response.results.length(); ++i) {
+            OpcUa_Variant& value = response.results[i].Value;
+            value.Datatype = OpcUaType_UInt32;
+            value.Value.UInt32 =
+                request.items.size() > 1 ? readLimit : request.items[i].attributeId;
+        }
+        return response;
+    }
+    // New references without an end, with the same continuation point.
+    BrowseResponse good(const BrowseRequest&)
+    {
+        BrowseResponse response;
+        response.results.resize(1);
+        response.results[0].continuationPoint = "more";
+        for (int i = 0; i < 10'000; ++i) {
+            response.results[0].references.emplaceBack();
+            response.results[0].references.last().nodeId =
+                UaExpandedNodeId(UaNodeId(m_lastNode++), UaString(), 0);
+        }
+        return response;
+    }
+    BrowseNextResponse good(const BrowseNextRequest&)
+    {
+        return {{}, good(BrowseRequest()).results, {}};
+    }
+    HistoryReadResponse good(const HistoryReadRequest&)
+    {
+        HistoryData data;
+        static_cast<void>(data.dataValues.create(100));
+        HistoryReadResponse response;
+        response.results = {{{}, "more" + QByteArray::number(m_lastNode++), encodeExtension(data)}};
+        return response;
+    }
+    CreateSubscriptionResponse good(const CreateSubscriptionRequest& request)
+    {
+        CreateSubscriptionResponse response;
+        response.subscriptionId = 1;
+        response.revisedPublishingInterval = request.parameters.publishingInterval;
+        response.revisedMaxKeepAliveCount = request.parameters.maxKeepAliveCount;
+        return response;
+    }
+    CreateMonitoredItemsResponse good(const CreateMonitoredItemsRequest& request)
+    {
+        CreateMonitoredItemsResponse response;
+        handle = request.itemsToCreate[0].requestedParameters.clientHandle;
+        response.results.resize(request.itemsToCreate.size());
+        response.results[0].monitoredItemId = 1;
+        return response;
+    }
+    ServiceFault good(const RepublishRequest&) { return faultOf(OpcUa_BadMessageNotAvailable); }
+
+    /// A notification whose value is its number; none without a value.
+    PublishResponse notification(OpcUa_UInt32 number, bool hasValue = true)
+    {
+        PublishResponse response;
+        response.subscriptionId = 1;
+        response.notificationMessage.sequenceNumber = number;
+        UaVariant value;
+        value.setUInt32(number);
+        if (hasValue)
+            response.notificationMessage.notificationData = {
+                encodeExtension(DataChangeNotification{{{handle, UaDataValue(value)}}, {}})};
+        return response;
+    }
+    static ServiceFault faultOf(OpcUa_StatusCode status)
+    {
+        ServiceFault fault;
+        fault.header.serviceResult = status;
+        return fault;
+    }
+
+    ServerPeer& peer;
+    bool ends = false; // closes the connection
+    OpcUa_UInt32 readLimit = 0;
+    OpcUa_UInt32 handle = 0; // of the item that was monitored last
+    OpcUa_UInt32 count = 0;  // for the rows
+    std::vector<Message> kept;
+
+private:
+    template <class Request>
+    bool serveAs(const Message& m, OpcUa_UInt32 type)
+    {
+        if (type != Request::encodingId)
+            return false;
+        reply(m, good(decoded<Request>(m)));
+        return true;
+    }
+    template <class... Request>
+    void serveOneOf(const Message& m, OpcUa_UInt32 type)
+    {
+        static_cast<void>((serveAs<Request>(m, type) || ...));
+    }
+    UaStackTypeArray<OpcUa_EndpointDescription> endpoints() const
+    {
+        UaStackTypeArray<OpcUa_EndpointDescription> list;
+        static_cast<void>(list.create(2));
+        for (OpcUa_EndpointDescription& e : list) {
+            const bool isSecure = &e != list.begin();
+            assign(e.EndpointUrl, "opc.tcp://127.0.0.1");
+            assign(e.Server.ApplicationUri, "urn:plant");
+            assign(e.ServerCertificate, m_identity.certificate);
+            assign(e.SecurityPolicyUri, isSecure ? policyUri : securityPolicyNone);
+            e.SecurityMode = isSecure ? OpcUa_MessageSecurityMode_SignAndEncrypt
+                                      : OpcUa_MessageSecurityMode_None;
+            UaStackTypeArray<OpcUa_UserTokenPolicy> tokens;
+            static_cast<void>(tokens.create(1));
+            assign(tokens[0].PolicyId, "anonymous");
+            e.NoOfUserIdentityTokens = 1;
+            e.UserIdentityTokens = tokens.detach();
+        }
+        return list;
+    }
+
+    const Identity& m_identity;
+    const Fault m_fault;
+    OpcUa_UInt32 m_lastNode = 1;
+};
+
+/// Instead of the answer to one kind of request: a function of the server, the message and what it
+/// asks for.
+template <class Request, class Function>
+Server::Fault on(Function function)
+{
+    return [function](Server& s, const Message& m, OpcUa_UInt32 type) {
+        if (type == Request::encodingId)
+            function(s, m, Server::decoded<Request>(m));
+        return type == Request::encodingId;
+    };
+}
+/// Changes a good answer.
+template <class Request, class Change>
+Server::Fault altered(Change change)
+{
+    return on<Request>([change](Server& s, const Message& m, const Request& request) {
+        auto response = s.good(request);
+        change(response);
+        s.peer.answer(m, response);
+    });
+}
+/// Instead of the answer to what the host reads; the server's tables have been read.
+template <class Function>
+Server::Fault onCall(Function function)
+{
+    return on<ReadRequest>([function](Server& s, const Message& m, const ReadRequest& request) {
+        if (request.items.size() == 10)
+            s.reply(m, s.good(request));
+        else
+            function(s, m, request);
+    });
+}
+
+// What the host does once it is connected, and how that ends.
+
+OpcUa_StatusCode readOne(QvelSession& session)
+{
+    const QvelReadResult result = resultOf(session.read({{anyNode, 13, {}, {}}}));
+    return result.status.isBad() || result.values.value(0).value().toUInt32() == 13
+               ? result.status.code()
+               : OpcUa_BadUnexpectedError;
+}
+OpcUa_StatusCode readMany(QvelSession& session)
+{
+    return resultOf(session.read(QList<QvelReadItem>(100'000, {anyNode, 13, {}, {}})))
+        .status.code();
+}
+OpcUa_StatusCode cancelOne(QvelSession& session)
+{
+    QFuture<QvelReadResult> cancelled = session.read({{anyNode, 12, {}, {}}});
+    QTest::qWait(100); // until it is under way
+    cancelled.cancel();
+    return readOne(session);
+}
+OpcUa_StatusCode browse(QvelSession& session)
+{
+    const QvelBrowseResult result = resultOf(session.browse({{UaNodeId(85)}}));
+    return result.status.isBad() ? result.status.code() : result.results.value(0).status.code();
+}
+OpcUa_StatusCode history(QvelSession& session)
+{
+    QvelHistoryDetails details;
+    details.maximum = 1000;
+    const QvelHistoryResult result = resultOf(session.historyRead({{anyNode, {}}}, details));
+    return result.status.isBad() ? result.status.code() : result.results.value(0).status.code();
+}
+OpcUa_StatusCode waitForEnd(QvelSession& session)
+{
+    session.read({{anyNode, 13, {}, {}}});
+    static_cast<void>(
+        QTest::qWaitFor([&] { return session.state() == QvelSession::Disconnected; }, 20000));
+    return session.lastError().status.code();
+}
+// What a subscription delivers until number 6 has come, or until it fails.
+OpcUa_StatusCode subscribe(QvelSession& session, const QByteArray& expected)
+{
+    QvelSubscriptionParameters parameters;
+    parameters.publishingInterval = 20;
+    QvelSubscription* subscription = session.createSubscription(parameters);
+    QvelMonitoredItem item;
+    item.nodeId = anyNode;
+    subscription->addItems({item});
+    QByteArray told;
+    OpcUa_StatusCode status = OpcUa_BadTimeout;
+    QEventLoop loop;
+    QObject::connect(subscription, &QvelSubscription::changed, &loop, [&](UaStatusCode s) {
+        status = s.code();
+        if (s.isBad())
+            loop.quit();
+    });
+    QObject::connect(subscription, &QvelSubscription::gap, &loop,
+                     [&](OpcUa_UInt32 count) { told += '-' + QByteArray::number(count) + ' '; });
+    QObject::connect(subscription, &QvelSubscription::dataChanged, &loop,
+                     [&](const QList<QvelDataChange>& changes) {
+                         for (const QvelDataChange& change : changes)
+                             told += QByteArray::number(change.value.value().toUInt32()) + ' ';
+                         if (told.endsWith("6 "))
+                             loop.quit();
+                     });
+    QTimer::singleShot(20000, &loop, [&] { loop.exit(-1); });
+    if (loop.exec() == -1)
+        return OpcUa_BadUnexpectedError;
+    if (told != expected)
+        qWarning("%s instead of %s", told.constData(), expected.constData());
+    return told == expected ? status : OpcUa_BadUnexpectedError;
+}
+OpcUa_StatusCode subscribeInOrder(QvelSession& session)
+{
+    return subscribe(session, "1 2 3 4 5 6 ");
+}
+OpcUa_StatusCode subscribeWithGap(QvelSession& session)
+{
+    return subscribe(session, "1 -3 5 6 ");
+}
+OpcUa_StatusCode subscribeToSilence(QvelSession& session)
+{
+    return subscribe(session, {});
+}
+
+struct Row
+{
+    QByteArray name;
+    bool isSecure;
+    OpcUa_StatusCode status; ///< of the connection that fails, or else of the call
+    Server::Fault fault;
+    OpcUa_StatusCode (*call)(QvelSession&) = nullptr;
+    bool isConnected = false; ///< in the end
+    int timeout = 20000;      ///< of steps and calls, milliseconds
+};
+
+// In place of an answer to one of the steps that lead to a session.
+template <class Request>
+void addStepRows(QList<Row>& rows, const char* step, bool isSecure)
+{
+    const auto add = [&](const char* what, OpcUa_StatusCode status, auto fault, int time = 20000) {
+        rows.append({QByteArray(step) + ": " + what, isSecure, status, on<Request>(fault), nullptr,
+                     false, time});
+    };
+    add("closed", OpcUa_BadConnectionClosed, [](Server& s, auto&, auto&&) { s.ends = true; });
+    add(
+        "silence", OpcUa_BadTimeout, [](Server&, auto&, auto&&) {}, 500);
+    add("fault", OpcUa_BadTooManySessions, [](Server& s, const Message& m, auto&&) {
+        s.reply(m, Server::faultOf(OpcUa_BadTooManySessions));
+    });
+    add("other message", OpcUa_BadUnknownResponse,
+        [](Server& s, const Message& m, auto&&) { s.reply(m, CloseSessionResponse()); });
+    add("no message", OpcUa_BadTcpMessageTypeInvalid, [](Server& s, auto&, auto&&) {
+        s.peer.send(encodeConnectionMessage(MessageType::Acknowledge, Acknowledge()));
+    });
+}
+
+void addSecurityRows(QList<Row>& rows)
+{
+    using Created = CreateSessionResponse;
+    const auto created = [&](const char* name, OpcUa_StatusCode status, auto change) {
+        rows.append({name, true, status, altered<CreateSessionRequest>(change)});
+    };
+    constexpr OpcUa_StatusCode badSignature = OpcUa_BadApplicationSignatureInvalid;
+    created("wrong signature", badSignature,
+            [](Created& r) { r.serverSignature.signature[7] ^= 1; });
+    created("no signature", badSignature, [](Created& r) { r.serverSignature.signature.clear(); });
+    created("signature of another kind", badSignature,
+            [](Created& r) { r.serverSignature.algorithm = UaString("rsa"); });
+    created("another certificate", OpcUa_BadCertificateInvalid,
+            [](Created& r) { r.serverCertificate = makeIdentity().certificate; });
+    created("no token", OpcUa_BadUnknownResponse,
+            [](Created& r) { r.authenticationToken = UaNodeId(); });
+    created("other endpoints", OpcUa_BadSecurityChecksFailed,
+            [](Created& r) { static_cast<void>(r.serverEndpoints.resize(1)); });
+    for (int length : {0, 31, 129}) {
+        const auto change = [=](auto& response) { response.serverNonce = QByteArray(length, 'n'); };
+        const QByteArray name = "nonce of " + QByteArray::number(length);
+        created(name + ", created", OpcUa_BadNonceInvalid, change);
+        rows.append({name + ", activated", true, OpcUa_BadNonceInvalid,
+                     altered<ActivateSessionRequest>(change)});
+    }
+    // Bytes of a chunk: the type, the channel, the token, the first block, the last one.
+    constexpr std::pair<int, OpcUa_StatusCode> places[] = {
+        {1, OpcUa_BadTcpMessageTypeInvalid},      {3, OpcUa_BadTcpMessageTypeInvalid},
+        {8, OpcUa_BadSecurityChecksFailed},       {16, OpcUa_BadSecurityChecksFailed},
+        {12, OpcUa_BadSecureChannelTokenUnknown}, {-1, OpcUa_BadSecurityChecksFailed}};
+    for (const auto& [place, status] : places)
+        rows.append({"byte " + QByteArray::number(place), true, status,
+                     on<CreateSessionRequest>([at = place](Server& s, const Message& m, auto&& r) {
+                         auto response = s.good(r);
+                         QByteArray bytes = s.peer.chunksOf(m, response);
+                         bytes[at < 0 ? bytes.size() + at : at] ^= 1;
+                         s.peer.send(bytes);
+                     })});
+    for (bool isSecure : {false, true}) {
+        for (bool isReplayed : {false, true})
+            rows.append({isReplayed ? "replayed" : "skipped", isSecure,
+                         OpcUa_BadSequenceNumberInvalid,
+                         onCall([isReplayed](Server& s, const Message& m, auto&& request) {
+                             auto response = s.good(request);
+                             const QByteArray bytes = s.peer.chunksOf(m, response);
+                             if (isReplayed)
+                                 s.peer.send(bytes);
+                             s.peer.send(isReplayed ? bytes : s.peer.chunksOf(m, response));
+                         }),
+                         waitForEnd});
+        rows.append({"token never renewed", isSecure, OpcUa_BadSecureChannelTokenUnknown,
+                     on<OpenSecureChannelRequest>([](Server& s, const Message& m, auto&&) {
+                         if (s.count++ == 0)
+                             s.peer.giveToken(m, 1);
+                     }),
+                     waitForEnd});
+    }
+}
+
+void addSizeRows(QList<Row>& rows)
+{
+    // An answer with these bytes instead of results.
+    const auto told = [&](const char* name, OpcUa_StatusCode status, const QByteArray& results,
+                          bool isConnected = true) {
+        rows.append({name, false, status,
+                     onCall([results](Server& s, const Message& m, auto&& request) {
+                         ReadResponse good;
+                         good.header.requestHandle = request.header.requestHandle;
+                         QByteArray body = encodeMessage(good);
+                         body.chop(2 * sizeof(OpcUa_Int32)); // the two empty lists
+                         s.peer.send(s.peer.writer.chunks(m.type, m.requestId, body + results));
+                     }),
+                     readOne, isConnected});
+    };
+    const auto hex = [](const char* digits) { return QByteArray::fromHex(digits); };
+    told("array of 1 GB", OpcUa_BadDecodingError, hex("00000040"));
+    told("string of 1 GB", OpcUa_BadDecodingError, hex("01000000 010c 00000040"));
+    told("matrix of 1 GB", OpcUa_BadDecodingError,
+         hex("01000000 01c6 01000000 07000000 02000000 00800000 00800000"));
+    told("small bytes of large values", OpcUa_BadEncodingLimitsExceeded,
+         hex("00002000") + QByteArray(1 << 21, '\0'));
+    told("message too large", OpcUa_BadConnectionClosed, QByteArray(8 << 20, '\0'), false);
+    told("too few results", OpcUa_BadUnknownResponse, hex("00000000 00000000"));
+    rows.append({"chunk of 1 GB", false, OpcUa_BadTcpMessageTooLarge,
+                 onCall([](Server& s, auto&, auto&&) {
+                     s.peer.send("MSGF" + QByteArray::fromHex("00000040"));
+                 }),
+                 waitForEnd});
+}
+
+void addCallRows(QList<Row>& rows)
+{
+    for (OpcUa_StatusCode status : {OpcUa_BadTooManySessions, OpcUa_BadTooManyOperations})
+        rows.append({"limit of one and fault " + UaStatusCode(status).toString().bytes(), false,
+                     status, on<ReadRequest>([status](Server& s, const Message& m, auto&& request) {
+                         s.readLimit = 1;
+                         if (request.items.size() > 1)
+                             s.reply(m, s.good(request));
+                         else
+                             s.reply(m, Server::faultOf(status));
+                     }),
+                     readMany, true});
+    rows.append({"no answer", false, OpcUa_BadTimeout, onCall([](Server&, auto&, auto&&) {}),
+                 readOne, true, 500});
+    rows.append({"answers to nobody", true, OpcUa_Good,
+                 onCall([](Server& s, const Message& m, auto&& request) {
+                     s.kept.push_back(m);
+                     if (request.items[0].attributeId == 12)
+                         return; // the one that is cancelled
+                     Message unknown = m;
+                     unknown.requestId = 4711;
+                     for (const Message& other : {unknown, s.kept[0], s.kept[0], m, m})
+                         s.reply(other, s.good(Server::decoded<ReadRequest>(other)));
+                 }),
+                 cancelOne, true});
+    const auto add = [&](const char* name, OpcUa_StatusCode status, const Server::Fault& fault,
+                         OpcUa_StatusCode (*call)(QvelSession&)) {
+        rows.append({name, false, status, fault, call, true});
+    };
+    add("references for ever", OpcUa_BadEncodingLimitsExceeded, nullptr, browse);
+    add("same references for ever", OpcUa_BadContinuationPointInvalid,
+        on<BrowseNextRequest>([](Server& s, const Message& m, auto&&) {
+            BrowseResult page;
+            page.continuationPoint = QByteArray::number(++s.count);
+            page.references.resize(3);
+            s.reply(m, BrowseNextResponse{{}, {page}, {}});
+        }),
+        browse);
+    add("history for ever", OpcUa_BadEncodingLimitsExceeded, nullptr, history);
+    add("same history for ever", OpcUa_BadContinuationPointInvalid,
+        altered<HistoryReadRequest>(
+            [](HistoryReadResponse& r) { r.results[0].continuationPoint = "again"; }),
+        history);
+    add("empty history for ever", OpcUa_BadContinuationPointInvalid,
+        altered<HistoryReadRequest>(
+            [](HistoryReadResponse& r) { r.results[0].historyData = UaExtensionObject(); }),
+        history);
+}
+
+void addSubscriptionRows(QList<Row>& rows)
+{
+    const auto add = [&](const char* name, auto call, auto fault, bool isSilent = false) {
+        rows.append({name, false, isSilent ? OpcUa_StatusCode(OpcUa_BadTimeout) : OpcUa_Good,
+                     on<PublishRequest>(fault), call, true, isSilent ? 500 : 20000});
+    };
+    add(
+        "never published", subscribeToSilence, [](Server&, auto&, auto&&) {}, true);
+    add(
+        "published for nobody", subscribeToSilence,
+        [](Server& s, const Message& m, auto&&) {
+            PublishResponse response = s.notification(++s.count);
+            response.subscriptionId = 4711;
+            s.peer.answer(m, response);
+        },
+        true);
+    add("published twice", subscribeInOrder, [](Server& s, const Message& m, auto&&) {
+        PublishResponse response = s.notification(++s.count / 2 + 1); // each number twice
+        for (int i = 0; i < 2 && s.count <= 12; ++i)                  // and each request
+            s.peer.answer(m, response);
+    });
+    const auto later = [](Server& s, const Message& m, auto&&) { // 1, the promise of 5, 5, 6
+        constexpr OpcUa_UInt32 numbers[] = {1, 5, 5, 6};
+        if (s.count >= std::size(numbers) || s.handle == 0)
+            return;
+        s.reply(m, s.notification(numbers[s.count], s.count != 1));
+        ++s.count;
+    };
+    add("published with a gap", subscribeWithGap, later);
+    add("published again without data", subscribeWithGap, later);
+    rows.last().fault = [fault = rows.last().fault](Server& s, const Message& m, auto type) {
+        if (type != RepublishRequest::encodingId)
+            return fault(s, m, type);
+        RepublishResponse response;
+        response.notificationMessage.sequenceNumber =
+            Server::decoded<RepublishRequest>(m).retransmitSequenceNumber;
+        s.peer.answer(m, response);
+        return true;
+    };
+}
+
+QList<Row> allRows()
+{
+    QList<Row> rows;
+    addStepRows<OpenSecureChannelRequest>(rows, "open", true);
+    addStepRows<GetEndpointsRequest>(rows, "endpoints", true);
+    addStepRows<CreateSessionRequest>(rows, "create", true);
+    addStepRows<ActivateSessionRequest>(rows, "activate", false);
+    addStepRows<ReadRequest>(rows, "tables", true);
+    addSecurityRows(rows);
+    addSizeRows(rows);
+    addCallRows(rows);
+    addSubscriptionRows(rows);
+    return rows;
+}
+
+/// Bytes of a line of the process's status.
+qint64 memory(const QByteArray& field)
+{
+    QFile file("/proc/self/status");
+    const QByteArray status = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    const qsizetype at = status.indexOf(field) + field.size();
+    return status.mid(at, status.indexOf("kB", at) - at).trimmed().toLongLong() << 10;
+}
+
+} // namespace
+
+class tst_HostileSession : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void endsInANamedState_data();
+    void endsInANamedState();
+
+private:
+    const QList<Row> m_rows = allRows();
+    const Identity m_identity = makeIdentity();
+    SessionUser m_user;
+};
+
+void tst_HostileSession::endsInANamedState_data()
+{
+    QTest::addColumn<int>("index");
+    for (int i = 0; i < m_rows.size(); ++i)
+        QTest::addRow("%s%s", m_rows[i].name.constData(), m_rows[i].isSecure ? ", secure" : "")
+            << i;
+}
+
+void tst_HostileSession::endsInANamedState()
+{
+    QFETCH(int, index);
+    const Row& row = m_rows[index];
+    QFile certificate(m_user.options.certificateFile);
+    QVERIFY(certificate.open(QIODevice::ReadOnly));
+    const QByteArray client = certificate.readAll();
+    int connections = 0;
+    HostileServer server([&](ServerPeer& peer) {
+        ChannelSecurity security(*securityPolicy(policyUri),
+                                 OpcUa_MessageSecurityMode_SignAndEncrypt, m_identity.certificate,
+                                 m_identity.key, client);
+        // The first connection asks for the endpoints.
+        const bool isFirst = ++connections == 1;
+        if (!isFirst && row.isSecure)
+            peer.secure(security);
+        if (peer.acknowledge())
+            Server(peer, m_identity,
+                   isFirst && !row.name.startsWith("endpoints") ? nullptr : row.fault)
+                .serve();
+    });
+
+    QvelSessionOptions options = m_user.options;
+    options.connectTimeout = options.callTimeout = row.timeout;
+    options.keepAliveInterval = 60000;
+    options.reconnects = false;
+    options.limits.messageSize = 4 << 20;
+    options.limits.memory = 32 << 20;
+    QvelDiscoverySetting setting;
+    setting.setEndpointUrl(server.url());
+    setting.setSecurityPolicy(row.isSecure ? policyUri : securityPolicyNone);
+    setting.setMessageSecurityMode(row.isSecure ? OpcUa_MessageSecurityMode_SignAndEncrypt
+                                                : OpcUa_MessageSecurityMode_None);
+    QFile peak("/proc/self/clear_refs");
+    QVERIFY(peak.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && peak.write("5") == 1);
+    const qint64 before = memory("VmRSS:");
+    QvelSession session(options);
+    OpcUa_StatusCode status = connectSession(session, setting).status.code();
+    if (row.call) {
+        QCOMPARE(session.state(), QvelSession::Connected);
+        status = row.call(session);
+    }
+    QCOMPARE(UaStatusCode(status).toString().bytes(), UaStatusCode(row.status).toString().bytes());
+    if (!row.isConnected)
+        QTRY_COMPARE(session.state(), QvelSession::Disconnected);
+    QCOMPARE(session.state() == QvelSession::Connected, row.isConnected);
+    QVERIFY(memory("VmHWM:") - before < 150 << 20);
+}
+
+QTEST_GUILESS_MAIN(tst_HostileSession)
+#include "tst_hostilesession.moc"
