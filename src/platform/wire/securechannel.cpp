@@ -76,10 +76,8 @@ void SecureChannel::take(Message&& message, qint64 now)
         if (message.channelId != m_writer.channelId)
             return fail(OpcUa_BadTcpSecureChannelUnknown);
         // Once it uses the new token, the server may not go back.
-        if (m_oldToken != 0 && message.tokenId == m_writer.tokenId) {
-            m_security.keepToken(m_writer.tokenId);
-            m_oldToken = 0;
-        }
+        if (message.tokenId == m_writer.tokenId)
+            dropOldToken();
         m_messages.push_back(std::move(message));
         return;
     default:
@@ -148,7 +146,7 @@ void SecureChannel::takeToken(const Message& message, qint64 now)
     const qint64 lifetime = std::max(token.revisedLifetime, shortestLifetime);
     if (!isFirst) {
         // The server may use the old token until it has seen the new one (OPC 10000-4, 5.5.2.1).
-        m_oldToken = m_writer.tokenId;
+        m_hasOldToken = true;
         m_oldTokenExpires = std::max(now, m_expires) + (m_expires - m_renewAt);
         ++m_renewals;
     }
@@ -157,7 +155,7 @@ void SecureChannel::takeToken(const Message& message, qint64 now)
     m_openRequest = 0;
     m_renewAt = now + lifetime * 3 / 4;
     m_expires = now + lifetime;
-    m_nextTick = m_oldToken ? std::min(m_renewAt, m_oldTokenExpires) : m_renewAt;
+    m_nextTick = m_hasOldToken ? std::min(m_renewAt, m_oldTokenExpires) : m_renewAt;
     m_state = State::Open;
 }
 
@@ -165,17 +163,21 @@ void SecureChannel::tick(qint64 now)
 {
     if (m_state != State::Open)
         return;
-    if (m_oldToken != 0 && now >= m_oldTokenExpires) {
-        m_security.keepToken(m_writer.tokenId);
-        m_oldToken = 0;
-    }
+    if (now >= m_oldTokenExpires)
+        dropOldToken();
     if (m_openRequest != 0 && now >= m_expires)
         return fail(OpcUa_BadSecureChannelTokenUnknown); // the server never renewed it
     if (m_openRequest == 0 && now >= m_renewAt)
         requestToken(SecurityTokenRequestType::Renew, now);
     m_nextTick = m_openRequest != 0 ? m_expires : m_renewAt;
-    if (m_oldToken != 0)
+    if (m_hasOldToken)
         m_nextTick = std::min(m_nextTick, m_oldTokenExpires);
+}
+
+void SecureChannel::dropOldToken()
+{
+    if (std::exchange(m_hasOldToken, false))
+        m_security.keepToken(m_writer.tokenId);
 }
 
 OpcUa_UInt32 SecureChannel::send(QByteArrayView body)

@@ -70,6 +70,7 @@ private:
     void takeAcknowledge(QByteArrayView body, qint64 now);
     void takeToken(const Message& message, qint64 now);
     void requestToken(SecurityTokenRequestType type, qint64 now);
+    void dropOldToken();
     void fail(OpcUa_StatusCode status, const UaString& reason = {});
 
     const Settings m_settings;
@@ -90,8 +91,8 @@ private:
     OpcUa_UInt32 m_openRequest = 0; // the one for a token that is under way, else 0
     QByteArray m_nonce;             // that went with it
     qint64 m_renewAt = 0;
-    qint64 m_expires = 0; // the token itself
-    OpcUa_UInt32 m_oldToken = 0;
+    qint64 m_expires = 0;       // the token itself
+    bool m_hasOldToken = false; // its number may be 0
     qint64 m_oldTokenExpires = 0;
     qint64 m_nextTick = 0;
 };
