@@ -6,7 +6,7 @@ class QIODevice;
 class QvelDiscoveryCBInterface;
 
 /// Exit codes of the commands that need no window.
-enum ExitCode { ExitFound = 0, ExitFailure = 1, ExitUsage = 2 };
+enum ExitCode { ExitFound = 0, ExitFailure = 1, ExitUsage = 2, ExitNoSession = 3 };
 
 /// Adds each URL to a discovery tree as a user would, fetches everything below, and writes it to
 /// `out` as JSON. `timeout` is in milliseconds a service call.

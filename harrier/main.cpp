@@ -3,6 +3,7 @@
 #include "mainwindow.h"
 #include "plainline.h"
 #include "rendercommand.h"
+#include "sessioncommand.h"
 
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QFile>
@@ -15,6 +16,7 @@
 #include <QtWidgets/QStyleFactory>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -74,14 +76,41 @@ int usageError(const QString& text)
     return ExitUsage;
 }
 
+// Needs no display at all.
+int connectCommand(int argc, char** argv)
+{
+    const QCoreApplication app(argc, argv);
+#ifdef SIGPIPE
+    std::signal(SIGPIPE, SIG_IGN); // so that the session is closed where nobody reads on
+#endif
+    SessionArguments arguments;
+    const QString error = arguments.parse(QCoreApplication::arguments().mid(1));
+    if (!error.isEmpty()) {
+        printError(error);
+        printError(tr("Try 'harrier --connect --help'."));
+        return ExitUsage;
+    }
+    QFile out;
+    if (!out.open(stdout, QIODevice::WriteOnly)) {
+        printError(out.errorString());
+        return ExitFailure;
+    }
+    if (arguments.help)
+        return out.write(SessionArguments::helpText().toUtf8()) > 0 ? ExitFound : ExitFailure;
+    const QString data = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+    return runSession(arguments, data + QStringLiteral("/certificates"), out, printError);
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
-    const bool display = findDisplay(argc, argv);
-    QApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("harrier"));
     QCoreApplication::setApplicationVersion(QStringLiteral(HARRIER_VERSION));
+    if (SessionArguments::ask(argc, argv))
+        return connectCommand(argc, argv);
+    const bool display = findDisplay(argc, argv);
+    QApplication app(argc, argv);
 
     QCommandLineParser parser;
     parser.setApplicationDescription(tr("Finds OPC UA servers and edits OPC UA values."));
@@ -97,10 +126,14 @@ int main(int argc, char** argv)
     const QCommandLineOption discovery(
         QStringLiteral("discover"),
         tr("Print all that is found under the given URLs as JSON, without a window."));
+    const QCommandLineOption connecting(
+        QStringLiteral("connect"),
+        tr("Run commands over a session with a server; see 'harrier --connect --help'."),
+        tr("url"));
     const QCommandLineOption rendering(
         QStringLiteral("render"), tr("Draw each page into a PNG file in <folder>."), tr("folder"));
     const QCommandLineOption dark(QStringLiteral("dark"), tr("Use dark colours."));
-    parser.addOptions({help, settings, timeout, discovery, rendering, dark});
+    parser.addOptions({help, settings, timeout, discovery, connecting, rendering, dark});
     parser.addPositionalArgument(QStringLiteral("urls"),
                                  tr("With --discover: URLs to look under, as opc.tcp://host:4840."),
                                  QStringLiteral("[url...]"));
@@ -124,7 +157,8 @@ int main(int argc, char** argv)
         return usageError(tr("--discover and --render exclude each other"));
 
     if (!discovering && !parser.isSet(rendering) && !display)
-        return usageError(tr("There is no display; without one, use --discover or --render"));
+        return usageError(
+            tr("There is no display; without one, use --discover, --connect or --render"));
 
     // The commands leave the user's own settings and data alone.
     std::unique_ptr<SettingsStore> store;
