@@ -21,28 +21,14 @@
 
 using V = UaVariant;
 
-template <class Setter, class T>
-V variantOf(Setter setter, const T& typed)
-{
-    V value;
-    (value.*setter)(typed);
-    return value;
-}
-
-/// The controls that are laid out in an editor itself.
-template <class T>
-QList<T*> controls(const QWidget* editor)
-{
-    return editor->findChildren<T*>(QString(), Qt::FindDirectChildrenOnly);
-}
-
-/// An editor, and the names of the change signals that it emits.
+/// An editor, the names of the change signals that it emits, and how often the focus leaves it.
 class Editor : public QObject
 {
     Q_OBJECT
 public:
     explicit Editor(QWidget* w) : widget(w)
     {
+        w->installEventFilter(this);
         const QMetaMethod slot = metaObject()->method(metaObject()->indexOfSlot("note()"));
         for (int i = w->metaObject()->methodOffset(); i < w->metaObject()->methodCount(); ++i) {
             if (w->metaObject()->method(i).methodType() == QMetaMethod::Signal)
@@ -60,16 +46,25 @@ public:
     }
     V value() const { return widget->property("value").value<V>(); }
     void setValue(const V& v) { widget->setProperty("value", QVariant::fromValue(v)); }
+    /// The controls that are laid out in the editor itself.
     template <class T>
     QList<T*> all() const
     {
-        return controls<T>(widget.get());
+        return widget->findChildren<T*>(QString(), Qt::FindDirectChildrenOnly);
     }
     QLineEdit* lastLine() const { return all<QLineEdit>().constLast(); }
 
     std::unique_ptr<QWidget> widget;
     QByteArrayList told;
     V toldValue; ///< the last
+    int focusOuts = 0;
+
+protected:
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        focusOuts += event->type() == QEvent::FocusOut;
+        return false;
+    }
 
 private Q_SLOTS:
     void note()
@@ -79,42 +74,25 @@ private Q_SLOTS:
     }
 };
 
-/// Two values that differ in `changes` controls or entries, and others that are kept without a
-/// loss.
-struct Values
-{
-    V first, second;
-    V (*random)(QRandomGenerator&);
-};
-
 struct EditorCase
 {
     const char* name;
     QWidget* (*create)(int flags);
-    Values values;
+    V first, second;                ///< they differ in `changes` controls or entries
+    V (*random)(QRandomGenerator&); ///< a value that is kept without a loss
     int changes = 1;
 };
-
-inline const QMap<int, QString>& flagNames()
-{
-    static const QMap<int, QString> names = {
-        {0, "None"}, {1, "Read"}, {2, "Write"}, {4, "Execute"}, {INT_MIN, "Highest"}};
-    return names;
-}
 
 template <class W>
 QWidget* create(int number)
 {
     using Flags = decltype(std::declval<W&>().flags());
+    const QMap<int, QString> names = {
+        {0, "None"}, {1, "Read"}, {2, "Write"}, {4, "Execute"}, {INT_MIN, "Highest"}};
     if constexpr (std::is_constructible_v<W, QMap<int, QString>, Flags>)
-        return new W(flagNames(), Flags(number));
+        return new W(names, Flags(number));
     else
         return new W(Flags(number));
-}
-
-inline UaGuid guidOf(const char* text)
-{
-    return UaGuid(QUuid(text));
 }
 
 inline UaByteString randomBytes(QRandomGenerator& r)
@@ -154,59 +132,71 @@ inline UaNodeId randomNodeId(QRandomGenerator& r)
                        : UaNodeId(randomBytes(r), index);
 }
 
+inline V xmlElement(const QByteArray& bytes)
+{
+    V value;
+    value.setXmlElement(UaByteString(bytes));
+    return value;
+}
+
+template <class... Editors>
+void add(QList<EditorCase>& cases, const V& first, const V& second, V (*random)(QRandomGenerator&),
+         int changes = 1)
+{
+    (cases.append(
+         {Editors::staticMetaObject.className(), create<Editors>, first, second, random, changes}),
+     ...);
+}
+
 inline const QList<EditorCase>& editorCases()
 {
-#define VALUES(Type, First, Second, Random)                                                        \
-    {                                                                                              \
-        variantOf(&V::set##Type, First), variantOf(&V::set##Type, Second),                         \
-            [](QRandomGenerator& r) { return variantOf(&V::set##Type, (void(r), Random)); }        \
-    }
-#define CASE(Class) #Class, create < Class>
-    const auto bytes = [](const char* text) { return UaByteString(QByteArray(text)); };
-    const Values nodeIds = VALUES(NodeId, UaNodeId(85, 3), UaNodeId(86, 4), randomNodeId(r));
-    const Values expandedNodeIds =
-        VALUES(ExpandedNodeId, UaExpandedNodeId(UaNodeId(85, 3), "urn:a;b", 1),
-               UaExpandedNodeId(UaNodeId(86, 4), "urn:c", 2),
-               UaExpandedNodeId(randomNodeId(r), randomString(r), r.generate() & 0x7fffffff));
-    const Values names =
-        VALUES(QualifiedName, UaQualifiedName("Pump", 1), UaQualifiedName("", 65535),
-               UaQualifiedName(randomString(r), OpcUa_UInt16(r.bounded(65536))));
-    const Values texts =
-        VALUES(LocalizedText, UaLocalizedText("en", "Pump"), UaLocalizedText("", "\xe6\xb0\xb4"),
-               UaLocalizedText(randomString(r), randomString(r)));
-    const Values byteStrings = VALUES(ByteString, bytes("\x0a\x0b"), bytes("\xff"), randomBytes(r));
-    const Values xmlElements = VALUES(XmlElement, bytes("plain"), bytes("<a>\n</a>"),
-                                      UaByteString(randomString(r).bytes()));
-    static const QList<EditorCase> cases = {
-        {CASE(QvelWidgetNodeId), nodeIds, 2},
-        {CASE(QvelDialogWidgetNodeId), nodeIds, 2},
-        {CASE(QvelDialogWidgetExpandedNodeId), expandedNodeIds, 4},
-        {CASE(QvelEditWidgetExpandedNodeId), expandedNodeIds},
-        {CASE(QvelWidgetQualifiedName), names, 2},
-        {CASE(QvelDialogWidgetQualifiedName), names, 2},
-        {CASE(QvelWidgetLocalizedText), texts, 2},
-        {CASE(QvelDialogWidgetLocalizedText), texts, 2},
-        {CASE(QvelWidgetByteString), byteStrings},
-        {CASE(QvelEditWidgetByteString), byteStrings},
-        {CASE(QvelWidgetXmlElement), xmlElements},
-        {CASE(QvelEditWidgetXmlElement), xmlElements},
-        {CASE(QvelEditWidgetString), VALUES(String, "Pump", "Gr\xc3\xbcn", randomString(r))},
-        {CASE(QvelWidgetStatusCode), VALUES(StatusCode, 0x80000000u, 0u, r.generate())},
-        {CASE(QvelWidgetGuid),
-         VALUES(Guid, guidOf("0f1e2d3c-4b5a-6978-8796-a5b4c3d2e1f0"), UaGuid(), randomGuid(r))},
-        {CASE(QvelWidgetEnum), VALUES(Int32, 1, INT_MIN, 1 << r.bounded(3))},
-        {CASE(QvelWidgetEnumFlags), VALUES(Int32, 1, 6 | INT_MIN, int(r.generate() & 0x80000007u)),
-         4},
-        {CASE(QvelWidgetValueRank), VALUES(Int32, -1, 2, r.bounded(-3, 3))},
-        {CASE(QvelWidgetWriteMask), VALUES(UInt32, 1u, 0x3fffffu, r.generate() & 0x3fffff), 21},
-        {CASE(QvelWidgetBrowseResultMask), VALUES(UInt32, 0x21u, 0x1eu, r.generate() & 0x3f), 6},
-        {CASE(QvelWidgetDiagnosticsMask), VALUES(UInt32, 0x201u, 0x200u, r.generate() & 0x3ff)},
-        {CASE(QvelWidgetEventNotifierMask), VALUES(Byte, 1, 0xc, OpcUa_Byte(r.generate() & 0xd)),
-         3},
-        {CASE(QvelWidgetAccessLevelMask), VALUES(Byte, 3, 0, OpcUa_Byte(r.generate() & 0xf)), 2},
+    static QList<EditorCase> cases;
+    if (!cases.isEmpty())
+        return cases;
+    using R = QRandomGenerator;
+    add<QvelWidgetNodeId, QvelDialogWidgetNodeId>(
+        cases, V(UaNodeId(85, 3)), V(UaNodeId(86, 4)), [](R& r) { return V(randomNodeId(r)); }, 2);
+    const V expanded(UaExpandedNodeId(UaNodeId(85, 3), "urn:a;b", 1));
+    const V other(UaExpandedNodeId(UaNodeId(86, 4), "urn:c", 2));
+    const auto randomExpanded = [](R& r) {
+        return V(UaExpandedNodeId(randomNodeId(r), randomString(r), r.generate() & 0x7fffffff));
     };
-#undef CASE
-#undef VALUES
+    add<QvelDialogWidgetExpandedNodeId>(cases, expanded, other, randomExpanded, 4);
+    add<QvelEditWidgetExpandedNodeId>(cases, expanded, other, randomExpanded);
+    add<QvelWidgetQualifiedName, QvelDialogWidgetQualifiedName>(
+        cases, V(UaQualifiedName("Pump", 1)), V(UaQualifiedName("", 65535)),
+        [](R& r) { return V(UaQualifiedName(randomString(r), OpcUa_UInt16(r.bounded(65536)))); },
+        2);
+    add<QvelWidgetLocalizedText, QvelDialogWidgetLocalizedText>(
+        cases, V(UaLocalizedText("en", "Pump")), V(UaLocalizedText("", "\xe6\xb0\xb4")),
+        [](R& r) { return V(UaLocalizedText(randomString(r), randomString(r))); }, 2);
+    add<QvelWidgetByteString, QvelEditWidgetByteString>(
+        cases, V(UaByteString(QByteArray("\x0a\x0b"))), V(UaByteString(QByteArray("\xff"))),
+        [](R& r) { return V(randomBytes(r)); });
+    add<QvelWidgetXmlElement, QvelEditWidgetXmlElement>(
+        cases, xmlElement("plain"), xmlElement("<a>\n</a>"),
+        [](R& r) { return xmlElement(randomString(r).bytes()); });
+    add<QvelEditWidgetString>(cases, V("Pump"), V("Gr\xc3\xbcn"),
+                              [](R& r) { return V(randomString(r)); });
+    add<QvelWidgetStatusCode>(cases, V(UaStatusCode(0x80000000u)), V(UaStatusCode(0u)),
+                              [](R& r) { return V(UaStatusCode(r.generate())); });
+    add<QvelWidgetGuid>(cases, V(UaGuid(QUuid("{0f1e2d3c-4b5a-6978-8796-a5b4c3d2e1f0}"))),
+                        V(UaGuid()), [](R& r) { return V(randomGuid(r)); });
+    add<QvelWidgetEnum>(cases, V(1), V(INT_MIN), [](R& r) { return V(1 << r.bounded(3)); });
+    add<QvelWidgetEnumFlags>(
+        cases, V(1), V(6 | INT_MIN), [](R& r) { return V(int(r.generate() & 0x80000007u)); }, 4);
+    add<QvelWidgetValueRank>(cases, V(-1), V(2), [](R& r) { return V(r.bounded(-3, 3)); });
+    add<QvelWidgetWriteMask>(
+        cases, V(1u), V(0x3fffffu), [](R& r) { return V(r.generate() & 0x3fffff); }, 21);
+    add<QvelWidgetBrowseResultMask>(
+        cases, V(0x21u), V(0x1eu), [](R& r) { return V(r.generate() & 0x3f); }, 6);
+    add<QvelWidgetDiagnosticsMask>(cases, V(0x201u), V(0x200u),
+                                   [](R& r) { return V(r.generate() & 0x3ff); });
+    using Byte = OpcUa_Byte;
+    add<QvelWidgetEventNotifierMask>(
+        cases, V(Byte(1)), V(Byte(0xc)), [](R& r) { return V(Byte(r.generate() & 0xd)); }, 3);
+    add<QvelWidgetAccessLevelMask>(
+        cases, V(Byte(3)), V(Byte(0)), [](R& r) { return V(Byte(r.generate() & 0xf)); }, 2);
     return cases;
 }
 

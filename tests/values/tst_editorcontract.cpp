@@ -1,4 +1,4 @@
-// What every value editor has in common, and the texts that it takes.
+// What every value editor has in common, the texts that it takes, and lists of check boxes.
 
 #include "editorcases.h"
 #include "support/modaluser.h"
@@ -8,10 +8,11 @@
 
 #include <QtCore/QLibraryInfo>
 #include <QtCore/QTranslator>
+#include <QtGui/QAccessible>
 #include <QtGui/QScreen>
-#include <QtGui/QStandardItemModel>
+#include <QtWidgets/QAbstractItemView>
+#include <QtWidgets/QCheckBox>
 #include <QtWidgets/QComboBox>
-#include <QtWidgets/QDataWidgetMapper>
 #include <QtWidgets/QDialogButtonBox>
 #include <QtWidgets/QHBoxLayout>
 #include <QtWidgets/QLabel>
@@ -25,19 +26,6 @@ namespace {
 
 constexpr quint32 seed = 20240229;
 constexpr int randomCount = 1000;
-
-class FocusOutCounter : public QObject
-{
-public:
-    int count = 0;
-
-protected:
-    bool eventFilter(QObject*, QEvent* event) override
-    {
-        count += event->type() == QEvent::FocusOut;
-        return false;
-    }
-};
 
 // Notes what is looked up in the contexts of the editors.
 class Lookups : public QTranslator
@@ -73,7 +61,19 @@ class EditorContractTest : public QObject
     }
 
 private Q_SLOTS:
-    void initTestCase() { qInfo("random values of seed %u", seed); }
+    void initTestCase()
+    {
+        qInfo("random values of seed %u", seed);
+        // First of all, since nothing else may have registered a type before.
+        for (const EditorCase& c : editorCases()) {
+            const std::unique_ptr<QWidget> w(c.create(0));
+            QCOMPARE(w->metaObject()->userProperty().name(), "value");
+            for (int i = 0; i < w->metaObject()->methodCount(); ++i) {
+                for (const QByteArray& type : w->metaObject()->method(i).parameterTypes())
+                    QVERIFY2(!type.startsWith("Ua") || QMetaType::fromName(type).isValid(), type);
+            }
+        }
+    }
     void init()
     {
         // A font that lacks the script of a random text warns.
@@ -81,23 +81,11 @@ private Q_SLOTS:
             failOnWarnings();
     }
 
-    // First of all, since nothing else may have registered a type before.
-    void valueClassesAreRegistered()
-    {
-        for (const EditorCase& c : editorCases()) {
-            const std::unique_ptr<QWidget> w(c.create(0));
-            for (int i = 0; i < w->metaObject()->methodCount(); ++i) {
-                for (const QByteArray& type : w->metaObject()->method(i).parameterTypes())
-                    QVERIFY2(!type.startsWith("Ua") || QMetaType::fromName(type).isValid(), type);
-            }
-        }
-    }
-
     void values_data() { addCases(); }
     void values()
     {
         const EditorCase& c = current();
-        const V& first = c.values.first;
+        const V& first = c.first;
         for (int flags = 0; flags < 4; ++flags) {
             Editor editor(c.create(flags));
             const bool isInline = editor.widget->inherits("QvelWidgetBase");
@@ -113,7 +101,7 @@ private Q_SLOTS:
             for (auto* combo : editor.all<QComboBox>())
                 QVERIFY(combo->isEnabled() != readOnly && combo->hasFrame() == framed);
             // A value can be set whatever the flags are.
-            for (const V& value : {first, c.values.second, first}) {
+            for (const V& value : {first, c.second, first}) {
                 editor.told.clear();
                 editor.setValue(value);
                 QVERIFY(editor.value() == value && editor.value(nullptr) == value);
@@ -139,12 +127,11 @@ private Q_SLOTS:
             QWidget* control = editor.widget->layout()->itemAt(0)->widget();
             const bool isSingle = isInline && !isMask && editor.widget->layout()->count() == 1;
             QCOMPARE(editor.widget->focusProxy(), isSingle ? control : nullptr);
-            FocusOutCounter counter;
-            editor.widget->installEventFilter(&counter);
+            editor.focusOuts = 0;
             QFocusEvent leave(QEvent::FocusOut);
             if (control)
                 QCoreApplication::sendEvent(control, &leave);
-            QCOMPARE(counter.count, int(isSingle));
+            QCOMPARE(editor.focusOuts, int(isSingle));
         }
     }
 
@@ -154,7 +141,7 @@ private Q_SLOTS:
         QRandomGenerator random(seed);
         Editor editor(current().create(0));
         for (int i = 0; i < randomCount; ++i) {
-            const V value = current().values.random(random);
+            const V value = current().random(random);
             editor.told.clear();
             editor.setValue(value);
             QVERIFY2(editor.value() == value, value.toFullString().toUtf8());
@@ -162,31 +149,6 @@ private Q_SLOTS:
             for (auto* line : editor.all<QLineEdit>())
                 QVERIFY(line->cursorPosition() == 0 || line->text().size() < 18);
         }
-    }
-
-    // Every editor on a column of a model.
-    void mapped()
-    {
-        QStandardItemModel model(1, int(editorCases().size()));
-        std::vector<std::unique_ptr<QWidget>> editors;
-        QDataWidgetMapper mapper;
-        mapper.setSubmitPolicy(QDataWidgetMapper::ManualSubmit);
-        mapper.setModel(&model);
-        for (const EditorCase& c : editorCases()) {
-            editors.emplace_back(c.create(0));
-            const int column = int(editors.size()) - 1;
-            model.setData(model.index(0, column), QVariant::fromValue(c.values.first));
-            mapper.addMapping(editors.back().get(), column);
-        }
-        mapper.toFirst();
-        for (int i = 0; i < model.columnCount(); ++i) {
-            const Values& values = editorCases().at(i).values;
-            QVERIFY(editors[size_t(i)]->property("value").value<V>() == values.first);
-            editors[size_t(i)]->setProperty("value", QVariant::fromValue(values.second));
-        }
-        QVERIFY(mapper.submit());
-        for (int i = 0; i < model.columnCount(); ++i)
-            QVERIFY(model.index(0, i).data().value<V>() == editorCases().at(i).values.second);
     }
 
     void dialogs_data() { addCases(&QvelDialogWidgetBase::staticMetaObject); }
@@ -253,7 +215,7 @@ private Q_SLOTS:
     void fields_data() { addCases(&QvelEditWidgetBase::staticMetaObject); }
     void fields()
     {
-        const V& first = current().values.first;
+        const V& first = current().first;
         for (int flags : {0, 3}) {
             Editor editor(current().create(flags));
             auto* dialog = editor.widget->findChild<QDialog*>();
@@ -321,7 +283,7 @@ private Q_SLOTS:
             }
         }
         // What a narrow control may cut is its tool tip.
-        editor.setValue(current().values.first);
+        editor.setValue(current().first);
         for (auto* control : editor.all<QWidget>())
             QVERIFY(control->maximumWidth() > 50 || !control->toolTip().isEmpty());
     }
@@ -358,121 +320,256 @@ private Q_SLOTS:
         QCOMPARE(QStringList(lookups.seen.values()).join("\n"), QString());
     }
 
-    void texts_data()
-    {
-        QTest::addColumn<QByteArray>("editor");
-        QTest::addColumn<int>("type"); // of the identifier
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("shown"); // null if the host sets it, past validator and mask
-        QTest::addColumn<V>("value");
-        QTest::addColumn<bool>("valid"); // if not, the value is what stands for it
-        const auto row = [](const char* editor, int type, const QString& text, const QString& shown,
-                            const V& value, bool valid = true) {
-            QTest::addRow("%s, %d, %s", editor, type, qPrintable(text))
-                << QByteArray(editor) << type << text << shown << value << valid;
-        };
-        const auto id = [&row](int type, const QString& text, const QString& shown,
-                               const UaNodeId& id, bool valid = true) {
-            row("QvelWidgetNodeId", type, text, shown, variantOf(&V::setNodeId, id), valid);
-            row("QvelDialogWidgetExpandedNodeId", type, text, shown,
-                variantOf(&V::setExpandedNodeId, UaExpandedNodeId(id, "", 0)), valid);
-        };
-        const auto opaque = [](const char* hex) {
-            return UaNodeId(UaByteString(QByteArray::fromHex(hex)), 3);
-        };
-        const QString digits = "0F1e2d3c4b5a69788796a5b4c3d2e1f0";
-        const QString braced = "{0F1e2d3c-4b5a-6978-8796-a5b4c3d2e1f0}";
-        const UaGuid guid = guidOf("0f1e2d3c-4b5a-6978-8796-a5b4c3d2e1f0");
-        id(0, "21474836470", "2147483647", UaNodeId(2147483647, 3));
-        id(0, "-1", "-1", UaNodeId(0, 3), false);
-        id(0, "", "", UaNodeId(0, 3), false);
-        id(1, "<b>1</b>", "<b>1</b>", UaNodeId(UaString("<b>1</b>"), 3));
-        id(1, "", "", UaNodeId(UaString(""), 3));
-        id(2, braced, braced, UaNodeId(guid, 3));
-        id(2, "{0F1E", "{0F1E----}", UaNodeId(), false);
-        id(3, "0xAbCd", "0xAbCd", opaque("abcd"));
-        id(3, "0X", "0X", opaque(""));
-        id(3, "0xABC", "0xABC", UaNodeId(), false);
-        id(3, "0xGG", "0x", opaque(""));
-        for (const char* text : {"0x0x1F", "1F", "0X1F", "10xF"})
-            id(3, text, {}, opaque("1f"));
-        id(3, "0x1F\n", {}, UaNodeId(), false);
-        const auto bytes = [](const char* hex) {
-            return variantOf(&V::setByteString, UaByteString(QByteArray::fromHex(hex)));
-        };
-        row("QvelWidgetByteString", -1, "0x0A0b", "0x0A0b", bytes("0a0b"));
-        row("QvelWidgetByteString", -1, "0X", "0X", bytes(""));
-        row("QvelWidgetByteString", -1, "0xA", "0xA", bytes(""), false);
-        const V whole = variantOf(&V::setGuid, guid), none = variantOf(&V::setGuid, UaGuid());
-        row("QvelWidgetGuid", -1, "zz" + digits + "77", braced, whole);
-        row("QvelWidgetGuid", -1, digits.chopped(1), braced.chopped(2) + "}", none, false);
-        const auto code = [](OpcUa_StatusCode c) { return variantOf(&V::setStatusCode, c); };
-        row("QvelWidgetStatusCode", -1, "80AB0000", "0x80AB0000", code(0x80ab0000u));
-        row("QvelWidgetStatusCode", -1, "8", "0x8", code(8));
-        row("QvelWidgetStatusCode", -1, "", "0x", code(0), false);
-        row("QvelWidgetXmlElement", -1, QString("a") + QChar(0xd800), {},
-            variantOf(&V::setXmlElement, UaByteString(QByteArray("a?"))));
-    }
     void texts()
     {
-        QFETCH(QByteArray, editor);
-        QFETCH(int, type);
-        QFETCH(QString, text);
-        QFETCH(QString, shown);
-        QFETCH(V, value);
-        QFETCH(bool, valid);
-        Editor e(createNamed(editor));
-        e.widget->show();
-        auto* line = e.lastLine();
-        if (type >= 0) {
-            e.all<QSpinBox>().constLast()->setValue(3);
-            for (int other : {type == 0 ? 1 : 0, type})
-                e.all<QComboBox>().constFirst()->setCurrentIndex(other);
-            const QStringList initial = {"0", "", "{00000000-0000-0000-0000-000000000000}", "0x0"};
-            QCOMPARE(line->text(), initial[type]);
-        }
-        if (shown.isNull()) {
-            line->setText(text);
-        } else {
-            line->selectAll();
-            QTest::keyClick(line, Qt::Key_Delete);
-            line->home(false);
-            QTest::keyClicks(line, text);
-            QCOMPARE(line->text(), shown);
-        }
-        bool ok = !valid;
-        QVERIFY(e.value(&ok) == (valid ? value : V()) && ok == valid);
-        QVERIFY(e.value() == (valid ? value : V()));
-        QVERIFY(e.value(nullptr) == value);
-        if (valid && type < 0) { // read and set again, it is spelled as the editors spell it
-            e.setValue(value);
-            QVERIFY(line->text() == line->text().toLower() && e.value() == value);
-            QVERIFY(value.type() != OpcUaType_StatusCode || line->text().size() == 10);
+        struct Text
+        {
+            const char* editor;
+            int type; // of the identifier, -1 for other editors
+            QString text;
+            QString shown; // null if the host sets it, past validator and mask
+            V value;       // that an invalid text stands for
+            bool valid = true;
+        };
+        const auto bytes = [](const char* hex) { return UaByteString(QByteArray::fromHex(hex)); };
+        const auto opaque = [&](const char* hex) { return V(UaNodeId(bytes(hex), 3)); };
+        const char *node = "QvelWidgetNodeId", *byteString = "QvelWidgetByteString";
+        const char *guid = "QvelWidgetGuid", *code = "QvelWidgetStatusCode";
+        const QString digits = "0F1e2d3c4b5a69788796a5b4c3d2e1f0";
+        const QString braced = "{0F1e2d3c-4b5a-6978-8796-a5b4c3d2e1f0}";
+        const UaGuid whole{QUuid(braced)};
+        const V none(UaNodeId(0, 3)), null{UaNodeId()};
+        const QList<Text> rows = {
+            {node, 0, "21474836470", "2147483647", V(UaNodeId(2147483647, 3))},
+            {"QvelDialogWidgetExpandedNodeId", 0, "-1", "-1",
+             V(UaExpandedNodeId(UaNodeId(0, 3), "", 0)), false},
+            {node, 0, "", "", none, false},
+            {node, 1, "<b>1</b>", "<b>1</b>", V(UaNodeId(UaString("<b>1</b>"), 3))},
+            {node, 1, "", "", V(UaNodeId(UaString(""), 3))},
+            {node, 2, braced, braced, V(UaNodeId(whole, 3))},
+            {node, 2, "{0F1E", "{0F1E----}", null, false},
+            {node, 3, "0xAbCd", "0xAbCd", opaque("abcd")},
+            {node, 3, "0X", "0X", opaque("")},
+            {node, 3, "0xABC", "0xABC", null, false},
+            {node, 3, "0xGG", "0x", opaque("")},
+            {node, 3, "0x0x1F", {}, opaque("1f")},
+            {node, 3, "10xF", {}, opaque("1f")},
+            {node, 3, "0x1F\n", {}, null, false},
+            {byteString, -1, "0x0A0b", "0x0A0b", V(bytes("0a0b"))},
+            {byteString, -1, "0X", "0X", V(bytes(""))},
+            {byteString, -1, "0xA", "0xA", V(bytes("")), false},
+            {guid, -1, "zz" + digits + "77", braced, V(whole)},
+            {guid, -1, digits.chopped(1), braced.chopped(2) + "}", V(UaGuid()), false},
+            {code, -1, "80AB0000", "0x80AB0000", V(UaStatusCode(0x80ab0000u))},
+            {code, -1, "8", "0x8", V(UaStatusCode(8))},
+            {code, -1, "", "0x", V(UaStatusCode(0)), false},
+            {"QvelWidgetXmlElement", -1, QString("a") + QChar(0xd800), {}, xmlElement("a?")}};
+        for (const auto& [name, type, text, shown, value, valid] : rows) {
+            Editor e(createNamed(name));
+            e.widget->show();
+            auto* line = e.lastLine();
+            if (type >= 0) {
+                e.all<QSpinBox>().constLast()->setValue(3);
+                for (int other : {type == 0 ? 1 : 0, type})
+                    e.all<QComboBox>().constFirst()->setCurrentIndex(other);
+                const QStringList initial = {"0", "", QUuid().toString(), "0x0"};
+                QCOMPARE(line->text(), initial[type]);
+            }
+            if (shown.isNull()) {
+                line->setText(text);
+            } else {
+                line->selectAll();
+                QTest::keyClick(line, Qt::Key_Delete);
+                line->home(false);
+                QTest::keyClicks(line, text);
+                QCOMPARE(line->text(), shown);
+            }
+            bool ok = !valid;
+            QVERIFY2(e.value(&ok) == (valid ? value : V()) && ok == valid, qPrintable(text));
+            QVERIFY2(e.value() == (valid ? value : V()), qPrintable(text));
+            QVERIFY2(e.value(nullptr) == value, qPrintable(text));
+            if (valid && type < 0) { // read and set again, it is spelled as the editors spell it
+                e.setValue(value);
+                QVERIFY(line->text() == line->text().toLower() && e.value() == value);
+                QVERIFY(name != code || line->text().size() == 10);
+            }
         }
     }
 
     void losses()
     {
-        const auto expanded = [](OpcUa_UInt32 server) {
-            return variantOf(&V::setExpandedNodeId, UaExpandedNodeId(UaNodeId(1), "", server));
-        };
-        const QList<std::tuple<const char*, V, V>> rows = {
+        const V server(UaExpandedNodeId(UaNodeId(1), "", 0x80000000u));
+        const std::tuple<const char*, V, V> rows[] = {
             // A server index past that of a spin box
-            {"QvelDialogWidgetExpandedNodeId", expanded(0x80000000u), expanded(0)},
-            {"QvelEditWidgetExpandedNodeId", expanded(0x80000000u), expanded(0)},
-            // Values and bits without a name
-            {"QvelWidgetEnum", V(OpcUa_Int32(7)), V(OpcUa_Int32(0))},
-            {"QvelWidgetEnumFlags", V(OpcUa_Int32(9)), V(OpcUa_Int32(1))},
-            {"QvelWidgetValueRank", V(OpcUa_Int32(3)), V(OpcUa_Int32(0))},
+            {"QvelEditWidgetExpandedNodeId", server, V(UaExpandedNodeId(UaNodeId(1), "", 0))},
+            // Values and bits without a name, and any bit that a name has in common with the value
+            {"QvelWidgetEnum", V(7), V(0)},
+            {"QvelWidgetEnumFlags", V(9), V(1)},
+            {"QvelWidgetValueRank", V(3), V(0)},
             // Bytes that are no UTF-8, and any type as its text
-            {"QvelEditWidgetString", variantOf(&V::setString, "a\xff\xc3"),
-             variantOf(&V::setString, "a\xef\xbf\xbd\xef\xbf\xbd")},
-            {"QvelEditWidgetString", V(OpcUa_Int32(-7)), variantOf(&V::setString, "-7")}};
+            {"QvelEditWidgetString", V("a\xff\xc3"), V("a\xef\xbf\xbd\xef\xbf\xbd")},
+            {"QvelEditWidgetString", V(-7), V("-7")}};
         for (const auto& [name, given, kept] : rows) {
             Editor lossy(createNamed(name));
             lossy.setValue(given);
             QVERIFY2(lossy.value() == kept, name);
         }
+        QvelWidgetEnumFlags flags({{3, "Both"}, {4, "Other"}});
+        flags.setEnumValue(1);
+        QCOMPARE(flags.enumValue(), 3);
+    }
+
+    // Random use of a list of flags, by mouse and keys.
+    void useOfFlags()
+    {
+        QvelWidgetAccessLevelMask editor;
+        auto* combo = editor.findChild<QComboBox*>();
+        auto* view = combo->view();
+        QSignalSpy changed(&editor, &QvelWidgetAccessLevelMask::accessLevelMaskChanged);
+        editor.show();
+        QVERIFY(QTest::qWaitForWindowActive(&editor));
+        combo->setFocus();
+        QRandomGenerator random(seed);
+        const auto press = [&](Qt::Key key) { // to wherever the window system would send it
+            const QWidget* popup = QApplication::activePopupWidget();
+            QTest::keyClick((popup ? popup : &editor)->windowHandle(), key);
+        };
+        const auto click = [&](int row, int x, Qt::MouseButton button = Qt::LeftButton) {
+            const QPoint place(x, view->visualRect(view->model()->index(row, 0)).center().y());
+            QWidget* child = view->viewport()->childAt(place);
+            QWidget* hit = child ? child : view->viewport();
+            QTest::mouseClick(hit, button, {}, hit->mapFrom(view->viewport(), place));
+        };
+        int row = 0, told = 0;
+        OpcUa_Byte bits = 0;
+        for (int i = 0; i < 1000; ++i) {
+            if (!view->isVisible()) {
+                const int by = random.bounded(3);
+                by == 0   ? QTest::mouseClick(combo, Qt::LeftButton)
+                : by == 1 ? press(Qt::Key_F4)
+                          : combo->showPopup();
+                row = view->currentIndex().row();
+                continue;
+            }
+            const Qt::Key moves[] = {Qt::Key_Home, Qt::Key_End, Qt::Key_Up, Qt::Key_Down};
+            const Qt::Key ends[] = {Qt::Key_Escape, Qt::Key_Return, Qt::Key_Enter};
+            const int to[] = {0, 3, std::max(row - 1, 0), std::min(row + 1, 3)};
+            const int any = random.bounded(4), operation = random.bounded(12);
+            const OpcUa_Byte before = bits;
+            bool stays = true;
+            if (operation < 4) { // on the name and beside it
+                row = any;
+                bits ^= OpcUa_Byte(1 << row);
+                click(row, random.bounded(2) ? 10 : view->viewport()->width() - 2);
+            } else if (operation < 6) {
+                bits ^= OpcUa_Byte(1 << row);
+                press(Qt::Key_Space);
+            } else if (operation < 9) {
+                row = to[any];
+                press(moves[any]);
+            } else if (operation == 9) { // by the host
+                bits = OpcUa_Byte(random.bounded(16));
+                editor.setAccessLevelMask(bits);
+            } else if (operation == 10) { // another button; pressed elsewhere
+                click(row, 10, Qt::RightButton);
+                QTest::mouseRelease(view->viewport(), Qt::LeftButton, {}, QPoint(10, 5));
+            } else {
+                press(ends[any % 3]);
+                stays = false;
+            }
+            told += int(qPopulationCount(quint8(before ^ bits)));
+            QCOMPARE(view->isVisible(), stays);
+            QCOMPARE(editor.accessLevelMask(), bits);
+            QCOMPARE(changed.count(), told);
+            QVERIFY(!told || changed.constLast().constFirst().value<OpcUa_Byte>() == bits);
+        }
+    }
+
+    // A click on the only entry counts, and a list of none does not open.
+    void shortLists()
+    {
+        QvelWidgetEnumFlags none({{0, "None"}}), one({{8, "Only"}});
+        for (auto* editor : {&none, &one}) {
+            editor->show();
+            auto* combo = editor->findChild<QComboBox*>();
+            QCOMPARE(combo->toolTip(), QString(editor == &none ? "None" : ""));
+            combo->showPopup();
+            QCOMPARE(combo->view()->isVisible(), editor == &one);
+        }
+        auto* check = one.findChild<QComboBox*>()->view()->findChild<QCheckBox*>();
+        QTest::mouseClick(check, Qt::LeftButton, {}, QPoint(10, check->height() / 2));
+        QCOMPARE(one.enumValue(), 8);
+        // The current entry has the colours of a selection.
+        QCOMPARE(check->grab().toImage().pixelColor(check->width() - 2, 2),
+                 check->palette().color(QPalette::Highlight));
+    }
+
+    // Each choice and each bit under its name, and none without one.
+    void names()
+    {
+        QvelWidgetEnum named({{0, "None"}, {4, "Execute"}});
+        named.setEnumValue(4);
+        QCOMPARE(named.findChild<QComboBox*>()->currentText(), QString("4 (Execute)"));
+        const QStringList ranks = {"ScalarOrOneDimension", "Any",          "Scalar",
+                                   "OneOrMoreDimensions",  "OneDimension", "TwoDimensions"};
+        QvelWidgetValueRank rank;
+        for (int i = 0; i < rank.findChild<QComboBox*>()->count(); ++i) {
+            QCOMPARE(rank.valueRank(), i - 3);
+            QCOMPARE(rank.findChild<QComboBox*>()->currentText(),
+                     QString("%1 (%2)").arg(ranks.value(i)).arg(i - 3));
+            rank.setValueRank(i - 2);
+        }
+        const std::pair<const char*, const char*> masks[] = {
+            {"QvelWidgetWriteMask",
+             "AccessLevel ArrayDimensions BrowseName ContainsNoLoops DataType Description "
+             "DisplayName EventNotifier Executable Historizing InverseName IsAbstract "
+             "MinimumSamplingInterval NodeClass NodeId Symmetric UserAccessLevel UserExecutable "
+             "UserWriteMask ValueRank WriteMask ValueForVariableType"},
+            {"QvelWidgetBrowseResultMask",
+             "ReferenceTypeId IsForward NodeClass BrowseName DisplayName TypeDefinition"},
+            {"QvelWidgetDiagnosticsMask",
+             "ServiceSymbolicId ServiceLocalizedText ServiceAdditionalInfo ServiceInnerStatusCode "
+             "ServiceInnerDiagnostics OperationSymbolicId OperationLocalizedText "
+             "OperationAdditionalInfo OperationInnerStatusCode OperationInnerDiagnostics"},
+            {"QvelWidgetEventNotifierMask", "SubscribeToEvents None HistoryRead HistoryWrite"},
+            {"QvelWidgetAccessLevelMask", "CurrentRead CurrentWrite HistoryRead HistoryWrite"}};
+        for (const auto& [editor, names] : masks) {
+            Editor e(createNamed(editor));
+            const bool isByte = e.value().type() == OpcUaType_Byte;
+            for (int bit = 0; bit < (isByte ? 8 : 32); ++bit) {
+                const V value = isByte ? V(OpcUa_Byte(1 << bit)) : V(1u << bit);
+                e.setValue(value);
+                const QString name = QString(names).split(' ').value(bit, "None");
+                QCOMPARE(e.widget->findChild<QComboBox*>()->toolTip(), name);
+                QCOMPARE(e.value() == value, name != "None");
+            }
+        }
+    }
+
+    // To the eye, in the tool tip, and to assistive technology.
+    void closedBoxTellsTheNames()
+    {
+        QvelEnumFlagsComboBox box({{0, "None"}, {1, "Read"}, {2, "<b>Write"}, {4, "Execute"}});
+        const auto looksLike = [&box](const QString& text) {
+            QComboBox plain;
+            plain.addItem(text);
+            plain.resize(box.size());
+            return box.grab().toImage() == plain.grab().toImage();
+        };
+        box.resize(400, box.sizeHint().height());
+        const auto* accessible = QAccessible::queryAccessibleInterface(&box);
+        const QString all = "Read | <b>Write | Execute";
+        for (const auto& [flags, text] : {std::pair(0, QString("None")), {7, all}}) {
+            box.setFlags(flags);
+            QCOMPARE(box.toolTip(), flags ? "<span>" + text.toHtmlEscaped() + "</span>" : text);
+            QCOMPARE(accessible->text(QAccessible::Value), text);
+            QVERIFY(looksLike(text));
+        }
+        box.resize(100, box.height());
+        bool elided = false;
+        for (int length = 1; length < all.size(); ++length)
+            elided |= looksLike(all.left(length) + QChar(0x2026));
+        QVERIFY(elided);
     }
 };
 

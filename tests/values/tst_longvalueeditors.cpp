@@ -67,11 +67,9 @@ struct Field : Editor
 
 V typedValue(const QByteArray& type, const QByteArray& bytes)
 {
-    if (type == "ByteString")
-        return variantOf(&V::setByteString, UaByteString(bytes));
-    if (type == "XmlElement")
-        return variantOf(&V::setXmlElement, UaByteString(bytes));
-    return variantOf(&V::setString, UaString(bytes));
+    return type == "ByteString"   ? V(UaByteString(bytes))
+           : type == "XmlElement" ? xmlElement(bytes)
+                                  : V(UaString(bytes));
 }
 
 } // namespace
@@ -94,21 +92,20 @@ class LongValueEditorsTest : public QObject
             qFatal("cannot write %s", name);
         return file.fileName();
     }
-    static void addTypes()
+
+private Q_SLOTS:
+    void initTestCase_data()
     {
         QTest::addColumn<QByteArray>("type");
         for (const char* type : {"ByteString", "XmlElement", "String"})
             QTest::newRow(type) << QByteArray(type);
     }
-
-private Q_SLOTS:
     void initTestCase() { QVERIFY(m_dir.isValid()); }
     void init() { failOnWarnings(); }
 
-    void loading_data() { addTypes(); }
     void loading()
     {
-        QFETCH(QByteArray, type);
+        QFETCH_GLOBAL(QByteArray, type);
         const bool isString = type == "String";
         Settings settings;
         Field field(type, 0, &settings);
@@ -161,10 +158,9 @@ private Q_SLOTS:
         QCOMPARE(field.choose({}).value(1), name); // the next chooser starts at the last file
     }
 
-    void saving_data() { addTypes(); }
     void saving()
     {
-        QFETCH(QByteArray, type);
+        QFETCH_GLOBAL(QByteArray, type);
         Settings settings;
         Field field(type, QvelEditWidgetBase::ReadOnly, &settings);
         QCOMPARE(field.fileButton->text(), QString("Save as..."));
@@ -190,10 +186,9 @@ private Q_SLOTS:
         }
     }
 
-    void badFiles_data() { addTypes(); }
     void badFiles()
     {
-        QFETCH(QByteArray, type);
+        QFETCH_GLOBAL(QByteArray, type);
         Field field(type);
         QFile sparse(path("sparse"));
         QVERIFY(sparse.open(QIODevice::WriteOnly) && sparse.resize((qint64(512) << 20) + 1));
@@ -209,73 +204,27 @@ private Q_SLOTS:
         }
     }
 
-    void summaries()
-    {
-        for (int length : {0, 99, 100, 101}) {
-            const QString start = QString("Length=%1, Content=").arg(length);
-            const QString end = length < 100 ? "" : "...";
-            Field bytes("ByteString"), xml("XmlElement");
-            bytes.setValue(typedValue("ByteString", QByteArray(length, '\xab')));
-            QCOMPARE(bytes.line->text(),
-                     start + QString("ab").repeated(std::min(length, 100)) + end);
-            xml.setValue(typedValue("XmlElement", QByteArray(length, 'x')));
-            QCOMPARE(xml.line->text(), start + QString("x").repeated(std::min(length, 100)) + end);
-        }
-    }
-
-    void dialogTexts_data()
-    {
-        QTest::addColumn<QByteArray>("type");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QByteArray>("bytes"); // null if the text is refused
-        const auto row = [](const char* type, const QString& text, const QByteArray& bytes) {
-            QTest::addRow("%s, %s", type, qPrintable(text)) << QByteArray(type) << text << bytes;
-        };
-        row("ByteString", "0X00fF", QByteArray("\0\xff", 2));
-        row("ByteString", "", "");
-        row("ByteString", "00 ff", {});
-        row("ByteString", "00ff\n", {});
-        row("ByteString", "00f", {});
-        row("ByteString", QString(2, QChar(0x0663)), {}); // digits of another script
-        const QString xml = "  <a>\n\tx \u6c34</a>";
-        row("XmlElement", xml, xml.toUtf8());
-        row("String", xml, xml.toUtf8());
-    }
-    void dialogTexts()
-    {
-        QFETCH(QByteArray, type);
-        QFETCH(QString, text);
-        QFETCH(QByteArray, bytes);
-        Field field(type);
-        field.setValue(typedValue(type, "<b>A</b>"));
-        QTest::mouseClick(field.showButton, Qt::LeftButton);
-        // What looks like HTML is taken for it when the dialog opens.
-        QCOMPARE(field.area->toPlainText(),
-                 QString(type == "ByteString" ? "3c623e413c2f623e" : "A"));
-        ModalUser user;
-        field.writeInDialog(text);
-        QStringList told;
-        if (bytes.isNull())
-            told << "W|Conversion Error|The ByteString entered was not valid!|OK";
-        QCOMPARE(user.seen, told);
-        QVERIFY(field.value() == typedValue(type, bytes.isNull() ? "<b>A</b>" : bytes));
-    }
-
     // Beyond its limit the dialog opens with a word about it, and leaves the value as it is.
-    void longValues_data() { addTypes(); }
-    void longValues()
+    void lengths()
     {
-        QFETCH(QByteArray, type);
-        const bool isHex = type == "ByteString";
+        QFETCH_GLOBAL(QByteArray, type);
+        const bool isHex = type == "ByteString", isString = type == "String";
         Field field(type);
         const ModalUser user; // of a box that there should not be
-        for (int length : {250'000, 250'001, 8'000'000, 250'000}) {
-            const V value = typedValue(type, QByteArray(isHex ? (length + 1) / 2 : length, 'a'));
+        for (int length : {0, 99, 100, 101, 250'000, 250'001, 8'000'000, 250'000}) {
+            const bool isWhole = length <= 250'000;
+            const int count = isHex && length > 1000 ? (length + 1) / 2 : length;
+            const QString unit = isHex ? "61" : "a";
+            const V value = typedValue(type, QByteArray(count, 'a'));
             field.setValue(value);
+            QCOMPARE(isString ? "" : field.line->text(),
+                     isString
+                         ? ""
+                         : QString("Length=%1, Content=").arg(count) +
+                               unit.repeated(std::min(count, 100)) + (count < 100 ? "" : "..."));
             QTest::mouseClick(field.showButton, Qt::LeftButton);
-            const bool isWhole = length == 250'000;
             QCOMPARE(field.area->toPlainText(),
-                     isWhole ? QString(isHex ? "61" : "a").repeated(isHex ? length / 2 : length)
+                     isWhole ? unit.repeated(count)
                              : QString("The value is too long to be shown here, where texts of up "
                                        "to 250,000 characters are. It stays as it is."));
             QCOMPARE(field.area->isReadOnly(), !isWhole);
@@ -285,36 +234,58 @@ private Q_SLOTS:
         }
     }
 
-    // The field may be gone when the chooser or the message box closes.
-    void deletedMeanwhile_data()
+    void dialogTexts()
     {
-        QTest::addColumn<QByteArray>("type");
-        QTest::addColumn<int>("flags");
-        for (int flags : {0, 1, 2}) // 2: the dialog instead of the chooser
-            QTest::addRow("%d", flags) << QByteArray("ByteString") << flags;
-        QTest::newRow("String") << QByteArray("String") << 0;
+        QFETCH_GLOBAL(QByteArray, type);
+        const QString xml = "  <a>\n\tx \u6c34</a>";
+        const QList<std::pair<QString, QByteArray>> texts = {{xml, xml.toUtf8()}};
+        const QList<std::pair<QString, QByteArray>> hex = {
+            {"0X00fF", QByteArray("\0\xff", 2)},
+            {"", ""},
+            {"00 ff", {}},
+            {"00ff\n", {}},
+            {"00f", {}},
+            {QString(2, QChar(0x0663)), {}}}; // digits of another script
+        for (const auto& [text, bytes] : type == "ByteString" ? hex : texts) {
+            Field field(type);
+            field.setValue(typedValue(type, "<b>A</b>"));
+            QTest::mouseClick(field.showButton, Qt::LeftButton);
+            // What looks like HTML is taken for it when the dialog opens.
+            QCOMPARE(field.area->toPlainText(),
+                     QString(type == "ByteString" ? "3c623e413c2f623e" : "A"));
+            ModalUser user;
+            field.writeInDialog(text);
+            QStringList told;
+            if (bytes.isNull()) // refused
+                told << "W|Conversion Error|The ByteString entered was not valid!|OK";
+            QCOMPARE(user.seen, told);
+            QVERIFY(field.value() == typedValue(type, bytes.isNull() ? "<b>A</b>" : bytes));
+        }
     }
+
+    // The field may be gone when the chooser or the message box closes.
     void deletedMeanwhile()
     {
-        QFETCH(QByteArray, type);
-        QFETCH(int, flags);
-        Settings settings;
-        Field field(type, flags, &settings);
-        int shown = 0;
-        QTimer watch;
-        connect(&watch, &QTimer::timeout, &watch, [&] {
-            if (!QApplication::activeModalWidget())
-                return;
-            ++shown;
-            field.widget.reset();
-        });
-        watch.start(5);
-        if (flags == 2)
-            field.writeInDialog("zz");
-        else
-            QTest::mouseClick(field.fileButton, Qt::LeftButton);
-        QCOMPARE(shown, 1);
-        QVERIFY(!field.widget && !settings.isOpen() && settings.written.isEmpty());
+        QFETCH_GLOBAL(QByteArray, type);
+        for (int flags = 0; flags < (type == "ByteString" ? 3 : 2); ++flags) {
+            Settings settings;
+            Field field(type, flags, &settings);
+            int shown = 0;
+            QTimer watch;
+            watch.callOnTimeout([&] {
+                if (!QApplication::activeModalWidget())
+                    return;
+                ++shown;
+                field.widget.reset();
+            });
+            watch.start(5);
+            if (flags == 2) // the dialog instead of the chooser
+                field.writeInDialog("zz");
+            else
+                QTest::mouseClick(field.fileButton, Qt::LeftButton);
+            QCOMPARE(shown, 1);
+            QVERIFY(!field.widget && !settings.isOpen() && settings.written.isEmpty());
+        }
     }
 };
 
