@@ -436,6 +436,8 @@ private Q_SLOTS:
         };
         const auto click = [&](int row, int x, Qt::MouseButton button = Qt::LeftButton) {
             const QPoint place(x, view->visualRect(view->model()->index(row, 0)).center().y());
+            if (random.bounded(2)) // not by touch
+                QTest::mouseMove(view->viewport(), place);
             QWidget* child = view->viewport()->childAt(place);
             QWidget* hit = child ? child : view->viewport();
             QTest::mouseClick(hit, button, {}, hit->mapFrom(view->viewport(), place));
