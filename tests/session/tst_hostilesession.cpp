@@ -42,6 +42,8 @@ void assign(T& field, const QByteArray& bytes)
         checkMemory(OpcUa_ByteString_Assign(&field, bytes.constData(), OpcUa_Int32(bytes.size())));
 }
 
+std::atomic<int> released{0}; // times that continuation points were given back
+
 /// The server's end of a connection.
 class Server
 {
@@ -61,14 +63,17 @@ public:
             const OpcUa_UInt32 type = takeTypeId(body);
             if (m->type == MessageType::CloseSecureChannel)
                 return;
+            released += (type == BrowseNextRequest::encodingId &&
+                         decoded<BrowseNextRequest>(*m).releaseContinuationPoints) ||
+                        (type == HistoryReadRequest::encodingId &&
+                         decoded<HistoryReadRequest>(*m).releaseContinuationPoints);
             if (m_fault && m_fault(*this, *m, type))
                 continue;
             if (type == OpenSecureChannelRequest::encodingId)
                 peer.giveToken(*m);
             serveOneOf<GetEndpointsRequest, CreateSessionRequest, ActivateSessionRequest,
                        ReadRequest, BrowseRequest, BrowseNextRequest, HistoryReadRequest,
-                       CreateSubscriptionRequest, CreateMonitoredItemsRequest, RepublishRequest>(
-                *m, type);
+                       CreateSubscriptionRequest, CreateMonitoredItemsRequest>(*m, type);
         }
     }
     template <class Request>
@@ -166,7 +171,6 @@ public:
         response.results[0].monitoredItemId = 1;
         return response;
     }
-    ServiceFault good(const RepublishRequest&) { return faultOf(OpcUa_BadMessageNotAvailable); }
 
     /// A notification whose value is its number; none without a value.
     PublishResponse notification(OpcUa_UInt32 number, bool hasValue = true)
@@ -193,6 +197,7 @@ public:
     OpcUa_UInt32 readLimit = 0;
     OpcUa_UInt32 handle = 0; // of the item that was monitored last
     OpcUa_UInt32 count = 0;  // for the rows
+    qsizetype acknowledged = 0;
     std::vector<Message> kept;
 
 private:
@@ -222,9 +227,9 @@ private:
             e.SecurityMode = isSecure ? OpcUa_MessageSecurityMode_SignAndEncrypt
                                       : OpcUa_MessageSecurityMode_None;
             UaStackTypeArray<OpcUa_UserTokenPolicy> tokens;
-            static_cast<void>(tokens.create(1));
-            assign(tokens[0].PolicyId, "anonymous");
-            e.NoOfUserIdentityTokens = 1;
+            static_cast<void>(tokens.create(2));
+            tokens[1].TokenType = OpcUa_UserTokenType_UserName;
+            e.NoOfUserIdentityTokens = 2;
             e.UserIdentityTokens = tokens.detach();
         }
         return list;
@@ -289,17 +294,37 @@ OpcUa_StatusCode cancelOne(QvelSession& session)
     cancelled.cancel();
     return readOne(session);
 }
+// What ends early gives its continuation point back.
+template <class Result>
+OpcUa_StatusCode statusOf(const Result& result)
+{
+    if (!QTest::qWaitFor([] { return released > 0; }, 20000))
+        return OpcUa_BadUnexpectedError;
+    return result.status.isBad() ? result.status.code() : result.results.value(0).status.code();
+}
 OpcUa_StatusCode browse(QvelSession& session)
 {
+    return statusOf(resultOf(session.browse({{UaNodeId(85)}})));
+}
+OpcUa_StatusCode browseOnce(QvelSession& session)
+{
     const QvelBrowseResult result = resultOf(session.browse({{UaNodeId(85)}}));
-    return result.status.isBad() ? result.status.code() : result.results.value(0).status.code();
+    return result.results.value(0).references.size() == 10'001 ? statusOf(result)
+                                                               : OpcUa_BadUnexpectedError;
 }
 OpcUa_StatusCode history(QvelSession& session)
 {
     QvelHistoryDetails details;
     details.maximum = 1000;
-    const QvelHistoryResult result = resultOf(session.historyRead({{anyNode, {}}}, details));
-    return result.status.isBad() ? result.status.code() : result.results.value(0).status.code();
+    return statusOf(resultOf(session.historyRead({{anyNode, {}}}, details)));
+}
+OpcUa_StatusCode comeBack(QvelSession& session)
+{
+    session.read({{anyNode, 13, {}, {}}}); // the server hangs up
+    for (const bool isThere : {false, true})
+        static_cast<void>(QTest::qWaitFor(
+            [&] { return (session.state() == QvelSession::Connected) == isThere; }, 20000));
+    return readOne(session);
 }
 OpcUa_StatusCode waitForEnd(QvelSession& session)
 {
@@ -488,6 +513,26 @@ void addCallRows(QList<Row>& rows)
                              s.reply(m, Server::faultOf(status));
                      }),
                      readMany, true});
+    rows.append({"too much at a time", false, OpcUa_Good,
+                 on<ReadRequest>([](Server& s, const Message& m, auto&& request) {
+                     if (request.items.size() > 100)
+                         s.reply(m, Server::faultOf(OpcUa_BadTooManyOperations));
+                     else
+                         s.reply(m, s.good(request));
+                 }),
+                 readMany, true});
+    rows.append(
+        {"silence", false, OpcUa_BadTimeout, onCall([](Server&, auto&, auto&&) {}), waitForEnd});
+    rows.append({"password in clear text", false, OpcUa_BadSecurityPolicyRejected, nullptr});
+    rows.append({"back into the same session", true, OpcUa_Good,
+                 [lost = std::make_shared<bool>()](Server& s, const Message& m, auto type) {
+                     if (*lost && type == CreateSessionRequest::encodingId)
+                         s.reply(m, Server::faultOf(OpcUa_BadIdentityTokenRejected));
+                     else if (!*lost && type == ReadRequest::encodingId)
+                         s.ends = *lost = Server::decoded<ReadRequest>(m).items.size() == 1;
+                     return s.ends || (*lost && type == CreateSessionRequest::encodingId);
+                 },
+                 comeBack, true});
     rows.append({"no answer", false, OpcUa_BadTimeout, onCall([](Server&, auto&, auto&&) {}),
                  readOne, true, 500});
     rows.append({"answers to nobody", true, OpcUa_Good,
@@ -513,7 +558,7 @@ void addCallRows(QList<Row>& rows)
             page.references.resize(3);
             s.reply(m, BrowseNextResponse{{}, {page}, {}});
         }),
-        browse);
+        browseOnce);
     add("history for ever", OpcUa_BadEncodingLimitsExceeded, nullptr, history);
     add("same history for ever", OpcUa_BadContinuationPointInvalid,
         altered<HistoryReadRequest>(
@@ -541,29 +586,41 @@ void addSubscriptionRows(QList<Row>& rows)
             s.peer.answer(m, response);
         },
         true);
-    add("published twice", subscribeInOrder, [](Server& s, const Message& m, auto&&) {
+    add("published twice", subscribeInOrder, [](Server& s, const Message& m, auto&& request) {
+        s.acknowledged += request.acknowledgements.size();
+        if (s.count > 8 && s.acknowledged == 0)
+            return;
         PublishResponse response = s.notification(++s.count / 2 + 1); // each number twice
-        for (int i = 0; i < 2 && s.count <= 12; ++i)                  // and each request
+        for (int i = 0; i < 2 && s.count <= 11; ++i)                  // and each request
             s.peer.answer(m, response);
     });
-    const auto later = [](Server& s, const Message& m, auto&&) { // 1, the promise of 5, 5, 6
-        constexpr OpcUa_UInt32 numbers[] = {1, 5, 5, 6};
-        if (s.count >= std::size(numbers) || s.handle == 0)
-            return;
-        s.reply(m, s.notification(numbers[s.count], s.count != 1));
-        ++s.count;
+    // These numbers, and what Republish tells. The promise of 5 before it has no data.
+    const auto addMissing = [&](const char* name, auto call, const QList<OpcUa_UInt32>& numbers,
+                                auto republish) {
+        add(name, call, [numbers](Server& s, const Message& m, auto&&) {
+            if (s.count < OpcUa_UInt32(numbers.size()) && s.handle != 0) {
+                const bool isPromise = numbers.value(++s.count) == 5 && numbers[s.count - 1] == 5;
+                s.reply(m, s.notification(numbers[s.count - 1], !isPromise));
+            }
+        });
+        rows.last().fault = [publish = rows.last().fault, republish](auto& s, auto& m, auto type) {
+            if (type != RepublishRequest::encodingId)
+                return publish(s, m, type);
+            republish(s, m, Server::decoded<RepublishRequest>(m).retransmitSequenceNumber);
+            return true;
+        };
     };
-    add("published with a gap", subscribeWithGap, later);
-    add("published again without data", subscribeWithGap, later);
-    rows.last().fault = [fault = rows.last().fault](Server& s, const Message& m, auto type) {
-        if (type != RepublishRequest::encodingId)
-            return fault(s, m, type);
-        RepublishResponse response;
-        response.notificationMessage.sequenceNumber =
-            Server::decoded<RepublishRequest>(m).retransmitSequenceNumber;
-        s.peer.answer(m, response);
-        return true;
+    addMissing("dropped by the server", subscribeWithGap, {1, 5, 5, 6},
+               [](Server& s, const Message& m, OpcUa_UInt32) {
+                   s.reply(m, Server::faultOf(OpcUa_BadMessageNotAvailable));
+               });
+    const auto again = [](bool hasValue) {
+        return [hasValue](Server& s, const Message& m, OpcUa_UInt32 number) {
+            s.reply(m, RepublishResponse{{}, s.notification(number, hasValue).notificationMessage});
+        };
     };
+    addMissing("published again without data", subscribeWithGap, {1, 5, 5, 6}, again(false));
+    addMissing("published again", subscribeInOrder, {1, 3, 6}, again(true));
 }
 
 QList<Row> allRows()
@@ -638,8 +695,8 @@ void tst_HostileSession::endsInANamedState()
 
     QvelSessionOptions options = m_user.options;
     options.connectTimeout = options.callTimeout = row.timeout;
-    options.keepAliveInterval = 60000;
-    options.reconnects = false;
+    options.keepAliveInterval = row.call == waitForEnd ? 1000 : 60000;
+    options.reconnects = row.call == comeBack;
     options.limits.messageSize = 4 << 20;
     options.limits.memory = 32 << 20;
     QvelDiscoverySetting setting;
@@ -647,6 +704,9 @@ void tst_HostileSession::endsInANamedState()
     setting.setSecurityPolicy(row.isSecure ? policyUri : securityPolicyNone);
     setting.setMessageSecurityMode(row.isSecure ? OpcUa_MessageSecurityMode_SignAndEncrypt
                                                 : OpcUa_MessageSecurityMode_None);
+    if (row.name.startsWith("password"))
+        setting.setUserTokenType(OpcUa_UserTokenType_UserName);
+    released = 0;
     QFile peak("/proc/self/clear_refs");
     QVERIFY(peak.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && peak.write("5") == 1);
     const qint64 before = memory("VmRSS:");

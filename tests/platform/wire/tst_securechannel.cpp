@@ -20,7 +20,7 @@ struct Identity
     QByteArray certificate;
     SharedKey key;
 };
-/// One for each size, made when it is asked for.
+/// One for each size, and another for the same size below 0; made when it is asked for.
 const Identity& identity(int bits)
 {
     static std::map<int, Identity> all;
@@ -30,7 +30,7 @@ const Identity& identity(int bits)
         name.commonName = "end";
         UaPkiCertificateInfo info;
         info.applicationUri = "urn:end";
-        const UaPkiRsaKeyPair pair(bits);
+        const UaPkiRsaKeyPair pair(std::abs(bits));
         const UaPkiCertificate c(info, name, pair.publicKey(), name, pair.privateKey());
         one = {c.toDER().bytes(), UaPkiKeyAccess::shared(pair.privateKey())};
     }
@@ -206,6 +206,44 @@ private Q_SLOTS:
                 QVERIFY2(ends.client.state() == State::Failed && !ends.client.next(),
                          QByteArray::number(at));
             }
+        }
+    }
+
+    // Whoever has the client's certificate can encrypt for it, but not sign.
+    void otherSender()
+    {
+        const Identity* const server = &identity(2048);
+        const Identity* const other = &identity(-2048);
+        for (const auto& [sender, key] : {std::pair(server, other), {other, server}}) {
+            Ends ends(POLICY("Basic256Sha256"), OpcUa_MessageSecurityMode_SignAndEncrypt);
+            ChannelSecurity security(ends.policy, OpcUa_MessageSecurityMode_SignAndEncrypt,
+                                     sender->certificate, key->key, server->certificate);
+            const std::vector<Message> asked = ends.taken();
+            ends.writer = MessageWriter(&security);
+            ends.writer.channelId = 17;
+            ends.client.receive(ends.token(asked.at(0), 1), 0);
+            QCOMPARE(name(ends.client.status()), name(OpcUa_BadSecurityChecksFailed));
+        }
+    }
+
+    // Two bytes for a key of more than 2048 bits (OPC 10000-6, 6.7.2.5).
+    void lengthOfPadding()
+    {
+        for (int bits : {2048, 4096}) {
+            Ends ends(POLICY("Basic256Sha256"), OpcUa_MessageSecurityMode_Sign, 2048, bits);
+            const QByteArray opening = ends.client.takeOutput();
+            const qsizetype head = 12 + 4 + qsizetype(qstrlen(ends.policy.uri)) + 4 +
+                                   identity(2048).certificate.size() + 4 + 20;
+            QByteArray plain =
+                decrypt(ends.policy, identity(bits).key.get(), opening.mid(head)).chopped(256);
+            const bool isLong = bits > 2048;
+            const auto byte = [&plain](qsizetype at) {
+                return OpcUa_Byte(plain[plain.size() - at]);
+            };
+            const int length = isLong ? byte(2) | byte(1) << 8 : byte(1);
+            plain.chop(isLong ? 2 : 1);
+            QVERIFY(plain.size() > length + 8);
+            QCOMPARE(plain.last(length), QByteArray(length, char(length)));
         }
     }
 
