@@ -3,10 +3,10 @@
 #include "session/sessionmessages_p.h"
 #include "session/sessionuser.h"
 #include "support/hostileserver.h"
+#include "support/identity.h"
 
 #include <Kestrel/OpcUaStatusCodes>
 
-#include "platform/pki/openssl_p.h"
 #include "platform/stack/checkmemory_p.h"
 
 using namespace UaWire;
@@ -15,23 +15,6 @@ namespace {
 
 constexpr char policyUri[] = "http://opcfoundation.org/UA/SecurityPolicy#Basic256Sha256";
 const UaNodeId anyNode(2258);
-
-struct Identity
-{
-    QByteArray certificate;
-    SharedKey key;
-};
-Identity makeIdentity()
-{
-    UaPkiIdentity name;
-    name.commonName = "plant";
-    UaPkiCertificateInfo info;
-    info.applicationUri = "urn:plant";
-    info.ipAddress = "127.0.0.1";
-    const UaPkiRsaKeyPair pair(2048);
-    const UaPkiCertificate certificate(info, name, pair.publicKey(), name, pair.privateKey());
-    return {certificate.toDER().bytes(), UaPkiKeyAccess::shared(pair.privateKey())};
-}
 
 template <class T>
 void assign(T& field, const QByteArray& bytes)
@@ -51,8 +34,8 @@ public:
     /// What a row has the server do: false where a good answer is to follow.
     using Fault = std::function<bool(Server&, const Message&, OpcUa_UInt32 type)>;
 
-    Server(ServerPeer& p, const Identity& identity, const Fault& fault)
-        : peer(p), m_identity(identity), m_fault(fault)
+    Server(ServerPeer& p, const Identity& identity, OpcUa_UInt32 limit, const Fault& fault)
+        : peer(p), m_identity(identity), m_limit(limit), m_fault(fault)
     {
     }
 
@@ -117,7 +100,7 @@ public:
         response.serverNonce = QByteArray(32, 'm');
         return response;
     }
-    // The value of an attribute is its number; the limits are those of `readLimit`.
+    // The value of an attribute is its number; the limits are m_limit.
     ReadResponse good(const ReadRequest& request)
     {
         ReadResponse response;
@@ -125,8 +108,7 @@ public:
         for (OpcUa_UInt32 i = 0; i < response.results.length(); ++i) {
             OpcUa_Variant& value = response.results[i].Value;
             value.Datatype = OpcUaType_UInt32;
-            value.Value.UInt32 =
-                request.items.size() > 1 ? readLimit : request.items[i].attributeId;
+            value.Value.UInt32 = request.items.size() > 1 ? m_limit : request.items[i].attributeId;
         }
         return response;
     }
@@ -193,8 +175,7 @@ public:
     }
 
     ServerPeer& peer;
-    bool ends = false; // closes the connection
-    OpcUa_UInt32 readLimit = 0;
+    bool ends = false;       // closes the connection
     OpcUa_UInt32 handle = 0; // of the item that was monitored last
     OpcUa_UInt32 count = 0;  // for the rows
     qsizetype acknowledged = 0;
@@ -236,6 +217,7 @@ private:
     }
 
     const Identity& m_identity;
+    const OpcUa_UInt32 m_limit;
     const Fault m_fault;
     OpcUa_UInt32 m_lastNode = 1;
 };
@@ -246,16 +228,23 @@ template <class Request, class Function>
 Server::Fault on(Function function)
 {
     return [function](Server& s, const Message& m, OpcUa_UInt32 type) {
-        if (type == Request::encodingId)
-            function(s, m, Server::decoded<Request>(m));
-        return type == Request::encodingId;
+        if (type != Request::encodingId)
+            return false;
+        const auto request = Server::decoded<Request>(m);
+        function(s, m, request);
+        return true;
     };
+}
+/// A function that refuses.
+auto refusal(OpcUa_StatusCode status)
+{
+    return [status](auto& s, auto& m, const auto&) { s.reply(m, Server::faultOf(status)); };
 }
 /// Changes a good answer.
 template <class Request, class Change>
 Server::Fault altered(Change change)
 {
-    return on<Request>([change](Server& s, const Message& m, const Request& request) {
+    return on<Request>([change](auto& s, auto& m, auto& request) {
         auto response = s.good(request);
         change(response);
         s.peer.answer(m, response);
@@ -265,7 +254,7 @@ Server::Fault altered(Change change)
 template <class Function>
 Server::Fault onCall(Function function)
 {
-    return on<ReadRequest>([function](Server& s, const Message& m, const ReadRequest& request) {
+    return on<ReadRequest>([function](auto& s, auto& m, auto& request) {
         if (request.items.size() == 10)
             s.reply(m, s.good(request));
         else
@@ -345,20 +334,23 @@ OpcUa_StatusCode subscribe(QvelSession& session, const QByteArray& expected)
     QByteArray told;
     OpcUa_StatusCode status = OpcUa_BadTimeout;
     QEventLoop loop;
+    const auto end = [&] { // what comes after does not count
+        subscription->disconnect(&loop);
+        loop.quit();
+    };
     QObject::connect(subscription, &QvelSubscription::changed, &loop, [&](UaStatusCode s) {
         status = s.code();
         if (s.isBad())
-            loop.quit();
+            end();
     });
     QObject::connect(subscription, &QvelSubscription::gap, &loop,
                      [&](OpcUa_UInt32 count) { told += '-' + QByteArray::number(count) + ' '; });
-    QObject::connect(subscription, &QvelSubscription::dataChanged, &loop,
-                     [&](const QList<QvelDataChange>& changes) {
-                         for (const QvelDataChange& change : changes)
-                             told += QByteArray::number(change.value.value().toUInt32()) + ' ';
-                         if (told.endsWith("6 "))
-                             loop.quit();
-                     });
+    QObject::connect(subscription, &QvelSubscription::dataChanged, &loop, [&](const auto& changes) {
+        for (const QvelDataChange& change : changes)
+            told += QByteArray::number(change.value.value().toUInt32()) + ' ';
+        if (told.endsWith("6 "))
+            end();
+    });
     QTimer::singleShot(20000, &loop, [&] { loop.exit(-1); });
     if (loop.exec() == -1)
         return OpcUa_BadUnexpectedError;
@@ -388,6 +380,7 @@ struct Row
     OpcUa_StatusCode (*call)(QvelSession&) = nullptr;
     bool isConnected = false; ///< in the end
     int timeout = 20000;      ///< of steps and calls, milliseconds
+    OpcUa_UInt32 limit = 0;   ///< of the server
 };
 
 // In place of an answer to one of the steps that lead to a session.
@@ -398,37 +391,33 @@ void addStepRows(QList<Row>& rows, const char* step, bool isSecure)
         rows.append({QByteArray(step) + ": " + what, isSecure, status, on<Request>(fault), nullptr,
                      false, time});
     };
-    add("closed", OpcUa_BadConnectionClosed, [](Server& s, auto&, auto&&) { s.ends = true; });
+    add("closed", OpcUa_BadConnectionClosed, [](auto& s, auto&, auto&) { s.ends = true; });
     add(
-        "silence", OpcUa_BadTimeout, [](Server&, auto&, auto&&) {}, 500);
-    add("fault", OpcUa_BadTooManySessions, [](Server& s, const Message& m, auto&&) {
-        s.reply(m, Server::faultOf(OpcUa_BadTooManySessions));
-    });
+        "silence", OpcUa_BadTimeout, [](auto&...) {}, 500);
+    add("fault", OpcUa_BadTooManySessions, refusal(OpcUa_BadTooManySessions));
     add("other message", OpcUa_BadUnknownResponse,
-        [](Server& s, const Message& m, auto&&) { s.reply(m, CloseSessionResponse()); });
-    add("no message", OpcUa_BadTcpMessageTypeInvalid, [](Server& s, auto&, auto&&) {
+        [](auto& s, auto& m, auto&) { s.reply(m, CloseSessionResponse()); });
+    add("no message", OpcUa_BadTcpMessageTypeInvalid, [](auto& s, auto&, auto&) {
         s.peer.send(encodeConnectionMessage(MessageType::Acknowledge, Acknowledge()));
     });
 }
 
 void addSecurityRows(QList<Row>& rows)
 {
-    using Created = CreateSessionResponse;
     const auto created = [&](const char* name, OpcUa_StatusCode status, auto change) {
         rows.append({name, true, status, altered<CreateSessionRequest>(change)});
     };
     constexpr OpcUa_StatusCode badSignature = OpcUa_BadApplicationSignatureInvalid;
-    created("wrong signature", badSignature,
-            [](Created& r) { r.serverSignature.signature[7] ^= 1; });
-    created("no signature", badSignature, [](Created& r) { r.serverSignature.signature.clear(); });
+    created("wrong signature", badSignature, [](auto& r) { r.serverSignature.signature[7] ^= 1; });
+    created("no signature", badSignature, [](auto& r) { r.serverSignature.signature.clear(); });
     created("signature of another kind", badSignature,
-            [](Created& r) { r.serverSignature.algorithm = UaString("rsa"); });
+            [](auto& r) { r.serverSignature.algorithm = UaString("rsa"); });
     created("another certificate", OpcUa_BadCertificateInvalid,
-            [](Created& r) { r.serverCertificate = makeIdentity().certificate; });
+            [](auto& r) { r.serverCertificate = makeIdentity(2048).certificate; });
     created("no token", OpcUa_BadUnknownResponse,
-            [](Created& r) { r.authenticationToken = UaNodeId(); });
+            [](auto& r) { r.authenticationToken = UaNodeId(); });
     created("other endpoints", OpcUa_BadSecurityChecksFailed,
-            [](Created& r) { static_cast<void>(r.serverEndpoints.resize(1)); });
+            [](auto& r) { static_cast<void>(r.serverEndpoints.resize(1)); });
     for (int length : {0, 31, 129}) {
         const auto change = [=](auto& response) { response.serverNonce = QByteArray(length, 'n'); };
         const QByteArray name = "nonce of " + QByteArray::number(length);
@@ -443,8 +432,8 @@ void addSecurityRows(QList<Row>& rows)
         {12, OpcUa_BadSecureChannelTokenUnknown}, {-1, OpcUa_BadSecurityChecksFailed}};
     for (const auto& [place, status] : places)
         rows.append({"byte " + QByteArray::number(place), true, status,
-                     on<CreateSessionRequest>([at = place](Server& s, const Message& m, auto&& r) {
-                         auto response = s.good(r);
+                     on<CreateSessionRequest>([at = place](auto& s, auto& m, auto& request) {
+                         auto response = s.good(request);
                          QByteArray bytes = s.peer.chunksOf(m, response);
                          bytes[at < 0 ? bytes.size() + at : at] ^= 1;
                          s.peer.send(bytes);
@@ -453,7 +442,7 @@ void addSecurityRows(QList<Row>& rows)
         for (bool isReplayed : {false, true})
             rows.append({isReplayed ? "replayed" : "skipped", isSecure,
                          OpcUa_BadSequenceNumberInvalid,
-                         onCall([isReplayed](Server& s, const Message& m, auto&& request) {
+                         onCall([isReplayed](auto& s, auto& m, auto& request) {
                              auto response = s.good(request);
                              const QByteArray bytes = s.peer.chunksOf(m, response);
                              if (isReplayed)
@@ -462,7 +451,7 @@ void addSecurityRows(QList<Row>& rows)
                          }),
                          waitForEnd});
         rows.append({"token never renewed", isSecure, OpcUa_BadSecureChannelTokenUnknown,
-                     on<OpenSecureChannelRequest>([](Server& s, const Message& m, auto&&) {
+                     on<OpenSecureChannelRequest>([](auto& s, auto& m, auto&) {
                          if (s.count++ == 0)
                              s.peer.giveToken(m, 1);
                      }),
@@ -475,8 +464,7 @@ void addSizeRows(QList<Row>& rows)
     // An answer with these bytes instead of results.
     const auto told = [&](const char* name, OpcUa_StatusCode status, const QByteArray& results,
                           bool isConnected = true) {
-        rows.append({name, false, status,
-                     onCall([results](Server& s, const Message& m, auto&& request) {
+        rows.append({name, false, status, onCall([results](auto& s, auto& m, auto& request) {
                          ReadResponse good;
                          good.header.requestHandle = request.header.requestHandle;
                          QByteArray body = encodeMessage(good);
@@ -495,7 +483,7 @@ void addSizeRows(QList<Row>& rows)
     told("message too large", OpcUa_BadConnectionClosed, QByteArray(8 << 20, '\0'), false);
     told("too few results", OpcUa_BadUnknownResponse, hex("00000000 00000000"));
     rows.append({"chunk of 1 GB", false, OpcUa_BadTcpMessageTooLarge,
-                 onCall([](Server& s, auto&, auto&&) {
+                 onCall([](auto& s, auto&, auto&) {
                      s.peer.send("MSGF" + QByteArray::fromHex("00000040"));
                  }),
                  waitForEnd});
@@ -503,26 +491,20 @@ void addSizeRows(QList<Row>& rows)
 
 void addCallRows(QList<Row>& rows)
 {
-    for (OpcUa_StatusCode status : {OpcUa_BadTooManySessions, OpcUa_BadTooManyOperations})
-        rows.append({"limit of one and fault " + UaStatusCode(status).toString().bytes(), false,
-                     status, on<ReadRequest>([status](Server& s, const Message& m, auto&& request) {
-                         s.readLimit = 1;
-                         if (request.items.size() > 1)
-                             s.reply(m, s.good(request));
-                         else
-                             s.reply(m, Server::faultOf(status));
+    // With a limit of one and a fault; with none, and as many as are taken nevertheless.
+    const auto limited = [&](const char* name, OpcUa_UInt32 limit, qsizetype most,
+                             OpcUa_StatusCode fault, OpcUa_StatusCode status) {
+        rows.append({name, false, status, onCall([=](auto& s, auto& m, auto& request) {
+                         request.items.size() > most ? refusal(fault)(s, m, request)
+                                                     : s.reply(m, s.good(request));
                      }),
                      readMany, true});
-    rows.append({"too much at a time", false, OpcUa_Good,
-                 on<ReadRequest>([](Server& s, const Message& m, auto&& request) {
-                     if (request.items.size() > 100)
-                         s.reply(m, Server::faultOf(OpcUa_BadTooManyOperations));
-                     else
-                         s.reply(m, s.good(request));
-                 }),
-                 readMany, true});
-    rows.append(
-        {"silence", false, OpcUa_BadTimeout, onCall([](Server&, auto&, auto&&) {}), waitForEnd});
+        rows.last().limit = limit;
+    };
+    limited("one at a time and a fault", 1, 0, OpcUa_BadTooManySessions, OpcUa_BadTooManySessions);
+    limited("always too much", 1, 0, OpcUa_BadTooManyOperations, OpcUa_BadTooManyOperations);
+    limited("too much at a time", 0, 100, OpcUa_BadTooManyOperations, OpcUa_Good);
+    rows.append({"silence", false, OpcUa_BadTimeout, onCall([](auto&...) {}), waitForEnd});
     rows.append({"password in clear text", false, OpcUa_BadSecurityPolicyRejected, nullptr});
     rows.append({"back into the same session", true, OpcUa_Good,
                  [lost = std::make_shared<bool>()](Server& s, const Message& m, auto type) {
@@ -533,10 +515,9 @@ void addCallRows(QList<Row>& rows)
                      return s.ends || (*lost && type == CreateSessionRequest::encodingId);
                  },
                  comeBack, true});
-    rows.append({"no answer", false, OpcUa_BadTimeout, onCall([](Server&, auto&, auto&&) {}),
-                 readOne, true, 500});
-    rows.append({"answers to nobody", true, OpcUa_Good,
-                 onCall([](Server& s, const Message& m, auto&& request) {
+    rows.append(
+        {"no answer", false, OpcUa_BadTimeout, onCall([](auto&...) {}), readOne, true, 500});
+    rows.append({"answers to nobody", true, OpcUa_Good, onCall([](auto& s, auto& m, auto& request) {
                      s.kept.push_back(m);
                      if (request.items[0].attributeId == 12)
                          return; // the one that is cancelled
@@ -552,7 +533,7 @@ void addCallRows(QList<Row>& rows)
     };
     add("references for ever", OpcUa_BadEncodingLimitsExceeded, nullptr, browse);
     add("same references for ever", OpcUa_BadContinuationPointInvalid,
-        on<BrowseNextRequest>([](Server& s, const Message& m, auto&&) {
+        on<BrowseNextRequest>([](auto& s, auto& m, auto&) {
             BrowseResult page;
             page.continuationPoint = QByteArray::number(++s.count);
             page.references.resize(3);
@@ -561,13 +542,10 @@ void addCallRows(QList<Row>& rows)
         browseOnce);
     add("history for ever", OpcUa_BadEncodingLimitsExceeded, nullptr, history);
     add("same history for ever", OpcUa_BadContinuationPointInvalid,
-        altered<HistoryReadRequest>(
-            [](HistoryReadResponse& r) { r.results[0].continuationPoint = "again"; }),
+        altered<HistoryReadRequest>([](auto& r) { r.results[0].continuationPoint = "again"; }),
         history);
     add("empty history for ever", OpcUa_BadContinuationPointInvalid,
-        altered<HistoryReadRequest>(
-            [](HistoryReadResponse& r) { r.results[0].historyData = UaExtensionObject(); }),
-        history);
+        altered<HistoryReadRequest>([](auto& r) { r.results[0].historyData = {}; }), history);
 }
 
 void addSubscriptionRows(QList<Row>& rows)
@@ -577,16 +555,16 @@ void addSubscriptionRows(QList<Row>& rows)
                      on<PublishRequest>(fault), call, true, isSilent ? 500 : 20000});
     };
     add(
-        "never published", subscribeToSilence, [](Server&, auto&, auto&&) {}, true);
+        "never published", subscribeToSilence, [](auto&...) {}, true);
     add(
         "published for nobody", subscribeToSilence,
-        [](Server& s, const Message& m, auto&&) {
+        [](auto& s, auto& m, auto&) {
             PublishResponse response = s.notification(++s.count);
             response.subscriptionId = 4711;
             s.peer.answer(m, response);
         },
         true);
-    add("published twice", subscribeInOrder, [](Server& s, const Message& m, auto&& request) {
+    add("published twice", subscribeInOrder, [](auto& s, auto& m, auto& request) {
         s.acknowledged += request.acknowledgements.size();
         if (s.count > 8 && s.acknowledged == 0)
             return;
@@ -597,28 +575,24 @@ void addSubscriptionRows(QList<Row>& rows)
     // These numbers, and what Republish tells. The promise of 5 before it has no data.
     const auto addMissing = [&](const char* name, auto call, const QList<OpcUa_UInt32>& numbers,
                                 auto republish) {
-        add(name, call, [numbers](Server& s, const Message& m, auto&&) {
+        add(name, call, [numbers](auto& s, auto& m, auto&) {
             if (s.count < OpcUa_UInt32(numbers.size()) && s.handle != 0) {
                 const bool isPromise = numbers.value(++s.count) == 5 && numbers[s.count - 1] == 5;
                 s.reply(m, s.notification(numbers[s.count - 1], !isPromise));
             }
         });
-        rows.last().fault = [publish = rows.last().fault, republish](auto& s, auto& m, auto type) {
-            if (type != RepublishRequest::encodingId)
-                return publish(s, m, type);
-            republish(s, m, Server::decoded<RepublishRequest>(m).retransmitSequenceNumber);
-            return true;
-        };
+        rows.last().fault =
+            [publish = rows.last().fault, missing = on<RepublishRequest>(republish)](
+                auto& s, auto& m, auto type) { return publish(s, m, type) || missing(s, m, type); };
     };
-    addMissing("dropped by the server", subscribeWithGap, {1, 5, 5, 6},
-               [](Server& s, const Message& m, OpcUa_UInt32) {
-                   s.reply(m, Server::faultOf(OpcUa_BadMessageNotAvailable));
-               });
     const auto again = [](bool hasValue) {
-        return [hasValue](Server& s, const Message& m, OpcUa_UInt32 number) {
+        return [hasValue](auto& s, auto& m, auto& request) {
+            const auto number = request.retransmitSequenceNumber;
             s.reply(m, RepublishResponse{{}, s.notification(number, hasValue).notificationMessage});
         };
     };
+    addMissing("dropped by the server", subscribeWithGap, {1, 5, 5, 6},
+               refusal(OpcUa_BadMessageNotAvailable));
     addMissing("published again without data", subscribeWithGap, {1, 5, 5, 6}, again(false));
     addMissing("published again", subscribeInOrder, {1, 3, 6}, again(true));
 }
@@ -659,7 +633,7 @@ private Q_SLOTS:
 
 private:
     const QList<Row> m_rows = allRows();
-    const Identity m_identity = makeIdentity();
+    const Identity m_identity = makeIdentity(2048);
     SessionUser m_user;
 };
 
@@ -688,7 +662,7 @@ void tst_HostileSession::endsInANamedState()
         if (!isFirst && row.isSecure)
             peer.secure(security);
         if (peer.acknowledge())
-            Server(peer, m_identity,
+            Server(peer, m_identity, row.limit,
                    isFirst && !row.name.startsWith("endpoints") ? nullptr : row.fault)
                 .serve();
     });

@@ -1,9 +1,8 @@
 // Both ends of a secure channel, in memory and by a clock that is a number.
 
-#include "platform/pki/openssl_p.h"
-#include "platform/pki/uapkicertificate.h"
 #include "platform/types/uastatuscode.h"
 #include "platform/wire/securechannel_p.h"
+#include "support/identity.h"
 #include "support/warnings.h"
 
 #include <QtTest/QtTest>
@@ -15,25 +14,13 @@ namespace {
 using State = SecureChannel::State;
 constexpr OpcUa_UInt32 lifetime = 60000;
 
-struct Identity
-{
-    QByteArray certificate;
-    SharedKey key;
-};
 /// One for each size, and another for the same size below 0; made when it is asked for.
 const Identity& identity(int bits)
 {
     static std::map<int, Identity> all;
     Identity& one = all[bits];
-    if (!one.key) {
-        UaPkiIdentity name;
-        name.commonName = "end";
-        UaPkiCertificateInfo info;
-        info.applicationUri = "urn:end";
-        const UaPkiRsaKeyPair pair(std::abs(bits));
-        const UaPkiCertificate c(info, name, pair.publicKey(), name, pair.privateKey());
-        one = {c.toDER().bytes(), UaPkiKeyAccess::shared(pair.privateKey())};
-    }
+    if (!one.key)
+        one = makeIdentity(std::abs(bits));
     return one;
 }
 
