@@ -202,19 +202,23 @@ UaExpandedNodeId QvelSession::toExpandedNodeId(const UaNodeId& id) const
 
 void QvelSession::answerCertificate(QvelCertificateAnswer answer)
 {
-    d->run([answer](SessionWorker& worker) { worker.answerCertificate(answer); });
+    d->run([number = d->question, answer](SessionWorker& worker) {
+        worker.answerCertificate(number, answer);
+    });
 }
 
 void QvelSession::answerPassword(const QString& password)
 {
-    d->run([secret = Secret(password.toUtf8())](SessionWorker& worker) {
-        worker.answerPassword(secret, true);
+    d->run([number = d->question, secret = Secret(password.toLocal8Bit())](SessionWorker& worker) {
+        worker.answerPassword(number, secret, true);
     });
 }
 
 void QvelSession::cancelPassword()
 {
-    d->run([](SessionWorker& worker) { worker.answerPassword({}, false); });
+    d->run([number = d->question](SessionWorker& worker) {
+        worker.answerPassword(number, {}, false);
+    });
 }
 
 QFuture<QvelReadResult> QvelSession::read(const QList<QvelReadItem>& items)

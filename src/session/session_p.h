@@ -31,6 +31,7 @@ public:
     SessionWorker* worker = nullptr; // of the thread
     QHash<quint32, QvelSubscription*> subscriptions;
     quint32 lastSubscription = 0;
+    quint32 question = 0; // the worker's last one that was told
     OpcUa_UInt32 lastHandle = 0;
 
     // Runs a function of the worker on its thread.
@@ -70,3 +71,13 @@ public:
             [items](SessionWorker& w, auto& promise) { w.perform(items, promise); });
     }
 };
+
+template <class Question>
+void SessionHost::ask(const SessionWorker& worker, quint32 number, const Question& question,
+                      void (QvelSession::*signal)(const Question&))
+{
+    worker.post([=](QvelSession& session) {
+        session.d->question = number;
+        Q_EMIT(session.*signal)(question);
+    });
+}

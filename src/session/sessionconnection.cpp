@@ -98,6 +98,7 @@ void SessionConnection::readSocket()
                 return;
         }
         while (const std::optional<Message> message = m_channel->next()) {
+            m_lastMessage = SecureChannel::wallClock();
             const auto found = m_pending.find(message->requestId);
             if (found == m_pending.end())
                 continue; // its caller has given it up

@@ -38,6 +38,7 @@ public:
     quint64 requests() const { return m_requests; }
     quint64 bytesSent() const { return m_sent; }
     quint64 bytesReceived() const { return m_received; }
+    OpcUa_DateTime lastMessage() const { return m_lastMessage; } // 0 for none
 
     /// Sends a request; `done(status, response)` is called once, later, unless the connection is
     /// deleted before. It may delete the connection.
@@ -94,6 +95,7 @@ private:
     quint64 m_requests = 0;
     quint64 m_sent = 0;
     quint64 m_received = 0;
+    OpcUa_DateTime m_lastMessage = 0;
     bool m_closed = false;
 };
 

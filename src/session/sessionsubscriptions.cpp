@@ -8,8 +8,12 @@ namespace {
 
 constexpr OpcUa_UInt32 baseEventType = 2041;
 constexpr qsizetype mostItemsAtATime = 1000;
-// Notifications that wait for the host's thread; beyond, they are dropped and told as a gap.
-constexpr qint64 mostInFlight = 2'000'000;
+// Bytes of notifications that wait for the host's thread, and what one takes beside its own;
+// beyond, they are dropped and told as a gap.
+constexpr qint64 mostInFlight = 512 * 1024 * 1024;
+constexpr qint64 notificationSize = 200;
+// Bytes of messages that came before one that is missing.
+constexpr qint64 mostHeld = 64 * 1024 * 1024;
 // Missing messages that are asked for; servers keep no more.
 constexpr OpcUa_UInt32 mostRepublished = 1000;
 constexpr int silenceInterval = 1000;   // ms
@@ -97,12 +101,14 @@ void SessionSubscriptions::setParameters(quint32 id, const QvelSubscriptionParam
         return;
     s->isModeChanged |= s->wanted.publishingEnabled != parameters.publishingEnabled;
     s->isChanged = true;
+    s->failed = false;
     s->wanted = parameters;
     sync(id);
 }
 
 void SessionSubscriptions::addItems(quint32 id, OpcUa_UInt32 firstHandle,
-                                    const QList<QvelMonitoredItem>& items)
+                                    const QList<QvelMonitoredItem>& items,
+                                    const QStringList& namespaces)
 {
     Subscription* s = find(id);
     if (!s)
@@ -110,7 +116,7 @@ void SessionSubscriptions::addItems(quint32 id, OpcUa_UInt32 firstHandle,
     for (const QvelMonitoredItem& wanted : items) {
         Item& item = s->items[firstHandle++];
         item.wanted = wanted;
-        item.namespaceUri = m_worker.namespaces().value(wanted.nodeId.namespaceIndex());
+        item.namespaceUri = namespaces.value(wanted.nodeId.namespaceIndex());
     }
     sync(id);
 }
@@ -126,6 +132,7 @@ void SessionSubscriptions::modifyItem(quint32 id, OpcUa_UInt32 handle,
     const UaNodeId node = item.wanted.nodeId;
     item.isModeChanged |= item.wanted.mode != wanted.mode;
     item.isChanged = true;
+    item.failed = false;
     item.wanted = wanted;
     item.wanted.nodeId = node;
     sync(id);
@@ -170,13 +177,27 @@ void SessionSubscriptions::lose(Subscription& s)
         s.wasLost = true;
         m_worker.log(QvelSession::tr("Subscription %1 is lost, and made anew").arg(s.serverId));
     }
+    clear(s);
+}
+
+void SessionSubscriptions::clear(Subscription& s)
+{
     s.serverId = 0;
     s.lastSequence = 0;
     s.held.clear();
+    s.heldBytes = 0;
     s.toDelete.clear();
-    s.isRepublishing = s.probes = false;
+    s.isRepublishing = s.probes = s.hasUnknownItems = false;
     for (auto& [handle, item] : s.items)
         item.serverId = 0;
+}
+
+void SessionSubscriptions::forget()
+{
+    for (auto& [id, s] : m_subscriptions) {
+        s.wasLost |= s.serverId != 0;
+        clear(s);
+    }
 }
 
 void SessionSubscriptions::disconnected()
@@ -186,9 +207,12 @@ void SessionSubscriptions::disconnected()
     m_silenceTimer.stop();
     m_acknowledgements.clear();
     for (auto& [id, s] : m_subscriptions) {
-        s.isBusy = s.isRepublishing = false;
+        if (s.isBusy)
+            makeUncertain(s);
+        s.isBusy = s.makesItems = s.isRepublishing = false;
         s.failed = false;
         s.held.clear();
+        s.heldBytes = 0;
         for (auto& [handle, item] : s.items)
             item.failed = false;
     }
@@ -265,9 +289,10 @@ void SessionSubscriptions::transfer()
         });
 }
 
-void SessionSubscriptions::makeUncertain(Subscription& s, bool hasNewItems)
+// The answer to a request is lost: the server may have carried it out, or not.
+void SessionSubscriptions::makeUncertain(Subscription& s)
 {
-    s.hasUnknownItems |= hasNewItems;
+    s.hasUnknownItems |= s.makesItems;
     s.isChanged = s.isModeChanged = true;
     for (auto& [handle, item] : s.items)
         item.isChanged = item.isModeChanged = true;
@@ -277,19 +302,22 @@ template <class Response, class Request, class Done>
 void SessionSubscriptions::change(quint32 id, Request& request, Done done)
 {
     find(id)->isBusy = true;
-    m_worker.request<Response>(request,
-                               [this, id, generation = m_generation, done = std::move(done)](
-                                   OpcUa_StatusCode status, Response& response) {
-                                   Subscription* s = find(id);
-                                   if (!s || generation != m_generation)
-                                       return;
-                                   s->isBusy = false;
-                                   if (status == OpcUa_BadSubscriptionIdInvalid)
-                                       lose(*s);
-                                   else
-                                       done(*s, status, response);
-                                   sync(id);
-                               });
+    m_worker.request<Response>(
+        request, [this, id, generation = m_generation,
+                  done = std::move(done)](OpcUa_StatusCode status, Response& response) {
+            Subscription* s = find(id);
+            if (!s || generation != m_generation)
+                return;
+            if (isLost(status))
+                return; // disconnected() comes next
+            s->hasUnknownItems |= s->makesItems && status == OpcUa_BadTimeout;
+            s->isBusy = s->makesItems = false;
+            if (status == OpcUa_BadSubscriptionIdInvalid)
+                lose(*s);
+            else
+                done(*s, status, response);
+            sync(id);
+        });
 }
 
 void SessionSubscriptions::sync(quint32 id)
@@ -436,6 +464,7 @@ bool SessionSubscriptions::createItems(quint32 id, Subscription& s)
         tell(id, [unknown](QvelSubscription& host) { Q_EMIT host.itemsChanged(unknown); });
     if (handles.isEmpty())
         return false;
+    s.makesItems = true;
     change<CreateMonitoredItemsResponse>(
         id, request,
         [this, id, handles](Subscription& sub, OpcUa_StatusCode status,
@@ -545,9 +574,12 @@ bool SessionSubscriptions::deleteItems(quint32 id, Subscription& s)
     DeleteMonitoredItemsRequest request;
     request.subscriptionId = s.serverId;
     request.monitoredItemIds = s.toDelete.mid(0, itemsAtATime(m_worker));
-    s.toDelete.remove(0, request.monitoredItemIds.size());
     change<DeleteMonitoredItemsResponse>(
-        id, request, [](Subscription&, OpcUa_StatusCode, DeleteMonitoredItemsResponse&) {});
+        id, request,
+        [count = request.monitoredItemIds.size()](Subscription& sub, OpcUa_StatusCode,
+                                                  DeleteMonitoredItemsResponse&) {
+            sub.toDelete.remove(0, std::min(count, sub.toDelete.size()));
+        });
     return true;
 }
 
@@ -613,6 +645,10 @@ void SessionSubscriptions::takePublish(OpcUa_StatusCode status, PublishResponse&
     if (found != m_subscriptions.end()) {
         found->second.heard = m_clock.elapsed();
         takeMessage(found->first, found->second, std::move(response.notificationMessage));
+    } else if (std::none_of(m_subscriptions.begin(), m_subscriptions.end(),
+                            [](const auto& s) { return s.second.isBusy; })) {
+        // Made by a request whose answer was lost.
+        deleteSubscription(response.subscriptionId);
     }
     publish();
 }
@@ -631,14 +667,33 @@ void SessionSubscriptions::takeMessage(quint32 id, Subscription& s, Notification
         else if (s.lastSequence == 0)
             s.lastSequence = sequence - 1;
         if (distance > 1 && distance < isBehind && s.held.size() < mostRepublished)
-            s.held[sequence] = {}; // all before it
+            s.held.try_emplace(sequence); // all before it
         return;
     }
     if (distance == 0 || distance >= isBehind)
         return acknowledge(s, sequence); // it has been delivered
-    if (s.held.size() < mostRepublished)
-        s.held[sequence] = std::move(message);
+    hold(s, std::move(message));
     deliverHeld(id, s);
+}
+
+static qint64 sizeOf(const NotificationMessage& message)
+{
+    qint64 size = 0;
+    for (const UaExtensionObject& data : message.notificationData)
+        size += data.body().length();
+    return size;
+}
+
+// One that finds no room is not acknowledged: it can be asked for when its turn comes.
+void SessionSubscriptions::hold(Subscription& s, NotificationMessage&& message)
+{
+    const qint64 size = sizeOf(message);
+    const bool isNext = message.sequenceNumber == after(s.lastSequence);
+    if (!isNext && (s.held.size() >= mostRepublished || s.heldBytes + size > mostHeld))
+        return;
+    NotificationMessage& place = s.held[message.sequenceNumber];
+    s.heldBytes += size - sizeOf(place);
+    place = std::move(message);
 }
 
 // Not before it is delivered: until then the server keeps it, also for another connection.
@@ -656,6 +711,7 @@ void SessionSubscriptions::deliverHeld(quint32 id, Subscription& s)
             break;
         const NotificationMessage message = std::move(next->second);
         s.held.erase(next);
+        s.heldBytes -= sizeOf(message);
         if (message.notificationData.isEmpty())
             continue; // the place of a keep-alive, which the message itself takes next
         s.lastSequence = message.sequenceNumber;
@@ -721,8 +777,9 @@ void SessionSubscriptions::republish(quint32 id, Subscription& s)
 
 void SessionSubscriptions::addGap(Subscription& s, OpcUa_UInt32 count)
 {
-    s.hasGap = true;
     s.gap += count;
+    if (std::exchange(s.hasGap, true))
+        return; // the host is to hear of it already
     m_worker.log(QvelSession::tr("Subscription %1: %2 messages are missing after number %3")
                      .arg(s.serverId)
                      .arg(count)
@@ -731,8 +788,10 @@ void SessionSubscriptions::addGap(Subscription& s, OpcUa_UInt32 count)
 
 void SessionSubscriptions::tellGap(quint32 id, Subscription& s)
 {
-    if (!std::exchange(s.hasGap, false))
+    // A host that takes nothing hears of it when it does.
+    if (!s.hasGap || m_inFlight->load() > mostInFlight / 2)
         return;
+    s.hasGap = false;
     const OpcUa_UInt32 count = std::exchange(s.gap, 0);
     tell(id, [count](QvelSubscription& host) { Q_EMIT host.gap(count); });
 }
@@ -773,7 +832,7 @@ void SessionSubscriptions::deliver(quint32 id, Subscription& s, const Notificati
             }
             continue;
         }
-        qsizetype count = 0;
+        qint64 size = body.size();
         std::function<void(QvelSubscription&)> emitter;
         if (isExtension<DataChangeNotification>(data)) {
             DataChangeNotification change;
@@ -782,9 +841,9 @@ void SessionSubscriptions::deliver(quint32 id, Subscription& s, const Notificati
                 continue;
             }
             removeRepeated(s, change.monitoredItems);
-            count = change.monitoredItems.size();
-            if (count == 0)
+            if (change.monitoredItems.isEmpty())
                 continue;
+            size += change.monitoredItems.size() * notificationSize;
             emitter = [changes = change.monitoredItems](QvelSubscription& host) {
                 Q_EMIT host.dataChanged(changes);
             };
@@ -794,21 +853,25 @@ void SessionSubscriptions::deliver(quint32 id, Subscription& s, const Notificati
                 addGap(s, 1);
                 continue;
             }
-            count = list.events.size();
+            list.events.removeIf(
+                [&s](const QvelEvent& event) { return s.items.count(event.handle) == 0; });
+            if (list.events.isEmpty())
+                continue;
+            size += list.events.size() * notificationSize;
             emitter = [events = list.events](QvelSubscription& host) {
                 Q_EMIT host.eventsReceived(events);
             };
         } else {
             continue;
         }
-        if (m_inFlight->load() + count > mostInFlight) {
+        if (m_inFlight->load() + size > mostInFlight) {
             addGap(s, 1);
             continue;
         }
-        m_inFlight->fetch_add(count);
+        m_inFlight->fetch_add(size);
         // Counted until the host has taken it, or has dropped it unseen.
         const std::shared_ptr<void> taken(
-            nullptr, [count, inFlight = m_inFlight](void*) { inFlight->fetch_sub(count); });
+            nullptr, [size, inFlight = m_inFlight](void*) { inFlight->fetch_sub(size); });
         tell(id, [emitter, taken](QvelSubscription& host) { emitter(host); });
     }
     tellGap(id, s);
@@ -820,6 +883,7 @@ void SessionSubscriptions::checkSilence()
     publish(); // also where the server once refused one
     const qint64 now = m_clock.elapsed();
     for (auto& [id, s] : m_subscriptions) {
+        tellGap(id, s);
         const double longest =
             s.revised.publishingInterval * (s.revised.maxKeepAliveCount + 2) * 1.5;
         if (s.serverId == 0 || s.isBusy ||

@@ -19,13 +19,18 @@ public:
     void create(quint32 id, const QvelSubscriptionParameters& parameters);
     void remove(quint32 id);
     void setParameters(quint32 id, const QvelSubscriptionParameters& parameters);
-    void addItems(quint32 id, OpcUa_UInt32 firstHandle, const QList<QvelMonitoredItem>& items);
+    /// `namespaces` is the table by which the host named the nodes; empty before the first
+    /// connection.
+    void addItems(quint32 id, OpcUa_UInt32 firstHandle, const QList<QvelMonitoredItem>& items,
+                  const QStringList& namespaces);
     void modifyItem(quint32 id, OpcUa_UInt32 handle, const QvelMonitoredItem& item);
     void setMode(quint32 id, const QList<OpcUa_UInt32>& handles, QvelMonitoringMode mode);
     void removeItems(quint32 id, const QList<OpcUa_UInt32>& handles);
 
     void connected(bool isNewSession);
     void disconnected();
+    /// The server has none of them any more: the session was closed.
+    void forget();
 
 private:
     struct Item
@@ -46,7 +51,8 @@ private:
         bool failed = false;
         bool isChanged = false;
         bool isModeChanged = false;
-        bool isBusy = false; // a request that brings it in line is under way
+        bool isBusy = false;     // a request that brings it in line is under way
+        bool makesItems = false; // it is one that makes items
         bool wasLost = false;
         bool hasUnknownItems = false; // made by a request whose answer was lost
         std::map<OpcUa_UInt32, Item> items;
@@ -54,6 +60,7 @@ private:
 
         OpcUa_UInt32 lastSequence = 0;
         std::map<OpcUa_UInt32, UaWire::NotificationMessage> held; // until what is missing has come
+        qint64 heldBytes = 0;
         bool isRepublishing = false;
         bool probes = false; // asks for what comes next, until there is none
         qint64 heard = 0;    // when a message came last
@@ -77,7 +84,8 @@ private:
     UaWire::MonitoringParameters parametersOf(OpcUa_UInt32 handle, const Item& item) const;
     void transfer();
     void lose(Subscription& s);
-    void makeUncertain(Subscription& s, bool hasNewItems);
+    void makeUncertain(Subscription& s);
+    void clear(Subscription& s);
     void deleteSubscription(OpcUa_UInt32 serverId);
 
     void publish();
@@ -86,6 +94,7 @@ private:
     void deliverHeld(quint32 id, Subscription& s);
     void deliver(quint32 id, Subscription& s, const UaWire::NotificationMessage& message);
     void acknowledge(const Subscription& s, OpcUa_UInt32 sequence);
+    void hold(Subscription& s, UaWire::NotificationMessage&& message);
     void removeRepeated(Subscription& s, QList<QvelDataChange>& changes);
     void republish(quint32 id, Subscription& s);
     void addGap(Subscription& s, OpcUa_UInt32 count);
@@ -96,7 +105,6 @@ private:
 
     SessionWorker& m_worker;
     Subscriptions m_subscriptions;
-    QList<OpcUa_UInt32> m_toDelete; // subscriptions of the server
     QList<UaWire::SubscriptionAcknowledgement> m_acknowledgements;
     int m_publishing = 0;      // requests under way
     int m_mostPublishing = 10; // that the server takes
@@ -104,5 +112,5 @@ private:
     QElapsedTimer m_clock;
     qint64 m_repeatsUntil = 0;
     QTimer m_silenceTimer;
-    std::shared_ptr<std::atomic<qint64>> m_inFlight; // notifications that the host has yet to take
+    std::shared_ptr<std::atomic<qint64>> m_inFlight; // bytes that the host has yet to take
 };

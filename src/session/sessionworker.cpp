@@ -1,7 +1,7 @@
 // The life of a session: from the look-up of the host to the activated session, and back after a
 // connection was lost.
 
-#include "session/sessionsubscriptions_p.h"
+#include "session/session_p.h"
 #include "sessionworker_p.h"
 
 #include "platform/pki/openssl_p.h"
@@ -70,6 +70,14 @@ bool isFinal(OpcUa_StatusCode status)
     return std::find(std::begin(codes), std::end(codes), status) != std::end(codes);
 }
 
+// Whatever else the server says, it is there, and it knows the session.
+bool isSessionGone(OpcUa_StatusCode status)
+{
+    constexpr OpcUa_StatusCode codes[] = {OpcUa_BadSessionIdInvalid, OpcUa_BadSessionClosed,
+                                          OpcUa_BadConnectionClosed};
+    return std::find(std::begin(codes), std::end(codes), status) != std::end(codes);
+}
+
 QString stepName(QvelSession::State state)
 {
     switch (state) {
@@ -114,6 +122,19 @@ bool isNonce(const QByteArray& bytes)
 QString nonceAdvice()
 {
     return QvelSession::tr("The server's random number is too short, or too long.");
+}
+
+QString hostOf(const QByteArray& url)
+{
+    const auto address = parseEndpointUrl(url);
+    return address ? address->host : QString();
+}
+
+bool hasMode(const SecurityPolicy& policy, OpcUa_MessageSecurityMode mode)
+{
+    return policy.isSecure ? mode == OpcUa_MessageSecurityMode_Sign ||
+                                 mode == OpcUa_MessageSecurityMode_SignAndEncrypt
+                           : mode == OpcUa_MessageSecurityMode_None;
 }
 
 // An endpoint that CreateSession tells, which may lack its certificate, is the one that was
@@ -187,10 +208,9 @@ const SecurityPolicy* SessionWorker::policy() const
     return securityPolicy(local<QByteArray>(endpoint().SecurityPolicyUri));
 }
 
-QString SessionWorker::hostName() const
+int SessionWorker::timeLeft() const
 {
-    const auto address = parseEndpointUrl(m_usedUrl);
-    return address ? address->host : QString();
+    return std::max(1, m_options.connectTimeout - int(m_connectClock.elapsed()));
 }
 
 void SessionWorker::connectToServer(const QvelDiscoverySetting& setting, const Secret& password,
@@ -218,13 +238,18 @@ void SessionWorker::begin()
     m_connectClock.start();
     m_usedUrl = m_wanted.endpointUrl().trimmed().toUtf8();
     setState(State::LookingUp);
-    if (!m_endpointKnown) {
+    if (m_endpointKnown) {
+        if (!m_options.allowsOtherUrl)
+            m_usedUrl = local<QByteArray>(endpoint().EndpointUrl);
+    } else {
         m_setting = m_wanted;
         const bool hasCertificate = endpoint().ServerCertificate.Data != nullptr;
         const bool isSecure = policy() && policy()->isSecure;
         m_endpointKnown = policy() && endpoint().NoOfUserIdentityTokens > 0 &&
                           endpoint().UserIdentityTokens && (hasCertificate || !isSecure);
     }
+    if (!loadUserIdentity() || (policy() && policy()->isSecure && !loadApplicationIdentity()))
+        return;
     if (m_endpointKnown)
         checkServer();
     else
@@ -233,7 +258,6 @@ void SessionWorker::begin()
 
 void SessionWorker::useConnection(const QByteArray& url, const SecureChannel::Settings& settings)
 {
-    const int left = std::max(1, m_options.connectTimeout - int(m_connectClock.elapsed()));
     m_connection = std::make_unique<SessionConnection>();
     connect(m_connection.get(), &SessionConnection::hostFound, this,
             [this] { setState(State::Connecting); });
@@ -241,7 +265,7 @@ void SessionWorker::useConnection(const QByteArray& url, const SecureChannel::Se
             [this] { setState(State::OpeningChannel); });
     connect(m_connection.get(), &SessionConnection::closed, this,
             [this](OpcUa_StatusCode status, const UaString& reason) { fail(status, reason); });
-    m_connection->open(url, settings, left);
+    m_connection->open(url, settings, timeLeft());
 }
 
 void SessionWorker::dropConnection()
@@ -268,7 +292,7 @@ void SessionWorker::askEndpoints()
         request.endpointUrl = UaString(m_usedUrl);
         // Outside a session, whether there is one or not.
         const UaNodeId token = std::exchange(m_authenticationToken, UaNodeId());
-        step<GetEndpointsResponse>(request, m_options.connectTimeout,
+        step<GetEndpointsResponse>(request, timeLeft(),
                                    [this](OpcUa_StatusCode status, GetEndpointsResponse& response) {
                                        if (OpcUa_IsBad(status))
                                            return fail(status, reasonOf(response.header));
@@ -285,10 +309,11 @@ void SessionWorker::takeEndpoints(UaStackTypeArray<OpcUa_EndpointDescription>& e
     const OpcUa_MessageSecurityMode mode = m_wanted.messageSecurityMode();
     const bool hasCertificate = !m_options.certificateFile.isEmpty();
     const OpcUa_EndpointDescription* best = nullptr;
-    const auto rank = [](const OpcUa_EndpointDescription& e) {
+    const auto rank = [this](const OpcUa_EndpointDescription& e) {
         const SecurityPolicy* p = securityPolicy(local<QByteArray>(e.SecurityPolicyUri));
         const auto place = securityPolicies().size() - securityPolicies().indexOf(p);
-        return std::make_tuple(!p->isOld, e.SecurityMode, e.SecurityLevel, place);
+        return std::make_tuple(!p->isOld, e.SecurityMode, e.SecurityLevel, place,
+                               hostOf(local<QByteArray>(e.EndpointUrl)) == hostOf(m_usedUrl));
     };
     for (const OpcUa_EndpointDescription& e : endpoints) {
         const QByteArray uri = local<QByteArray>(e.SecurityPolicyUri);
@@ -296,6 +321,7 @@ void SessionWorker::takeEndpoints(UaStackTypeArray<OpcUa_EndpointDescription>& e
         const QByteArray transport = local<QByteArray>(e.TransportProfileUri);
         if (!p || (!wantedPolicy.isEmpty() && uri != wantedPolicy) ||
             (mode != OpcUa_MessageSecurityMode_Invalid && e.SecurityMode != mode) ||
+            !hasMode(*p, e.SecurityMode) ||
             (wantedPolicy.isEmpty() && p->isSecure && !hasCertificate) ||
             !local<QByteArray>(e.EndpointUrl).toLower().startsWith("opc.tcp:"))
             continue;
@@ -363,12 +389,10 @@ bool SessionWorker::loadUserIdentity()
     const UaPkiPrivateKey key =
         UaPkiPrivateKey::fromFile(m_wanted.privateKeyFile(), m_keyPassword.bytes(), &status);
     if (key.isNull() && status == OpcUa_BadIdentityTokenRejected) {
-        m_questionedKeyFile = m_wanted.privateKeyFile();
+        m_asksPassword = true;
         m_questionTimer.start(m_options.connectTimeout);
-        QvelPasswordQuestion question;
-        question.file = m_questionedKeyFile;
-        question.isRepeated = m_keyPasswordGiven;
-        post([question](QvelSession& session) { Q_EMIT session.passwordQuestion(question); });
+        const QvelPasswordQuestion question{m_wanted.privateKeyFile(), m_keyPasswordGiven};
+        SessionHost::ask(*this, ++m_question, question, &QvelSession::passwordQuestion);
         return false;
     }
     if (key.isNull() || !key.matches(certificate.publicKey())) {
@@ -384,27 +408,27 @@ bool SessionWorker::loadUserIdentity()
     return true;
 }
 
-void SessionWorker::answerPassword(const Secret& password, bool given)
+void SessionWorker::answerPassword(quint32 question, const Secret& password, bool given)
 {
-    if (m_questionedKeyFile.isEmpty())
+    if (!m_asksPassword || question != m_question)
         return;
-    m_questionedKeyFile.clear();
+    m_asksPassword = false;
     m_questionTimer.stop();
     if (!given)
         return fail(OpcUa_BadIdentityTokenRejected, {},
                     QvelSession::tr("Give the password of the private key."), true);
     m_keyPassword = password;
     m_keyPasswordGiven = true;
-    m_connectClock.start();
-    checkServer();
+    begin();
 }
 
-// Nothing is sent before both identities are there and the server's certificate is accepted.
+// No channel is opened before the application's identity is there and the server's certificate is
+// accepted.
 void SessionWorker::checkServer()
 {
     const SecurityPolicy* p = policy();
     const QByteArray certificate = bytesOf(endpoint().ServerCertificate);
-    if (!loadUserIdentity() || (p->isSecure && !loadApplicationIdentity()))
+    if (p->isSecure && !loadApplicationIdentity())
         return;
     const bool encryptsPassword =
         m_wanted.userTokenType() == OpcUa_UserTokenType_UserName && !certificate.isEmpty();
@@ -424,7 +448,7 @@ void SessionWorker::checkServer()
     if (leafCertificate(certificate) == m_acceptedCertificate && !m_acceptedCertificate.isEmpty())
         return openChannel();
     UaPkiExpectation expectation;
-    expectation.hostName = hostName();
+    expectation.hostName = hostOf(m_usedUrl);
     expectation.applicationUri = local<QString>(endpoint().Server.ApplicationUri);
     const SecurityPolicy& keys = p->isSecure ? *p : *securityPolicies().first();
     expectation.minKeySize = keys.smallestKey;
@@ -435,16 +459,16 @@ void SessionWorker::checkServer()
     if (verdict.isTrusted())
         return openChannel();
     const QvelCertificateQuestion question{verdict.certificate, verdict.findings};
-    m_askedCertificate = true;
+    m_asksCertificate = true;
     m_questionTimer.start(m_options.connectTimeout);
-    post([question](QvelSession& session) { Q_EMIT session.certificateQuestion(question); });
+    SessionHost::ask(*this, ++m_question, question, &QvelSession::certificateQuestion);
 }
 
-void SessionWorker::answerCertificate(QvelCertificateAnswer answer)
+void SessionWorker::answerCertificate(quint32 question, QvelCertificateAnswer answer)
 {
-    if (!m_askedCertificate)
+    if (!m_asksCertificate || question != m_question)
         return;
-    m_askedCertificate = false;
+    m_asksCertificate = false;
     m_questionTimer.stop();
     const QByteArray leaf = leafCertificate(bytesOf(endpoint().ServerCertificate));
     const UaPkiCertificate certificate = UaPkiCertificate::fromDER(UaByteString(leaf));
@@ -471,8 +495,7 @@ void SessionWorker::openChannel()
     settings.endpointUrl = m_usedUrl;
     settings.policy = p;
     settings.mode = p->isSecure ? endpoint().SecurityMode : OpcUa_MessageSecurityMode_None;
-    if (p->isSecure && settings.mode != OpcUa_MessageSecurityMode_Sign &&
-        settings.mode != OpcUa_MessageSecurityMode_SignAndEncrypt)
+    if (!hasMode(*p, settings.mode))
         return fail(OpcUa_BadSecurityModeRejected, {}, {}, true);
     if (p->isSecure) {
         settings.ownCertificate = m_ownCertificate;
@@ -512,7 +535,7 @@ void SessionWorker::createSession()
     request.clientCertificate = policy()->isSecure ? m_ownCertificate : QByteArray();
     request.requestedSessionTimeout = m_options.sessionTimeout;
     request.maxResponseMessageSize = m_options.limits.messageSize;
-    step<CreateSessionResponse>(request, m_options.connectTimeout,
+    step<CreateSessionResponse>(request, timeLeft(),
                                 [this](OpcUa_StatusCode status, CreateSessionResponse& response) {
                                     if (OpcUa_IsBad(status))
                                         return fail(status, reasonOf(response.header));
@@ -563,10 +586,18 @@ bool SessionWorker::makeUserToken(ActivateSessionRequest& request)
 {
     const OpcUa_UserTokenType type = m_wanted.userTokenType();
     const OpcUa_UserTokenPolicy* token = nullptr;
-    for (OpcUa_Int32 i = 0;
-         endpoint().UserIdentityTokens && !token && i < endpoint().NoOfUserIdentityTokens; ++i) {
-        if (endpoint().UserIdentityTokens[i].TokenType == type)
-            token = &endpoint().UserIdentityTokens[i];
+    const SecurityPolicy* p = nullptr;
+    // The first one that encrypts and signs, else the first that is known.
+    for (OpcUa_Int32 i = 0; endpoint().UserIdentityTokens && i < endpoint().NoOfUserIdentityTokens;
+         ++i) {
+        const OpcUa_UserTokenPolicy& offered = endpoint().UserIdentityTokens[i];
+        const QByteArray uri = local<QByteArray>(offered.SecurityPolicyUri);
+        const SecurityPolicy* its = uri.isEmpty() ? policy() : securityPolicy(uri);
+        if (offered.TokenType == type &&
+            (!token || (its && (!p || (its->isSecure && !p->isSecure))))) {
+            token = &offered;
+            p = its;
+        }
     }
     if (!token) {
         fail(OpcUa_BadIdentityTokenInvalid, {},
@@ -574,8 +605,6 @@ bool SessionWorker::makeUserToken(ActivateSessionRequest& request)
         return false;
     }
     const UaString policyId(&token->PolicyId);
-    const QByteArray uri = local<QByteArray>(token->SecurityPolicyUri);
-    const SecurityPolicy* p = uri.isEmpty() ? policy() : securityPolicy(uri);
     const QByteArray certificate = leafCertificate(bytesOf(endpoint().ServerCertificate));
     if (!p) {
         fail(OpcUa_BadSecurityPolicyRejected, {},
@@ -656,8 +685,7 @@ void SessionWorker::activate()
     for (const QString& locale : std::as_const(m_options.locales))
         request.localeIds.append(UaString(locale.toUtf8()));
     step<ActivateSessionResponse>(
-        request, m_options.connectTimeout,
-        [this](OpcUa_StatusCode status, ActivateSessionResponse& response) {
+        request, timeLeft(), [this](OpcUa_StatusCode status, ActivateSessionResponse& response) {
             if (OpcUa_IsBad(status)) {
                 // The server may have forgotten a session that a lost connection left behind.
                 if (!m_isNewSession && m_connection->isOpen() && !isFinal(status)) {
@@ -696,7 +724,7 @@ void SessionWorker::readServerTables()
     for (const auto& limit : limits)
         request.items.append({UaNodeId(limit.node), QvelAttribute::Value, {}, {}});
     step<ReadResponse>(
-        request, m_options.connectTimeout, [this](OpcUa_StatusCode status, ReadResponse& response) {
+        request, timeLeft(), [this](OpcUa_StatusCode status, ReadResponse& response) {
             if (OpcUa_IsBad(status))
                 return fail(status, reasonOf(response.header));
             if (response.results.length() != std::size(limits) + 2)
@@ -747,12 +775,15 @@ void SessionWorker::keepAlive()
     ReadRequest request;
     request.items.append({UaNodeId(serverState), QvelAttribute::Value, {}, {}});
     const int timeout = std::min(m_options.callTimeout, m_options.keepAliveInterval);
-    step<ReadResponse>(request, timeout, [this](OpcUa_StatusCode status, ReadResponse&) {
+    const quint64 received = m_connection->bytesReceived();
+    step<ReadResponse>(request, timeout, [this, received](OpcUa_StatusCode status, ReadResponse&) {
         if (!isConnected())
             return;
-        if (OpcUa_IsBad(status))
+        // It may be late because much is coming before it.
+        const bool isSilent =
+            status == OpcUa_BadTimeout && m_connection->bytesReceived() == received;
+        if (isSilent || isSessionGone(status))
             return connectionLost(status);
-        m_statistics.lastAnswer = UaDateTime::now();
         m_keepAliveTimer.start(m_options.keepAliveInterval);
     });
 }
@@ -773,8 +804,8 @@ void SessionWorker::fail(OpcUa_StatusCode status, const UaString& reason, const 
     error.advice = advice.isEmpty() ? adviceFor(status) : advice;
     m_keepAliveTimer.stop();
     m_questionTimer.stop();
-    m_askedCertificate = false;
-    m_questionedKeyFile.clear();
+    m_asksCertificate = false;
+    m_asksPassword = false;
     abandonCalls(OpcUa_BadConnectionClosed);
     m_subscriptions->disconnected();
     const bool again = m_lasted && m_options.reconnects && !final && !isFinal(status);
@@ -812,8 +843,8 @@ void SessionWorker::stop(OpcUa_StatusCode status)
     for (QTimer* timer :
          {&m_reconnectTimer, &m_keepAliveTimer, &m_questionTimer, &m_statisticsTimer})
         timer->stop();
-    m_askedCertificate = false;
-    m_questionedKeyFile.clear();
+    m_asksCertificate = false;
+    m_asksPassword = false;
     if (m_connection && m_connection->isOpen() && !m_authenticationToken.isNull()) {
         CloseSessionRequest request;
         this->request<CloseSessionResponse>(request,
@@ -828,6 +859,7 @@ void SessionWorker::stop(OpcUa_StatusCode status)
     m_keyPassword.wipe();
     abandonCalls(status);
     m_subscriptions->disconnected();
+    m_subscriptions->forget();
 }
 
 // All that is under way ends: what was sent, and what waits to be.
@@ -838,9 +870,9 @@ void SessionWorker::abandonCalls(OpcUa_StatusCode status)
     if (connection)
         connection->abandon(status);
     const auto waiting = std::exchange(m_waiting, {});
+    m_underWay += int(waiting.size());
     for (const auto& function : waiting)
-        function(); // each finds that there is no connection
-    m_underWay = 0;
+        function(); // each finds that there is no connection, and calls release() later
 }
 
 void SessionWorker::disconnectFromServer()
@@ -859,7 +891,10 @@ void SessionWorker::tellStatistics()
         all.bytesSent += m_connection->bytesSent();
         all.bytesReceived += m_connection->bytesReceived();
         all.tokenRenewals += m_connection->renewals();
+        if (m_connection->lastMessage() != 0)
+            m_statistics.lastAnswer = UaDateTime(m_connection->lastMessage());
     }
+    all.lastAnswer = m_statistics.lastAnswer;
     SessionHost::tellStatistics(*this, all);
 }
 
@@ -873,7 +908,7 @@ void SessionWorker::whenRoom(std::function<void()> function)
 
 void SessionWorker::release()
 {
-    m_underWay = std::max(0, m_underWay - 1);
+    --m_underWay;
     // What begins may end at once and come back here: one after the other, not one in the other.
     if (std::exchange(m_isReleasing, true))
         return;

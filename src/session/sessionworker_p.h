@@ -70,8 +70,9 @@ public:
                          const QvelSessionOptions& options);
     void disconnectFromServer();
     void reconnectNow();
-    void answerCertificate(QvelCertificateAnswer answer);
-    void answerPassword(const Secret& password, bool given);
+    /// `question` is the number of the one that is answered: a late answer counts for no other.
+    void answerCertificate(quint32 question, QvelCertificateAnswer answer);
+    void answerPassword(quint32 question, const Secret& password, bool given);
 
     /// A service that answers each item of a list: read, write, ...
     template <class Item, class Result>
@@ -156,7 +157,7 @@ private:
     void abandonCalls(OpcUa_StatusCode status);
     const UaWire::SecurityPolicy* policy() const;
     const OpcUa_EndpointDescription& endpoint() const { return *m_setting.endpointDescription(); }
-    QString hostName() const;
+    int timeLeft() const; // to connect, in milliseconds
 
     const Post m_toHost;
     const std::unique_ptr<SessionSubscriptions> m_subscriptions;
@@ -184,8 +185,9 @@ private:
     UaWire::SharedKey m_ownKey;
     QByteArray m_userCertificate;
     UaWire::SharedKey m_userKey;
-    QString m_questionedKeyFile;
-    bool m_askedCertificate = false;
+    quint32 m_question = 0; // the last one
+    bool m_asksPassword = false;
+    bool m_asksCertificate = false;
     QByteArray m_acceptedCertificate; // once
 
     UaNodeId m_sessionId;
@@ -245,6 +247,9 @@ struct SessionHost
     };
     static void tellState(const SessionWorker& worker, QvelSession::State state);
     static void tellError(const SessionWorker& worker, const QvelSessionError& error);
+    template <class Question>
+    static void ask(const SessionWorker& worker, quint32 number, const Question& question,
+                    void (QvelSession::*signal)(const Question&));
     static void tellConnection(const SessionWorker& worker, const Connection& connection);
     static void tellStatistics(const SessionWorker& worker, const QvelSessionStatistics& figures);
     static void tellSubscription(const SessionWorker& worker, quint32 id,

@@ -58,8 +58,9 @@ QList<OpcUa_UInt32> QvelSubscription::addItems(const QList<QvelMonitoredItem>& i
     for (qsizetype i = 0; i < items.size(); ++i)
         handles.append(++last);
     d->items += handles;
-    d->session->d->run([id = d->id, first, items](SessionWorker& worker) {
-        worker.subscriptions().addItems(id, first, items);
+    d->session->d->run([id = d->id, first, items,
+                        namespaces = d->session->namespaceArray()](SessionWorker& worker) {
+        worker.subscriptions().addItems(id, first, items, namespaces);
     });
     return handles;
 }
