@@ -205,6 +205,7 @@ void ElementTable::fitContents()
         updateGeometries();
         horizontalHeader()->length(); // lays it out
     }
+    executeDelayedItemsLayout(); // now, and not after a first paint
     verticalHeader()->viewport()->update();
 }
 
