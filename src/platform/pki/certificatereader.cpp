@@ -1,4 +1,5 @@
 #include "platform/pki/certificate_p.h"
+#include "platform/types/utf8text_p.h"
 
 #include <QtCore/QDateTime>
 #include <QtNetwork/QHostAddress>
@@ -18,7 +19,7 @@ QByteArray textOf(const ASN1_STRING* value)
                     converted ? size : ASN1_STRING_length(value));
     OPENSSL_free(utf8);
     if (!converted)
-        text = QString::fromUtf8(text).toUtf8();
+        text = textFromUtf8(text).toUtf8();
     return text.contains('\0') ? text.replace('\0', "\xef\xbf\xbd") : text;
 }
 

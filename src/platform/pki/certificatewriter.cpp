@@ -1,4 +1,5 @@
 #include "platform/pki/certificate_p.h"
+#include "platform/types/utf8text_p.h"
 
 #include <QtCore/QRegularExpression>
 #include <QtCore/QUrl>
@@ -51,9 +52,8 @@ bool setName(X509_NAME* name, const UaPkiIdentity& identity)
 QByteArray asciiDomain(const QByteArray& name)
 {
     const auto isAscii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
-    const QByteArray domain = std::all_of(name.begin(), name.end(), isAscii)
-                                  ? name
-                                  : QUrl::toAce(QString::fromUtf8(name));
+    const QByteArray domain =
+        std::all_of(name.begin(), name.end(), isAscii) ? name : QUrl::toAce(textFromUtf8(name));
     for (const char c : domain)
         if (!isLetter(c) && !isDigit(c) && !QByteArrayView("-._*").contains(c))
             return {};
@@ -63,7 +63,7 @@ QByteArray asciiDomain(const QByteArray& name)
 /// The bytes of an address that is written in full; empty if it is none.
 QByteArray addressBytes(const QByteArray& text)
 {
-    const QHostAddress address(QString::fromUtf8(text));
+    const QHostAddress address(textFromUtf8(text));
     if (address.protocol() == QAbstractSocket::IPv4Protocol) {
         const quint32 value = address.toIPv4Address();
         const char bytes[] = {char(value >> 24), char(value >> 16), char(value >> 8), char(value)};

@@ -3,6 +3,7 @@
 #include "platform/pki/filewriter_p.h"
 #include "platform/pki/openssl_p.h"
 #include "platform/stack/opcuastatuscodes.h"
+#include "platform/types/utf8text_p.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
@@ -77,7 +78,7 @@ QString shown(const QString& text)
 
 QString texts(const UaString& list)
 {
-    return shown(QString::fromUtf8(list.bytes()));
+    return shown(list.toQString());
 }
 
 // --- Files ---------------------------------------------------------------------------------------
@@ -92,7 +93,7 @@ void eachFile(const QString& folder, const QStringList& names, Take take)
     if (folder.isEmpty())
         return;
     QDirIterator files(folder, names, QDir::Files);
-    for (int i = 0; i < UaPkiTrustStore::maxFiles && files.hasNext(); ++i) {
+    while (files.hasNext()) {
         QFile file(files.next());
         if (file.size() > UaPkiCertificate::maxFileSize ||
             !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
@@ -147,7 +148,7 @@ QString commonName(X509* certificate)
     char name[256] = "";
     X509_NAME_get_text_by_NID(X509_get_subject_name(certificate), NID_commonName, name,
                               sizeof name);
-    return shown(QString::fromUtf8(name));
+    return shown(textFromUtf8(name));
 }
 
 // A peer's certificate and its issuers, as far as they are known.
@@ -333,7 +334,7 @@ bool namesHost(const UaPkiCertificateInfo& info, const QString& host)
 {
     const QString wanted = comparable(host);
     for (const UaString& list : {info.dnsName, info.ipAddress}) {
-        const QStringList names = QString::fromUtf8(list.bytes()).split(", ", Qt::SkipEmptyParts);
+        const QStringList names = list.toQString().split(", ", Qt::SkipEmptyParts);
         for (const QString& name : names)
             if (comparable(name) == wanted)
                 return true;
@@ -368,13 +369,6 @@ bool mayIssue(X509* issuer, long issuersBelow)
     const long bound = X509_get_pathlen(issuer);
     return X509_check_ca(issuer) != 0 && (X509_get_key_usage(issuer) & X509v3_KU_KEY_CERT_SIGN) &&
            (bound < 0 || issuersBelow <= bound);
-}
-
-time_t unixTime(const UaDateTime& time)
-{
-    constexpr OpcUa_DateTime ticksPerSecond = 10'000'000;
-    constexpr OpcUa_DateTime secondsTo1970 = 11'644'473'600;
-    return time_t(time.ticks() / ticksPerSecond - secondsTo1970);
 }
 
 QByteArray derOf(X509* certificate)
@@ -435,7 +429,7 @@ QString UaPkiFinding::text() const
                      [this](const FindingText& each) { return each.status == status.code(); });
     const QString more = subject.isEmpty() ? detail : QString("%1 (%2)").arg(detail, subject);
     if (found == std::end(findingTexts))
-        return QString("%1 %2").arg(QString::fromUtf8(status.toString().bytes()), more).trimmed();
+        return QString("%1 %2").arg(status.toString().toQString(), more).trimmed();
     return tr(found->text).arg(more).trimmed();
 }
 
@@ -493,8 +487,8 @@ UaPkiVerdict UaPkiTrustStore::check(const UaByteString& peer,
         if (!mayIssue(all[i].get(), long(i) - 1))
             add(OpcUa_BadCertificateIssuerUseNotAllowed, all[i].get(), {});
     for (std::size_t i = 0; i + 1 < all.size(); ++i) {
-        const Revocation state =
-            revocation(m_folders, all[i].get(), all[i + 1].get(), unixTime(expected.time));
+        const Revocation state = revocation(m_folders, all[i].get(), all[i + 1].get(),
+                                            time_t(expected.time.toQDateTime().toSecsSinceEpoch()));
         if (state == Revocation::Unknown)
             add(i == 0 ? OpcUa_BadCertificateRevocationUnknown
                        : OpcUa_BadCertificateIssuerRevocationUnknown,

@@ -67,8 +67,6 @@ public:
         QString issuersCrl; ///< their revocation lists
         QString rejected;   ///< where the certificates of rejected peers are filed
     };
-    /// The most files of a folder that are looked at.
-    static constexpr int maxFiles = 10'000;
     /// The most certificates in a chain.
     static constexpr int maxChain = 10;
 
