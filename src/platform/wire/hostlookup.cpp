@@ -76,8 +76,8 @@ struct HostResolver::State
     std::mutex mutex; // guards what follows, and the results of those that wait
     std::map<QString, std::vector<HostLookup*>> waiting; // by the names being looked up
 
-    State(Function lookUp, int maxThreads)
-        : lookUp(std::move(lookUp)), maxThreads(std::size_t(maxThreads))
+    State(Function function, int mostThreads)
+        : lookUp(std::move(function)), maxThreads(std::size_t(mostThreads))
     {
     }
     void run(const QString& name);
@@ -93,8 +93,8 @@ void HostResolver::State::run(const QString& name)
     waiting.erase(found);
 }
 
-HostResolver::HostResolver(Function lookUp, int maxThreads)
-    : m_state(std::make_shared<State>(std::move(lookUp), maxThreads))
+HostResolver::HostResolver(Function lookUp, int mostThreads)
+    : m_state(std::make_shared<State>(std::move(lookUp), mostThreads))
 {
 }
 
@@ -102,8 +102,8 @@ HostResolver::~HostResolver() = default;
 
 HostResolver& HostResolver::system()
 {
-    static HostResolver resolver(&systemLookUp);
-    return resolver;
+    static HostResolver instance(&systemLookUp);
+    return instance;
 }
 
 HostLookup::HostLookup(const QString& host, HostResolver& resolver, QObject* parent)

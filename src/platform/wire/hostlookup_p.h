@@ -30,7 +30,7 @@ public:
     using Function = std::function<HostAddresses(const QString& name)>;
     static constexpr int maxThreads = 64;
 
-    explicit HostResolver(Function lookUp, int maxThreads = HostResolver::maxThreads);
+    explicit HostResolver(Function lookUp, int mostThreads = maxThreads);
     ~HostResolver();
     /// The one that asks the operating system.
     static HostResolver& system();
