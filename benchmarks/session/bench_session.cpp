@@ -1,10 +1,13 @@
-// What decoding costs, over the memcpy of the same bytes.
+// What a session costs: decoding over the memcpy of the same bytes, and the services beside
+// node-opcua's client, on the same server.
 
 #include "benchmarks/figure.h"
 #include "platform/types/uavariant.h"
 #include "platform/wire/binarycodec_p.h"
+#include "session/sessionuser.h"
 
 #include <cstdlib>
+#include <cstring>
 
 using namespace UaWire;
 
@@ -42,11 +45,8 @@ double ratio(const QByteArray& bytes)
     return decode / copy;
 }
 
-} // namespace
-
-int main()
+void reportDecoding(Figures& figures)
 {
-    Figures figures("session");
     QByteArray bytes;
     BinaryEncoder encoder(bytes);
     constexpr OpcUa_Int32 numbers = 1'000'000;
@@ -67,5 +67,286 @@ int main()
         encoder(value);
     }
     figures.report("decode-100k-DataValue", ratio<UaStackTypeArray<OpcUa_DataValue>>(bytes), 6);
+}
+
+// --- Services ------------------------------------------------------------------------------------
+
+struct Way
+{
+    const char* name;
+    const char* policy;
+    int mode;
+    const char* modeName;
+};
+constexpr Way open = {"none", "None", 1, "None"};
+constexpr Way encrypted = {"encrypted", "Basic256Sha256", 3, "SignAndEncrypt"};
+
+[[noreturn]] void fail(const QString& what)
+{
+    std::fprintf(stderr, "session: %s\n", qPrintable(what));
+    std::exit(2);
+}
+
+UaNodeId nodeOf(const char* name, int number)
+{
+    return UaNodeId(UaString(name + QByteArray::number(number)), 1);
+}
+
+class Services
+{
+public:
+    Services(const QString& url, const SessionUser& user) : m_url(url), m_options(user.options)
+    {
+        for (int i = 0; i < 1000; ++i)
+            m_tags.append({nodeOf("Tag", i), QvelAttribute::Value, {}, {}});
+        m_options.keepAliveInterval = 60'000; // no part of what is measured
+    }
+
+    void connectTo(const Way& way)
+    {
+        QvelDiscoverySetting setting;
+        setting.setEndpointUrl(m_url);
+        setting.setSecurityPolicy(QStringLiteral("http://opcfoundation.org/UA/SecurityPolicy#") +
+                                  way.policy);
+        setting.setMessageSecurityMode(OpcUa_MessageSecurityMode(way.mode));
+        m_session = std::make_unique<QvelSession>(m_options);
+        const QvelSessionError error = connectSession(*m_session, setting);
+        if (m_session->state() != QvelSession::Connected)
+            fail(error.toString());
+    }
+    void close()
+    {
+        m_session->disconnectFromServer();
+        while (m_session->state() != QvelSession::Disconnected)
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+
+    void read()
+    {
+        const QvelReadResult result = resultOf(m_session->read(m_tags));
+        if (result.values.size() != 1000 || result.values[999].value().toDouble() != 999)
+            fail("wrong values");
+    }
+    void readOneByOne()
+    {
+        for (int i = 0; i < 1000; ++i)
+            if (resultOf(m_session->read({m_tags[i]})).values.value(0).value().toDouble() != i)
+                fail("a wrong value");
+    }
+    void browse()
+    {
+        const QvelBrowseResult result =
+            resultOf(m_session->browse({{UaNodeId(UaString("Many"), 1)}}));
+        if (result.results.value(0).references.size() != 10'000)
+            fail("wrong children");
+    }
+    void connectAndRead(const Way& way)
+    {
+        connectTo(way);
+        if (resultOf(m_session->read({m_tags[7]})).values.value(0).value().toDouble() != 7)
+            fail("a wrong value");
+        close();
+    }
+
+    // The processor's milliseconds for some seconds of 10,000 values each.
+    double watch(int seconds)
+    {
+        QvelSubscriptionParameters parameters;
+        parameters.publishingInterval = 100;
+        const std::unique_ptr<QvelSubscription> subscription(
+            m_session->createSubscription(parameters));
+        QList<QvelMonitoredItem> items(1000);
+        for (int i = 0; i < items.size(); ++i) {
+            items[i].nodeId = nodeOf("Item", i);
+            items[i].samplingInterval = 0;
+            items[i].queueSize = 10;
+        }
+        subscription->addItems(items);
+        qsizetype count = 0;
+        double last = 0;
+        QObject::connect(subscription.get(), &QvelSubscription::dataChanged, subscription.get(),
+                         [&](const QList<QvelDataChange>& changes) {
+                             count += changes.size();
+                             for (const QvelDataChange& change : changes)
+                                 last = change.value.value().toDouble();
+                         });
+        QTest::qWait(2000);
+        count = 0;
+        const double cpu = cpuMilliseconds([&] { QTest::qWait(seconds * 1000); });
+        if (count < seconds * 9000 || last == 0)
+            fail(QStringLiteral("%1 values").arg(count));
+        return cpu;
+    }
+
+    double nodesMilliseconds(const Way& way, const char* scenario, int rounds) const
+    {
+        QProcess client;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("PEERS", PEERS);
+        client.setProcessEnvironment(environment);
+        client.start(NODE, {NODE_CLIENT, m_url, way.policy, way.modeName, scenario,
+                            QString::number(rounds)});
+        client.waitForFinished(-1);
+        const auto result = QJsonDocument::fromJson(client.readAllStandardOutput());
+        const double cpu = result["cpu"].toDouble();
+        if (cpu <= 0)
+            fail("node-opcua's client failed: " + client.readAllStandardError());
+        return cpu;
+    }
+
+    // One round of ours over one of node-opcua's client, after one to warm up on both sides.
+    template <class Work>
+    void report(Figures& figures, const char* name, const Way& way, const char* scenario,
+                double bound, int rounds, Work work)
+    {
+        work();
+        const double ours = cpuMilliseconds([&] {
+            for (int i = 0; i < rounds; ++i)
+                work();
+        });
+        reportRatio(figures, name, way, ours, nodesMilliseconds(way, scenario, rounds), bound,
+                    rounds);
+    }
+    static void reportRatio(Figures& figures, const char* name, const Way& way, double ours,
+                            double nodes, double bound, int rounds)
+    {
+        std::fprintf(stderr, "# %s-%s: %.2f ms, node-opcua %.2f ms\n", name, way.name,
+                     ours / rounds, nodes / rounds);
+        figures.report(qPrintable(QStringLiteral("%1-%2").arg(name, way.name)), ours / nodes,
+                       bound);
+    }
+
+    void report(Figures& figures, const Way& way)
+    {
+        connectTo(way);
+        report(figures, "read-1000", way, "read", 0.05, 100, [this] { read(); });
+        report(figures, "browse-10000", way, "browse", 0.3, 5, [this] { browse(); });
+        report(figures, "one-value-a-call", way, "one", 0.1, 3, [this] { readOneByOne(); });
+        constexpr int seconds = 5;
+        const double ours = watch(seconds);
+        reportRatio(figures, "watch-10000-a-second", way, ours,
+                    nodesMilliseconds(way, "watch", seconds), 0.2, seconds);
+        close();
+        report(figures, "connect-and-read", way, "connect", 0.3, 10,
+               [&, this] { connectAndRead(way); });
+    }
+
+    // Bytes above those in use before, for each byte of an array of 64 MB.
+    double peak()
+    {
+        connectTo(open);
+        const double before = memory("VmRSS:");
+        const QvelReadResult result = resultOf(
+            m_session->read({{UaNodeId(UaString("Huge"), 1), QvelAttribute::Value, {}, {}}}));
+        constexpr OpcUa_Int32 count = 8'000'000;
+        if (result.values.value(0).value().arraySize() != count)
+            fail("a wrong array: " + result.values.value(0).status().toString().toQString());
+        return (memory("VmHWM:") - before) * 1024 / (count * sizeof(double));
+    }
+
+private:
+    // Kilobytes of this process.
+    static double memory(const char* key)
+    {
+        QFile status(QStringLiteral("/proc/self/status"));
+        if (status.open(QIODevice::ReadOnly))
+            for (const QByteArray& line : status.readAll().split('\n'))
+                if (line.startsWith(key))
+                    return line.mid(qsizetype(std::strlen(key)))
+                        .simplified()
+                        .split(' ')
+                        .first()
+                        .toDouble();
+        fail("the memory in use is not known");
+    }
+
+    const QString m_url;
+    QvelSessionOptions m_options;
+    QList<QvelReadItem> m_tags;
+    std::unique_ptr<QvelSession> m_session;
+};
+
+// The longest time for which the event loop came to nothing else.
+class GapWatch : public QObject
+{
+public:
+    GapWatch()
+    {
+        m_clock.start();
+        startTimer(1, Qt::PreciseTimer);
+    }
+    double longest() const { return double(m_longest) / 1e6; }
+    void begin() { m_clock.restart(); }
+
+protected:
+    void timerEvent(QTimerEvent*) override
+    {
+        m_longest = std::max(m_longest, m_clock.nsecsElapsed());
+        m_clock.restart();
+    }
+
+private:
+    QElapsedTimer m_clock;
+    qint64 m_longest = 0;
+};
+
+void reportServices(Figures& figures, const QString& self)
+{
+    const SessionUser user;
+    PeerProcess server;
+    const QString url = server.start(NODE, {"--security-revert=CVE-2023-46809",
+                                            PEERS "/sessionserver.mjs", "--operations=1000"});
+    if (url.isEmpty())
+        fail("the server does not come up");
+    for (const Way& way : {open, encrypted})
+        Services(url, user).report(figures, way);
+
+    double gap = 0;
+    for (const Way& way : {open, encrypted}) {
+        Services services(url, user);
+        GapWatch watch;
+        services.connectTo(way);
+        for (int i = 0; i < 10; ++i)
+            services.read();
+        services.browse();
+        services.watch(3);
+        services.close();
+        gap = std::max(gap, watch.longest());
+    }
+    figures.report("event-loop-gap", gap, 16, " ms");
+    server.stop();
+
+    // Above what a process of its own takes before.
+    QProcess process;
+    process.start(self, {"--peak"});
+    process.waitForFinished(-1);
+    const double peak = process.readAllStandardOutput().toDouble();
+    if (peak <= 0)
+        fail("the peak: " + process.readAllStandardError());
+    figures.report("peak-64MB-array", peak, 3.2);
+}
+
+int measurePeak()
+{
+    const SessionUser user;
+    PeerProcess server;
+    const QString url =
+        server.start(NODE, {PEERS "/sessionserver.mjs", "--huge", "--children=0", "--items=0"});
+    if (url.isEmpty())
+        fail("the server does not come up");
+    std::printf("%.2f\n", Services(url, user).peak());
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication app(argc, argv);
+    if (app.arguments().value(1) == QLatin1String("--peak"))
+        return measurePeak();
+    Figures figures("session");
+    reportDecoding(figures);
+    reportServices(figures, app.applicationFilePath());
     return figures.result();
 }

@@ -8,6 +8,7 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QEventLoop>
+#include <QtCore/QFutureWatcher>
 #include <QtCore/QTemporaryDir>
 #include <QtCore/QTimer>
 #include <QtTest/QtTest>
@@ -17,10 +18,13 @@
 template <class T>
 T resultOf(QFuture<T> future, int timeout = 30000)
 {
-    QElapsedTimer clock;
-    clock.start();
-    while (!future.isFinished() && clock.elapsed() < timeout)
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 20);
+    QEventLoop loop;
+    QFutureWatcher<T> watcher;
+    QObject::connect(&watcher, &QFutureWatcherBase::finished, &loop, &QEventLoop::quit);
+    watcher.setFuture(future);
+    QTimer::singleShot(timeout, &loop, &QEventLoop::quit);
+    if (!future.isFinished())
+        loop.exec();
     return future.isFinished() && future.resultCount() > 0 ? future.result() : T();
 }
 

@@ -21,6 +21,7 @@ import { nodesets } from "node-opcua-nodesets";
 const { values } = parseArgs({ options: {
     port: { type: "string" }, pki: { type: "string" }, children: { type: "string" },
     items: { type: "string" }, period: { type: "string" }, lifetime: { type: "string" },
+    operations: { type: "string" }, huge: { type: "boolean" },
 } });
 
 async function freePort() {
@@ -76,8 +77,8 @@ const server = new OPCUAServer({
     defaultSecureTokenLifetime: values.lifetime ? Number(values.lifetime) : 600000,
     maxConnectionsPerEndpoint: 50,
     serverCapabilities: { maxSessions: 200, maxBrowseContinuationPoints: 10,
-        operationLimits: { maxNodesPerRead: 500, maxNodesPerBrowse: 100, maxNodesPerWrite: 200,
-            maxNodesPerMethodCall: 10, maxMonitoredItemsPerCall: 300 } },
+        operationLimits: { maxNodesPerRead: Number(values.operations ?? 500), maxNodesPerBrowse: 100, maxNodesPerWrite: 200,
+            maxNodesPerMethodCall: 10, maxMonitoredItemsPerCall: Number(values.operations ?? 300) } },
     userManager: { isValidUser: (user, password) => user === "operator" && password === "walnut" },
 });
 
@@ -115,6 +116,11 @@ const moves = setInterval(() => {
 own.addVariable({ componentOf: moving, browseName: "Big", nodeId: "s=Big", dataType: "Double",
     valueRank: 1, arrayDimensions: [0],
     value: { dataType: DataType.Double, arrayType: VariantArrayType.Array, value: new Float64Array(100000) } });
+
+if (values.huge)
+    own.addVariable({ componentOf: moving, browseName: "Huge", nodeId: "s=Huge", dataType: "Double",
+        valueRank: 1, arrayDimensions: [0], value: { dataType: DataType.Double,
+            arrayType: VariantArrayType.Array, value: new Float64Array(8000000) } });
 
 const machine = own.addObject({ organizedBy: objects, browseName: "Machine", nodeId: "s=Machine", eventNotifier: 1 });
 const method = own.addMethod(machine, { browseName: "Add", nodeId: "s=Add",
