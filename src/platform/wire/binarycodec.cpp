@@ -742,14 +742,15 @@ void BinaryDecoder::operator()(OpcUa_Variant& value)
     leave();
 }
 
-// An array becomes a matrix only with dimensions that it fills.
+// An array becomes a matrix only with dimensions that it fills. One without elements may come
+// without dimensions, too, as some servers send a matrix that was never filled.
 void BinaryDecoder::takeDimensions(OpcUa_Variant& value)
 {
     const auto count = std::size_t(std::max(value.Value.Array.Length, 0));
     void* const elements = value.Value.Array.Elements;
     UaStackTypeArray<OpcUa_UInt32> dimensions;
     (*this)(dimensions);
-    if (OpcUa_IsNotGood(m_status))
+    if (OpcUa_IsNotGood(m_status) || (dimensions.length() == 0 && count == 0))
         return;
     std::size_t product = 1;
     bool fits = dimensions.length() > 0;

@@ -169,6 +169,7 @@ void tst_ValueEncodings::nonReversible_data()
         "02000000 02000000 03000000",
         "[[1,2,3],[4,5,6]]");
     row("empty matrix", "c6 00000000 02000000 00000000 ffffffff", "[]");
+    row("matrix without anything", "c6 00000000 00000000", "[]");
     row("Variants", "98 02000000 0101 8601000000 07000000", "[true,[7]]");
 }
 
