@@ -1,6 +1,7 @@
 // An OPC UA server for sessions: every security policy and identity, and an address space with
 // values of every built-in type, folders with many children, a method, events and history.
-// Prints "READY url". User: "operator" with the password "walnut".
+// Prints "READY url". User: "operator" with the password "walnut", or any certificate. With
+// --conformance it serves node-opcua's address space for conformance tests, too.
 import "./loopback.mjs";
 
 import { once } from "node:events";
@@ -9,6 +10,8 @@ import net from "node:net";
 import { tmpdir } from "node:os";
 import path from "node:path";
 import { parseArgs } from "node:util";
+import { build_address_space_for_conformance_testing } from
+    "node-opcua-address-space-for-conformance-testing";
 import { OPCUACertificateManager } from "node-opcua-certificate-manager";
 import { OPCUAServer } from "node-opcua-server";
 import { DataType, Variant, VariantArrayType } from "node-opcua-variant";
@@ -22,6 +25,7 @@ const { values } = parseArgs({ options: {
     port: { type: "string" }, pki: { type: "string" }, children: { type: "string" },
     items: { type: "string" }, period: { type: "string" }, lifetime: { type: "string" },
     operations: { type: "string" }, huge: { type: "boolean" },
+    certificate: { type: "string" }, key: { type: "string" }, conformance: { type: "boolean" },
 } });
 
 async function freePort() {
@@ -62,6 +66,7 @@ const samples = {
 const server = new OPCUAServer({
     port: values.port ? Number(values.port) : await freePort(),
     hostname: "127.0.0.1",
+    ...(values.key && { certificateFile: values.certificate, privateKeyFile: values.key }),
     serverCertificateManager: certificates,
     userCertificateManager: certificates,
     serverInfo: {
@@ -137,6 +142,8 @@ const historic = own.addVariable({ componentOf: machine, browseName: "Historic",
 space.installHistoricalDataNode(historic, { maxOnlineValues: 5000 });
 for (let i = 0; i < 3000; ++i)
     historic.setValueFromSource({ dataType: DataType.Double, value: i }, StatusCodes.Good, new Date(Date.UTC(2024, 0, 1, 0, 0, i)));
+
+if (values.conformance) await build_address_space_for_conformance_testing(space);
 
 await server.start();
 process.stdout.write(`READY ${server.getEndpointUrl()}\n`);
