@@ -248,6 +248,7 @@ void SessionWorker::begin()
         m_endpointKnown = policy() && endpoint().NoOfUserIdentityTokens > 0 &&
                           endpoint().UserIdentityTokens && (hasCertificate || !isSecure);
     }
+    m_step = QvelSession::tr("Preparing the identity");
     if (!loadUserIdentity() || (policy() && policy()->isSecure && !loadApplicationIdentity()))
         return;
     if (m_endpointKnown)
@@ -258,6 +259,8 @@ void SessionWorker::begin()
 
 void SessionWorker::useConnection(const QByteArray& url, const SecureChannel::Settings& settings)
 {
+    m_step.clear();
+    setState(State::LookingUp);
     m_connection = std::make_unique<SessionConnection>();
     connect(m_connection.get(), &SessionConnection::hostFound, this,
             [this] { setState(State::Connecting); });
@@ -428,8 +431,10 @@ void SessionWorker::checkServer()
 {
     const SecurityPolicy* p = policy();
     const QByteArray certificate = bytesOf(endpoint().ServerCertificate);
+    m_step = QvelSession::tr("Preparing the identity");
     if (p->isSecure && !loadApplicationIdentity())
         return;
+    m_step = QvelSession::tr("Checking the server's certificate");
     const bool encryptsPassword =
         m_wanted.userTokenType() == OpcUa_UserTokenType_UserName && !certificate.isEmpty();
     if (!p->isSecure && !encryptsPassword)
@@ -798,7 +803,7 @@ void SessionWorker::fail(OpcUa_StatusCode status, const UaString& reason, const 
                          bool final)
 {
     QvelSessionError error;
-    error.step = stepName(m_state);
+    error.step = m_step.isEmpty() ? stepName(m_state) : m_step;
     error.status = status;
     error.reason = reason;
     error.advice = advice.isEmpty() ? adviceFor(status) : advice;

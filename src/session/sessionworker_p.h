@@ -169,6 +169,7 @@ private:
     bool m_keyPasswordGiven = false;
 
     State m_state = State::Disconnected;
+    QString m_step;        // instead of the state's, where nothing is sent
     bool m_lasted = false; // was Connected since connectToServer()
     bool m_endpointKnown = false;
     QByteArray m_usedUrl;

@@ -38,7 +38,7 @@ struct SessionUser
         UaPkiCertificateInfo info;
         info.applicationUri = "urn:localhost:kestrel";
         info.dnsName = "localhost";
-        const UaPkiRsaKeyPair pair(bits);
+        pair = UaPkiRsaKeyPair(bits);
         const UaPkiCertificate certificate(info, identity, pair.publicKey(), identity,
                                            pair.privateKey());
         options.applicationName = "kestrel";
@@ -54,6 +54,7 @@ struct SessionUser
 
     QTemporaryDir folder;
     QvelSessionOptions options;
+    UaPkiRsaKeyPair pair;
 };
 
 /// Connects, and says how that went.

@@ -16,6 +16,8 @@ public:
         connect(&m_listener, &QTcpServer::newConnection, this, &Relay::accept);
     }
 
+    ~Relay() { cut(); }
+
     quint16 port() const { return m_port; }
     QString url() const { return QStringLiteral("opc.tcp://127.0.0.1:%1").arg(m_port); }
     int connections() const { return m_connections; }

@@ -12,12 +12,14 @@ import path from "node:path";
 import { parseArgs } from "node:util";
 import { build_address_space_for_conformance_testing } from
     "node-opcua-address-space-for-conformance-testing";
+import { addAggregateSupport, installAggregateConfigurationOptions } from "node-opcua-aggregates";
 import { OPCUACertificateManager } from "node-opcua-certificate-manager";
 import { OPCUAServer } from "node-opcua-server";
 import { DataType, Variant, VariantArrayType } from "node-opcua-variant";
 import { StatusCodes } from "node-opcua-status-code";
 import { coerceNodeId, ExpandedNodeId, NodeIdType } from "node-opcua-nodeid";
 import { LocalizedText, QualifiedName } from "node-opcua-data-model";
+import { UserTokenPolicy, UserTokenType } from "node-opcua-types";
 import { SecurityPolicy, MessageSecurityMode } from "node-opcua-secure-channel";
 import { nodesets } from "node-opcua-nodesets";
 
@@ -26,6 +28,7 @@ const { values } = parseArgs({ options: {
     items: { type: "string" }, period: { type: "string" }, lifetime: { type: "string" },
     operations: { type: "string" }, huge: { type: "boolean" },
     certificate: { type: "string" }, key: { type: "string" }, conformance: { type: "boolean" },
+    hostname: { type: "string" }, namespaces: { type: "string" },
 } });
 
 async function freePort() {
@@ -65,8 +68,8 @@ const samples = {
 
 const server = new OPCUAServer({
     port: values.port ? Number(values.port) : await freePort(),
-    hostname: "127.0.0.1",
     ...(values.key && { certificateFile: values.certificate, privateKeyFile: values.key }),
+    hostname: values.hostname ?? "127.0.0.1", // that it announces
     serverCertificateManager: certificates,
     userCertificateManager: certificates,
     serverInfo: {
@@ -88,6 +91,10 @@ const server = new OPCUAServer({
 });
 
 await server.initialize();
+for (const endpoint of server.endpoints)
+    for (const { securityMode, userIdentityTokens } of endpoint.endpointDescriptions())
+        if (securityMode === MessageSecurityMode.None) // a password in clear text, too
+            userIdentityTokens.push(new UserTokenPolicy({ policyId: "username_unsecure", tokenType: UserTokenType.UserName }));
 const space = server.engine.addressSpace;
 const own = space.getOwnNamespace();
 const objects = space.rootFolder.objects;
@@ -113,6 +120,12 @@ const moving = own.addFolder(objects, { browseName: "Moving", nodeId: "s=Moving"
 const items = Array.from({ length: Number(values.items ?? 1000) }, (_, i) => own.addVariable({
     componentOf: moving, browseName: `Item${i}`, nodeId: `s=Item${i}`, dataType: "Double",
     minimumSamplingInterval: 0, value: { dataType: DataType.Double, value: 0 } }));
+// Further namespaces, in an order to choose, with a node each.
+for (const uri of (values.namespaces ?? "urn:first,urn:second").split(",")) {
+    const further = space.registerNamespace(uri);
+    items.push(further.addVariable({ componentOf: moving, browseName: uri, nodeId: "s=Further", dataType: "Double",
+        minimumSamplingInterval: 0, value: { dataType: DataType.Double, value: 0 } }));
+}
 let tick = 0;
 const moves = setInterval(() => {
     ++tick;
@@ -139,7 +152,9 @@ const events = setInterval(() => space.rootFolder.objects.server.raiseEvent("Bas
 
 const historic = own.addVariable({ componentOf: machine, browseName: "Historic", nodeId: "s=Historic",
     dataType: "Double", value: { dataType: DataType.Double, value: 0 } });
+addAggregateSupport(space);
 space.installHistoricalDataNode(historic, { maxOnlineValues: 5000 });
+installAggregateConfigurationOptions(historic, { stepped: true });
 for (let i = 0; i < 3000; ++i)
     historic.setValueFromSource({ dataType: DataType.Double, value: i }, StatusCodes.Good, new Date(Date.UTC(2024, 0, 1, 0, 0, i)));
 
