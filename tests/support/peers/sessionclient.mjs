@@ -112,7 +112,7 @@ const printValue = (service, id, value) => print({ service, nodeId: id, attribut
 const clientCertificateManager = new OPCUACertificateManager({
     rootFolder: folder, automaticallyAcceptUnknownCertificate: true, disableFileWatchers: true });
 const client = OPCUAClient.create({ endpointMustExist: false, connectionStrategy: { maxRetry: 0 },
-    clientCertificateManager });
+    clientCertificateManager, keepSessionAlive: true });
 await client.connect(url);
 const session = await client.createSession();
 
