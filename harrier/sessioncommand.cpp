@@ -108,6 +108,7 @@ private:
     bool readPassword();
     bool connectSession();
     bool waitForSession(int milliseconds = -1);
+    void closeSession();
 
     void browse(const SessionCommand& command);
     void read(const SessionCommand& command);
@@ -303,8 +304,21 @@ int SessionRunner::run(const QString& storeFolder)
     }
     if (left > 0)
         m_log(tr("Ended early; commands that were not run: %1").arg(left));
-    m_session.disconnectFromServer();
+    closeSession();
     return m_allGood && !m_isStopped && left == 0 ? ExitFound : ExitFailure;
+}
+
+// Until the server has answered, even after an interruption.
+void SessionRunner::closeSession()
+{
+    constexpr int longest = 2000; // ms
+    if (m_session.state() == QvelSession::Disconnected)
+        return;
+    QEventLoop loop;
+    QObject::connect(&m_session, &QvelSession::stateChanged, &loop, &QEventLoop::quit);
+    QTimer::singleShot(longest, &loop, &QEventLoop::quit);
+    m_session.disconnectFromServer();
+    loop.exec();
 }
 
 // Runs until somebody quits the loop, the user interrupts, or the time is over.

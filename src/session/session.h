@@ -117,7 +117,8 @@ public:
     /// asked for its endpoints first. An empty policy stands for the best one. Ends a connection
     /// that stands. The answer comes by stateChanged() and failed().
     void connectToServer(const QvelDiscoverySetting& setting);
-    /// Closes the session, deletes its subscriptions on the server and goes on to Disconnected.
+    /// Closes the session, deletes its subscriptions on the server and goes on to Disconnected,
+    /// once the server has answered, or after a second.
     void disconnectFromServer();
     /// Tries again at once, where it waits to.
     void reconnectNow();

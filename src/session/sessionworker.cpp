@@ -26,6 +26,7 @@ constexpr int longestNonce = 128;
 constexpr int firstPause = 500; // ms
 constexpr int longestPause = 30'000;
 constexpr int statisticsInterval = 1000; // ms
+constexpr int closeTimeout = 1000;
 
 struct Advice
 {
@@ -217,6 +218,7 @@ void SessionWorker::connectToServer(const QvelDiscoverySetting& setting, const S
                                     const QvelSessionOptions& options)
 {
     stop();
+    m_closing = nullptr;
     m_options = options;
     m_wanted = setting;
     m_password = password;
@@ -271,10 +273,10 @@ void SessionWorker::useConnection(const QByteArray& url, const SecureChannel::Se
     m_connection->open(url, settings, timeLeft());
 }
 
-void SessionWorker::dropConnection()
+SessionConnection* SessionWorker::dropConnection(bool isKept)
 {
     if (!m_connection)
-        return;
+        return nullptr;
     m_statistics.requests += m_connection->requests();
     m_statistics.bytesSent += m_connection->bytesSent();
     m_statistics.bytesReceived += m_connection->bytesReceived();
@@ -282,7 +284,9 @@ void SessionWorker::dropConnection()
     m_connection->disconnect(this);
     // It may be signalling just now; at the latest it goes with the worker, and its calls with it.
     m_connection->setParent(this);
-    m_connection.release()->deleteLater();
+    if (!isKept)
+        m_connection->deleteLater();
+    return m_connection.release();
 }
 
 void SessionWorker::askEndpoints()
@@ -850,11 +854,9 @@ void SessionWorker::stop(OpcUa_StatusCode status)
         timer->stop();
     m_asksCertificate = false;
     m_asksPassword = false;
-    if (m_connection && m_connection->isOpen() && !m_authenticationToken.isNull()) {
-        CloseSessionRequest request;
-        this->request<CloseSessionResponse>(request,
-                                            [](OpcUa_StatusCode, CloseSessionResponse&) {});
-    }
+    m_closing = nullptr;
+    if (isConnected() && m_connection->isOpen() && !m_authenticationToken.isNull())
+        closeSession(status);
     m_authenticationToken = UaNodeId();
     m_ownCertificate.clear();
     m_ownKey.reset();
@@ -867,12 +869,28 @@ void SessionWorker::stop(OpcUa_StatusCode status)
     m_subscriptions->forget();
 }
 
+// The connection stays until the server has answered: one that ends with answers unread is reset,
+// and the server may then drop what it has not read itself.
+void SessionWorker::closeSession(OpcUa_StatusCode status)
+{
+    SessionConnection* const connection = dropConnection(true);
+    connection->abandon(status);
+    CloseSessionRequest request;
+    send<CloseSessionResponse>(connection, request, closeTimeout,
+                               [this, connection](OpcUa_StatusCode, CloseSessionResponse&) {
+                                   connection->deleteLater();
+                                   if (m_closing != connection)
+                                       return;
+                                   m_closing = nullptr;
+                                   setState(State::Disconnected);
+                               });
+    m_closing = connection;
+}
+
 // All that is under way ends: what was sent, and what waits to be.
 void SessionWorker::abandonCalls(OpcUa_StatusCode status)
 {
-    SessionConnection* const connection = m_connection.get();
-    dropConnection();
-    if (connection)
+    if (SessionConnection* const connection = dropConnection())
         connection->abandon(status);
     const auto waiting = std::exchange(m_waiting, {});
     m_underWay += int(waiting.size());
@@ -884,7 +902,7 @@ void SessionWorker::disconnectFromServer()
 {
     const bool wasConnected = m_state != State::Disconnected;
     stop();
-    if (wasConnected)
+    if (wasConnected && !m_closing)
         setState(State::Disconnected);
 }
 

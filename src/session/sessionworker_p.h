@@ -86,7 +86,7 @@ public:
 
     // For the services and the subscriptions.
 
-    bool isConnected() const { return m_state == QvelSession::Connected; }
+    bool isConnected() const { return m_state == QvelSession::Connected && m_connection; }
     const OperationLimits& limits() const { return m_limits; }
     const QvelSessionOptions& options() const { return m_options; }
     const QStringList& namespaces() const { return m_namespaces; }
@@ -153,7 +153,9 @@ private:
     void waitToReconnect();
     void stop(OpcUa_StatusCode status = OpcUa_BadConnectionClosed);
     void tellStatistics();
-    void dropConnection();
+    // What was dropped; where it is kept, it belongs to the worker.
+    UaWire::SessionConnection* dropConnection(bool isKept = false);
+    void closeSession(OpcUa_StatusCode status);
     void abandonCalls(OpcUa_StatusCode status);
     const UaWire::SecurityPolicy* policy() const;
     const OpcUa_EndpointDescription& endpoint() const { return *m_setting.endpointDescription(); }
@@ -174,6 +176,7 @@ private:
     bool m_endpointKnown = false;
     QByteArray m_usedUrl;
     std::unique_ptr<UaWire::SessionConnection> m_connection;
+    UaWire::SessionConnection* m_closing = nullptr; // makes Disconnected once it is answered
     QElapsedTimer m_connectClock;
     QTimer m_reconnectTimer;
     int m_attempts = 0; // to reconnect, in a row
