@@ -272,13 +272,12 @@ bool SessionArguments::ask(int argc, char** argv)
 
 QString SessionArguments::parse(const QStringList& arguments)
 {
+    help = arguments.contains(QLatin1String("--help")) || arguments.contains(QLatin1String("-h"));
+    if (help)
+        return {};
     const auto isOption = [](const QString& text) { return text.startsWith(QLatin1String("--")); };
     for (auto next = arguments.begin(); next != arguments.end();) {
         const QString argument = *next++;
-        if (argument == QLatin1String("--help") || argument == QLatin1String("-h")) {
-            help = true;
-            return {};
-        }
         if (!isOption(argument))
             return tr("Unexpected argument: %1").arg(argument);
         const qsizetype equals = argument.indexOf(QLatin1Char('='));
@@ -309,9 +308,9 @@ QString SessionArguments::helpText()
     QString text = tr("Usage: harrier --connect URL [options] COMMAND...\n"
                       "Runs commands, one after the other, over a session with an OPC UA server.\n"
                       "Prints one JSON object a line; the log goes to the standard error.\n");
-    const auto add = [&text](const char* name, const char* argument, const char* help) {
+    const auto add = [&text](const char* name, const char* argument, const char* what) {
         text += QStringLiteral("  --%1 %2\n      %3\n")
-                    .arg(QLatin1String(name), tr(argument), tr(help));
+                    .arg(QLatin1String(name), tr(argument), tr(what));
     };
     text += tr("\nOptions:\n");
     for (const Option& option : options)
@@ -321,7 +320,8 @@ QString SessionArguments::helpText()
         add(command.name, command.arguments, command.help);
     text += tr("\nA value is printed in the reversible JSON of OPC 10000-6, 5.4, as "
                "{\"Type\":6,\"Body\":-5}.\n"
-               "--write and --call take the Body alone, -5, and for a matrix an object:\n"
+               "--write and --call take the Body alone, -5 or for 64 bits \"-5\", for a matrix an "
+               "object:\n"
                "{\"Body\":[1,2,3,4],\"Dimensions\":[2,2]}. Where the type of the node is abstract, "
                "a value\nhas the type of the one that it replaces, or names its own, as printed.\n"
                "\nExit status: 0 when every status was Good, 1 when one was not, 2 for wrong\n"

@@ -364,6 +364,7 @@ void tst_CommandLine::exitStatus_data()
     row({"--write", number, "2147483648"}, 1, "BadOutOfRange");
     row({"--write", "i=2259", "1"}, 1, "Bad");
     row({"--history", number, "--from", "2024-01-01", "--to", "2024-01-02"}, 1, "Bad");
+    row({"--connect", "--help"}, 0, "Usage");
     row({}, 2, "no command");
     row({"--read"}, 2, "--read");
     row({"--read", "Pump"}, 2, "Pump is no NodeId");
