@@ -162,4 +162,4 @@ const [command, ...args] = process.argv.slice(2);
 if (!Object.hasOwn(commands, command))
     throw new Error(`the commands are ${Object.keys(commands).join(", ")}`);
 await commands[command](...args);
-process.exit(0);
+process.stdout.write("", () => process.exit(0)); // once a pipe has taken all of it

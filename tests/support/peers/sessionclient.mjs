@@ -166,4 +166,4 @@ for await (const line of createInterface({ input: process.stdin })) {
 }
 await session.close();
 await client.disconnect();
-process.exit(0);
+process.stdout.write("", () => process.exit(0)); // once a pipe has taken all of it
