@@ -1,5 +1,6 @@
 #include "certificatespage.h"
 
+#include "certificatestore.h"
 #include "host.h"
 
 #include <Kestrel/QvelCertificateManager>
@@ -12,21 +13,13 @@
 
 CertificatesPage::CertificatesPage(Host& host)
 {
-    const QString store = host.dataFolder() + QStringLiteral("/certificates/");
-    const QString trusted = store + QStringLiteral("trusted/");
-    const QString rejected = store + QStringLiteral("rejected/");
-    const QString keys = store + QStringLiteral("private/");
-    const bool isNew = !QDir(store).exists();
-    for (const QString& path : {trusted, rejected, keys})
-        if (!QDir().mkpath(path))
-            host.log().appendFailure(tr("The folder %1 cannot be created").arg(path));
-    QFile::setPermissions(keys, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    const CertificateStore store(host.dataFolder() + QStringLiteral("/certificates"));
+    const bool isNew = !QDir(store.folder).exists();
+    store.makeFolders([&host](const QString& failure) { host.log().appendFailure(failure); });
 
-    // An own certificate is one of the trusted ones.
     m_manager = new QvelCertificateManager(
-        QStringLiteral("harrier"), QStringLiteral("kestrel"), trusted, {}, {}, rejected,
-        trusted + QStringLiteral("harrier.der"), keys + QStringLiteral("harrier.pem"),
-        QIcon(QStringLiteral(":/images/harrier.png")), false);
+        QStringLiteral("harrier"), QStringLiteral("kestrel"), store.trusted, {}, {}, store.rejected,
+        store.certificate, store.key, QIcon(QStringLiteral(":/images/harrier.png")), false);
     m_manager->setRSAKeyStrengths({2048, 3072, 4096}); // servers of today refuse less
     m_manager->setClockTolerance(5 * 60);
     auto* scroll = new QScrollArea; // a narrow window does not have to show all buttons

@@ -1,5 +1,6 @@
 #include "sessioncommand.h"
 
+#include "certificatestore.h"
 #include "discovercommand.h"
 #include "valuejson.h"
 
@@ -9,7 +10,6 @@
 #include <Kestrel/UaPkiRsaKeyPair>
 
 #include <QtCore/QCoreApplication>
-#include <QtCore/QDir>
 #include <QtCore/QEventLoop>
 #include <QtCore/QFile>
 #include <QtCore/QFileDevice>
@@ -145,28 +145,20 @@ private:
     bool m_isStopped = false; // since nothing can be written any more
 };
 
-// The store is laid out as that of the page "Certificates".
 QvelSessionOptions SessionRunner::makeOptions(const QString& storeFolder) const
 {
-    const QString store =
-        QDir(m_arguments.pki.isEmpty() ? storeFolder : m_arguments.pki).absolutePath() +
-        QLatin1Char('/');
+    const CertificateStore store(m_arguments.pki.isEmpty() ? storeFolder : m_arguments.pki);
+    store.makeFolders(m_log);
     QvelSessionOptions options;
     options.applicationName = QCoreApplication::applicationName();
     options.productUri = QStringLiteral("urn:kestrel:harrier");
-    options.trust.trusted = options.trust.trustedCrl = store + QStringLiteral("trusted");
-    options.trust.issuers = options.trust.issuersCrl = store + QStringLiteral("issuers");
-    options.trust.rejected = store + QStringLiteral("rejected");
-    options.certificateFile = options.trust.trusted + QStringLiteral("/harrier.der");
-    options.privateKeyFile = store + QStringLiteral("private/harrier.pem");
+    options.trust.trusted = options.trust.trustedCrl = store.trusted;
+    options.trust.issuers = options.trust.issuersCrl = store.issuers;
+    options.trust.rejected = store.rejected;
+    options.certificateFile = store.certificate;
+    options.privateKeyFile = store.key;
     if (m_arguments.timeout > 0)
         options.connectTimeout = options.callTimeout = m_arguments.timeout;
-    const QString keys = store + QStringLiteral("private");
-    for (const QString& folder :
-         {options.trust.trusted, options.trust.issuers, options.trust.rejected, keys})
-        if (!QDir().mkpath(folder))
-            m_log(tr("The folder %1 cannot be created").arg(folder));
-    QFile::setPermissions(keys, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     return options;
 }
 
@@ -256,8 +248,7 @@ bool SessionRunner::connectSession()
                          for (const UaPkiFinding& finding : question.findings)
                              m_log(tr("The server's certificate: %1").arg(finding.text()));
                          if (m_arguments.trust == SessionArguments::Reject)
-                             m_log(tr("It is filed under %1; --trust always would trust it")
-                                       .arg(m_session.options().trust.rejected));
+                             m_log(tr("It was not accepted; --trust once or always would do so"));
                          m_session.answerCertificate(answers[m_arguments.trust]);
                      });
     m_session.connectToServer(setting);

@@ -162,7 +162,9 @@ Q_SIGNALS:
     void stateChanged(QvelSession::State state);
     /// A step failed. State says whether the session tries again.
     void failed(const QvelSessionError& error);
-    /// Nothing goes on until answerCertificate() is called, or the time to connect is over.
+    /// Nothing goes on until answerCertificate() is called, or the time to connect is over. Reject
+    /// files the certificate under the rejected ones, except where it is trusted and something else
+    /// was found, as another host name: then only this connection is refused.
     void certificateQuestion(const QvelCertificateQuestion& question);
     /// Nothing goes on until answerPassword() or cancelPassword() is called.
     void passwordQuestion(const QvelPasswordQuestion& question);

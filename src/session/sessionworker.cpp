@@ -469,6 +469,10 @@ void SessionWorker::checkServer()
         return openChannel();
     const QvelCertificateQuestion question{verdict.certificate, verdict.findings};
     m_asksCertificate = true;
+    m_isFiledTrusted = std::none_of(verdict.findings.begin(), verdict.findings.end(),
+                                    [](const UaPkiFinding& finding) {
+                                        return finding.status == OpcUa_BadCertificateUntrusted;
+                                    });
     m_questionTimer.start(m_options.connectTimeout);
     SessionHost::ask(*this, ++m_question, question, &QvelSession::certificateQuestion);
 }
@@ -484,7 +488,8 @@ void SessionWorker::answerCertificate(quint32 question, QvelCertificateAnswer an
     const UaPkiTrustStore store(m_options.trust);
     QString reason;
     if (answer == QvelCertificateAnswer::Reject) {
-        if (!store.reject(certificate, &reason))
+        // A connection is refused, and no trust taken back that somebody once gave.
+        if (!m_isFiledTrusted && !store.reject(certificate, &reason))
             log(QvelSession::tr("The rejected certificate cannot be filed: %1").arg(reason));
         return fail(OpcUa_BadCertificateUntrusted, {},
                     QvelSession::tr("Trust the server's certificate, if it is the right one."),

@@ -192,6 +192,7 @@ private:
     quint32 m_question = 0; // the last one
     bool m_asksPassword = false;
     bool m_asksCertificate = false;
+    bool m_isFiledTrusted = false; // the certificate that is asked about
     QByteArray m_acceptedCertificate; // once
 
     UaNodeId m_sessionId;

@@ -216,6 +216,15 @@ void tst_Session::certificates()
     QTEST(asked, "asked");
     QTEST(int(QDir(user.options.trust.trusted).entryList(QDir::Files).size()), "trusted");
     QTEST(int(QDir(user.options.trust.rejected).entryList(QDir::Files).size()), "rejected");
+    if (answer <= 0)
+        return;
+    // Under another name, the question comes again; to refuse takes no trust back.
+    session.disconnect(this);
+    connect(&session, &QvelSession::certificateQuestion, this,
+            [&] { session.answerCertificate(QvelCertificateAnswer::Reject); });
+    session.connectToServer(setting("Basic256Sha256", 3));
+    QTRY_VERIFY(!session.lastError().isNull());
+    QTEST(int(QDir(user.options.trust.trusted).entryList(QDir::Files).size()), "trusted");
 }
 
 void tst_Session::otherUrl_data()
