@@ -76,11 +76,10 @@ QvelSession::QvelSession(const QvelSessionOptions& options, QObject* parent)
     : QObject(parent), d(std::make_unique<Private>())
 {
     d->options = options;
+    d->mailbox.setParent(this); // to be on its thread, wherever that is
     // Runs only while this object is there: the destructor waits for the thread.
     d->worker = new SessionWorker([this](std::function<void(QvelSession&)> function) {
-        QMetaObject::invokeMethod(
-            this, [this, function = std::move(function)] { function(*this); },
-            Qt::QueuedConnection);
+        d->mailbox.post([this, function = std::move(function)] { function(*this); });
     });
     d->worker->moveToThread(&d->thread);
     connect(&d->thread, &QThread::finished, d->worker, &QObject::deleteLater);

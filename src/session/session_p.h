@@ -27,6 +27,7 @@ public:
     QvelSessionError error;
     SessionHost::Connection connection;
     QvelSessionStatistics statistics;
+    Mailbox mailbox;
     QThread thread;
     SessionWorker* worker = nullptr; // of the thread
     QHash<quint32, QvelSubscription*> subscriptions;
@@ -38,10 +39,8 @@ public:
     template <class Function>
     void run(Function function)
     {
-        QMetaObject::invokeMethod(
-            worker,
-            [target = worker, function = std::move(function)]() mutable { function(*target); },
-            Qt::QueuedConnection);
+        worker->mailbox().post(
+            [target = worker, function = std::move(function)]() mutable { function(*target); });
     }
     template <class Result, class Function>
     QFuture<Result> start(Function function)

@@ -173,8 +173,9 @@ void wipeBytes(QByteArray& bytes)
 }
 
 SessionWorker::SessionWorker(Post toHost)
-    : m_toHost(std::move(toHost)), m_subscriptions(std::make_unique<SessionSubscriptions>(*this)),
-      m_reconnectTimer(this), m_keepAliveTimer(this), m_questionTimer(this), m_statisticsTimer(this)
+    : m_toHost(std::move(toHost)), m_mailbox(this),
+      m_subscriptions(std::make_unique<SessionSubscriptions>(*this)), m_reconnectTimer(this),
+      m_keepAliveTimer(this), m_questionTimer(this), m_statisticsTimer(this)
 {
     for (QTimer* timer : {&m_reconnectTimer, &m_keepAliveTimer, &m_questionTimer})
         timer->setSingleShot(true);
@@ -820,9 +821,13 @@ void SessionWorker::fail(OpcUa_StatusCode status, const UaString& reason, const 
     m_questionTimer.stop();
     m_asksCertificate = false;
     m_asksPassword = false;
+    const bool again = m_lasted && m_options.reconnects && !final && !isFinal(status);
+    if (!again && hasSession()) {
+        closeSession(OpcUa_BadConnectionClosed);
+        m_closing = nullptr; // Disconnected at once: what went wrong is told already
+    }
     abandonCalls(OpcUa_BadConnectionClosed);
     m_subscriptions->disconnected();
-    const bool again = m_lasted && m_options.reconnects && !final && !isFinal(status);
     SessionHost::tellError(*this, error);
     if (again)
         return waitToReconnect();
@@ -860,7 +865,7 @@ void SessionWorker::stop(OpcUa_StatusCode status)
     m_asksCertificate = false;
     m_asksPassword = false;
     m_closing = nullptr;
-    if (isConnected() && m_connection->isOpen() && !m_authenticationToken.isNull())
+    if (hasSession())
         closeSession(status);
     m_authenticationToken = UaNodeId();
     m_ownCertificate.clear();
@@ -890,6 +895,13 @@ void SessionWorker::closeSession(OpcUa_StatusCode status)
                                    setState(State::Disconnected);
                                });
     m_closing = connection;
+}
+
+// Whether the server holds a session that it can be asked to end, activated or not.
+bool SessionWorker::hasSession() const
+{
+    return (m_state == State::Activating || m_state == State::Connected) && m_connection &&
+           m_connection->isOpen() && !m_connection->isClosed() && !m_authenticationToken.isNull();
 }
 
 // All that is under way ends: what was sent, and what waits to be.

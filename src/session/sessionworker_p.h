@@ -1,5 +1,6 @@
 #pragma once
 
+#include "session/mailbox_p.h"
 #include "session/session.h"
 #include "session/sessionconnection_p.h"
 #include "session/sessionmessages_p.h"
@@ -83,6 +84,8 @@ public:
                      std::shared_ptr<QPromise<QvelHistoryResult>> promise);
 
     SessionSubscriptions& subscriptions() { return *m_subscriptions; }
+    /// Of functions that are to run here.
+    Mailbox& mailbox() { return m_mailbox; }
 
     // For the services and the subscriptions.
 
@@ -155,6 +158,7 @@ private:
     void tellStatistics();
     // What was dropped; where it is kept, it belongs to the worker.
     UaWire::SessionConnection* dropConnection(bool isKept = false);
+    bool hasSession() const;
     void closeSession(OpcUa_StatusCode status);
     void abandonCalls(OpcUa_StatusCode status);
     const UaWire::SecurityPolicy* policy() const;
@@ -162,6 +166,7 @@ private:
     int timeLeft() const; // to connect, in milliseconds
 
     const Post m_toHost;
+    Mailbox m_mailbox;
     const std::unique_ptr<SessionSubscriptions> m_subscriptions;
     QvelSessionOptions m_options;
     QvelDiscoverySetting m_wanted;  // as the host gave it
@@ -192,7 +197,7 @@ private:
     quint32 m_question = 0; // the last one
     bool m_asksPassword = false;
     bool m_asksCertificate = false;
-    bool m_isFiledTrusted = false; // the certificate that is asked about
+    bool m_isFiledTrusted = false;    // the certificate that is asked about
     QByteArray m_acceptedCertificate; // once
 
     UaNodeId m_sessionId;

@@ -173,6 +173,12 @@ void tst_Session::identities()
     QCOMPARE(session.state(), step.isEmpty() ? QvelSession::Connected : QvelSession::Disconnected);
     QCOMPARE(repeated, key == "locked.pem" ? QList<bool>({false, true}) : QList<bool>());
     QCOMPARE(relay.connections() == 0, step == "Preparing the identity"); // nothing was sent
+    session.disconnectFromServer();
+    QvelSession other(m_user.options); // the only one that the server still knows
+    connectSession(other, setting());
+    const UaNodeId sessionCount(2277);
+    QTRY_COMPARE(
+        resultOf(other.read({{sessionCount, 13, {}, {}}})).values.value(0).value().toUInt32(), 1u);
 }
 
 void tst_Session::certificates_data()

@@ -1,0 +1,22 @@
+#include "mailbox_p.h"
+
+void Mailbox::post(std::function<void()> function)
+{
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_functions.push_back(std::move(function));
+    }
+    // By its name: a functor would be written here and read there, past the lock.
+    QMetaObject::invokeMethod(this, "take", Qt::QueuedConnection);
+}
+
+void Mailbox::take()
+{
+    std::function<void()> function;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        function.swap(m_functions.front());
+        m_functions.pop_front();
+    }
+    function(); // which may delete this
+}
