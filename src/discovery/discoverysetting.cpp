@@ -3,6 +3,7 @@
 #include "discovery/discoverycbinterface.h"
 #include "discovery/stacktext_p.h"
 #include "discovery/storedentries_p.h"
+#include "platform/pki/secret_p.h"
 #include "platform/stack/checkmemory_p.h"
 #include "platform/types/uabytestring.h"
 #include "platform/types/uastring.h"
@@ -224,6 +225,24 @@ QvelDiscoverySetting::Endpoint::~Endpoint()
     OpcUa_EndpointDescription_Clear(this);
 }
 
+QvelDiscoverySetting::Password& QvelDiscoverySetting::Password::operator=(Password other) noexcept
+{
+    text.swap(other.text);
+    return *this;
+}
+
+QvelDiscoverySetting::Password::~Password()
+{
+    wipe(text);
+}
+
+void QvelDiscoverySetting::setPassword(const QString& password)
+{
+    Password other;
+    other.text = password;
+    m_password = std::move(other);
+}
+
 QvelDiscoverySetting::QvelDiscoverySetting() = default;
 QvelDiscoverySetting::QvelDiscoverySetting(const QvelDiscoverySetting& other) = default;
 QvelDiscoverySetting& QvelDiscoverySetting::operator=(const QvelDiscoverySetting& other) = default;
@@ -237,7 +256,7 @@ bool QvelDiscoverySetting::operator==(const QvelDiscoverySetting& other) const
     return OpcUa_EndpointDescription_Equal(&m_endpoint, &other.m_endpoint) &&
            m_displayName == other.m_displayName && m_userTokenType == other.m_userTokenType &&
            m_sessionName == other.m_sessionName && m_userName == other.m_userName &&
-           m_password == other.m_password && m_storePassword == other.m_storePassword &&
+           m_password.text == other.m_password.text && m_storePassword == other.m_storePassword &&
            m_certificateFile == other.m_certificateFile &&
            m_privateKeyFile == other.m_privateKeyFile;
 }

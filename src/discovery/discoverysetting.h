@@ -64,8 +64,9 @@ public:
     QString userName() const { return m_userName; }
     void setUserName(const QString& name) { m_userName = name; }
     /// Held in memory only: never written to a settings store.
-    QString password() const { return m_password; }
-    void setPassword(const QString& password) { m_password = password; }
+    /// Wiped where the last of its copies goes with a record.
+    QString password() const { return m_password.text; }
+    void setPassword(const QString& password);
     /// The user's wish that the host store the password. Held in memory only.
     bool isStorePassword() const { return m_storePassword; }
     void setStorePassword(bool store) { m_storePassword = store; }
@@ -112,12 +113,23 @@ private:
         ~Endpoint();
     };
 
+    // Wipes the text that it lets go.
+    struct KESTREL_EXPORT Password
+    {
+        Password() = default;
+        Password(const Password& other) = default;
+        Password(Password&& other) noexcept = default;
+        Password& operator=(Password other) noexcept;
+        ~Password();
+        QString text;
+    };
+
     Endpoint m_endpoint;
     QString m_displayName;
     OpcUa_UserTokenType m_userTokenType = OpcUa_UserTokenType_Anonymous;
     QString m_sessionName;
     QString m_userName;
-    QString m_password;
+    Password m_password;
     bool m_storePassword = false;
     QString m_certificateFile;
     QString m_privateKeyFile;

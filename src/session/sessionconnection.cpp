@@ -117,7 +117,7 @@ void SessionConnection::readSocket()
     arm();
 }
 
-void SessionConnection::send(const QByteArray& body, int timeout, Done done)
+QByteArray SessionConnection::send(const QByteArray& body, int timeout, Done done)
 {
     OpcUa_StatusCode status = OpcUa_BadConnectionClosed;
     if (isOpen()) {
@@ -126,23 +126,26 @@ void SessionConnection::send(const QByteArray& body, int timeout, Done done)
         if (id != 0) {
             ++m_requests;
             m_pending[id] = {m_clock.elapsed() + timeout, std::move(done)};
-            flush();
-            return arm();
+            const QByteArray sent = flush();
+            arm();
+            return sent;
         }
     }
     // Later, as always.
     QMetaObject::invokeMethod(
         this, [status, done = std::move(done)] { done(status, {}); }, Qt::QueuedConnection);
+    return {};
 }
 
-void SessionConnection::flush()
+QByteArray SessionConnection::flush()
 {
     const QByteArray bytes = m_channel ? m_channel->takeOutput() : QByteArray();
     if (bytes.isEmpty())
-        return;
+        return {};
     m_sent += quint64(bytes.size());
     m_socket->write(bytes);
     m_socket->flush();
+    return m_socket->bytesToWrite() == 0 ? bytes : QByteArray();
 }
 
 void SessionConnection::checkTime()

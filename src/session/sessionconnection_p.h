@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/pki/secret_p.h"
 #include "platform/wire/securechannel_p.h"
 
 #include <QtCore/QElapsedTimer>
@@ -15,6 +16,13 @@ class QTcpSocket;
 namespace UaWire {
 
 class Connector;
+
+/// The room for a request that holds a secret: more than enough; 0 for any other.
+template <class Request>
+qsizetype secretRoom(const Request&)
+{
+    return 0;
+}
 
 /// A connection with a secure channel on a thread with an event loop. Requests are answered in any
 /// order. For one use: after a failure it only tells, once, that it is closed.
@@ -49,14 +57,20 @@ public:
         request.header.requestHandle = ++m_requestHandle;
         request.header.timeoutHint = OpcUa_UInt32(timeout);
         const OpcUa_UInt32 handle = m_requestHandle;
-        send(encodeMessage(request), timeout,
-             [handle, limits, done = std::move(done)](OpcUa_StatusCode status,
-                                                      const QByteArray& body) {
-                 Response response;
-                 if (OpcUa_IsGood(status))
-                     status = decodeResponse(body, handle, response, limits);
-                 done(status, response);
-             });
+        const qsizetype room = secretRoom(request);
+        QByteArray message = encodeMessage(request, room);
+        QByteArray sent = send(message, timeout,
+                               [handle, limits, done = std::move(done)](OpcUa_StatusCode status,
+                                                                        const QByteArray& body) {
+                                   Response response;
+                                   if (OpcUa_IsGood(status))
+                                       status = decodeResponse(body, handle, response, limits);
+                                   done(status, response);
+                               });
+        if (room > 0) {
+            wipe(message);
+            wipe(sent);
+        }
     }
 
 Q_SIGNALS:
@@ -75,10 +89,11 @@ private:
         Done done;
     };
 
-    void send(const QByteArray& body, int timeout, Done done);
+    /// Returns the bytes that have left; none where the socket still holds some.
+    QByteArray send(const QByteArray& body, int timeout, Done done);
     void socketConnected(const SecureChannel::Settings& settings);
     void readSocket();
-    void flush();
+    QByteArray flush();
     void checkTime();
     void arm();
     void close(OpcUa_StatusCode status, const UaString& reason = {});

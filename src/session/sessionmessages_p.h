@@ -111,6 +111,12 @@ struct ActivateSessionRequest
     UaExtensionObject userIdentityToken;
     SignatureData userTokenSignature;
 };
+/// It may hold a password.
+inline qsizetype secretRoom(const ActivateSessionRequest& request)
+{
+    constexpr qsizetype others = 8192;
+    return request.userIdentityToken.body().length() + others;
+}
 struct ActivateSessionResponse
 {
     static constexpr OpcUa_UInt32 encodingId = 470;

@@ -11,8 +11,6 @@
 #include <QtCore/QFile>
 #include <QtCore/QRandomGenerator>
 
-#include <openssl/crypto.h>
-
 #include <algorithm>
 #include <cmath>
 
@@ -150,27 +148,6 @@ bool sameEndpoint(const OpcUa_EndpointDescription& a, const OpcUa_EndpointDescri
 }
 
 } // namespace
-
-Secret& Secret::operator=(const Secret& other)
-{
-    if (this != &other) {
-        wipe();
-        m_bytes = QByteArray(other.m_bytes.constData(), other.m_bytes.size());
-    }
-    return *this;
-}
-
-void Secret::wipe()
-{
-    wipeBytes(m_bytes);
-    m_bytes.clear();
-}
-
-void wipeBytes(QByteArray& bytes)
-{
-    if (!bytes.isEmpty())
-        OPENSSL_cleanse(const_cast<char*>(bytes.constData()), std::size_t(bytes.size()));
-}
 
 SessionWorker::SessionWorker(Post toHost)
     : m_toHost(std::move(toHost)), m_mailbox(this),
@@ -668,7 +645,7 @@ bool SessionWorker::makeUserToken(ActivateSessionRequest& request)
         plain += m_serverNonce;
         identity.password = key ? encrypt(*p, key.get(), plain) : QByteArray();
         identity.encryptionAlgorithm = UaString(p->encryptionUri);
-        wipeBytes(plain);
+        wipe(plain);
         if (identity.password.isEmpty()) {
             fail(OpcUa_BadCertificateInvalid, {},
                  QvelSession::tr("The server gives no certificate to encrypt the password with."),
@@ -682,7 +659,7 @@ bool SessionWorker::makeUserToken(ActivateSessionRequest& request)
     request.userIdentityToken = UaExtensionObject(
         UaExpandedNodeId(UaNodeId(UserNameIdentityToken::encodingId), UaString(), 0),
         UaByteString(body));
-    wipeBytes(identity.password);
+    wipe(identity.password);
     return true;
 }
 
@@ -715,7 +692,7 @@ void SessionWorker::activate()
             m_isNewSession ? readServerTables() : becomeConnected();
         });
     QByteArray body = request.userIdentityToken.body().bytes();
-    wipeBytes(body); // the token's own, too: they share it
+    wipe(body); // the token's own, too: they share it
 }
 
 void SessionWorker::readServerTables()

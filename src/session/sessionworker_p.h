@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/pki/secret_p.h"
 #include "session/mailbox_p.h"
 #include "session/session.h"
 #include "session/sessionconnection_p.h"
@@ -14,27 +15,6 @@
 #include <functional>
 #include <map>
 #include <memory>
-
-/// Bytes that are wiped when they are let go. Not to be shared: a copy is one of its own.
-class Secret
-{
-public:
-    Secret() = default;
-    /// Takes the only copy over.
-    explicit Secret(QByteArray&& bytes) : m_bytes(std::move(bytes)) {}
-    Secret(const Secret& other) : m_bytes(other.m_bytes.constData(), other.m_bytes.size()) {}
-    Secret& operator=(const Secret& other);
-    ~Secret() { wipe(); }
-
-    const QByteArray& bytes() const { return m_bytes; }
-    void wipe();
-
-private:
-    QByteArray m_bytes;
-};
-
-/// Wipes a buffer that no one else shares.
-void wipeBytes(QByteArray& bytes);
 
 /// What a server allows in one call; 0 for no limit (OPC 10000-5, 6.3.11).
 struct OperationLimits

@@ -5,6 +5,9 @@
 
 #include <Kestrel/OpcUaStatusCodes>
 
+#include <QtCore/QCryptographicHash>
+#include <QtCore/QSettings>
+
 class tst_Session : public QObject
 {
     Q_OBJECT
@@ -15,6 +18,8 @@ private Q_SLOTS:
     void policies();
     void identities_data();
     void identities();
+    void secrets_data();
+    void secrets();
     void certificates_data();
     void certificates();
     void otherUrl_data();
@@ -126,6 +131,21 @@ void tst_Session::identities_data()
         << none << "walnut" << QString() << L{"plain"} << true << QString() << QString();
 }
 
+// An endpoint that takes a password in clear text only.
+static void allowClearText(QvelDiscoverySetting& setting)
+{
+    OpcUa_UserTokenPolicy token;
+    OpcUa_UserTokenPolicy_Initialize(&token);
+    QCOMPARE(UaString("username_unsecure").copyTo(&token.PolicyId), OpcUa_Good);
+    token.TokenType = OpcUa_UserTokenType_UserName;
+    const QvelDiscoverySetting other = setting; // owns what the description points to
+    OpcUa_EndpointDescription endpoint = *other.endpointDescription();
+    endpoint.NoOfUserIdentityTokens = 1;
+    endpoint.UserIdentityTokens = &token;
+    setting.setEndpointDescription(&endpoint);
+    OpcUa_UserTokenPolicy_Clear(&token);
+}
+
 void tst_Session::identities()
 {
     QFETCH(QByteArray, policy);
@@ -137,18 +157,8 @@ void tst_Session::identities()
     QFETCH(QString, error);
     Relay relay(quint16(QUrl(m_url).port()));
     QvelDiscoverySetting s = setting(policy, policy == "None" ? 1 : 3);
-    OpcUa_UserTokenPolicy token;
-    if (isPlain) {
-        OpcUa_UserTokenPolicy_Initialize(&token);
-        QCOMPARE(UaString("username_unsecure").copyTo(&token.PolicyId), OpcUa_Good);
-        token.TokenType = OpcUa_UserTokenType_UserName;
-        const QvelDiscoverySetting other = s; // owns what the description points to
-        OpcUa_EndpointDescription endpoint = *other.endpointDescription();
-        endpoint.NoOfUserIdentityTokens = 1;
-        endpoint.UserIdentityTokens = &token;
-        s.setEndpointDescription(&endpoint);
-        OpcUa_UserTokenPolicy_Clear(&token);
-    }
+    if (isPlain)
+        allowClearText(s);
     s.setEndpointUrl(relay.url());
     s.setUserTokenType(key.isEmpty() ? OpcUa_UserTokenType_UserName
                                      : OpcUa_UserTokenType_Certificate);
@@ -179,6 +189,108 @@ void tst_Session::identities()
     const UaNodeId sessionCount(2277);
     QTRY_COMPARE(
         resultOf(other.read({{sessionCount, 13, {}, {}}})).values.value(0).value().toUInt32(), 1u);
+}
+
+void tst_Session::secrets_data()
+{
+    QTest::addColumn<QByteArray>("policy");
+    QTest::addColumn<QString>("user");
+    QTest::newRow("encrypted") << QByteArray("Basic256Sha256") << "keeper";
+    QTest::newRow("refused") << QByteArray("Basic256Sha256") << "stranger";
+    QTest::newRow("in clear text") << QByteArray("None") << "keeper";
+}
+
+// Gives the middle of the password, masked: here, it must not stand in memory either.
+static QByteArray setPassword(QvelDiscoverySetting& setting)
+{
+    QByteArray text =
+        QCryptographicHash::hash(setting.userName().toUtf8(), QCryptographicHash::Sha256).toHex();
+    setting.setPassword(QString::fromLatin1(text));
+    QByteArray masked = text.mid(24, 16);
+    for (char& c : masked)
+        c = char(c ^ 0x55);
+    text.fill(0);
+    return masked;
+}
+
+static bool holds(const QByteArray& bytes, const QByteArray& masked)
+{
+    QByteArray wide;
+    for (char c : masked)
+        wide.append(c).append(0x55);
+    const auto isSame = [](char a, char b) { return char(a ^ 0x55) == b; };
+    for (const QByteArray& needle : {masked, wide}) {
+        if (std::search(bytes.begin(), bytes.end(), needle.begin(), needle.end(), isSame) !=
+            bytes.end())
+            return true;
+    }
+    return false;
+}
+
+// Whether it is anywhere in the memory of this process.
+static bool isInMemory(const QByteArray& masked)
+{
+    QFile maps("/proc/self/maps"), memory("/proc/self/mem");
+    if (!maps.open(QIODevice::ReadOnly) ||
+        !memory.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        return false;
+    const QList<QByteArray> regions = maps.readAll().split('\n');
+    constexpr qsizetype block = 1 << 20;
+    QByteArray bytes(block, 0);
+    for (const QByteArray& region : regions) {
+        const QList<QByteArray> bounds = region.left(region.indexOf(' ')).split('-');
+        const qint64 begin = bounds.value(0).toLongLong(nullptr, 16);
+        const qint64 end = bounds.value(1).toLongLong(nullptr, 16);
+        if (!region.contains(" r") || end - begin > (qint64(1) << 32)) // a sanitizer's own
+            continue;
+        for (qint64 at = begin; at < end; at += block - 64) {
+            if (!memory.seek(at) || memory.read(bytes.data(), qMin(block, end - at)) <= 0)
+                break;
+            const bool isThere = holds(bytes, masked);
+            bytes.fill(0); // else it stands here as well
+            if (isThere)
+                return true;
+        }
+    }
+    return false;
+}
+
+void tst_Session::secrets()
+{
+    QFETCH(QByteArray, policy);
+    QFETCH(QString, user);
+    QByteArray masked;
+    QByteArray written;
+    {
+        QvelDiscoverySetting s = setting(policy, policy == "None" ? 1 : 3);
+        if (policy == "None")
+            allowClearText(s);
+        s.setUserTokenType(OpcUa_UserTokenType_UserName);
+        s.setUserName(user);
+        masked = setPassword(s);
+        QvelSessionOptions options = m_user.options;
+        options.allowsPlainPassword = true;
+        QvelSession session(options);
+        connect(&session, &QvelSession::logMessage, this,
+                [&written](const QString& text) { written += text.toUtf8(); });
+        written += connectSession(session, s).toString().toUtf8();
+        QCOMPARE(session.state() == QvelSession::Connected, user == "keeper");
+        session.disconnectFromServer();
+        QTRY_COMPARE(session.state(), QvelSession::Disconnected);
+        const QString path = m_user.folder.filePath("settings.ini");
+        QSettings settings(path, QSettings::IniFormat);
+        s.storeSettings(settings, "entry");
+        settings.sync();
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        written += file.readAll();
+        QVERIFY(written.contains(user.toUtf8()));
+#ifdef Q_OS_LINUX
+        QVERIFY(isInMemory(masked));
+#endif
+    }
+    QVERIFY(!holds(written, masked));
+    QVERIFY(!isInMemory(masked));
 }
 
 void tst_Session::certificates_data()

@@ -166,11 +166,13 @@ inline OpcUa_StatusCode asFailure(OpcUa_StatusCode code)
     return OpcUa_IsNotGood(code) ? code : OpcUa_BadUnexpectedError;
 }
 
-/// The body of a message: the NodeId of its encoding and its fields.
+/// The body of a message: the NodeId of its encoding and its fields. It is not moved while it grows
+/// to `room` bytes.
 template <class Message>
-QByteArray encodeMessage(const Message& message)
+QByteArray encodeMessage(const Message& message, qsizetype room = 0)
 {
     QByteArray body;
+    body.reserve(room);
     BinaryEncoder encoder(body);
     encoder.typeId(Message::encodingId);
     encoder(message);

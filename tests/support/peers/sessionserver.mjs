@@ -4,6 +4,7 @@
 // --conformance it serves node-opcua's address space for conformance tests, too.
 import "./loopback.mjs";
 
+import { createHash } from "node:crypto";
 import { once } from "node:events";
 import { mkdtempSync, rmSync } from "node:fs";
 import net from "node:net";
@@ -87,7 +88,8 @@ const server = new OPCUAServer({
     serverCapabilities: { maxSessions: 200, maxBrowseContinuationPoints: 10,
         operationLimits: { maxNodesPerRead: Number(values.operations ?? 500), maxNodesPerBrowse: 100, maxNodesPerWrite: 200,
             maxNodesPerMethodCall: 10, maxMonitoredItemsPerCall: Number(values.operations ?? 300) } },
-    userManager: { isValidUser: (user, password) => user === "operator" && password === "walnut" },
+    userManager: { isValidUser: (user, password) => user === "operator" ? password === "walnut"
+        : user === "keeper" && password === createHash("sha256").update(user).digest("hex") },
 });
 
 await server.initialize();
