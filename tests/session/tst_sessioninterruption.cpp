@@ -41,6 +41,13 @@ static QvelDiscoverySetting settingOf(const QString& url)
     return setting;
 }
 
+// That the system gives, and that a server which is started anew takes again.
+static int freePort()
+{
+    QTcpServer probe;
+    return probe.listen(QHostAddress::LocalHost) ? probe.serverPort() : 0;
+}
+
 void tst_SessionInterruption::initTestCase()
 {
     const QString url = m_server.start(NODE, {PEERS "/sessionserver.mjs", "--children", "10",
@@ -129,28 +136,49 @@ void tst_SessionInterruption::restart()
 {
     PeerProcess server;
     const QTemporaryDir pki;
-    const auto start = [&](PeerProcess& process) {
+    const auto start = [&](PeerProcess& process, int port, const char* namespaces) {
         return process.start(NODE, {PEERS "/sessionserver.mjs", "--children", "10", "--items", "10",
-                                    "--pki", pki.path(), "--port", "48411"});
+                                    "--pki", pki.path(), "--port", QString::number(port),
+                                    "--namespaces", namespaces});
     };
-    const QString url = start(server);
+    const int port = freePort();
+    const QString url = start(server, port, "urn:first,urn:second");
     QVERIFY(!url.isEmpty());
     QvelSession session(m_user.options);
     QvelSubscription* subscription = session.createSubscription();
     monitor(subscription, 10);
+    // A node that another one takes the place of.
+    QvelMonitoredItem further;
+    further.nodeId = UaNodeId(UaString("Further"), 2);
+    further.attributeId = QvelAttribute::BrowseName;
+    const OpcUa_UInt32 handle = subscription->addItems({further}).value(0);
+    QStringList names;
+    connect(subscription, &QvelSubscription::dataChanged, this,
+            [&](const QList<QvelDataChange>& changes) {
+                for (const QvelDataChange& change : changes) {
+                    if (change.handle == handle)
+                        names.append(QString::fromUtf8(
+                            change.value.value().toQualifiedName().name().bytes()));
+                }
+            });
     const QvelSessionError error = connectSession(session, settingOf(url));
     QVERIFY2(session.state() == QvelSession::Connected, error.toString().toUtf8());
-    QTRY_COMPARE_WITH_TIMEOUT(m_last.size(), 10, 10000);
+    QTRY_COMPARE_WITH_TIMEOUT(m_last.size(), 11, 10000);
+    const UaExpandedNodeId known = session.toExpandedNodeId(further.nodeId);
+    QSignalSpy namespaces(&session, &QvelSession::namespacesChanged);
     server.kill();
     QTRY_VERIFY_WITH_TIMEOUT(session.state() != QvelSession::Connected, 10000);
     PeerProcess again;
-    QVERIFY(!start(again).isEmpty());
+    QVERIFY(!start(again, port, "urn:second,urn:first").isEmpty());
     connect(&session, &QvelSession::certificateQuestion, this,
             [&] { session.answerCertificate(QvelCertificateAnswer::AcceptAndTrust); });
     m_last.clear();
-    QTRY_COMPARE_WITH_TIMEOUT(m_last.size(), 10, 60000);
+    QTRY_COMPARE_WITH_TIMEOUT(m_last.size(), 11, 60000);
     QVERIFY(m_gaps > 0);
     QCOMPARE(session.state(), QvelSession::Connected);
+    QCOMPARE(namespaces.size(), 1);
+    QCOMPARE(session.toNodeId(known), UaNodeId(UaString("Further"), 3));
+    QCOMPARE(names, QStringList({"urn:first", "urn:first"}));
 }
 
 void tst_SessionInterruption::blockedHost()
@@ -172,21 +200,69 @@ void tst_SessionInterruption::blockedHost()
 // The host deletes the session in any slot; its calls end.
 void tst_SessionInterruption::deletedInSlots()
 {
-    const QString url = QStringLiteral("opc.tcp://127.0.0.1:%1").arg(m_port);
-    for (int state = QvelSession::LookingUp; state <= QvelSession::Connected; ++state) {
-        QPointer<QvelSession> session = new QvelSession(m_user.options);
-        QFuture<QvelReadResult> pending = session->read({{UaNodeId(2258), 13, {}, {}}});
-        connect(session, &QvelSession::certificateQuestion, this,
-                [&] { session->answerCertificate(QvelCertificateAnswer::AcceptOnce); });
-        connect(session, &QvelSession::stateChanged, this, [&](QvelSession::State now) {
-            if (now == state) {
-                pending = session->read({{UaNodeId(2258), 13, {}, {}}});
-                delete session;
-            }
+    using Kill = std::function<void()>;
+    using Connect = std::function<void(QvelSession*, QvelSubscription*, const Kill&)>;
+    QList<Connect> slotsToTry;
+    for (int state = QvelSession::LookingUp; state <= QvelSession::Connected; ++state)
+        slotsToTry.append([state](QvelSession* session, QvelSubscription*, const Kill& kill) {
+            connect(session, &QvelSession::stateChanged, session, [state, kill](auto now) {
+                if (now == state)
+                    kill();
+            });
         });
-        session->connectToServer(settingOf(url));
-        QTRY_VERIFY_WITH_TIMEOUT(!session, 10000);
-        QVERIFY2(pending.isFinished() && pending.resultCount() == 1, QByteArray::number(state));
+    const auto inSession = [&slotsToTry](auto signal) {
+        slotsToTry.append([signal](QvelSession* session, QvelSubscription*, const Kill& kill) {
+            connect(session, signal, session, kill);
+        });
+    };
+    const auto inSubscription = [&slotsToTry](auto signal) {
+        slotsToTry.append([signal](QvelSession*, QvelSubscription* subscription, const Kill& kill) {
+            connect(subscription, signal, subscription, kill);
+        });
+    };
+    inSession(&QvelSession::passwordQuestion);
+    inSession(&QvelSession::certificateQuestion);
+    inSession(&QvelSession::namespacesChanged);
+    inSubscription(&QvelSubscription::changed);
+    inSubscription(&QvelSubscription::itemsChanged);
+    inSubscription(&QvelSubscription::dataChanged);
+    inSubscription(&QvelSubscription::eventsReceived);
+    const qsizetype refused = slotsToTry.size();
+    inSession(&QvelSession::logMessage);
+    inSession(&QvelSession::failed);
+
+    SessionUser person;
+    QvelDiscoverySetting setting = settingOf(QStringLiteral("opc.tcp://127.0.0.1:%1").arg(m_port));
+    setting.setUserTokenType(OpcUa_UserTokenType_Certificate);
+    setting.setCertificateFile(person.options.certificateFile);
+    setting.setPrivateKeyFile(person.options.privateKeyFile);
+    QVERIFY(person.pair.toPEMFile(QFile::encodeName(setting.privateKeyFile()), "almond"));
+    for (qsizetype i = 0; i < slotsToTry.size(); ++i) {
+        QPointer<QvelSession> session = new QvelSession(m_user.options);
+        QvelSubscription* subscription = session->createSubscription();
+        QvelMonitoredItem item, event;
+        item.nodeId = UaNodeId(2258);
+        event.nodeId = UaNodeId(2253);
+        event.attributeId = QvelAttribute::EventNotifier;
+        event.eventFields = {{UaQualifiedName("Message", 0)}};
+        subscription->addItems({item, event});
+        QFuture<QvelReadResult> pending;
+        slotsToTry[i](session, subscription, [&] {
+            pending = session->read({{UaNodeId(2258), 13, {}, {}}});
+            delete session;
+        });
+        connect(session, &QvelSession::passwordQuestion, this, [&] {
+            if (session)
+                session->answerPassword("almond");
+        });
+        connect(session, &QvelSession::certificateQuestion, this, [&] {
+            if (session)
+                session->answerCertificate(i < refused ? QvelCertificateAnswer::AcceptOnce
+                                                       : QvelCertificateAnswer::Reject);
+        });
+        session->connectToServer(setting);
+        QTRY_VERIFY2_WITH_TIMEOUT(!session, QByteArray::number(i), 10000);
+        QVERIFY2(pending.isFinished() && pending.resultCount() == 1, QByteArray::number(i));
         // The answer may just have come.
         const QvelReadResult result = resultOf(pending);
         QVERIFY(result.status.isBad() != (result.values.size() == 1));
