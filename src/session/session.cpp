@@ -66,9 +66,9 @@ QString QvelSessionError::toString() const
 {
     if (isNull())
         return QString();
-    QString text = step + QLatin1String(": ") + QString::fromUtf8(status.toString().bytes());
+    QString text = step + QLatin1String(": ") + status.toString().toQString();
     if (!reason.isEmpty())
-        text += QLatin1String(" (") + QString::fromUtf8(reason.bytes()) + QLatin1Char(')');
+        text += QLatin1String(" (") + reason.toQString() + QLatin1Char(')');
     return advice.isEmpty() ? text : text + QLatin1String(". ") + advice;
 }
 
@@ -186,8 +186,7 @@ UaNodeId QvelSession::toNodeId(const UaExpandedNodeId& id) const
 {
     if (id.namespaceUri().isEmpty())
         return id.nodeId();
-    const qsizetype index =
-        d->connection.namespaces.indexOf(QString::fromUtf8(id.namespaceUri().bytes()));
+    const qsizetype index = d->connection.namespaces.indexOf(id.namespaceUri().toQString());
     return index < 0 ? UaNodeId() : withNamespace(id.nodeId(), OpcUa_UInt16(index));
 }
 

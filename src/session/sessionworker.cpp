@@ -4,6 +4,7 @@
 #include "session/session_p.h"
 #include "sessionworker_p.h"
 
+#include "discovery/stacktext_p.h"
 #include "platform/pki/openssl_p.h"
 #include "platform/pki/uapkitruststore.h"
 #include "platform/wire/endpointurl_p.h"
@@ -103,12 +104,10 @@ QByteArray readFile(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.read(UaPkiCertificate::maxFileSize) : QByteArray();
 }
 
-template <class T>
-T local(const OpcUa_String& text)
+QByteArray bytesOf(const OpcUa_String& text)
 {
-    return T(OpcUa_String_GetRawString(&text));
+    return UaString(&text).bytes();
 }
-
 QByteArray bytesOf(const OpcUa_ByteString& bytes)
 {
     return UaByteString(&bytes).bytes();
@@ -184,7 +183,7 @@ void SessionWorker::setState(State state)
 
 const SecurityPolicy* SessionWorker::policy() const
 {
-    return securityPolicy(local<QByteArray>(endpoint().SecurityPolicyUri));
+    return securityPolicy(bytesOf(endpoint().SecurityPolicyUri));
 }
 
 int SessionWorker::timeLeft() const
@@ -220,7 +219,7 @@ void SessionWorker::begin()
     setState(State::LookingUp);
     if (m_endpointKnown) {
         if (!m_options.allowsOtherUrl)
-            m_usedUrl = local<QByteArray>(endpoint().EndpointUrl);
+            m_usedUrl = bytesOf(endpoint().EndpointUrl);
     } else {
         m_setting = m_wanted;
         const bool hasCertificate = endpoint().ServerCertificate.Data != nullptr;
@@ -295,20 +294,20 @@ void SessionWorker::takeEndpoints(UaStackTypeArray<OpcUa_EndpointDescription>& e
     const bool hasCertificate = !m_options.certificateFile.isEmpty();
     const OpcUa_EndpointDescription* best = nullptr;
     const auto rank = [this](const OpcUa_EndpointDescription& e) {
-        const SecurityPolicy* p = securityPolicy(local<QByteArray>(e.SecurityPolicyUri));
+        const SecurityPolicy* p = securityPolicy(bytesOf(e.SecurityPolicyUri));
         const auto place = securityPolicies().size() - securityPolicies().indexOf(p);
         return std::make_tuple(!p->isOld, e.SecurityMode, e.SecurityLevel, place,
-                               hostOf(local<QByteArray>(e.EndpointUrl)) == hostOf(m_usedUrl));
+                               hostOf(bytesOf(e.EndpointUrl)) == hostOf(m_usedUrl));
     };
     for (const OpcUa_EndpointDescription& e : endpoints) {
-        const QByteArray uri = local<QByteArray>(e.SecurityPolicyUri);
+        const QByteArray uri = bytesOf(e.SecurityPolicyUri);
         const SecurityPolicy* p = securityPolicy(uri);
-        const QByteArray transport = local<QByteArray>(e.TransportProfileUri);
+        const QByteArray transport = bytesOf(e.TransportProfileUri);
         if (!p || (!wantedPolicy.isEmpty() && uri != wantedPolicy) ||
             (mode != OpcUa_MessageSecurityMode_Invalid && e.SecurityMode != mode) ||
             !hasMode(*p, e.SecurityMode) ||
             (wantedPolicy.isEmpty() && p->isSecure && !hasCertificate) ||
-            !local<QByteArray>(e.EndpointUrl).toLower().startsWith("opc.tcp:"))
+            !bytesOf(e.EndpointUrl).toLower().startsWith("opc.tcp:"))
             continue;
         if (!best || rank(e) > rank(*best))
             best = &e;
@@ -321,7 +320,7 @@ void SessionWorker::takeEndpoints(UaStackTypeArray<OpcUa_EndpointDescription>& e
     m_setting.setEndpointDescription(best);
     m_setting.setDisplayName(m_wanted.displayName());
     if (!m_options.allowsOtherUrl)
-        m_usedUrl = local<QByteArray>(best->EndpointUrl);
+        m_usedUrl = bytesOf(best->EndpointUrl);
     m_endpointKnown = true;
     dropConnection();
     checkServer();
@@ -352,7 +351,7 @@ bool SessionWorker::loadApplicationIdentity()
     m_ownCertificate = der;
     m_ownKey = UaPkiKeyAccess::shared(key);
     if (m_options.applicationUri.isEmpty())
-        m_options.applicationUri = QString::fromUtf8(certificate.info().applicationUri.bytes());
+        m_options.applicationUri = certificate.info().applicationUri.toQString();
     return true;
 }
 
@@ -436,7 +435,7 @@ void SessionWorker::checkServer()
         return openChannel();
     UaPkiExpectation expectation;
     expectation.hostName = hostOf(m_usedUrl);
-    expectation.applicationUri = local<QString>(endpoint().Server.ApplicationUri);
+    expectation.applicationUri = toQString(endpoint().Server.ApplicationUri);
     const SecurityPolicy& keys = p->isSecure ? *p : *securityPolicies().first();
     expectation.minKeySize = keys.smallestKey;
     expectation.maxKeySize = keys.largestKey;
@@ -583,7 +582,7 @@ bool SessionWorker::makeUserToken(ActivateSessionRequest& request)
     for (OpcUa_Int32 i = 0; endpoint().UserIdentityTokens && i < endpoint().NoOfUserIdentityTokens;
          ++i) {
         const OpcUa_UserTokenPolicy& offered = endpoint().UserIdentityTokens[i];
-        const QByteArray uri = local<QByteArray>(offered.SecurityPolicyUri);
+        const QByteArray uri = bytesOf(offered.SecurityPolicyUri);
         const SecurityPolicy* its = uri.isEmpty() ? policy() : securityPolicy(uri);
         if (offered.TokenType == type &&
             (!token || (its && (!p || (its->isSecure && !p->isSecure))))) {
@@ -727,8 +726,8 @@ void SessionWorker::readServerTables()
                 if (value.Datatype == OpcUaType_String &&
                     value.ArrayType == OpcUa_VariantArrayType_Array) {
                     for (OpcUa_Int32 i = 0; i < value.Value.Array.Length; ++i)
-                        list.append(QString::fromUtf8(local<QByteArray>(
-                            static_cast<const OpcUa_String*>(value.Value.Array.Elements)[i])));
+                        list.append(toQString(
+                            static_cast<const OpcUa_String*>(value.Value.Array.Elements)[i]));
                 }
                 return list;
             };
@@ -753,7 +752,7 @@ void SessionWorker::becomeConnected()
     m_lasted = true;
     m_attempts = 0;
     SessionHost::tellConnection(
-        *this, {local<QString>(endpoint().EndpointUrl), QString::fromUtf8(m_usedUrl),
+        *this, {toQString(endpoint().EndpointUrl), QString::fromUtf8(m_usedUrl),
                 UaByteString(&endpoint().ServerCertificate), m_namespaces, m_servers});
     setState(State::Connected);
     m_keepAliveTimer.start(m_options.keepAliveInterval);
