@@ -4,6 +4,8 @@
 
 #include <QtCore/QPointer>
 
+#include <openssl/crypto.h>
+
 #include <algorithm>
 
 void SessionHost::tellState(const SessionWorker& worker, QvelSession::State state)
@@ -72,17 +74,25 @@ QString QvelSessionError::toString() const
     return advice.isEmpty() ? text : text + QLatin1String(". ") + advice;
 }
 
+// Whoever waits for a QThread does not wait for what its libraries put away after it: at the end of
+// the process that could be too late.
+void SessionThread::run()
+{
+    exec();
+    delete worker;
+    OPENSSL_thread_stop();
+}
+
 QvelSession::QvelSession(const QvelSessionOptions& options, QObject* parent)
     : QObject(parent), d(std::make_unique<Private>())
 {
     d->options = options;
     d->mailbox.setParent(this); // to be on its thread, wherever that is
     // Runs only while this object is there: the destructor waits for the thread.
-    d->worker = new SessionWorker([this](std::function<void(QvelSession&)> function) {
+    d->thread.worker = new SessionWorker([this](std::function<void(QvelSession&)> function) {
         d->mailbox.post([this, function = std::move(function)] { function(*this); });
     });
-    d->worker->moveToThread(&d->thread);
-    connect(&d->thread, &QThread::finished, d->worker, &QObject::deleteLater);
+    d->thread.worker->moveToThread(&d->thread);
     d->thread.setObjectName(QStringLiteral("QvelSession"));
     d->thread.start();
 }

@@ -18,6 +18,16 @@ public:
     QList<OpcUa_UInt32> items;
 };
 
+/// Runs a worker, and ends with it.
+class SessionThread : public QThread
+{
+public:
+    SessionWorker* worker = nullptr;
+
+protected:
+    void run() override;
+};
+
 class QvelSession::Private
 {
 public:
@@ -28,8 +38,7 @@ public:
     SessionHost::Connection connection;
     QvelSessionStatistics statistics;
     Mailbox mailbox;
-    QThread thread;
-    SessionWorker* worker = nullptr; // of the thread
+    SessionThread thread;
     QHash<quint32, QvelSubscription*> subscriptions;
     quint32 lastSubscription = 0;
     quint32 question = 0; // the worker's last one that was told
@@ -39,8 +48,10 @@ public:
     template <class Function>
     void run(Function function)
     {
-        worker->mailbox().post(
-            [target = worker, function = std::move(function)]() mutable { function(*target); });
+        thread.worker->mailbox().post(
+            [target = thread.worker, function = std::move(function)]() mutable {
+                function(*target);
+            });
     }
     template <class Result, class Function>
     QFuture<Result> start(Function function)
