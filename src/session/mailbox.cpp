@@ -1,5 +1,12 @@
 #include "mailbox_p.h"
 
+Mailbox::~Mailbox()
+{
+    std::deque<std::function<void()>> left; // goes after the lock
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    left.swap(m_functions);
+}
+
 void Mailbox::post(std::function<void()> function)
 {
     {

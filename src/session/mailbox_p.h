@@ -16,6 +16,7 @@ class Mailbox : public QObject
     Q_OBJECT
 public:
     using QObject::QObject;
+    ~Mailbox() override;
     /// Any thread.
     void post(std::function<void()> function);
 
