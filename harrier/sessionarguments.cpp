@@ -1,8 +1,8 @@
 #include "sessionarguments.h"
 
-#include "nodeidtext.h"
 #include "valuejson.h"
 
+#include <Kestrel/QvelNodeLink>
 #include <Kestrel/QvelSessionTypes>
 #include <Kestrel/UaString>
 
@@ -210,8 +210,8 @@ QString parseCommand(const Command& command, const QStringList& values, SessionC
     result.kind = command.kind;
     for (const QString& text : values.first(nodes)) {
         SessionCommand::Node node = splitNode(command.kind, text);
-        const auto id = parseNodeId(node.text);
-        if (!id)
+        const auto id = qvelParseNodeId(node.text);
+        if (!id || id->serverIndex() != 0)
             return tr("%1 is no NodeId; one looks like i=85, ns=2;s=Pump or nsu=urn:plant;s=Pump")
                 .arg(text);
         node.id = *id;
