@@ -29,6 +29,33 @@ static UaClientSdk::ServiceSettings serviceSettings(int timeout)
     return settings;
 }
 
+namespace {
+
+struct FailureText
+{
+    OpcUa_StatusCode status;
+    const char* text; // context "QvelDiscoveryJob"
+};
+
+// What the user can do something about; %1 is the URL or the host.
+constexpr FailureText failureTexts[] = {
+    {OpcUa_BadTcpEndpointUrlInvalid,
+     QT_TRANSLATE_NOOP("QvelDiscoveryJob", "%1 is no URL of the form opc.tcp://host:port.")},
+    {OpcUa_BadCommunicationError,
+     QT_TRANSLATE_NOOP("QvelDiscoveryJob", "No computer answers at %1. Check the name, and the "
+                                           "network.")},
+    {OpcUa_BadConnectionRejected,
+     QT_TRANSLATE_NOOP("QvelDiscoveryJob", "No server listens at %1. Check that it runs, and its "
+                                           "port.")},
+    {OpcUa_BadConnectionClosed,
+     QT_TRANSLATE_NOOP("QvelDiscoveryJob", "The server at %1 closed the connection.")},
+    {OpcUa_BadTimeout,
+     QT_TRANSLATE_NOOP("QvelDiscoveryJob", "%1 did not answer in time. Check that the server can "
+                                           "be reached and is not overloaded.")},
+};
+
+} // namespace
+
 QvelDiscoveryJob::QvelDiscoveryJob(QvelDiscoveryModel* model, QvelDiscoveryCBInterface* callback,
                                    const QModelIndex& parent, UaNetworkBrowser* networkBrowser,
                                    int timeout, const QString& sessionName)
@@ -74,7 +101,7 @@ void QvelDiscoveryJob::execute()
     connect(this, &QvelDiscoveryJob::newChildren, m_model, &QvelDiscoveryModel::sltAddChildren,
             Qt::QueuedConnection);
     const QList<QvelDiscoveryNode*> children = std::exchange(m_children, {});
-    m_model->fileResult(m_request, children);
+    m_model->fileResult(m_request, children, m_failure);
     Q_EMIT newChildren(m_parent, children);
 }
 
@@ -122,6 +149,7 @@ OpcUa_StatusCode QvelDiscoveryJob::callGetEndpoints(const QString& url, bool wra
         serviceSettings(m_timeout), UaString(url), UaClientSdk::SessionSecurityInfo(), endpoints);
     if (status.isNotGood()) {
         logServiceFailure(tr("Discovery GetEndpoints on %1 failed (%2)"), url, status);
+        noteFailure(status);
         return status.code();
     }
     const QString name =
@@ -152,8 +180,15 @@ OpcUa_StatusCode QvelDiscoveryJob::callBrowseNetwork(const QString& name)
     if (name.isEmpty())
         return OpcUa_Bad;
     QList<UaNetworkBrowseResult> results;
-    if (m_networkBrowser->browse(UaString(name), results).isNotGood())
+    if (const UaStatus status = m_networkBrowser->browse(UaString(name), results);
+        status.isNotGood()) {
+        m_failure =
+            status.code() == OpcUa_BadConnectionRejected
+                ? tr("The network cannot be searched: the service for that, Avahi, does "
+                     "not run on this computer.")
+                : tr("The network could not be searched (%1).").arg(status.toString().toQString());
         return OpcUa_Bad;
+    }
     QSet<QString> hosts;
     const auto addDiscovery = [this](const QString& url) {
         m_children.append(new QvelDiscoveryNodeDiscovery(url, m_model));
@@ -186,7 +221,7 @@ OpcUa_StatusCode QvelDiscoveryJob::callEnum(const QString& host)
 {
     using namespace comsurface;
     OpcUa_StatusCode status = OpcUa_Good;
-    const auto logFailure = [this, &status](ComCall call, std::uint32_t result) {
+    const auto logFailure = [this, &status, &host](ComCall call, std::uint32_t result) {
         const QString code = QString("%1").arg(result, 8, 16, QChar('0'));
         switch (call) {
         case ComCall::CoInitializeEx:
@@ -203,6 +238,8 @@ OpcUa_StatusCode QvelDiscoveryJob::callEnum(const QString& host)
             return; // the other servers are still there
         }
         status = OpcUa_Bad;
+        m_failure = tr("The OPC Classic servers of %1 cannot be listed (0x%2).")
+                        .arg(host.isEmpty() ? tr("this computer") : shownText(host), code);
     };
     const ComServerKind kind = m_model->opcType() == QvelDiscoveryWidget::ComDa
                                    ? ComServerKind::DataAccess
@@ -217,6 +254,19 @@ OpcUa_StatusCode QvelDiscoveryJob::callEnum(const QString& host)
         addEndpoint(std::move(setting));
     }
     return status;
+}
+
+// FindServers fails on a plain server; what counts is how the attempts ended.
+void QvelDiscoveryJob::noteFailure(const UaStatus& status)
+{
+    const QString target = shownText(m_target);
+    for (const FailureText& each : failureTexts)
+        if (each.status == status.code()) {
+            m_failure = tr(each.text).arg(target);
+            return;
+        }
+    m_failure =
+        tr("%1 does not tell its endpoints (%2).").arg(target, status.toString().toQString());
 }
 
 void QvelDiscoveryJob::addEndpoint(QvelDiscoverySetting&& setting)

@@ -43,6 +43,7 @@ private:
     OpcUa_StatusCode callBrowseNetwork(const QString& name);
     OpcUa_StatusCode callEnum(const QString& host);
     void addEndpoint(QvelDiscoverySetting&& setting);
+    void noteFailure(const UaStatus& status);
     void logServiceFailure(const QString& text, const QString& url, const UaStatus& status);
 
     QvelDiscoveryModel* m_model;
@@ -53,6 +54,7 @@ private:
     int m_timeout;
     QString m_sessionName;
     QvelDiscoveryNode::QvelDiscoveryNodeType m_type = QvelDiscoveryNode::TypeGeneric;
-    QString m_target; // a URL, or the name of a host or network
+    QString m_failure; // of all that was asked, in words
+    QString m_target;  // a URL, or the name of a host or network
     quint64 m_request = 0;
 };

@@ -46,6 +46,7 @@ public:
     DiscoveryRequests requests;
     StoredList<QvelDiscoverySetting> storedRecords{"NoOfRecentServers"};
     StoredList<QString> storedUrls{"NoOfDiscoveryServers"};
+    bool failuresInToolTips = false;
     QString unreadLocalUrl; // the local node's, unless it came from the store
     const QvelDiscoveryWidget::OpcType opcType;
     const int timeout;
@@ -155,6 +156,7 @@ void QvelDiscoveryModel::fetchMore(const QModelIndex& parent)
     }
     node->setBrowsed(true);
     node->setBrowsing(true);
+    node->m_lastFailure.clear();
     Q_EMIT dataChanged(parent, parent);
 
     auto job = std::make_unique<QvelDiscoveryJob>(this, d->callback, parent, &d->browser,
@@ -164,9 +166,10 @@ void QvelDiscoveryModel::fetchMore(const QModelIndex& parent)
     d->pool->addJob(job.release());
 }
 
-void QvelDiscoveryModel::fileResult(quint64 request, const QList<QvelDiscoveryNode*>& children)
+void QvelDiscoveryModel::fileResult(quint64 request, const QList<QvelDiscoveryNode*>& children,
+                                    const QString& failure)
 {
-    d->requests.file(request, children);
+    d->requests.file(request, children, failure);
 }
 
 void QvelDiscoveryModel::sltAddChildren(QModelIndex parent, QList<QvelDiscoveryNode*> lstChildren)
@@ -180,6 +183,7 @@ void QvelDiscoveryModel::sltAddChildren(QModelIndex parent, QList<QvelDiscoveryN
         append(node, lstChildren);
         if (node) {
             node->setBrowsing(false);
+            node->m_lastFailure = delivery.failure;
             const QModelIndex index = indexOf(node); // the row may have changed since the request
             Q_EMIT dataChanged(index, index);
         }
@@ -248,7 +252,12 @@ QVariant QvelDiscoveryModel::data(const QModelIndex& index, int role) const
         return node->icon();
     case Qt::ToolTipRole: {
         QvelDiscoveryNodeEndpoint* endpoint = toEndpoint(node);
-        return shownToolTip(d->toolTip(node, endpoint ? &endpoint->m_configuration : nullptr));
+        const QString text =
+            shownText(d->toolTip(node, endpoint ? &endpoint->m_configuration : nullptr));
+        if (!d->failuresInToolTips || node->lastFailure().isEmpty())
+            return plainToolTip(text);
+        return QStringLiteral("<p>%1</p><p>%2</p>")
+            .arg(text.toHtmlEscaped(), node->lastFailure().toHtmlEscaped());
     }
     case Qt::ForegroundRole:
         if (node == d->addServer)
@@ -304,6 +313,16 @@ QvelDiscoveryNode* QvelDiscoveryModel::getRecentNode() const
 QvelDiscoveryWidget::OpcType QvelDiscoveryModel::opcType() const
 {
     return d->opcType;
+}
+
+void QvelDiscoveryModel::setFailuresInToolTips(bool on)
+{
+    d->failuresInToolTips = on;
+}
+
+bool QvelDiscoveryModel::hasFailuresInToolTips() const
+{
+    return d->failuresInToolTips;
 }
 
 void QvelDiscoveryModel::addRemoteServer(const QString& url)

@@ -54,6 +54,10 @@ public:
     /// "Recently Used".
     QvelDiscoveryNode* getRecentNode() const;
     QvelDiscoveryWidget::OpcType opcType() const;
+    /// Whether the tool tip of an entry whose last request failed says why, below what it says
+    /// anyway; see QvelDiscoveryNode::lastFailure(). Off by default.
+    void setFailuresInToolTips(bool on);
+    bool hasFailuresInToolTips() const;
 
     /// Adds a discovery URL of the user's; for OPC Classic, a host name. A URL that does not begin
     /// with "opc.tcp:" is ignored for OPC UA.
@@ -83,7 +87,8 @@ private:
     void readSettings();
     void writeSettings();
     void append(QvelDiscoveryNode* parent, const QList<QvelDiscoveryNode*>& nodes);
-    void fileResult(quint64 request, const QList<QvelDiscoveryNode*>& children);
+    void fileResult(quint64 request, const QList<QvelDiscoveryNode*>& children,
+                    const QString& failure);
     QIcon image(const char* path) const;
 
     class Private;

@@ -51,6 +51,9 @@ public:
     /// A job is looking for the children.
     bool isBrowsing() const { return m_browsing; }
     void setBrowsing(bool browsing) { m_browsing = browsing; }
+    /// Why the last request for the children failed, in plain words on one line; empty where it did
+    /// not, or nobody has asked yet.
+    QString lastFailure() const { return m_lastFailure; }
 
     int childrenCount() const { return int(m_children.size()); }
     bool hasChildren() const { return !m_children.isEmpty(); }
@@ -72,10 +75,13 @@ protected:
     QIcon image(const char* path) const;
 
 private:
+    friend class QvelDiscoveryModel; // notes the failure
+
     QvelDiscoveryModel* m_model;
     QList<QvelDiscoveryNode*> m_children;
     QvelDiscoveryNode* m_parent = nullptr;
     QString m_displayName;
+    QString m_lastFailure;
     bool m_browsed = false;
     bool m_browsing = false;
     int m_row = 0; // where the parent listed it last

@@ -21,7 +21,8 @@ void DiscoveryRequests::forget(QvelDiscoveryNode* node)
     }
 }
 
-void DiscoveryRequests::file(quint64 number, const QList<QvelDiscoveryNode*>& children)
+void DiscoveryRequests::file(quint64 number, const QList<QvelDiscoveryNode*>& children,
+                             const QString& failure)
 {
     const QMutexLocker lock(&m_mutex);
     auto request = std::find_if(m_requests.begin(), m_requests.end(),
@@ -30,6 +31,7 @@ void DiscoveryRequests::file(quint64 number, const QList<QvelDiscoveryNode*>& ch
         request = m_requests.insert(m_requests.end(), {0, nullptr, false});
     request->isDone = true;
     request->children = children;
+    request->failure = failure;
 }
 
 DiscoveryRequests::Delivery DiscoveryRequests::take(QvelDiscoveryNode* node,
@@ -48,7 +50,7 @@ DiscoveryRequests::Delivery DiscoveryRequests::take(QvelDiscoveryNode* node,
         const Request request = std::move(*filed);
         m_requests.erase(filed);
         if (request.number)
-            return {request.node != nullptr, request.hasBusyCursor};
+            return {request.node != nullptr, request.hasBusyCursor, request.failure};
     }
     const auto forestalled =
         std::find_if(m_requests.begin(), m_requests.end(),

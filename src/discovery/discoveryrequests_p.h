@@ -2,6 +2,7 @@
 
 #include <QtCore/QList>
 #include <QtCore/QMutex>
+#include <QtCore/QString>
 
 #include <vector>
 
@@ -16,13 +17,14 @@ public:
     /// The node is being deleted: whatever is found for it is not wanted any more.
     void forget(QvelDiscoveryNode* node);
     /// Notes what was found until it is delivered, so that it is not lost with its message. Number
-    /// 0 stands for a job that nobody waits for.
-    void file(quint64 number, const QList<QvelDiscoveryNode*>& children);
+    /// 0 stands for a job that nobody waits for. `failure` is in words, or empty.
+    void file(quint64 number, const QList<QvelDiscoveryNode*>& children, const QString& failure);
 
     struct Delivery
     {
         bool isWanted;
         bool endsBusyCursor;
+        QString failure = {};
     };
     /// Ends the request that `children` answer. An answer that nobody filed is judged by the
     /// address of its node, and ends the first request of that node before its job does.
@@ -39,6 +41,7 @@ private:
         bool hasBusyCursor;
         bool isDone = false;
         QList<QvelDiscoveryNode*> children = {};
+        QString failure = {};
     };
 
     QMutex m_mutex;

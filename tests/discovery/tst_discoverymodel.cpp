@@ -148,6 +148,10 @@ private Q_SLOTS:
             start();
             QCOMPARE(browse(m_model->index(0, 0)), found.replace("%u", peer.url()));
             QCOMPARE(m_settings->log().join('\n') + '\n', log.replace("%u", peer.url()));
+            QCOMPARE(m_model->getLocalNode()->lastFailure(),
+                     found.isEmpty()
+                         ? peer.url() + " does not tell its endpoints (BadServiceUnsupported)."
+                         : "");
             if (!endpoints.isEmpty()) { // the same of a server, without another around it
                 const QModelIndex plain = m_model->index(0, 0, m_model->index(0, 0));
                 QCOMPARE(browse(plain), found.section('[', 1).chopped(1));
@@ -165,6 +169,10 @@ private Q_SLOTS:
         QVERIFY2(bus.isRunning(), "dbus-daemon is needed");
         start();
         QCOMPARE(browse(m_model->index(1, 0)), ""); // no daemon
+        const auto toolTip = [&] { return m_model->index(1, 0).data(Qt::ToolTipRole).toString(); };
+        QCOMPARE(toolTip(), "Local Network");
+        m_model->setFailuresInToolTips(true);
+        QVERIFY2(toolTip().contains("Avahi, does not run"), qPrintable(toolTip()));
         AvahiScript script;
         script.services = {{"Pump", "PLANT7.local"}, {"Valve", "PLANT7.local", 48010}};
         const AvahiStandIn avahi(bus.address(), script);

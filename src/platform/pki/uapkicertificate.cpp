@@ -150,6 +150,17 @@ UaPkiPublicKey UaPkiCertificate::publicKey() const
         KeyPtr(m_data ? X509_get_pubkey(m_data->x509.get()) : nullptr));
 }
 
+UaString UaPkiCertificate::signatureAlgorithm() const
+{
+    if (!m_data)
+        return {};
+    const X509_ALGOR* algorithm = nullptr;
+    X509_get0_signature(nullptr, &algorithm, m_data->x509.get());
+    char name[128]; // OpenSSL ends what is longer
+    const int length = OBJ_obj2txt(name, sizeof(name), algorithm->algorithm, 0);
+    return length > 0 ? UaString(name) : UaString();
+}
+
 UaByteString UaPkiCertificate::toDER() const
 {
     unsigned char* der = nullptr;

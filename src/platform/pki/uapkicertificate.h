@@ -91,6 +91,9 @@ public:
     UaByteString thumbprint() const;
     /// Null for an algorithm that is not known.
     UaPkiPublicKey publicKey() const;
+    /// The algorithm of its signature by name, such as "sha256WithRSAEncryption", or by the OID of
+    /// one that is not known.
+    UaString signatureAlgorithm() const;
 
     /// Null for a null certificate.
     UaByteString toDER() const;

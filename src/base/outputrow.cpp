@@ -1,0 +1,30 @@
+#include "outputrow_p.h"
+
+#include "base/showntext_p.h"
+
+#include <QtWidgets/QFormLayout>
+#include <QtWidgets/QLineEdit>
+
+QLineEdit* addOutputRow(QFormLayout* form, const QString& label, const char* objectName)
+{
+    auto* line = new QLineEdit;
+    line->setObjectName(QLatin1String(objectName));
+    line->setAccessibleName(label);
+    line->setReadOnly(true);
+    line->setFrame(false);
+    QPalette palette; // no field to type into; all other colours stay those of the parent
+    palette.setBrush(QPalette::Base, Qt::transparent);
+    line->setPalette(palette);
+    form->addRow(label + QLatin1Char(':'), line);
+    return line;
+}
+
+void showOutput(QLineEdit* line, const QString& text)
+{
+    const QString shown = shownText(text);
+    if (shown == line->text())
+        return; // a selection stays
+    line->setText(shown);
+    line->setCursorPosition(0);
+    line->setToolTip(plainToolTip(shown));
+}

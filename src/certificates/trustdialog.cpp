@@ -1,0 +1,157 @@
+#include "trustdialog.h"
+
+#include "base/showntext_p.h"
+#include "certificates/certificateview.h"
+#include "session/session.h"
+
+#include <QtCore/QPointer>
+#include <QtGui/QClipboard>
+#include <QtGui/QGuiApplication>
+#include <QtWidgets/QDialogButtonBox>
+#include <QtWidgets/QGroupBox>
+#include <QtWidgets/QLabel>
+#include <QtWidgets/QPushButton>
+#include <QtWidgets/QScrollArea>
+#include <QtWidgets/QStyle>
+#include <QtWidgets/QVBoxLayout>
+
+#include <utility>
+
+class QvelTrustDialog::Private
+{
+public:
+    QPointer<QvelSession> session;
+    QLabel* heading = nullptr;
+    QvelCertificateAnswer answer = QvelCertificateAnswer::Reject;
+    bool isOver = false; // answered, or nobody waits
+};
+
+static QLabel* plainLabel(const QString& text)
+{
+    auto* label = new QLabel(text);
+    label->setTextFormat(Qt::PlainText);
+    label->setWordWrap(true);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    label->setFocusPolicy(Qt::NoFocus); // Tab leads to what can be answered
+    return label;
+}
+
+QvelTrustDialog::QvelTrustDialog(const QvelCertificateQuestion& question, QWidget* parent)
+    : QDialog(parent), d(new Private)
+{
+    setObjectName(QStringLiteral("QvelTrustDialog"));
+    setWindowTitle(tr("Trust the Server?"));
+
+    auto* icon = new QLabel;
+    const int size = style()->pixelMetric(QStyle::PM_MessageBoxIconSize, nullptr, this);
+    icon->setPixmap(style()->standardIcon(QStyle::SP_MessageBoxWarning).pixmap(size));
+    d->heading = plainLabel(tr("The server's certificate is not trusted."));
+    d->heading->setObjectName(QStringLiteral("heading"));
+    auto* top = new QHBoxLayout;
+    top->addWidget(icon, 0, Qt::AlignTop);
+    top->addWidget(d->heading, 1);
+
+    QStringList findings;
+    for (const UaPkiFinding& finding : question.findings)
+        findings.append(QStringLiteral("\u2022 ") + shownText(finding.text()));
+    auto* findingsLabel = plainLabel(findings.join(QLatin1Char('\n')));
+    findingsLabel->setObjectName(QStringLiteral("findings"));
+    findingsLabel->setAccessibleName(tr("Findings"));
+    auto* found = new QGroupBox(tr("What was found"));
+    (new QVBoxLayout(found))->addWidget(findingsLabel);
+
+    auto* view = new QvelCertificateView;
+    view->setCertificate(question.certificate);
+    auto* certificate = new QGroupBox(tr("The certificate"));
+    (new QVBoxLayout(certificate))->addWidget(view);
+
+    auto* content = new QWidget;
+    auto* contentLayout = new QVBoxLayout(content);
+    contentLayout->setContentsMargins({});
+    contentLayout->addLayout(top);
+    contentLayout->addWidget(found);
+    contentLayout->addWidget(certificate);
+    auto* hint = plainLabel(tr("Compare the thumbprint with the one that the server itself shows. "
+                               "\"Always Trust\" files the certificate among the trusted ones."));
+    contentLayout->addWidget(hint);
+    contentLayout->addStretch();
+    auto* scroll = new QScrollArea;
+    scroll->setWidget(content);
+    scroll->setWidgetResizable(true);
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setFocusPolicy(Qt::NoFocus);
+    scroll->setSizeAdjustPolicy(QAbstractScrollArea::AdjustToContents);
+
+    auto* buttons = new QDialogButtonBox;
+    const auto add = [&](const QString& text, const char* name, QvelCertificateAnswer answer) {
+        QPushButton* button = buttons->addButton(text, QDialogButtonBox::ActionRole);
+        button->setObjectName(QLatin1String(name));
+        connect(button, &QAbstractButton::clicked, this, [this, answer] {
+            d->answer = answer;
+            done(answer == QvelCertificateAnswer::Reject ? Rejected : Accepted);
+        });
+        return button;
+    };
+    QPushButton* copy = buttons->addButton(tr("&Copy Details"), QDialogButtonBox::HelpRole);
+    copy->setObjectName(QStringLiteral("copy"));
+    connect(copy, &QAbstractButton::clicked, this, [view, findings] {
+        QGuiApplication::clipboard()->setText(view->text() + findings.join(QLatin1Char('\n')));
+    });
+    const bool isCertificate = !question.certificate.isNull();
+    add(tr("&Always Trust"), "always", QvelCertificateAnswer::AcceptAndTrust)
+        ->setEnabled(isCertificate);
+    add(tr("Trust &Once"), "once", QvelCertificateAnswer::AcceptOnce)->setEnabled(isCertificate);
+    QPushButton* reject = add(tr("&Reject"), "reject", QvelCertificateAnswer::Reject);
+    reject->setDefault(true);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(scroll);
+    layout->addWidget(buttons);
+    reject->setFocus();
+}
+
+QvelTrustDialog::~QvelTrustDialog() = default;
+
+void QvelTrustDialog::setSession(QvelSession* session)
+{
+    if (d->session)
+        d->session->disconnect(this);
+    d->session = session;
+    if (!session)
+        return;
+    d->heading->setText(tr("The certificate of the server at %1 is not trusted.")
+                            .arg(shownText(session->setting().endpointUrl())));
+    // Nothing goes on in a session that asks: whatever it does next, it does not wait any more.
+    const auto close = [this] {
+        if (std::exchange(d->isOver, true))
+            return;
+        d->answer = QvelCertificateAnswer::Reject;
+        QDialog::done(Rejected);
+    };
+    connect(session, &QvelSession::stateChanged, this, close);
+    connect(session, &QvelSession::failed, this, close);
+    connect(session, &QObject::destroyed, this, close);
+}
+
+QvelSession* QvelTrustDialog::session() const
+{
+    return d->session;
+}
+
+QvelCertificateAnswer QvelTrustDialog::answer() const
+{
+    return d->answer;
+}
+
+void QvelTrustDialog::done(int result)
+{
+    if (!std::exchange(d->isOver, true)) {
+        const QPointer<QvelTrustDialog> self(this);
+        if (d->session)
+            d->session->answerCertificate(d->answer);
+        Q_EMIT answered(d->answer);
+        if (!self)
+            return;
+    }
+    QDialog::done(result);
+}

@@ -1,0 +1,162 @@
+// How a session stands, and whether its server is trusted, as a user sees and answers it.
+
+#include "session/sessionuser.h"
+#include "support/warnings.h"
+
+#include <Kestrel/OpcUaStatusCodes>
+#include <Kestrel/QvelCertificateView>
+#include <Kestrel/QvelSessionWidget>
+#include <Kestrel/QvelTrustDialog>
+
+#include <QtWidgets/QtWidgets>
+
+class tst_SessionWidget : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_url = m_server.start(NODE, {PEERS "/sessionserver.mjs"});
+        QVERIFY(!m_url.isEmpty());
+    }
+    void init() { failOnWarnings(); }
+    void trust_data();
+    void trust();
+    void nobodyWaits();
+    void states();
+
+private:
+    QvelDiscoverySetting setting(const char* policy, const QString& url) const
+    {
+        QvelDiscoverySetting setting;
+        setting.setEndpointUrl(url);
+        setting.setSecurityPolicy(QString("http://opcfoundation.org/UA/SecurityPolicy#") + policy);
+        setting.setMessageSecurityMode(OpcUa_MessageSecurityMode(*policy == 'N' ? 1 : 3));
+        return setting;
+    }
+
+    PeerProcess m_server;
+    QString m_url;
+};
+
+// Opens the dialog as soon as the session asks.
+static std::unique_ptr<QvelTrustDialog> asked(QvelSession& session,
+                                              const QvelDiscoverySetting& setting)
+{
+    std::unique_ptr<QvelTrustDialog> dialog;
+    QObject context;
+    QObject::connect(&session, &QvelSession::certificateQuestion, &context,
+                     [&](const QvelCertificateQuestion& question) {
+                         dialog = std::make_unique<QvelTrustDialog>(question);
+                         dialog->setSession(&session);
+                         dialog->show();
+                     });
+    session.connectToServer(setting);
+    return QTest::qWaitFor([&] { return dialog != nullptr; }, 20000) ? std::move(dialog) : nullptr;
+}
+
+void tst_SessionWidget::trust_data()
+{
+    QTest::addColumn<QString>("button"); // none: a key
+    QTest::addColumn<int>("key");
+    QTest::addColumn<int>("answer");
+    QTest::newRow("Enter at once") << "" << int(Qt::Key_Return) << 0;
+    QTest::newRow("Escape") << "" << int(Qt::Key_Escape) << 0;
+    QTest::newRow("once") << "once" << 0 << 1;
+    QTest::newRow("always") << "always" << 0 << 2;
+}
+
+void tst_SessionWidget::trust()
+{
+    QFETCH(QString, button);
+    QFETCH(int, key);
+    QFETCH(int, answer);
+    const SessionUser user;
+    QvelSession session(user.options);
+    const auto dialog = asked(session, setting("Basic256Sha256", m_url));
+    QVERIFY(dialog);
+    const auto shown = [&](const char* name) {
+        const auto* line = dialog->findChild<QLineEdit*>(name);
+        return line ? line->text() : dialog->findChild<QLabel*>(name)->text();
+    };
+    QVERIFY(shown("heading").contains(m_url));
+    QVERIFY2(shown("findings").contains("trusted yet"), qPrintable(shown("findings")));
+    QCOMPARE(shown("applicationUri"), "urn:localhost:kestrel:Sessionserver");
+    QVERIFY(shown("key").endsWith("048 bits") && shown("signature").startsWith("sha256With"));
+    QCOMPARE(shown("sha1").size() + shown("sha256").size(), 20 * 3 - 1 + 32 * 3 - 1);
+    QVERIFY(shown("issuer").endsWith("(itself)") && shown("validity").endsWith("UTC"));
+
+    QSignalSpy answered(dialog.get(), &QvelTrustDialog::answered);
+    if (button.isEmpty())
+        QTest::keyClick(dialog->focusWidget(), Qt::Key(key));
+    else
+        QTest::mouseClick(dialog->findChild<QPushButton*>(button), Qt::LeftButton);
+    QVERIFY(dialog->isHidden() && answered.size() == 1);
+    dialog->findChild<QPushButton*>("copy")->click();
+    QVERIFY(QGuiApplication::clipboard()->text().contains(shown("sha256")));
+    QCOMPARE(int(dialog->answer()), answer);
+    const auto end = answer > 0 ? QvelSession::Connected : QvelSession::Disconnected;
+    QTRY_VERIFY_WITH_TIMEOUT(session.state() == end && (answer || !session.lastError().isNull()),
+                             20000);
+    QCOMPARE(QDir(user.options.trust.trusted).entryList(QDir::Files).size(), answer == 2 ? 1 : 0);
+}
+
+// The question is over before it is answered.
+void tst_SessionWidget::nobodyWaits()
+{
+    SessionUser user;
+    for (const bool isDeleted : {false, true}) {
+        auto session = std::make_unique<QvelSession>(user.options);
+        const auto dialog = asked(*session, setting("Basic256Sha256", m_url));
+        QVERIFY(dialog);
+        QSignalSpy answered(dialog.get(), &QvelTrustDialog::answered);
+        if (isDeleted)
+            session.reset();
+        else
+            session->disconnectFromServer();
+        QTRY_VERIFY(dialog->isHidden());
+        QCOMPARE(int(dialog->answer()) + int(dialog->result()) + int(answered.size()), 0);
+    }
+    const QvelTrustDialog dialog({UaPkiCertificate(), {}});
+    QVERIFY(!dialog.findChild<QPushButton*>("once")->isEnabled());
+    QVERIFY(!dialog.findChild<QPushButton*>("always")->isEnabled());
+}
+
+void tst_SessionWidget::states()
+{
+    QvelSession session;
+    QvelSessionWidget widget;
+    widget.show();
+    const auto label = [&](const char* name) { return widget.findChild<QLabel*>(name)->text(); };
+    const auto line = [&](const char* name) { return widget.findChild<QLineEdit*>(name)->text(); };
+    const auto press = [&](const char* name) {
+        QTest::mouseClick(widget.findChild<QPushButton*>(name), Qt::LeftButton);
+    };
+    QCOMPARE(label("state"), "No session");
+    widget.setSession(&session);
+    session.connectToServer(setting("None", "opc.tcp://127.0.0.1:1"));
+    QTRY_VERIFY(label("error").contains("failed: BadConnectionRejected"));
+    QVERIFY(label("error").endsWith("\nCheck that the server runs, and its port."));
+
+    QvelDiscoverySetting good = setting("None", m_url);
+    good.setServerName("<b>Pump</b>\n" + QString(1 << 20, 'x'));
+    session.connectToServer(good);
+    QTRY_COMPARE(label("state"), "Connected");
+    QVERIFY(label("error").isEmpty() && line("server").startsWith(u"<b>Pump</b>\ufffdxx"));
+    QCOMPARE(line("url") + ' ' + line("security") + ' ' + line("user"),
+             m_url + " None - None Anonymous");
+    QTRY_VERIFY(line("requests").toInt() > 2 && line("lastAnswer").endsWith(" s ago"));
+    press("disconnect");
+    QTRY_COMPARE(label("state"), "Disconnected");
+    press("reconnect");
+    QTRY_COMPARE(label("state"), "Connected");
+    press("disconnect");
+    QTRY_COMPARE(label("state"), "Disconnected");
+    QSignalSpy wanted(&widget, &QvelSessionWidget::connectRequested); // the host does it
+    press("reconnect");
+    QCOMPARE(wanted.size(), 1);
+}
+
+QTEST_MAIN(tst_SessionWidget)
+#include "tst_sessionwidget.moc"
