@@ -29,3 +29,7 @@ QVariant editedValue(const QWidget* widget)
     const UaVariant value = editor ? editor->value(&ok) : UaVariant();
     return ok ? QVariant::fromValue(value) : QVariant();
 }
+
+/// Whether an editor that a delegate made, one that writes only changes, holds what it was filled
+/// with.
+bool isUnchanged(const QWidget* editor, const QModelIndex& index);

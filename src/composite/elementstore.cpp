@@ -154,6 +154,22 @@ int enumNumber(const UaVariant& scalar)
     return elements.count ? elementType(scalar.type()).number(elements.data) : 0;
 }
 
+OpcUa_StatusCode scalarOfText(const QVariant& edited, OpcUa_BuiltInType type, bool isNamed,
+                              UaVariant* scalar)
+{
+    QString text = edited.toString();
+    // An enumeration is edited as a signed number; an unsigned element takes its bits.
+    if (isNamed && edited.userType() == QMetaType::Long &&
+        (type == OpcUaType_UInt32 || type == OpcUaType_UInt64))
+        text = QString::number(quint32(edited.toInt()));
+    UaVariant converted;
+    converted.setString(UaString(text));
+    const OpcUa_StatusCode status = converted.changeType(type);
+    if (OpcUa_IsGood(status))
+        *scalar = converted;
+    return status;
+}
+
 ElementStore::ElementStore(UaVariant* value, bool readOnly) : m_value(value), m_readOnly(readOnly)
 {
 }
@@ -225,18 +241,14 @@ bool ElementStore::isShownAs(const QModelIndex& index, const UaVariant& scalar) 
 
 bool ElementStore::setText(const QModelIndex& index, const QVariant& value)
 {
-    QString text = value.toString();
-    // What the text shown does not tell of the element stays: digits, a null String.
-    if (text == elementType(m_value->type()).text(element(index), Qt::EditRole))
-        return true;
-    // An enumeration is edited as a signed number; an unsigned element takes its bits.
     const OpcUa_BuiltInType type = m_value->type();
-    if (m_enumInfo.kind != QvelEnumInfo::NoEnumeration && value.userType() == QMetaType::Long &&
-        (type == OpcUaType_UInt32 || type == OpcUaType_UInt64))
-        text = QString::number(quint32(value.toInt()));
-    UaVariant converted;
-    converted.setString(UaString(text));
-    return OpcUa_IsGood(converted.changeType(type)) && m_value->setElement(index.row(), converted);
+    // What the text shown does not tell of the element stays: digits, a null String.
+    if (value.toString() == elementType(type).text(element(index), Qt::EditRole))
+        return true;
+    UaVariant scalar;
+    const bool isNamed = m_enumInfo.kind != QvelEnumInfo::NoEnumeration;
+    return OpcUa_IsGood(scalarOfText(value, type, isNamed, &scalar)) &&
+           m_value->setElement(index.row(), scalar);
 }
 
 bool ElementStore::resize(std::size_t count)

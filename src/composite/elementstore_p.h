@@ -26,6 +26,12 @@ inline bool isUnbrokenText(OpcUa_BuiltInType type)
 /// A scalar as enumeration metadata reads it: as a 32-bit integer, widened if it is narrower.
 int enumNumber(const UaVariant& scalar);
 
+/// A scalar of a type out of what a cell's editor wrote as text: a text, or, where numbers are
+/// named, a number of type `long`, of which an unsigned type takes the bits. Good, or what
+/// UaVariant::changeType() tells.
+OpcUa_StatusCode scalarOfText(const QVariant& edited, OpcUa_BuiltInType type, bool isNamed,
+                              UaVariant* scalar);
+
 /// The elements of an array or a matrix, which a table model shows and edits in place. The variant
 /// belongs to someone else and may be replaced at any time.
 class ElementStore

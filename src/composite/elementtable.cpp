@@ -76,20 +76,6 @@ RowHeader* rowHeader(const QTableView* table)
     return static_cast<RowHeader*>(table->verticalHeader());
 }
 
-// Gives the focus to the first control of a dialog that is not one of its buttons.
-void focusDialog(QWidget* dialog)
-{
-    dialog->raise();
-    dialog->activateWindow();
-    for (QWidget* w = dialog->nextInFocusChain(); w != dialog; w = w->nextInFocusChain()) {
-        if (w->window() == dialog && w->isVisible() && w->isEnabled() &&
-            w->focusPolicy() & Qt::TabFocus && !qobject_cast<QAbstractButton*>(w)) {
-            w->setFocus(Qt::ActiveWindowFocusReason);
-            return;
-        }
-    }
-}
-
 // An editor and what is inside it, in the same order for editors of one class.
 QList<QWidget*> controlsOf(QWidget* editor)
 {
@@ -127,7 +113,7 @@ void copyInput(const QList<QWidget*>& from, const QList<QWidget*>& to)
 
 } // namespace
 
-ElementTable::ElementTable(QWidget* parent) : QTableView(parent)
+ElementTable::ElementTable(QWidget* parent) : CellEditingView(parent)
 {
     setVerticalHeader(new RowHeader(this));
     horizontalHeader()->hide();
@@ -252,49 +238,24 @@ void ElementTable::moveOn()
 
 bool ElementTable::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event)
 {
-    if (!QTableView::edit(index, trigger, event))
+    if (!CellEditingView::edit(index, trigger, event))
         return false;
-    if (QWidget* editor = indexWidget(index)) {
-        m_editor = editor;
+    if (indexWidget(index))
         m_editedRow = index.row();
-        if (editor->isWindow())
-            focusDialog(editor);
-        else if (editor->focusProxy())
-            editor->focusProxy()->installEventFilter(this);
-    }
     return true;
-}
-
-// Enter in a dialog is told twice: by the dialog, which it closes, and then by the delegate.
-void ElementTable::commitData(QWidget* editor)
-{
-    if (editor == m_editor)
-        QTableView::commitData(editor);
 }
 
 void ElementTable::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint)
 {
-    if (editor && editor == m_editor) {
-        m_editor = nullptr;
-        const QWidget* focus = window()->focusWidget();
-        const bool hadFocus = focus && (focus == editor || editor->isAncestorOf(focus));
-        QTableView::closeEditor(editor, hint);
-        if ((editor->isWindow() || hadFocus) && !m_editor) // else Tab has opened the next one
-            takeFocusFrom(editor);
+    const bool isOpen = editor && editor == m_editor;
+    CellEditingView::closeEditor(editor, hint);
+    if (isOpen) {
         // The model does not tell of an edit.
         viewport()->update();
         fitVisibleRows();
     }
     if (hint == QAbstractItemDelegate::SubmitModelCache) // Enter
         moveOn();
-}
-
-// As long as there is the window of a dialog, it may take the activation with it.
-void ElementTable::takeFocusFrom(QWidget* editor)
-{
-    if (editor->isWindow())
-        connect(editor, &QObject::destroyed, this, &QWidget::activateWindow);
-    setFocus();
 }
 
 void ElementTable::rowsAboutToBeRemoved(const QModelIndex& parent, int first, int last)
@@ -342,20 +303,6 @@ void ElementTable::reopen(QWidget* old, qsizetype focused)
     });
 }
 
-// The delegate watches the keys of an editor, not those of the control inside it.
-bool ElementTable::eventFilter(QObject* watched, QEvent* event)
-{
-    if (event->type() == QEvent::KeyPress) {
-        const int key = static_cast<QKeyEvent*>(event)->key();
-        auto* editor = qobject_cast<QWidget*>(watched);
-        while (editor && editor->parentWidget() != viewport())
-            editor = editor->parentWidget();
-        if (editor && (key == Qt::Key_Tab || key == Qt::Key_Backtab))
-            return QCoreApplication::sendEvent(editor, event);
-    }
-    return QTableView::eventFilter(watched, event);
-}
-
 void ElementTable::keyPressEvent(QKeyEvent* event)
 {
     const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
@@ -387,15 +334,6 @@ void ElementTable::showEvent(QShowEvent* event)
 {
     QTableView::showEvent(event);
     fitContents();
-}
-
-// A dialog at a cell is a window of its own, and would stay. A window that is only minimised, or on
-// another desktop, keeps its edit.
-void ElementTable::hideEvent(QHideEvent* event)
-{
-    if (m_editor && !event->spontaneous())
-        closeEditor(m_editor, QAbstractItemDelegate::RevertModelCache);
-    QTableView::hideEvent(event);
 }
 
 void ElementTable::resizeEvent(QResizeEvent* event)

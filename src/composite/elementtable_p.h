@@ -1,13 +1,14 @@
 #pragma once
 
-#include <QtCore/QPointer>
+#include "composite/celleditingview_p.h"
+
 #include <QtWidgets/QTableView>
 
 /// The table of an array or matrix: one column of elements, edited as in a spreadsheet.
 ///
 /// It copes with any number of rows. While it is hidden it does not follow the model, and the
 /// heights of rows are measured as they come into view.
-class ElementTable : public QTableView
+class ElementTable : public CellEditingView<QTableView>
 {
 public:
     explicit ElementTable(QWidget* parent = nullptr);
@@ -33,16 +34,13 @@ public:
 
 protected:
     void rowsAboutToBeRemoved(const QModelIndex& parent, int first, int last) override;
-    using QTableView::edit;
+    using CellEditingView::edit;
     bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
-    void commitData(QWidget* editor) override;
     void closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) override;
-    bool eventFilter(QObject* watched, QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     bool focusNextPrevChild(bool next) override;
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
     void showEvent(QShowEvent* event) override;
-    void hideEvent(QHideEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void scrollContentsBy(int dx, int dy) override;
     void changeEvent(QEvent* event) override;
@@ -54,10 +52,8 @@ private:
     void fitRows(int row, int step);
     void fitVisibleRows();
     void moveOn();
-    void takeFocusFrom(QWidget* editor);
     void reopen(QWidget* old, qsizetype focused);
 
-    QPointer<QWidget> m_editor; // the cell editor; hidden once the view has released it
     int m_editedRow = -1;
     bool m_isUnbroken = false;
     bool m_isFitting = false;

@@ -94,6 +94,12 @@ QVariant withFlags(const UaVariant& element, quint32 shown, quint32 chosen)
 
 } // namespace
 
+bool isUnchanged(const QWidget* editor, const QModelIndex& index)
+{
+    const CellEditor kind = editorOf(Cell(index));
+    return kind.read && contents(kind, editor) == editor->property(filledWith);
+}
+
 QvelModelDelegate::QvelModelDelegate(QObject* parent) : QStyledItemDelegate(parent) {}
 
 QvelModelDelegate::~QvelModelDelegate() = default;
