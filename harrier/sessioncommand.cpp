@@ -5,6 +5,7 @@
 #include "valuejson.h"
 
 #include <Kestrel/OpcUaStatusCodes>
+#include <Kestrel/QvelArgument>
 #include <Kestrel/QvelSession>
 #include <Kestrel/UaPkiCertificate>
 #include <Kestrel/UaPkiRsaKeyPair>
@@ -27,7 +28,6 @@ namespace {
 constexpr OpcUa_StatusCode badNoMatch = 0x806f0000u;
 constexpr OpcUa_StatusCode badTooManyArguments = 0x80e50000u;
 constexpr OpcUa_UInt32 baseDataType = 24;
-constexpr OpcUa_Int32 anyRank = -2;
 
 volatile std::sig_atomic_t interruption = 0;
 
@@ -60,37 +60,6 @@ const char* nodeClassName(OpcUa_UInt32 nodeClass)
     return nullptr;
 }
 
-// The fields of an Argument that count here (OPC 10000-3, 8.6), in its binary encoding.
-struct Argument
-{
-    UaNodeId dataType = UaNodeId(baseDataType);
-    OpcUa_Int32 valueRank = anyRank;
-};
-
-std::optional<Argument> decodeArgument(const QByteArray& body)
-{
-    const auto int32 = [&body](qsizetype at) {
-        UaVariant value;
-        static_cast<void>(value.fromBinary(char(OpcUaType_Int32) + body.mid(at, 4)));
-        return value.toInt32();
-    };
-    const qsizetype begin = 4 + std::max(0, int32(0)); // after the name
-    if (begin >= body.size())
-        return {};
-    // The forms of a NodeId (OPC 10000-6, 5.2.2.9): two bytes, four, numeric, text, Guid, opaque.
-    const qsizetype lengths[] = {2, 4, 7, 7, 19, 7};
-    const auto form = std::size_t(body.at(begin));
-    if (form >= std::size(lengths))
-        return {};
-    const bool isLong = lengths[form] == 7 && form != 2;
-    const qsizetype length = lengths[form] + (isLong ? std::max(0, int32(begin + 3)) : 0);
-    UaVariant dataType;
-    if (body.size() < begin + length + 4 ||
-        OpcUa_IsNotGood(dataType.fromBinary(char(OpcUaType_NodeId) + body.mid(begin, length))))
-        return {};
-    return Argument{dataType.toNodeId(), int32(begin + length)};
-}
-
 class SessionRunner
 {
 public:
@@ -119,8 +88,8 @@ private:
 
     UaNodeId nodeId(const SessionCommand::Node& node) const;
     OpcUa_UInt32 builtInType(UaNodeId dataType);
-    OpcUa_StatusCode convert(const QJsonValue& json, const Argument& type, const UaNodeId& replaced,
-                             UaVariant& value);
+    OpcUa_StatusCode convert(const QJsonValue& json, const QvelArgument& type,
+                             const UaNodeId& replaced, UaVariant& value);
     OpcUa_StatusCode convertArguments(const SessionCommand& command, QvelCallItem& item,
                                       QList<UaStatusCode>& results);
 
@@ -467,7 +436,7 @@ OpcUa_UInt32 SessionRunner::builtInType(UaNodeId dataType)
 }
 
 // Where a type is abstract, JSON names its own, or it is that of the value that is replaced.
-OpcUa_StatusCode SessionRunner::convert(const QJsonValue& json, const Argument& type,
+OpcUa_StatusCode SessionRunner::convert(const QJsonValue& json, const QvelArgument& type,
                                         const UaNodeId& replaced, UaVariant& value)
 {
     const OpcUa_UInt32 number = builtInType(type.dataType);
@@ -500,7 +469,9 @@ void SessionRunner::write(const SessionCommand& command)
         status = status.isBad() ? status : value.status();
     UaVariant value;
     if (status.isGood()) {
-        const Argument type{types.values[0].value().toNodeId(), types.values[1].value().toInt32()};
+        QvelArgument type;
+        type.dataType = types.values[0].value().toNodeId();
+        type.valueRank = types.values[1].value().toInt32();
         status = convert(command.values.first(), type, id, value);
         if (status.isBad())
             m_log(tr("The value does not fit the node's DataType %1 and ValueRank %2")
@@ -528,22 +499,23 @@ OpcUa_StatusCode SessionRunner::convertArguments(const SessionCommand& command, 
         {{item.methodId, {{property, UaNodeId(hasProperty), false, true}}}}));
     const QvelTranslatedPath found = path.results.value(0);
     UaStatusCode status = path.status.isBad() ? path.status : found.status;
-    QList<UaExtensionObject> declared;
+    std::optional<QList<QvelArgument>> declared = QList<QvelArgument>();
     if (!found.targets.isEmpty()) {
         const UaNodeId id = m_session.toNodeId(found.targets.first().nodeId);
         const QvelReadResult read = await(m_session.read({{id, QvelAttribute::Value, {}, {}}}));
         const UaDataValue value = read.values.value(0);
         status = read.status.isBad() ? read.status : value.status();
-        declared = value.value().toExtensionObjectArray();
+        declared = QvelArgument::listFromVariant(value.value());
     }
     if (status.isBad() && status != badNoMatch)
         return status.code();
-    if (command.values.size() > declared.size())
+    if (!declared)
+        return OpcUa_BadDecodingError;
+    if (command.values.size() > declared->size())
         return badTooManyArguments;
     for (qsizetype i = 0; i < command.values.size(); ++i) {
         UaVariant value;
-        const Argument type = decodeArgument(declared[i].body().bytes()).value_or(Argument());
-        results.append(convert(command.values[i], type, UaNodeId(), value));
+        results.append(convert(command.values[i], declared->at(i), UaNodeId(), value));
         item.inputArguments.append(value);
     }
     const bool areGood = std::all_of(results.cbegin(), results.cend(),
