@@ -1,5 +1,18 @@
 #include "mailbox_p.h"
 
+#include <QtCore/QCoreApplication>
+#include <QtCore/QElapsedTimer>
+#include <QtCore/QEvent>
+#include <QtCore/QPointer>
+
+#include <utility>
+
+namespace {
+
+constexpr qint64 longestTurn = 4; // ms, then other events come first
+
+} // namespace
+
 Mailbox::~Mailbox()
 {
     std::deque<std::function<void()>> left; // goes after the lock
@@ -9,21 +22,43 @@ Mailbox::~Mailbox()
 
 void Mailbox::post(std::function<void()> function)
 {
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        m_functions.push_back(std::move(function));
-    }
-    // By its name: a functor would be written here and read there, past the lock.
-    QMetaObject::invokeMethod(this, "take", Qt::QueuedConnection);
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_functions.push_back(std::move(function));
+    wake();
 }
 
-void Mailbox::take()
+// With the mutex locked. The event only says that there is something: what it is never passes by
+// way of the event queue, outside the lock.
+void Mailbox::wake()
 {
-    std::function<void()> function;
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        function.swap(m_functions.front());
-        m_functions.pop_front();
+    if (!std::exchange(m_isPosted, true))
+        QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+}
+
+bool Mailbox::event(QEvent* event)
+{
+    if (event->type() != QEvent::User)
+        return QObject::event(event);
+    const QPointer<Mailbox> self(this); // a function may delete this
+    QElapsedTimer turn;
+    turn.start();
+    for (bool isFirst = true; self; isFirst = false) {
+        std::function<void()> function;
+        {
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            if (isFirst)
+                m_isPosted = false;
+            if (m_functions.empty())
+                break;
+            function.swap(m_functions.front());
+            m_functions.pop_front();
+            // The rest also comes where this one has an event loop of its own.
+            if (!m_functions.empty())
+                wake();
+        }
+        function();
+        if (turn.elapsed() >= longestTurn)
+            break; // the event for the rest is under way
     }
-    function(); // which may delete this
+    return true;
 }

@@ -6,23 +6,25 @@
 #include <functional>
 #include <mutex>
 
-/// Runs functions on the thread that it lives on, one event each, in the order in which they were
-/// posted; those that are left go with it.
+/// Runs functions on the thread that it lives on, in the order in which they were posted, several
+/// in one event, but never for long; those that are left go with it.
 ///
 /// What they hold goes from thread to thread under a lock of its own. Under that of Qt's event
 /// queue it did, too, but there ThreadSanitizer, which does not look into Qt, can tell nothing.
 class Mailbox : public QObject
 {
-    Q_OBJECT
 public:
     using QObject::QObject;
     ~Mailbox() override;
     /// Any thread.
     void post(std::function<void()> function);
 
+    bool event(QEvent* event) override;
+
 private:
-    Q_INVOKABLE void take();
+    void wake();
 
     std::mutex m_mutex;
     std::deque<std::function<void()>> m_functions;
+    bool m_isPosted = false; // an event is under way
 };
