@@ -37,6 +37,7 @@ public:
     friend bool operator!=(const UaNodeId& a, const UaNodeId& b) { return !(a == b); }
 
 private:
+    friend struct UaNodeIdAccess;
     OpcUa_IdentifierType m_type = OpcUa_IdentifierType_Numeric;
     OpcUa_UInt16 m_namespaceIndex = 0;
     OpcUa_UInt32 m_numeric = 0;

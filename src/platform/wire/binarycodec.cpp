@@ -17,6 +17,33 @@
 #include <iterator>
 #include <limits>
 
+/// A NodeId as the encoder takes it, without a copy of its identifier.
+struct UaNodeIdAccess
+{
+    static OpcUa_NodeId borrow(const UaNodeId& id)
+    {
+        OpcUa_NodeId node = {};
+        node.IdentifierType = OpcUa_UInt16(id.m_type);
+        node.NamespaceIndex = id.m_namespaceIndex;
+        const auto length = OpcUa_Int32(id.m_bytes.size());
+        char* const bytes = id.m_bytes.isNull() ? nullptr : const_cast<char*>(id.m_bytes.data());
+        switch (id.m_type) {
+        case OpcUa_IdentifierType_String:
+            node.Identifier.String = {length, bytes};
+            break;
+        case OpcUa_IdentifierType_Guid:
+            node.Identifier.Guid = id.m_guid;
+            break;
+        case OpcUa_IdentifierType_Opaque:
+            node.Identifier.ByteString = {length, reinterpret_cast<OpcUa_Byte*>(bytes)};
+            break;
+        default:
+            node.Identifier.Numeric = id.m_numeric;
+        }
+        return node;
+    }
+};
+
 namespace UaWire {
 
 namespace {
@@ -183,7 +210,7 @@ void BinaryEncoder::bytes(const char* data, OpcUa_Int32 length)
 {
     number(data ? length : OpcUa_Int32(-1));
     if (data)
-        m_out.append(data, length);
+        append(data, length);
 }
 
 void BinaryEncoder::dateTime(OpcUa_DateTime value)
@@ -197,7 +224,7 @@ void BinaryEncoder::operator()(const OpcUa_Guid& value)
     number(value.Data1);
     number(value.Data2);
     number(value.Data3);
-    m_out.append(reinterpret_cast<const char*>(value.Data4), sizeof value.Data4);
+    append(value.Data4, sizeof value.Data4);
 }
 
 void BinaryEncoder::numericId(OpcUa_UInt16 namespaceIndex, OpcUa_UInt32 id, OpcUa_Byte flags)
@@ -335,15 +362,6 @@ void BinaryEncoder::operator()(const OpcUa_DiagnosticInfo& value)
         (*this)(value.InnerDiagnosticInfos[0]);
 }
 
-template <class Stack, class Class>
-void BinaryEncoder::asStack(const Class& value)
-{
-    Owned<Stack> stack;
-    if (OpcUa_IsNotGood(value.copyTo(&stack.value)))
-        qBadAlloc(); // as where the output has no memory to grow
-    (*this)(stack.value);
-}
-
 void BinaryEncoder::operator()(const UaByteString& value)
 {
     (*this)(value.bytes());
@@ -356,12 +374,16 @@ void BinaryEncoder::operator()(const UaStatusCode& value)
 
 void BinaryEncoder::operator()(const UaNodeId& value)
 {
-    asStack<OpcUa_NodeId>(value);
+    (*this)(UaNodeIdAccess::borrow(value));
 }
 
 void BinaryEncoder::operator()(const UaExpandedNodeId& value)
 {
-    asStack<OpcUa_ExpandedNodeId>(value);
+    const QByteArray& uri = value.namespaceUri().bytes();
+    (*this)(OpcUa_ExpandedNodeId{
+        UaNodeIdAccess::borrow(value.nodeId()),
+        {OpcUa_Int32(uri.size()), uri.isNull() ? nullptr : const_cast<char*>(uri.constData())},
+        value.serverIndex()});
 }
 
 void BinaryEncoder::operator()(const UaQualifiedName& value)

@@ -137,7 +137,7 @@ public:
     void appendAll(const T* data, std::size_t count)
     {
         if constexpr (isBlockType<T> && Q_BYTE_ORDER == Q_LITTLE_ENDIAN) {
-            m_out.append(reinterpret_cast<const char*>(data), qsizetype(count * sizeof(T)));
+            append(data, qsizetype(count * sizeof(T)));
         } else {
             for (std::size_t i = 0; i < count; ++i)
                 (*this)(data[i]);
@@ -151,7 +151,14 @@ private:
     void number(T value)
     {
         const T wire = qToLittleEndian(value);
-        m_out.append(reinterpret_cast<const char*>(&wire), sizeof wire);
+        append(&wire, sizeof wire);
+    }
+    // QByteArray::append() takes a longer way for the few bytes of a field.
+    void append(const void* data, qsizetype size)
+    {
+        const qsizetype end = m_out.size();
+        m_out.resize(end + size);
+        std::memcpy(m_out.data() + end, data, std::size_t(size));
     }
     template <class T>
     void elements(const T* data, OpcUa_Int32 count)
@@ -163,8 +170,6 @@ private:
     void bytes(const char* data, OpcUa_Int32 length);
     void numericId(OpcUa_UInt16 namespaceIndex, OpcUa_UInt32 id, OpcUa_Byte flags);
     void nodeId(const OpcUa_NodeId& value, OpcUa_Byte flags);
-    template <class Stack, class Class>
-    void asStack(const Class& value);
 
     QByteArray& m_out;
 };
