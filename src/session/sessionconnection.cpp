@@ -81,7 +81,22 @@ void SessionConnection::socketConnected(const SecureChannel::Settings& settings)
     flush();
 }
 
+// What the answers call for leaves together, after the last one.
 void SessionConnection::readSocket()
+{
+    const QPointer<SessionConnection> self(this);
+    m_isReading = true;
+    readMessages();
+    if (!self)
+        return;
+    m_isReading = false;
+    if (m_closed)
+        return;
+    flush();
+    arm();
+}
+
+void SessionConnection::readMessages()
 {
     const QPointer<SessionConnection> self(this);
     while (m_channel && !m_closed && m_socket->bytesAvailable() > 0) {
@@ -111,13 +126,9 @@ void SessionConnection::readSocket()
         if (m_channel->state() == SecureChannel::State::Failed)
             return close(m_channel->status(), m_channel->reason());
     }
-    if (m_closed)
-        return;
-    flush();
-    arm();
 }
 
-QByteArray SessionConnection::send(const QByteArray& body, int timeout, Done done)
+QByteArray SessionConnection::send(const QByteArray& body, int timeout, bool isSecret, Done done)
 {
     OpcUa_StatusCode status = OpcUa_BadConnectionClosed;
     if (isOpen()) {
@@ -126,6 +137,8 @@ QByteArray SessionConnection::send(const QByteArray& body, int timeout, Done don
         if (id != 0) {
             ++m_requests;
             m_pending[id] = {m_clock.elapsed() + timeout, std::move(done)};
+            if (m_isReading && !isSecret)
+                return {};
             const QByteArray sent = flush();
             arm();
             return sent;

@@ -59,7 +59,7 @@ public:
         const OpcUa_UInt32 handle = m_requestHandle;
         const qsizetype room = secretRoom(request);
         QByteArray message = encodeMessage(request, room);
-        QByteArray sent = send(message, timeout,
+        QByteArray sent = send(message, timeout, room > 0,
                                [handle, limits, done = std::move(done)](OpcUa_StatusCode status,
                                                                         const QByteArray& body) {
                                    Response response;
@@ -89,10 +89,11 @@ private:
         Done done;
     };
 
-    /// Returns the bytes that have left; none where the socket still holds some.
-    QByteArray send(const QByteArray& body, int timeout, Done done);
+    /// Returns the bytes that have left; none where they, or some of them, leave later.
+    QByteArray send(const QByteArray& body, int timeout, bool isSecret, Done done);
     void socketConnected(const SecureChannel::Settings& settings);
     void readSocket();
+    void readMessages();
     QByteArray flush();
     void checkTime();
     void arm();
@@ -111,6 +112,7 @@ private:
     quint64 m_sent = 0;
     quint64 m_received = 0;
     OpcUa_DateTime m_lastMessage = 0;
+    bool m_isReading = false;
     bool m_closed = false;
 };
 
