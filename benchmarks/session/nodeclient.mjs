@@ -39,6 +39,10 @@ const scenarios = {
         check(values.length === 1000 && values[999].value.value === 999, "wrong values");
     },
     async one(session) {
+        const values = await Promise.all(tags.map((tag) => session.read(tag)));
+        check(values.every(({ value }, i) => value.value === i), "a wrong value");
+    },
+    async sequence(session) {
         for (let i = 0; i < 1000; ++i)
             check((await session.read(tags[i])).value.value === i, "a wrong value");
     },
