@@ -240,7 +240,8 @@ std::pair<double, double> waitForSilentServers()
 double getEndpointsAgainstNode()
 {
     PeerProcess server;
-    const QString url = server.start(NODE, {PEERS, "serve"});
+    const QString url =
+        server.start(NODE, {PLANT, "--port", "0", "--until-eof"}).section(' ', 0, 0);
     if (url.isEmpty()) {
         std::fprintf(stderr, "the server of the benchmark does not start\n");
         std::exit(2);

@@ -110,7 +110,8 @@ private:
 void tst_Harrier::connects()
 {
     PeerProcess server;
-    const QString url = server.start(DEMO_SERVER, {"--port", "0", "--until-eof"});
+    const QString url =
+        server.start(NODE, {PLANT, "--port", "0", "--until-eof"}).section(' ', 0, 0);
     const QString name = "Boiler house - Basic256Sha256 - Sign";
     {
         Run run(m_file);
@@ -121,16 +122,16 @@ void tst_Harrier::connects()
         run.open("Custom Discovery");
         run.open("< Double", {}, true);
         run.open(url);
-        QTRY_VERIFY(run.log().contains("Historian"));
+        QTRY_VERIFY(run.log().contains("Bottling line"));
         const QModelIndex boiler = run.open("Boiler house");
-        QTRY_COMPARE(run.window.currentView()->model()->rowCount(boiler), 4);
+        QTRY_COMPARE(run.window.currentView()->model()->rowCount(boiler), 7);
         QWidget& details = run.page("endpoint");
         QVERIFY(!named<QPushButton>(details, "use")->isEnabled());
         run.open("Basic256Sha256 - Sign", boiler);
         QString shown;
         for (const char* field : {"server", "securityMode", "securityLevel", "subject"})
             shown += named<QLineEdit>(details, field)->text() + ' ';
-        QVERIFY2(shown.startsWith("Boiler house Sign 60 CN=Boiler house"), qPrintable(shown));
+        QVERIFY2(shown.startsWith("Boiler house Sign 106 CN=Boiler house"), qPrintable(shown));
 
         QWidget& form = run.page("connection");
         const QPoint mark(8, 8);

@@ -1,57 +1,15 @@
 // OPC UA servers and clients of another make: peers.mjs COMMAND [ARGUMENT...], see README.md.
-import "./loopback.mjs";
-
 import { createHash } from "node:crypto";
-import { once } from "node:events";
-import { mkdtempSync, readFileSync, rmSync } from "node:fs";
-import net from "node:net";
-import { tmpdir } from "node:os";
+import { readFileSync } from "node:fs";
 import path from "node:path";
-import { OPCUACertificateManager } from "node-opcua-certificate-manager";
 import {
-    ApplicationType, AttributeIds, MessageSecurityMode, OPCUAClient, SecurityPolicy,
-} from "node-opcua-client";
-import { OPCUAServer, RegisterServerMethod } from "node-opcua-server";
-import { OPCUADiscoveryServer } from "node-opcua-server-discovery";
+    AttributeIds, certificateManager, makeServer, MessageSecurityMode, OPCUAClient, OPCUAServer,
+    SecurityPolicy, temporaryFolder,
+} from "./opcua.mjs";
+import { ApplicationType } from "node-opcua-client";
 
-const folder = mkdtempSync(path.join(tmpdir(), "kestrel-peer-"));
-process.on("exit", () => rmSync(folder, { recursive: true, force: true }));
-
-async function certificateManager(name, automaticallyAcceptUnknownCertificate = true) {
-    const manager = new OPCUACertificateManager({
-        rootFolder: path.join(folder, name),
-        automaticallyAcceptUnknownCertificate,
-        disableFileWatchers: true,
-    });
-    await manager.initialize();
-    return manager;
-}
-
-async function startServer(Server, name, certificates, options) {
-    const probe = net.createServer().listen({ port: 0 });
-    await once(probe, "listening");
-    const { port } = probe.address();
-    await new Promise((done) => probe.close(done));
-    const server = new Server({
-        port,
-        hostname: "127.0.0.1",
-        serverCertificateManager: certificates,
-        userCertificateManager: certificates,
-        nodeset_filename: [],
-        serverInfo: {
-            applicationUri: `urn:localhost:kestrel:${name.replaceAll(" ", "")}`,
-            productUri: "urn:kestrel:peer",
-            applicationName: { text: name, locale: "en" },
-        },
-        ...options,
-    });
-    const registered = options?.registerServerMethod && once(server, "serverRegistered");
-    await server.start();
-    await registered;
-    return server;
-}
-
-const clientCertificates = await certificateManager("client");
+const folder = temporaryFolder();
+const clientCertificates = await certificateManager(path.join(folder, "client"));
 
 // What `use` gives of a client that is connected.
 async function connected(url, use, options) {
@@ -83,25 +41,6 @@ function printed(value, name) {
 const print = (value) => process.stdout.write(`${JSON.stringify(value)}\n`);
 
 const commands = {
-    async serve() {
-        const name = "Discovery";
-        const discovery =
-            await startServer(OPCUADiscoveryServer, name, await certificateManager(name));
-        const url = discovery.getEndpointUrl();
-        // One after the other: FindServers lists them in the order in which they registered.
-        const servers = [];
-        for (const each of ["Boiler house", "Bottling line", "Water treatment"])
-            servers.push(await startServer(OPCUAServer, each, await certificateManager(each), {
-                registerServerMethod: RegisterServerMethod.LDS,
-                discoveryServerEndpointUrl: url,
-            }));
-        if (discovery.registeredServerCount !== servers.length)
-            throw new Error(`${discovery.registeredServerCount} servers registered`);
-        process.stdout.write(`READY ${url}\n`);
-        await once(process.stdin.resume(), "end");
-        for (const server of [...servers, discovery]) await server.shutdown();
-    },
-
     async discover(endpointUrl) {
         const all = await connected(endpointUrl, (client) => client.findServers({ endpointUrl }));
         const servers = all.filter((one) => one.applicationType !== ApplicationType.DiscoveryServer);
@@ -124,9 +63,10 @@ const commands = {
     },
 
     async session(certificateFile, privateKeyFile, applicationUri, trusted) {
-        const trust = await certificateManager("Vault", false);
+        const trust = await certificateManager(path.join(folder, "Vault"), false);
         if (trusted === "trusted") await trust.trustCertificate(readFileSync(certificateFile));
-        const server = await startServer(OPCUAServer, "Vault", trust);
+        const server = await makeServer(OPCUAServer, "Vault", trust);
+        await server.start();
         let seen = null;
         server.on("session_activated", ({ channel, clientDescription }) => {
             seen = {

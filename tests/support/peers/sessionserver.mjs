@@ -2,27 +2,17 @@
 // values of every built-in type, folders with many children, a method, events and history.
 // Prints "READY url". User: "operator" with the password "walnut", or any certificate. With
 // --conformance it serves node-opcua's address space for conformance tests, too.
-import "./loopback.mjs";
-
 import { createHash } from "node:crypto";
 import { once } from "node:events";
-import { mkdtempSync, rmSync } from "node:fs";
-import net from "node:net";
-import { tmpdir } from "node:os";
-import path from "node:path";
 import { parseArgs } from "node:util";
+import {
+    addAggregateSupport, addEveryType, certificateManager, DataType,
+    installAggregateConfigurationOptions, makeServer, MessageSecurityMode, nodesets, OPCUAServer,
+    samples, SecurityPolicy, StatusCodes, temporaryFolder, UserTokenPolicy, UserTokenType,
+    VariantArrayType,
+} from "./opcua.mjs";
 import { build_address_space_for_conformance_testing } from
     "node-opcua-address-space-for-conformance-testing";
-import { addAggregateSupport, installAggregateConfigurationOptions } from "node-opcua-aggregates";
-import { OPCUACertificateManager } from "node-opcua-certificate-manager";
-import { OPCUAServer } from "node-opcua-server";
-import { DataType, Variant, VariantArrayType } from "node-opcua-variant";
-import { StatusCodes } from "node-opcua-status-code";
-import { coerceNodeId, ExpandedNodeId, NodeIdType } from "node-opcua-nodeid";
-import { LocalizedText, QualifiedName } from "node-opcua-data-model";
-import { UserTokenPolicy, UserTokenType } from "node-opcua-types";
-import { SecurityPolicy, MessageSecurityMode } from "node-opcua-secure-channel";
-import { nodesets } from "node-opcua-nodesets";
 
 const { values } = parseArgs({ options: {
     port: { type: "string" }, pki: { type: "string" }, children: { type: "string" },
@@ -32,52 +22,11 @@ const { values } = parseArgs({ options: {
     hostname: { type: "string" }, namespaces: { type: "string" },
 } });
 
-async function freePort() {
-    const probe = net.createServer().listen({ port: 0 });
-    await once(probe, "listening");
-    const { port } = probe.address();
-    await new Promise((done) => probe.close(done));
-    return port;
-}
-
-let folder = values.pki;
-if (!folder) {
-    folder = mkdtempSync(path.join(tmpdir(), "kestrel-peer-"));
-    process.on("exit", () => rmSync(folder, { recursive: true, force: true }));
-}
-const certificates = new OPCUACertificateManager({
-    rootFolder: folder,
-    automaticallyAcceptUnknownCertificate: true,
-    disableFileWatchers: true,
-});
-await certificates.initialize();
-
-const samples = {
-    Boolean: [true, false], SByte: [-128, 127], Byte: [0, 255], Int16: [-32768, 32767],
-    UInt16: [0, 65535], Int32: [-2147483648, 5], UInt32: [0, 4294967295],
-    Int64: [[0xffffffff, 0xfffffffb], [0, 1]], UInt64: [[0xffffffff, 0xffffffff], [0, 7]],
-    Float: [0.1, -1.5], Double: [0.1, Infinity], String: ["Hot\u6c34", ""],
-    DateTime: [new Date("2024-02-29T13:14:15.123Z"), new Date("1999-12-31T23:59:59Z")],
-    Guid: ["72962B91-FA75-4AE6-8D28-B404DC7DAF63", "00000000-0000-0000-0000-000000000000"],
-    ByteString: [Buffer.from([0, 1, 2]), Buffer.alloc(0)], XmlElement: ["<a/>", "<b>1</b>"],
-    NodeId: [coerceNodeId("ns=1;s=x"), coerceNodeId("i=85")],
-    ExpandedNodeId: [new ExpandedNodeId(NodeIdType.NUMERIC, 85, 0, "urn:x", 0), new ExpandedNodeId(NodeIdType.STRING, "y", 1)],
-    StatusCode: [StatusCodes.BadNodeIdUnknown, StatusCodes.Good],
-    QualifiedName: [new QualifiedName({ namespaceIndex: 1, name: "q" }), new QualifiedName({ name: "r" })],
-    LocalizedText: [new LocalizedText({ locale: "de", text: "t" }), new LocalizedText({ text: "u" })],
-};
-
-const server = new OPCUAServer({
-    port: values.port ? Number(values.port) : await freePort(),
+const certificates = await certificateManager(values.pki ?? temporaryFolder());
+const server = await makeServer(OPCUAServer, "Session server", certificates, {
+    port: values.port,
     ...(values.key && { certificateFile: values.certificate, privateKeyFile: values.key }),
     hostname: values.hostname ?? "127.0.0.1", // that it announces
-    serverCertificateManager: certificates,
-    userCertificateManager: certificates,
-    serverInfo: {
-        applicationUri: "urn:localhost:kestrel:Sessionserver",
-        productUri: "urn:kestrel:peer",
-        applicationName: { text: "Session server", locale: "en" },
-    },
     nodeset_filename: [nodesets.standard],
     securityPolicies: [SecurityPolicy.None, SecurityPolicy.Basic128Rsa15, SecurityPolicy.Basic256,
         SecurityPolicy.Basic256Sha256, SecurityPolicy.Aes128_Sha256_RsaOaep, SecurityPolicy.Aes256_Sha256_RsaPss],
@@ -101,18 +50,7 @@ const space = server.engine.addressSpace;
 const own = space.getOwnNamespace();
 const objects = space.rootFolder.objects;
 const types = own.addFolder(objects, { browseName: "Types", nodeId: "s=Types" });
-const add = (parent, name, dataType, value, rank, arrayDimensions) => own.addVariable({
-    componentOf: parent, browseName: name, nodeId: `s=${name}`, dataType, valueRank: rank,
-    arrayDimensions, value, accessLevel: "CurrentRead | CurrentWrite", userAccessLevel: "CurrentRead | CurrentWrite",
-});
-for (const [name, [first, second]] of Object.entries(samples)) {
-    const dataType = DataType[name];
-    add(types, `Scalar${name}`, name, { dataType, arrayType: VariantArrayType.Scalar, value: first }, -1);
-    add(types, `Array${name}`, name,
-        { dataType, arrayType: VariantArrayType.Array, value: [first, second, first] }, 1, [0]);
-    add(types, `Matrix${name}`, name, { dataType, arrayType: VariantArrayType.Matrix,
-        dimensions: [2, 3], value: [first, second, first, second, first, second] }, 2, [2, 3]);
-}
+addEveryType(own, types, samples);
 const many = own.addFolder(objects, { browseName: "Many", nodeId: "s=Many" });
 for (let i = 0; i < Number(values.children ?? 10000); ++i)
     own.addVariable({ componentOf: many, browseName: `Tag${i}`, nodeId: `s=Tag${i}`, dataType: "Double",
