@@ -75,7 +75,7 @@ OpcUa_BuiltInType suggestedType(const QJsonValue& json)
     // Of mixed numbers the widest one, which has the highest number as well.
     OpcUa_BuiltInType type = OpcUaType_Null;
     const QJsonArray elements = json.toArray();
-    for (const QJsonValue& element : elements) {
+    for (const auto& element : elements) {
         const OpcUa_BuiltInType other = element.isArray() ? OpcUaType_Null : suggestedType(element);
         const bool isMixed = type != OpcUaType_Null && type != other &&
                              !(element.isDouble() && elements.first().isDouble());

@@ -112,7 +112,7 @@ void QvelWidgetVariant::updateValueWidget()
         empty.setEmptyArray(dataType);
     else if (arrayType == OpcUa_VariantArrayType_Matrix)
         empty.setEmptyMatrix(dataType);
-    if (!empty.isEmpty())
+    if (editor.setValue && !empty.isEmpty())
         editor.setValue(widget, empty);
     if (editor.watch)
         editor.watch(widget, this, [this] { sltValueChanged(); });

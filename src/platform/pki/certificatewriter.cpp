@@ -148,7 +148,7 @@ private:
         GENERAL_NAME_set0_value(name.get(), type, value.release());
         if (!sk_GENERAL_NAME_push(names, name.get()))
             return false;
-        name.release();
+        static_cast<void>(name.release());
         return true;
     }
 

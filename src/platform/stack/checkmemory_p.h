@@ -1,6 +1,6 @@
 #pragma once
 
-#include "opcuatypes.h"
+#include "platform/stack/opcuatypes.h"
 
 #include <QtCore/QtGlobal>
 

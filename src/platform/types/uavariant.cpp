@@ -302,9 +302,9 @@ void UaVariant::setString(const UaString& value)
     setBytes(OpcUaType_String, value.bytes());
 }
 
-void UaVariant::setBytes(OpcUa_BuiltInType type, const QByteArray& value)
+// By value: what it is given may belong to what this variant holds.
+void UaVariant::setBytes(OpcUa_BuiltInType type, QByteArray shared)
 {
-    const QByteArray shared = value; // which may belong to what this variant holds
     OpcUa_VariantValue& target = reset(type);
     d->bytes = shared;
     if (shared.isNull())

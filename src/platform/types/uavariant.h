@@ -279,7 +279,7 @@ private:
                      const Dimensions* dimensions = nullptr);
     template <class Value, class Stack>
     QList<Value> elements(OpcUa_BuiltInType type, OpcUa_VariantArrayType shape) const;
-    void setBytes(OpcUa_BuiltInType type, const QByteArray& value);
+    void setBytes(OpcUa_BuiltInType type, QByteArray shared);
     UaByteString bytes(OpcUa_BuiltInType type) const;
     OpcUa_VariantValue& reset(OpcUa_BuiltInType type);
     const OpcUa_VariantValue& scalar(OpcUa_BuiltInType type) const;

@@ -1,4 +1,4 @@
-#include "uavariant.h"
+#include "platform/types/uavariant.h"
 
 #include "platform/stack/opcuastatuscodes.h"
 #include "platform/stack/opcuatypetable_p.h"

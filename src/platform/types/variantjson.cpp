@@ -1,7 +1,7 @@
 // The JSON encoding of OPC 10000-6, 5.4. Written as text, since a large array would take many times
 // its size as a tree; read by way of Qt's parser.
 
-#include "uavariant.h"
+#include "platform/types/uavariant.h"
 
 #include "platform/stack/opcuastatuscodes.h"
 #include "platform/stack/opcuatypetable_p.h"
@@ -764,7 +764,7 @@ OpcUa_StatusCode readVariant(const QJsonValue& json, OpcUa_Variant& value, int d
     if (!elements)
         return OpcUa_BadOutOfMemory;
     value.Value.Array.Elements = elements;
-    for (const QJsonValue& element : array) {
+    for (const auto& element : array) {
         void* target = elements + std::size_t(value.Value.Array.Length) * info.size;
         std::memset(target, 0, info.size);
         ++value.Value.Array.Length;

@@ -1,6 +1,6 @@
 // A UaVariant as a value of Qt, and back.
 
-#include "uavariant.h"
+#include "platform/types/uavariant.h"
 
 #include "platform/stack/opcuastatuscodes.h"
 #include "platform/stack/opcuatypetable_p.h"

@@ -210,7 +210,7 @@ void BinaryEncoder::bytes(const char* data, OpcUa_Int32 length)
 {
     number(data ? length : OpcUa_Int32(-1));
     if (data)
-        append(data, length);
+        append(data, std::size_t(length));
 }
 
 void BinaryEncoder::dateTime(OpcUa_DateTime value)

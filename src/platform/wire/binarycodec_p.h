@@ -137,7 +137,7 @@ public:
     void appendAll(const T* data, std::size_t count)
     {
         if constexpr (isBlockType<T> && Q_BYTE_ORDER == Q_LITTLE_ENDIAN) {
-            append(data, qsizetype(count * sizeof(T)));
+            append(data, count * sizeof(T));
         } else {
             for (std::size_t i = 0; i < count; ++i)
                 (*this)(data[i]);
@@ -154,11 +154,11 @@ private:
         append(&wire, sizeof wire);
     }
     // QByteArray::append() takes a longer way for the few bytes of a field.
-    void append(const void* data, qsizetype size)
+    void append(const void* data, std::size_t size)
     {
         const qsizetype end = m_out.size();
-        m_out.resize(end + size);
-        std::memcpy(m_out.data() + end, data, std::size_t(size));
+        m_out.resize(end + qsizetype(size));
+        std::memcpy(m_out.data() + end, data, size);
     }
     template <class T>
     void elements(const T* data, OpcUa_Int32 count)
