@@ -5,10 +5,6 @@
 #include "support/modaluser.h"
 #include "support/warnings.h"
 
-#include <QtGui/QDesktopServices>
-#include <QtTest/QAbstractItemModelTester>
-#include <QtWidgets/QtWidgets>
-
 #include <memory>
 #include <unistd.h>
 

@@ -1,6 +1,7 @@
 // The editors of arrays, matrices and single elements, as a person meets them.
 
 #include "support/modaluser.h"
+#include "support/values.h"
 #include "support/warnings.h"
 
 #include <Kestrel/QvelEditWidgetArray>
@@ -8,34 +9,8 @@
 #include <Kestrel/QvelEnumInfo>
 #include <Kestrel/QvelModelDelegate>
 #include <Kestrel/QvelWidgetVariant>
-#include <Kestrel/UaByteString>
-#include <Kestrel/UaDateTime>
-#include <Kestrel/UaExpandedNodeId>
-#include <Kestrel/UaGuid>
-#include <Kestrel/UaLocalizedText>
-#include <Kestrel/UaNodeId>
-#include <Kestrel/UaQualifiedName>
-#include <Kestrel/UaStackTypeArray>
-#include <Kestrel/UaStatusCode>
-#include <Kestrel/UaString>
-
-#include <QtGui/QStandardItemModel>
-#include <QtTest/QAbstractItemModelTester>
-#include <QtWidgets/QComboBox>
-#include <QtWidgets/QDataWidgetMapper>
-#include <QtWidgets/QDoubleSpinBox>
-#include <QtWidgets/QGridLayout>
-#include <QtWidgets/QInputDialog>
-#include <QtWidgets/QLabel>
-#include <QtWidgets/QLineEdit>
-#include <QtWidgets/QScrollBar>
-#include <QtWidgets/QTableView>
-#include <QtWidgets/QToolButton>
-#include <QtWidgets/QToolTip>
 
 namespace {
-
-using V = UaVariant;
 
 struct ElementCase
 {
@@ -51,13 +26,6 @@ QString typeName(int type)
                    "String DateTime Guid ByteString XmlElement NodeId ExpandedNodeId StatusCode "
                    "QualifiedName LocalizedText")
         .section(' ', type, type);
-}
-
-V xmlElement(const QByteArray& bytes)
-{
-    V value;
-    value.setXmlElement(UaByteString(bytes));
-    return value;
 }
 
 // By type, from Boolean on.

@@ -9,10 +9,7 @@
 #include <Kestrel/QvelDiscoveryModel>
 #include <Kestrel/UaStackTypeArray>
 
-#include <QtCore/QRandomGenerator>
-#include <QtGui/QTextDocument>
-#include <QtNetwork/QTcpServer>
-#include <QtTest/QAbstractItemModelTester>
+#include <QtGui/QtGui>
 
 #include <optional>
 

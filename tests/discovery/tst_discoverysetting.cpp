@@ -4,10 +4,6 @@
 #include <Kestrel/QvelDiscoveryModel>
 #include <Kestrel/UaString>
 
-#include <QtCore/QRandomGenerator>
-#include <QtCore/QSettings>
-#include <QtCore/QTemporaryDir>
-
 using Record = QvelDiscoverySetting;
 
 static void write(MemorySettings& store, const Record& record)

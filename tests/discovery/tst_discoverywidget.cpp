@@ -6,11 +6,7 @@
 #include <Kestrel/QvelDiscoveryModel>
 #include <Kestrel/QvelDiscoveryWidget>
 
-#include <QtNetwork/QTcpServer>
-#include <QtWidgets/QInputDialog>
-#include <QtWidgets/QLabel>
-#include <QtWidgets/QLineEdit>
-#include <QtWidgets/QMenu>
+#include <QtNetwork/QtNetwork>
 
 using View = QvelDiscoveryWidget;
 

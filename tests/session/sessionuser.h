@@ -6,11 +6,6 @@
 #include <Kestrel/UaPkiCertificate>
 #include <Kestrel/UaPkiRsaKeyPair>
 
-#include <QtCore/QDir>
-#include <QtCore/QEventLoop>
-#include <QtCore/QFutureWatcher>
-#include <QtCore/QTemporaryDir>
-#include <QtCore/QTimer>
 #include <QtTest/QtTest>
 
 /// The value of a future once it is there, as the event loop brings it; a default one when it does

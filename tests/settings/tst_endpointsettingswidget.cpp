@@ -3,12 +3,6 @@
 
 #include <Kestrel/QvelEndpointSettingsWidget>
 
-#include <QtWidgets/QAbstractItemView>
-#include <QtWidgets/QComboBox>
-#include <QtWidgets/QFileDialog>
-#include <QtWidgets/QLayout>
-#include <QtWidgets/QLineEdit>
-
 using Widget = QvelEndpointSettingsWidget;
 
 static const QString prefix = "http://opcfoundation.org/UA/SecurityPolicy#";

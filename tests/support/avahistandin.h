@@ -1,9 +1,5 @@
 #pragma once
 
-#include <QtCore/QFile>
-#include <QtCore/QProcess>
-#include <QtCore/QTemporaryDir>
-#include <QtCore/QThread>
 #include <QtDBus/QtDBus>
 
 #include <atomic>

@@ -6,8 +6,7 @@
 
 #include "platform/com/comsurface_p.h"
 
-#include <QtCore/QList>
-#include <QtCore/QUuid>
+#include <QtCore/QtCore>
 
 #include <atomic>
 #include <map>

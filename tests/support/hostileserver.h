@@ -2,8 +2,7 @@
 
 #include "platform/wire/messagechunks_p.h"
 
-#include <QtNetwork/QTcpServer>
-#include <QtNetwork/QTcpSocket>
+#include <QtNetwork/QtNetwork>
 
 #include <chrono>
 #include <functional>

@@ -3,10 +3,7 @@
 #include <Kestrel/QvelDiscoveryCBInterface>
 #include <Kestrel/QvelSettingsCBInterface>
 
-#include <QtCore/QDebug>
-#include <QtCore/QHash>
-#include <QtCore/QMutex>
-#include <QtCore/QStringList>
+#include <QtCore/QtCore>
 
 /// A host's settings store in memory. Notes the keys in the order of their writing. A use outside
 /// of the open/close bracket ends the program.

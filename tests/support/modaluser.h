@@ -1,12 +1,7 @@
 #pragma once
 
-#include <QtCore/QPointer>
-#include <QtCore/QTimer>
 #include <QtTest/QtTest>
-#include <QtWidgets/QAbstractButton>
-#include <QtWidgets/QApplication>
-#include <QtWidgets/QDialog>
-#include <QtWidgets/QMessageBox>
+#include <QtWidgets/QtWidgets>
 
 #include <functional>
 

@@ -1,7 +1,6 @@
 #pragma once
 
-#include <QtCore/QDeadlineTimer>
-#include <QtCore/QProcess>
+#include <QtCore/QtCore>
 
 /// A server program of the tests: it prints "READY url" once it serves, and ends when its standard
 /// input does.

@@ -1,9 +1,6 @@
 #pragma once
 
-#include <QtCore/QList>
-#include <QtCore/QObject>
-#include <QtNetwork/QTcpServer>
-#include <QtNetwork/QTcpSocket>
+#include <QtNetwork/QtNetwork>
 
 /// A cable between a client and a server that can be pulled. Lives on a thread with an event loop.
 class Relay : public QObject

@@ -2,14 +2,7 @@
 
 #include <Kestrel/QvelToolBox>
 
-#include <QtCore/QPointer>
-#include <QtCore/QRandomGenerator>
-#include <QtGui/QAccessible>
-#include <QtTest/QtTest>
-#include <QtWidgets/QLabel>
-#include <QtWidgets/QLayout>
-#include <QtWidgets/QLineEdit>
-#include <QtWidgets/QToolButton>
+#include <QtWidgets/QtWidgets>
 
 class ToolBoxTest : public QObject
 {

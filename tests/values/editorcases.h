@@ -3,6 +3,8 @@
 /// \file
 /// Every scalar value editor behind one face, with values to try it on.
 
+#include "support/values.h"
+
 #include <Kestrel/QvelDialogWidgetExpandedNodeId>
 #include <Kestrel/QvelDialogWidgetLocalizedText>
 #include <Kestrel/QvelDialogWidgetNodeId>
@@ -13,13 +15,10 @@
 #include <Kestrel/QvelWidgetValueRank>
 #include <Kestrel/QvelWidgetWriteMask>
 
-#include <QtCore/QRandomGenerator>
 #include <QtTest/QtTest>
-#include <QtWidgets/QLineEdit>
+#include <QtWidgets/QtWidgets>
 
 #include <climits>
-
-using V = UaVariant;
 
 /// An editor, the names of the change signals that it emits, and how often the focus leaves it.
 class Editor : public QObject
@@ -130,13 +129,6 @@ inline UaNodeId randomNodeId(QRandomGenerator& r)
            : type == 1 ? UaNodeId(randomString(r), index)
            : type == 2 ? UaNodeId(randomGuid(r), index)
                        : UaNodeId(randomBytes(r), index);
-}
-
-inline V xmlElement(const QByteArray& bytes)
-{
-    V value;
-    value.setXmlElement(UaByteString(bytes));
-    return value;
 }
 
 template <class... Editors>

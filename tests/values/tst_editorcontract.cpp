@@ -6,22 +6,6 @@
 
 #include <Kestrel/QvelDisplayDialog>
 
-#include <QtCore/QLibraryInfo>
-#include <QtCore/QTranslator>
-#include <QtGui/QAccessible>
-#include <QtGui/QScreen>
-#include <QtWidgets/QAbstractItemView>
-#include <QtWidgets/QCheckBox>
-#include <QtWidgets/QComboBox>
-#include <QtWidgets/QDialogButtonBox>
-#include <QtWidgets/QHBoxLayout>
-#include <QtWidgets/QLabel>
-#include <QtWidgets/QPushButton>
-#include <QtWidgets/QSpinBox>
-#include <QtWidgets/QTextEdit>
-#include <QtWidgets/QToolButton>
-#include <QtWidgets/QToolTip>
-
 namespace {
 
 constexpr quint32 seed = 20240229;

@@ -5,13 +5,6 @@
 #include "support/modaluser.h"
 #include "support/warnings.h"
 
-#include <QtCore/QTemporaryDir>
-#include <QtWidgets/QDialogButtonBox>
-#include <QtWidgets/QFileDialog>
-#include <QtWidgets/QPushButton>
-#include <QtWidgets/QTextEdit>
-#include <QtWidgets/QToolButton>
-
 #include <sys/stat.h>
 
 namespace {

@@ -3,11 +3,9 @@
 #include "support/avahistandin.h"
 #include "support/warnings.h"
 
-#include <QtNetwork/QLocalServer>
+#include <QtNetwork/QtNetwork>
 
 #include <memory>
-
-Q_DECLARE_METATYPE(AvahiScript)
 
 namespace {
 
@@ -55,13 +53,16 @@ private Q_SLOTS:
         useBus(m_bus.address());
     }
 
-    void answers_data()
+    void answers()
     {
-        QTest::addColumn<AvahiScript>("script");
-        QTest::addColumn<QString>("expected");
-        const auto row = [](const char* name, const Services& services, const QString& expected,
-                            AvahiScript::Fault fault = AvahiScript::None, int copies = 1) {
-            QTest::newRow(name) << AvahiScript{services, copies, fault} << expected;
+        const auto row = [this](const char* name, const Services& services, const QString& expected,
+                                AvahiScript::Fault fault = AvahiScript::None, int copies = 1) {
+            const Case here(name);
+            AvahiStandIn avahi(m_bus.address(), {services, copies, fault});
+            QVERIFY(avahi.isRunning());
+            QCOMPARE(BrowseThread().answer(), expected);
+            QVERIFY(avahi.resolveCalls <=
+                    std::min(int(services.size()), UaNetworkBrowser::maxServices));
         };
         const Services plant = {{"Press 2", "plant7.local"}, {"Press 1", "Anna.local"}};
         row("signals before the answer", plant, "Anna.local plant7.local", AvahiScript::Early);
@@ -91,16 +92,6 @@ private Q_SLOTS:
         row("no browser", {}, "BadCommunicationError", AvahiScript::Refuses);
         row("failing browser", plant, "BadCommunicationError", AvahiScript::Fails);
     }
-    void answers()
-    {
-        QFETCH(AvahiScript, script);
-        AvahiStandIn avahi(m_bus.address(), script);
-        QVERIFY(avahi.isRunning());
-        QTEST(BrowseThread().answer(), "expected");
-        QVERIFY(avahi.resolveCalls <=
-                std::min(int(script.services.size()), UaNetworkBrowser::maxServices));
-    }
-
     void nobodyToAsk()
     {
         for (const QString& address :

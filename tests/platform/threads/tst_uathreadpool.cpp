@@ -1,9 +1,6 @@
 #include "platform/threads/uathreadpool.h"
 #include "support/warnings.h"
 
-#include <QtCore/QSemaphore>
-#include <QtCore/QThread>
-
 #include <functional>
 #include <memory>
 #include <stdexcept>

@@ -1,25 +1,14 @@
 // Values: their texts, their elements, and the storage that they share.
 
 #include "platform/stack/opcuastatuscodes.h"
-#include "platform/types/uabytearray.h"
-#include "platform/types/uadatetime.h"
-#include "platform/types/uaexpandednodeid.h"
-#include "platform/types/uaextensionobject.h"
-#include "platform/types/uaguid.h"
-#include "platform/types/uanames.h"
-#include "platform/types/uastacktypearray.h"
-#include "platform/types/uastatuscode.h"
-#include "platform/types/uavariant.h"
+#include "support/values.h"
 #include "support/warnings.h"
-
-#include <QtCore/QRandomGenerator>
 
 #include <limits>
 #include <numeric>
 
 namespace {
 
-using V = UaVariant;
 using Lengths = std::vector<OpcUa_UInt32>;
 using I64 = std::numeric_limits<qint64>;
 
@@ -37,13 +26,6 @@ V upTo(int count, const Lengths& lengths = {})
     V value;
     return (lengths.empty() ? value.setInt32Array(n) : value.setInt32Matrix(n, lengths)) ? value
                                                                                          : V();
-}
-
-V xmlElement(const char* text)
-{
-    V value;
-    value.setXmlElement(UaByteString(QByteArray(text)));
-    return value;
 }
 
 UaExtensionObject object(OpcUa_UInt32 type, QByteArray body)
@@ -153,7 +135,7 @@ private Q_SLOTS:
     }
 
     // A type and texts: "text>read" is one of that type, "text!" one out of its range.
-    void parsing_data()
+    void parsing()
     {
         const char* const all[] = {
             "1|TRUE>true|0>false|1>true|yes|2",
@@ -178,35 +160,28 @@ private Q_SLOTS:
             "30828-09-14T02:48:05.4775807Z>30828-09-14T02:48:05.4775807Z|2024-02-29T13:14:15.Z|"
             "2024-02-29T00:00:00+24:00|2024-02-29T00:00:00+01:60|"
             "\xd9\xa2\xd9\xa0\xd9\xa2\xd9\xa4-02-29"};
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("type");
         for (const char* row : all) {
             const QStringList texts = QString::fromUtf8(row).split(u'|');
-            for (const QString& text : texts.mid(1))
-                QTest::addRow("%s '%s'", qPrintable(texts[0]), qPrintable(text))
-                    << text << texts[0];
+            const auto type = OpcUa_BuiltInType(texts[0].toInt());
+            for (const QString& text : texts.mid(1)) {
+                const Case here(text.toUtf8());
+                const bool good = text.contains(u'>'), inRange = !text.endsWith(u'!');
+                const V before{UaString(text.section(u'>', 0, 0).remove(u'!'))};
+                V value = before;
+                const OpcUa_StatusCode bad = inRange ? OpcUa_BadTypeMismatch : OpcUa_BadOutOfRange;
+                QCOMPARE(value.changeType(type, true), good ? OpcUa_Good : bad);
+                QVERIFY(good ? value.elementAt(0).type() == type : value == before);
+                QVERIFY(!good ||
+                        value.elementAt(0).toString().toQString() == text.section(u'>', 1));
+            }
         }
     }
-    void parsing()
-    {
-        QFETCH(QString, text);
-        QFETCH(QString, type);
-        const bool good = text.contains(u'>'), inRange = !text.endsWith(u'!');
-        const V before{UaString(text.section(u'>', 0, 0).remove(u'!'))};
-        V value = before;
-        const OpcUa_StatusCode bad = inRange ? OpcUa_BadTypeMismatch : OpcUa_BadOutOfRange;
-        QCOMPARE(value.changeType(OpcUa_BuiltInType(type.toInt()), true), good ? OpcUa_Good : bad);
-        QVERIFY(good ? value.elementAt(0).type() == type.toInt() : value == before);
-        QVERIFY(!good || value.elementAt(0).toString().toQString() == text.section(u'>', 1));
-    }
 
-    void texts_data()
+    void texts()
     {
-        QTest::addColumn<V>("value");
-        QTest::addColumn<QByteArray>("bare");
-        QTest::addColumn<QByteArray>("full");
-        const auto row = [](const V& value, QByteArray bare, QByteArray full = {}) {
-            QTest::addRow("%s", bare.constData()) << value << bare << (full.isNull() ? bare : full);
+        const auto row = [](const V& value, const QByteArray& bare, const QByteArray& full = {}) {
+            QCOMPARE(value.toString().bytes(), bare);
+            QCOMPARE(value.toFullString().bytes(), full.isNull() ? bare : full);
         };
         int type = 0;
         for (const QByteArray& text : QByteArray(sampleTexts[0]).split('|'))
@@ -240,13 +215,6 @@ private Q_SLOTS:
         QVERIFY(value.setVariantArray({upTo(2), V("x"), V()}));
         row(value, "{{0, 1}, x, }");
     }
-    void texts()
-    {
-        QFETCH(V, value);
-        QTEST(value.toString().bytes(), "bare");
-        QTEST(value.toFullString().bytes(), "full");
-    }
-
     void longTexts()
     {
         constexpr int count = 100'000;

@@ -3,7 +3,7 @@
 #include "platform/stack/checkmemory_p.h"
 #include "platform/wire/messages_p.h"
 
-#include <QtCore/QRandomGenerator>
+#include <QtCore/QtCore>
 
 template <class T, class = void>
 inline constexpr bool hasFieldList = false;

@@ -2,8 +2,6 @@
 #include "support/hostileserver.h"
 #include "support/warnings.h"
 
-#include <QtCore/QDeadlineTimer>
-
 using namespace UaWire;
 
 namespace {
@@ -58,16 +56,31 @@ private Q_SLOTS:
 
     void init() { failOnWarnings(); }
 
-    void connects_data()
+    void connects()
     {
-        QTest::addColumn<QList<QHostAddress>>("addresses");
-        QTest::addColumn<OpcUa_StatusCode>("status");
-        QTest::addColumn<QHostAddress>("peer");
         const QHostAddress good = loopback(1), silent = loopback(2), refusing = loopback(3);
         const QHostAddress noRoute(QHostAddress::Broadcast); // refused by the system itself
-        const auto row = [](const char* name, const QList<QHostAddress>& addresses,
-                            OpcUa_StatusCode status, const QHostAddress& peer = {}) {
-            QTest::newRow(name) << addresses << status << peer;
+        const auto row = [this](const char* name, const QList<QHostAddress>& addresses,
+                                OpcUa_StatusCode status, const QHostAddress& peer = {}) {
+            const Case here(name);
+            HostResolver resolver([addresses](const QString&) {
+                return HostAddresses{OpcUa_Good, addresses};
+            });
+            Connector connector(resolver);
+            QSignalSpy found(&connector, &Connector::hostFound);
+            QSignalSpy finished(&connector, &Connector::finished);
+            connector.start("plant.test", m_port, QDeadlineTimer(3000));
+            QVERIFY(!connector.isFinished());
+            QVERIFY(finished.wait(10000));
+            QCOMPARE(connector.status(), status);
+            QCOMPARE(found.size(), addresses.isEmpty() ? 0 : 1);
+            const std::unique_ptr<QTcpSocket> socket = connector.takeSocket();
+            QCOMPARE(socket ? socket->peerAddress() : QHostAddress(), peer);
+            QVERIFY(!socket || socket->state() == QAbstractSocket::ConnectedState);
+            QTest::qWait(2 * int(Connector::attemptDelay.count())); // Nothing goes on.
+            QCOMPARE(finished.size(), 1);
+            QVERIFY(peer == m_ipv6 || !m_good6.hasPendingConnections());
+            delete m_good6.nextPendingConnection();
         };
         row("first", {good, m_ipv6}, OpcUa_Good, good);
         row("unreachable first", {noRoute, good}, OpcUa_Good, good);
@@ -77,29 +90,6 @@ private Q_SLOTS:
         row("unreachable", {noRoute, noRoute}, OpcUa_BadCommunicationError);
         row("refused tells more", {noRoute, refusing, noRoute}, OpcUa_BadConnectionRejected);
         row("silent", {refusing, silent}, OpcUa_BadTimeout);
-    }
-    void connects()
-    {
-        QFETCH(QList<QHostAddress>, addresses);
-        QFETCH(QHostAddress, peer);
-        HostResolver resolver([addresses](const QString&) {
-            return HostAddresses{OpcUa_Good, addresses};
-        });
-        Connector connector(resolver);
-        QSignalSpy found(&connector, &Connector::hostFound);
-        QSignalSpy finished(&connector, &Connector::finished);
-        connector.start("plant.test", m_port, QDeadlineTimer(3000));
-        QVERIFY(!connector.isFinished());
-        QVERIFY(finished.wait(10000));
-        QTEST(connector.status(), "status");
-        QCOMPARE(found.size(), addresses.isEmpty() ? 0 : 1);
-        const std::unique_ptr<QTcpSocket> socket = connector.takeSocket();
-        QCOMPARE(socket ? socket->peerAddress() : QHostAddress(), peer);
-        QVERIFY(!socket || socket->state() == QAbstractSocket::ConnectedState);
-        QTest::qWait(2 * int(Connector::attemptDelay.count())); // Nothing goes on.
-        QCOMPARE(finished.size(), 1);
-        QVERIFY(peer == m_ipv6 || !m_good6.hasPendingConnections());
-        delete m_good6.nextPendingConnection();
     }
 
     void lookUps()

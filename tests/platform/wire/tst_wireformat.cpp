@@ -4,8 +4,6 @@
 #include "platform/wire/samples.h"
 #include "support/warnings.h"
 
-#include <QtTest/QtTest>
-
 using namespace UaWire;
 
 namespace {

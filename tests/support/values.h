@@ -1,0 +1,20 @@
+#pragma once
+
+#include "platform/types/uabytearray.h"
+#include "platform/types/uadatetime.h"
+#include "platform/types/uaexpandednodeid.h"
+#include "platform/types/uaextensionobject.h"
+#include "platform/types/uaguid.h"
+#include "platform/types/uanames.h"
+#include "platform/types/uastacktypearray.h"
+#include "platform/types/uastatuscode.h"
+#include "platform/types/uavariant.h"
+
+using V = UaVariant;
+
+inline V xmlElement(const QByteArray& bytes)
+{
+    V value;
+    value.setXmlElement(UaByteString(bytes));
+    return value;
+}
