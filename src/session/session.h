@@ -82,9 +82,11 @@ struct QvelSessionStatistics
 /// under way then end with BadShutdown.
 ///
 /// Each service is a call that returns a future of a plain result, which outlives the session. Go
-/// on with `.then(context, ...)`. Cancelling a future abandons the call; nothing throws. The caller
-/// asks for what it means: calls are cut by the server's limits, several at a time, and put
-/// together again in order. They end after callTimeout for each request that they need.
+/// on with a QFutureWatcher, or with `.then(context, ...)` where the context stays until the result
+/// is there: Qt 6.4 does not bear one that is deleted before. Cancelling a future abandons the
+/// call; nothing throws. The caller asks for what it means: calls are cut by the server's limits,
+/// several at a time, and put together again in order. They end after callTimeout for each request
+/// that they need.
 ///
 /// A connection that is lost comes back by itself: a new channel under the same session, else a new
 /// session to which the subscriptions are transferred, else all made anew. Calls that were under
