@@ -84,6 +84,7 @@ QJsonObject endpointToJson(const OpcUa_EndpointDescription& endpoint)
 
 QJsonObject nodeToJson(QvelDiscoveryModel& model, QvelDiscoveryNode* node)
 {
+    const QString type = typeName(node->type());
     QJsonObject json;
     if (const auto* endpoint = dynamic_cast<QvelDiscoveryNodeEndpoint*>(node))
         json = endpointToJson(*endpoint->configuration().endpointDescription());
@@ -91,7 +92,7 @@ QJsonObject nodeToJson(QvelDiscoveryModel& model, QvelDiscoveryNode* node)
         json.insert(key("url"), server->serverDiscoveryUrl());
     else if (const auto* discovery = dynamic_cast<QvelDiscoveryNodeDiscovery*>(node))
         json.insert(key("url"), discovery->discoveryUrl());
-    json.insert(key("type"), typeName(node->type()));
+    json.insert(key("type"), type);
     json.insert(key("name"), model.indexOf(node).data().toString());
     QJsonArray children;
     const auto nodes = node->children();

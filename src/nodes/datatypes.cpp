@@ -71,11 +71,10 @@ QvelEnumInfo namesOf(const UaVariant& value, QvelEnumInfo::Kind kind)
 {
     constexpr qsizetype most = 10'000;
     QvelEnumInfo info;
-    const auto add = [&info, kind](OpcUa_Int64 number, const UaString& name) {
+    const auto add = [&info, kind](OpcUa_Int64 place, const UaString& name) {
         const bool isFlag = kind == QvelEnumInfo::EnumerationFlags;
-        if (isFlag ? number >= 0 && number < 32 : number == OpcUa_Int64(int(number)))
-            info.values.insert(isFlag ? int(1u << number) : int(number),
-                               shownText(name.toQString()));
+        if (isFlag ? place >= 0 && place < 32 : place == OpcUa_Int64(int(place)))
+            info.values.insert(isFlag ? int(1u << place) : int(place), shownText(name.toQString()));
     };
     if (value.arraySize() > most)
         return info;
