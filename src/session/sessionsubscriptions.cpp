@@ -305,10 +305,14 @@ void SessionSubscriptions::change(quint32 id, Request& request, Done done)
     m_worker.request<Response>(
         request, [this, id, generation = m_generation,
                   done = std::move(done)](OpcUa_StatusCode status, Response& response) {
-            Subscription* s = find(id);
-            if (!s || generation != m_generation)
+            if (generation != m_generation)
                 return;
-            if (isLost(status))
+            Subscription* s = find(id);
+            if constexpr (std::is_same_v<Response, CreateSubscriptionResponse>) {
+                if (!s && !OpcUa_IsBad(status)) // removed before it was there
+                    deleteSubscription(response.subscriptionId);
+            }
+            if (!s || isLost(status))
                 return; // disconnected() comes next
             s->hasUnknownItems |= s->makesItems && status == OpcUa_BadTimeout;
             s->isBusy = s->makesItems = false;

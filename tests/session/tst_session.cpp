@@ -453,6 +453,14 @@ private Q_SLOTS:
         subscription->setPublishingEnabled(true);
         QTRY_VERIFY(values[h[3]].size() > paused);
         QCOMPARE(values[h[2]].size(), removed);
+
+        // One that goes before the server has made it does not stay there, where ten find room.
+        for (int i = 0; i < 20; ++i) {
+            delete session.createSubscription(parameters);
+            resultOf(session.read({{item.nodeId, 13, {}, {}}}));
+        }
+        subscription = session.createSubscription(parameters);
+        QTRY_VERIFY(subscription->subscriptionId() != 0);
     }
 
 private:
