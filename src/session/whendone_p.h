@@ -6,7 +6,6 @@
 
 /// Calls `function` with the result of `future` once it is there, on the thread of `context`, which
 /// is the caller's; not where the context has been deleted meanwhile, or the call was cancelled.
-/// The result is taken out of the future, so that a large one is not copied when it is changed.
 /// With QFuture::then(), the context must not go before the result comes: Qt 6.4 ends a debug build
 /// that lets it.
 template <class T, class Function>
@@ -17,7 +16,7 @@ void whenDone(const QFuture<T>& future, QObject* context, Function function)
                      [watcher, function = std::move(function)]() mutable {
                          watcher->deleteLater();
                          if (watcher->future().resultCount() > 0)
-                             function(watcher->future().takeResult());
+                             function(watcher->result());
                      });
     watcher->setFuture(future);
 }
