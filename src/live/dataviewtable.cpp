@@ -1,0 +1,255 @@
+#include "dataviewtable_p.h"
+
+#include "nodes/valuedelegate_p.h"
+#include "platform/types/uavariant.h"
+
+#include <QtGui/QAccessible>
+#include <QtGui/QClipboard>
+#include <QtGui/QDrag>
+#include <QtGui/QDropEvent>
+#include <QtGui/QGuiApplication>
+#include <QtGui/QPainter>
+#include <QtWidgets/QHeaderView>
+
+#include <algorithm>
+
+namespace {
+
+using Model = QvelDataViewModel;
+
+// In characters.
+struct ColumnWidth
+{
+    Model::Column column;
+    int width;
+};
+constexpr ColumnWidth widths[] = {
+    {Model::Name, 22},     {Model::NodeId, 30},          {Model::Value, 18},
+    {Model::DataType, 12}, {Model::SourceTimestamp, 26}, {Model::ServerTimestamp, 26},
+    {Model::Status, 16},   {Model::WriteResult, 16},
+};
+
+bool isParameter(int column)
+{
+    return column == Model::SamplingInterval || column == Model::PublishingInterval ||
+           column == Model::QueueSize;
+}
+
+class Delegate : public ValueDelegate
+{
+public:
+    explicit Delegate(DataViewTable* table) : ValueDelegate(table), m_table(table) {}
+
+    // A parameter goes to all selected rows.
+    void setModelData(QWidget* editor, QAbstractItemModel* model,
+                      const QModelIndex& index) const override
+    {
+        const QList<int> rows = m_table->selectedRowNumbers();
+        const int column = index.column();
+        const auto parameter = [&index] { return index.data(Model::ValueRole).value<UaVariant>(); };
+        const UaVariant before = parameter();
+        ValueDelegate::setModelData(editor, model, index);
+        if (isParameter(column) && rows.contains(index.row()) && parameter() != before)
+            m_table->list()->setParameter(rows, Model::Column(column), parameter().toDouble());
+    }
+
+    // Most cells are bare text, thousands of them a second: these are painted without the detour
+    // over the style.
+    void paint(QPainter* painter, const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override
+    {
+        constexpr QStyle::State special =
+            QStyle::State_Selected | QStyle::State_HasFocus | QStyle::State_MouseOver;
+        const bool hasIcon =
+            index.column() == Model::Status || index.column() == Model::WriteResult;
+        if ((option.state & special) || hasIcon || option.direction == Qt::RightToLeft)
+            return ValueDelegate::paint(painter, option, index);
+        const QString text = index.data(Qt::DisplayRole).toString();
+        if (text.isEmpty())
+            return;
+        const QVariant brush = index.data(Qt::ForegroundRole);
+        const QPalette::ColorGroup group =
+            !(option.state & QStyle::State_Enabled) ? QPalette::Disabled
+            : option.state & QStyle::State_Active   ? QPalette::Active
+                                                    : QPalette::Inactive;
+        painter->setPen(brush.isValid() ? brush.value<QBrush>().color()
+                                        : option.palette.color(group, QPalette::Text));
+        const int margin =
+            m_table->style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, m_table) + 1;
+        const QRect room = option.rect.adjusted(margin, 0, -margin, 0);
+        const int alignment = index.data(Qt::TextAlignmentRole).toInt();
+        painter->drawText(room, alignment | Qt::TextSingleLine,
+                          option.fontMetrics.elidedText(text, Qt::ElideRight, room.width()));
+    }
+
+private:
+    DataViewTable* const m_table;
+};
+
+} // namespace
+
+DataViewTable::DataViewTable(QvelDataViewModel* model, QWidget* parent)
+    : QTableView(parent), m_list(model)
+{
+    model->setParent(this);
+    setModel(model);
+    setItemDelegate(new Delegate(this));
+    setSelectionBehavior(SelectRows);
+    setSelectionMode(ExtendedSelection);
+    setEditTriggers(DoubleClicked | EditKeyPressed);
+    setDragDropMode(DragDrop);
+    setDragDropOverwriteMode(false);
+    setDefaultDropAction(Qt::CopyAction);
+    setWordWrap(false);
+    setTabKeyNavigation(false);
+    setHorizontalScrollMode(ScrollPerPixel);
+    setShowGrid(false);
+    setContextMenuPolicy(Qt::CustomContextMenu);
+    verticalHeader()->hide();
+    verticalHeader()->setMinimumSectionSize(1);
+    verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
+    horizontalHeader()->setSectionsMovable(true);
+    horizontalHeader()->setHighlightSections(false);
+    horizontalHeader()->setContextMenuPolicy(Qt::CustomContextMenu);
+    const int character = fontMetrics().averageCharWidth();
+    for (int column = 0; column < Model::ColumnCount; ++column)
+        setColumnWidth(column, horizontalHeader()->sectionSizeHint(column) + character);
+    for (const ColumnWidth& each : widths)
+        setColumnWidth(each.column, std::max(columnWidth(each.column), each.width * character));
+}
+
+QList<int> DataViewTable::selectedRowNumbers() const
+{
+    QList<int> rows;
+    const QModelIndexList selected = selectionModel()->selectedRows();
+    for (const QModelIndex& index : selected)
+        rows.append(index.row());
+    return rows;
+}
+
+void DataViewTable::copySelected() const
+{
+    if (const QList<int> rows = selectedRowNumbers(); !rows.isEmpty())
+        QGuiApplication::clipboard()->setMimeData(qvelNodeMimeData(m_list->nodeLinks(rows)));
+}
+
+void DataViewTable::paste()
+{
+    const QList<QvelNodeLink> links = qvelNodeLinks(QGuiApplication::clipboard()->mimeData());
+    if (links.isEmpty())
+        Q_EMIT messageChanged(tr("The clipboard holds no NodeIds."));
+    else
+        m_list->addNodes(links);
+}
+
+void DataViewTable::removeSelected()
+{
+    QList<int> rows = selectedRowNumbers();
+    std::sort(rows.begin(), rows.end());
+    while (!rows.isEmpty()) {
+        const int last = rows.takeLast();
+        int first = last;
+        while (!rows.isEmpty() && rows.last() == first - 1)
+            first = rows.takeLast();
+        m_list->removeRows(first, last - first + 1);
+    }
+}
+
+// Up or down by one row.
+void DataViewTable::moveSelected(int step)
+{
+    const QList<int> rows = selectedRowNumbers();
+    if (rows.isEmpty())
+        return;
+    const auto [first, last] = std::minmax_element(rows.begin(), rows.end());
+    const int before = step < 0 ? *first - 1 : *last + 2;
+    if (before >= 0 && before <= m_list->rowCount())
+        m_list->moveRowsTo(rows, before);
+    scrollTo(currentIndex());
+}
+
+static bool isOwnKey(const QKeyEvent* event)
+{
+    return event->matches(QKeySequence::Copy) || event->matches(QKeySequence::Paste) ||
+           event->matches(QKeySequence::Delete);
+}
+
+// Not the host's shortcuts while the table has the focus.
+bool DataViewTable::event(QEvent* event)
+{
+    if (event->type() == QEvent::ShortcutOverride && isOwnKey(static_cast<QKeyEvent*>(event))) {
+        event->accept();
+        return true;
+    }
+    return QTableView::event(event);
+}
+
+void DataViewTable::keyPressEvent(QKeyEvent* event)
+{
+    const bool isArrow = event->key() == Qt::Key_Up || event->key() == Qt::Key_Down;
+    if (event->matches(QKeySequence::Copy))
+        copySelected();
+    else if (event->matches(QKeySequence::Paste))
+        paste();
+    else if (event->matches(QKeySequence::Delete))
+        removeSelected();
+    else if (isArrow && event->modifiers() == Qt::AltModifier)
+        moveSelected(event->key() == Qt::Key_Up ? -1 : 1);
+    else
+        QTableView::keyPressEvent(event);
+}
+
+void DataViewTable::paintEvent(QPaintEvent* event)
+{
+    QTableView::paintEvent(event);
+    if (m_list->rowCount() > 0)
+        return;
+    QPainter painter(viewport());
+    painter.setPen(palette().color(QPalette::PlaceholderText));
+    painter.drawText(viewport()->rect().adjusted(8, 8, -8, -8), Qt::AlignCenter | Qt::TextWordWrap,
+                     tr("Drop variables here, paste NodeIds, or type one above."));
+}
+
+void DataViewTable::dropEvent(QDropEvent* event)
+{
+    // Before the row in whose upper half it is, else behind it.
+    const QPoint position = event->position().toPoint();
+    const QModelIndex at = indexAt(position);
+    const int before = !at.isValid()
+                           ? m_list->rowCount()
+                           : at.row() + (position.y() > visualRect(at).center().y() ? 1 : 0);
+    if (event->source() == this)
+        m_list->moveRowsTo(selectedRowNumbers(), before);
+    else if (!m_list->dropMimeData(event->mimeData(), Qt::CopyAction, before, 0, {}))
+        Q_EMIT messageChanged(tr("Nothing was added."));
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    stopAutoScroll();
+    setState(NoState);
+    viewport()->update();
+}
+
+// Rows that are dropped elsewhere stay.
+void DataViewTable::startDrag(Qt::DropActions /*actions*/)
+{
+    QMimeData* data = m_list->mimeData(selectionModel()->selectedRows());
+    auto* drag = new QDrag(this);
+    drag->setMimeData(data);
+    drag->exec(Qt::CopyAction);
+}
+
+// Only the cells that changed are painted, rather than all that are seen.
+void DataViewTable::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
+                                const QList<int>& roles)
+{
+    if (topLeft == bottomRight || QAccessible::isActive())
+        return QTableView::dataChanged(topLeft, bottomRight, roles);
+    const int top = rowViewportPosition(topLeft.row());
+    const int bottom = rowViewportPosition(bottomRight.row()) + rowHeight(bottomRight.row());
+    QRegion region;
+    for (int column = topLeft.column(); column <= bottomRight.column(); ++column) {
+        if (!isColumnHidden(column))
+            region += QRect(columnViewportPosition(column), top, columnWidth(column), bottom - top);
+    }
+    viewport()->update(region & viewport()->rect());
+}

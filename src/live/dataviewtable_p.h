@@ -1,0 +1,39 @@
+#pragma once
+
+#include "live/dataviewmodel.h"
+
+#include <QtWidgets/QTableView>
+
+/// The table of one list: edits in place, also several rows at once, takes nodes that are dropped
+/// or pasted, and lets rows be moved by drag or by Alt and the arrow keys.
+class DataViewTable : public QTableView
+{
+    Q_OBJECT
+public:
+    /// The model becomes the table's child.
+    explicit DataViewTable(QvelDataViewModel* model, QWidget* parent = nullptr);
+
+    QvelDataViewModel* list() const { return m_list; }
+    QList<int> selectedRowNumbers() const;
+
+    void copySelected() const;
+    void paste();
+    void removeSelected();
+
+Q_SIGNALS:
+    void messageChanged(const QString& text);
+
+protected:
+    bool event(QEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+    void startDrag(Qt::DropActions actions) override;
+    void dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
+                     const QList<int>& roles) override;
+
+private:
+    void moveSelected(int step);
+
+    QvelDataViewModel* const m_list;
+};
