@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Kestrel/QvelSessionOptions>
+
 #include <QtCore/QString>
 
 #include <functional>
@@ -12,6 +14,11 @@ struct CertificateStore
     /// Makes the folders; `log` is told of each that cannot be made. That of the key is the user's
     /// alone.
     void makeFolders(const std::function<void(const QString&)>& log) const;
+    /// Makes harrier's own certificate and key where neither is there. `log` is told of that, of a
+    /// failure, and of a certificate that is not valid today. Whether it made them.
+    bool makeOwnCertificate(const std::function<void(const QString&)>& log) const;
+    /// How harrier presents itself to servers, and whom it trusts.
+    QvelSessionOptions sessionOptions() const;
 
     QString folder;
     QString trusted;

@@ -60,7 +60,7 @@ bool hasNameOfItsOwn(const QvelDiscoverySetting& setting)
 
 ConnectionPage::ConnectionPage(Host& host, QWidget* parent)
     : QWidget(parent), m_host(host), m_form(new QvelEndpointSettingsWidget),
-      m_use(new QPushButton(tr("Use &Connection")))
+      m_use(new QPushButton(tr("Use &Connection"))), m_connect(new QPushButton(tr("C&onnect")))
 {
     m_form->setCertificateFilePath(host.store().value(certificatePathKey).toString());
     m_form->setPrivateKeyFilePath(host.store().value(privateKeyPathKey).toString());
@@ -83,10 +83,22 @@ ConnectionPage::ConnectionPage(Host& host, QWidget* parent)
     m_use->setEnabled(false);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(scroll);
-    layout->addWidget(m_use, 0, Qt::AlignRight);
+    m_connect->setObjectName(QStringLiteral("connect"));
+    m_connect->setToolTip(tr("Opens a session with these settings"));
+    m_connect->setEnabled(false);
+    auto* buttons = new QHBoxLayout;
+    buttons->addStretch();
+    buttons->addWidget(m_use);
+    buttons->addWidget(m_connect);
+    layout->addLayout(buttons);
 
     connect(m_form, &QvelEndpointSettingsWidget::endpointUrlChanged, m_use,
-            [this](const QString& url) { m_use->setEnabled(!url.trimmed().isEmpty()); });
+            [this](const QString& url) {
+                m_use->setEnabled(!url.trimmed().isEmpty());
+                m_connect->setEnabled(m_use->isEnabled());
+            });
+    connect(m_connect, &QPushButton::clicked, this,
+            [this] { Q_EMIT m_host.connectionRequested(connection()); });
     connect(m_use, &QPushButton::clicked, this,
             [this] { Q_EMIT m_host.useConnectionRequested(connection()); });
     connect(&host, &Host::endpointChanged, this, &ConnectionPage::setEndpoint);

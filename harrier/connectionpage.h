@@ -30,6 +30,7 @@ private:
     Host& m_host;
     QvelEndpointSettingsWidget* m_form;
     QPushButton* m_use;
+    QPushButton* m_connect;
     QvelDiscoverySetting m_current;
     QvelDiscoverySetting m_base; ///< the last endpoint that was current
 };

@@ -161,8 +161,16 @@ EndpointDetails::EndpointDetails(QWidget* parent) : QWidget(parent)
     layout->setContentsMargins({});
     layout = new QVBoxLayout(this);
     layout->addWidget(scroll);
-    layout->addWidget(m_use, 0, Qt::AlignRight);
-    m_use->setEnabled(false);
+    m_connect = new QPushButton(tr("C&onnect"));
+    m_connect->setObjectName(QStringLiteral("connect"));
+    m_connect->setToolTip(tr("Opens a session with this endpoint"));
+    connect(m_connect, &QPushButton::clicked, this, &EndpointDetails::connectRequested);
+    auto* buttons = new QHBoxLayout;
+    buttons->addStretch();
+    buttons->addWidget(m_use);
+    buttons->addWidget(m_connect);
+    layout->addLayout(buttons);
+    setEndpoint(QvelDiscoverySetting());
 }
 
 void EndpointDetails::setEndpoint(const QvelDiscoverySetting& endpoint)
@@ -179,6 +187,7 @@ void EndpointDetails::setEndpoint(const QvelDiscoverySetting& endpoint)
     m_tokens->setPlainText(tokenLines(description));
     showCertificate(description.ServerCertificate);
     m_use->setEnabled(!empty);
+    m_connect->setEnabled(!empty);
 }
 
 void EndpointDetails::showCertificate(const OpcUa_ByteString& der)

@@ -23,6 +23,7 @@ public Q_SLOTS:
 
 Q_SIGNALS:
     void useRequested();
+    void connectRequested();
 
 private:
     void showCertificate(const OpcUa_ByteString& der);
@@ -40,4 +41,5 @@ private:
     OutputField* m_validity;
     OutputField* m_thumbprint;
     QPushButton* m_use;
+    QPushButton* m_connect;
 };

@@ -11,8 +11,18 @@ Host::Host(SettingsStore& store, int timeout, const QString& dataFolder)
         m_temporaryFolder = std::make_unique<QTemporaryDir>();
         m_dataFolder = m_temporaryFolder->path();
     }
+    m_certificates =
+        std::make_unique<CertificateStore>(m_dataFolder + QStringLiteral("/certificates"));
     if (!store.error().isEmpty())
         m_log.appendFailure(store.error());
+}
+
+void Host::needCertificate()
+{
+    const auto log = [this](const QString& text) { m_log.append(text); };
+    m_certificates->makeFolders([this](const QString& text) { m_log.appendFailure(text); });
+    if (m_certificates->makeOwnCertificate(log))
+        Q_EMIT certificatesChanged();
 }
 
 bool Host::hasEndpoint() const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "callbacks.h"
+#include "certificatestore.h"
 #include "logbuffer.h"
 
 #include <Kestrel/QvelDiscoverySetting>
@@ -25,6 +26,9 @@ public:
     int timeout() const { return m_timeout; }
     /// Where files of harrier's own are kept; absolute, and perhaps not there yet.
     QString dataFolder() const { return m_dataFolder; }
+    const CertificateStore& certificates() const { return *m_certificates; }
+    /// Makes harrier's own certificate if there is none, for a connection that needs one.
+    void needCertificate();
 
     /// The endpoint that is current in the discovery tree; a default record if none is.
     const QvelDiscoverySetting& endpoint() const { return m_endpoint; }
@@ -39,6 +43,11 @@ Q_SIGNALS:
     void useEndpointRequested();
     /// The user wants to work with a connection that has settings of its own.
     void useConnectionRequested(const QvelDiscoverySetting& connection);
+    /// The user wants a session with the current endpoint, or with these settings.
+    void connectRequested();
+    void connectionRequested(const QvelDiscoverySetting& connection);
+    /// harrier made itself a certificate, or the store changed in another way.
+    void certificatesChanged();
     /// An edit field remembered the name of a file that it loads or saved.
     void editorFileNamed(const QString& key, const QString& file);
     /// Something for the status line.
@@ -51,5 +60,6 @@ private:
     int m_timeout;
     std::unique_ptr<QTemporaryDir> m_temporaryFolder;
     QString m_dataFolder;
+    std::unique_ptr<CertificateStore> m_certificates;
     QvelDiscoverySetting m_endpoint;
 };

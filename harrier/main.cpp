@@ -1,9 +1,12 @@
 #include "discovercommand.h"
+#include "exitsignals.h"
 #include "host.h"
 #include "mainwindow.h"
 #include "plainline.h"
+#include "projectcontrol.h"
 #include "rendercommand.h"
 #include "sessioncommand.h"
+#include "sessionpage.h"
 
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QFile>
@@ -11,6 +14,7 @@
 #include <QtCore/QStandardPaths>
 #include <QtCore/QTimer>
 #include <QtGui/QScreen>
+#include <QtGui/QSessionManager>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QMessageBox>
 #include <QtWidgets/QStyleFactory>
@@ -132,8 +136,14 @@ int main(int argc, char** argv)
         tr("url"));
     const QCommandLineOption rendering(
         QStringLiteral("render"), tr("Draw each page into a PNG file in <folder>."), tr("folder"));
+    const QCommandLineOption opening(
+        QStringLiteral("open"),
+        tr("Connect to <url>: with the best security that needs no question, or with none."),
+        tr("url"));
     const QCommandLineOption dark(QStringLiteral("dark"), tr("Use dark colours."));
-    parser.addOptions({help, settings, timeout, discovery, connecting, rendering, dark});
+    parser.addOptions({help, settings, timeout, discovery, connecting, opening, rendering, dark});
+    parser.addPositionalArgument(QStringLiteral("project"), tr("A project file to open."),
+                                 QStringLiteral("[project]"));
     parser.addPositionalArgument(QStringLiteral("urls"),
                                  tr("With --discover: URLs to look under, as opc.tcp://host:4840."),
                                  QStringLiteral("[url...]"));
@@ -150,11 +160,16 @@ int main(int argc, char** argv)
         return usageError(tr("--timeout takes a number from 1 to %1").arg(MaxTimeoutMs));
     const QStringList urls = parser.positionalArguments();
     const bool discovering = parser.isSet(discovery);
-    if (discovering == urls.isEmpty())
-        return usageError(discovering ? tr("--discover needs a URL")
-                                      : tr("Unexpected argument: %1").arg(urls.first()));
-    if (discovering && parser.isSet(rendering))
-        return usageError(tr("--discover and --render exclude each other"));
+    if (discovering && urls.isEmpty())
+        return usageError(tr("--discover needs a URL"));
+    if (!discovering && urls.size() > 1)
+        return usageError(tr("Unexpected argument: %1").arg(urls.at(1)));
+    if (!discovering && !urls.isEmpty() && !QFile::exists(urls.first()))
+        return usageError(tr("There is no project file %1").arg(urls.first()));
+    for (const QCommandLineOption& other : {rendering, opening})
+        if (discovering && parser.isSet(other))
+            return usageError(
+                tr("--discover and --%1 exclude each other").arg(other.names().first()));
 
     if (!discovering && !parser.isSet(rendering) && !display)
         return usageError(
@@ -193,6 +208,13 @@ int main(int argc, char** argv)
         }
         Host host(*store, timeoutMs, dataFolder);
         MainWindow window(host);
+        if (!urls.isEmpty())
+            window.project().open(urls.first());
+        if (parser.isSet(opening)) {
+            QvelDiscoverySetting setting;
+            setting.setEndpointUrl(parser.value(opening));
+            window.addSession(setting)->connectQuietly();
+        }
         if (parser.isSet(rendering)) {
             QString error;
             if (!render(window, parser.value(rendering), &error)) {
@@ -203,8 +225,13 @@ int main(int argc, char** argv)
             window.resize(window.size().boundedTo(window.screen()->availableSize()));
             window.show();
             QTimer::singleShot(0, &host, &Host::started);
+            const ExitSignals signals;
+            QObject::connect(&signals, &ExitSignals::received, &window, &MainWindow::end);
+            QObject::connect(&app, &QGuiApplication::commitDataRequest, &window,
+                             [&window] { window.project().saveForRecovery(); });
             result = QApplication::exec();
         }
+        window.closeSessions();
     }
 
     const bool known = !store->error().isEmpty(); // then the log said so

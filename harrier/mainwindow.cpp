@@ -1,30 +1,52 @@
 #include "mainwindow.h"
 
+#include "discoveryhint.h"
+#include "gallery.h"
 #include "host.h"
 #include "logview.h"
 #include "pages.h"
+#include "plainline.h"
+#include "project.h"
+#include "projectcontrol.h"
+#include "sessionpage.h"
 
+#include <Kestrel/QvelDiscoveryModel>
+#include <Kestrel/QvelDiscoveryNodeDiscovery>
 #include <Kestrel/QvelToolBox>
 
+#include <QtCore/QEventLoop>
+#include <QtCore/QTimer>
 #include <QtGui/QAction>
+#include <QtGui/QCloseEvent>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QDockWidget>
 #include <QtWidgets/QHBoxLayout>
+#include <QtWidgets/QLabel>
 #include <QtWidgets/QMenu>
 #include <QtWidgets/QMenuBar>
 #include <QtWidgets/QMessageBox>
+#include <QtWidgets/QSplitter>
 #include <QtWidgets/QStatusBar>
+#include <QtWidgets/QTabBar>
 #include <QtWidgets/QTabWidget>
 #include <QtWidgets/QToolButton>
 #include <QtWidgets/QVBoxLayout>
+
+#include <algorithm>
 
 namespace {
 
 // Keys of the window's own settings.
 const QString geometryKey = QStringLiteral("Window/Geometry");
 const QString stateKey = QStringLiteral("Window/State");
+const QString splitterKey = QStringLiteral("Window/Splitter");
 const QString pageKey = QStringLiteral("Window/Page");
 const QString treesKey = QStringLiteral("Window/OpenTrees");
+
+const QString serversKey = QStringLiteral("servers");
+
+constexpr int longestFarewell = 2000; // ms
+constexpr int certificatesPage = 2;
 
 QToolButton* toolButton(QAction* action)
 {
@@ -36,28 +58,51 @@ QToolButton* toolButton(QAction* action)
     return button;
 }
 
+QString escaped(QString text)
+{
+    return text.replace(QLatin1Char('&'), QLatin1String("&&"));
+}
+
 } // namespace
 
 MainWindow::MainWindow(Host& host, QWidget* parent)
-    : QMainWindow(parent), m_host(host), m_discovery(new QvelToolBox), m_pages(new QTabWidget),
-      m_use(new QAction(tr("&Use This Endpoint"), this))
+    : QMainWindow(parent), m_host(host), m_tabs(new QTabWidget), m_find(new QSplitter),
+      m_discovery(new QvelToolBox), m_hint(new DiscoveryHint), m_pages(new QTabWidget),
+      m_status(new QLabel), m_use(new QAction(tr("&Use This Endpoint"), this)),
+      m_connect(new QAction(tr("&Connect"), this))
 {
-    setWindowTitle(tr("harrier"));
-    setCorner(Qt::BottomLeftCorner, Qt::LeftDockWidgetArea);
     setWindowIcon(QIcon(QStringLiteral(":/images/harrier.png")));
     createDiscovery();
     createPages();
     createLog();
+    m_tabs->setDocumentMode(true);
+    m_tabs->setTabsClosable(true);
+    m_tabs->setElideMode(Qt::ElideRight);
+    m_tabs->addTab(m_find, QIcon(QStringLiteral(":/images/globe.png")), tr("Find Servers"));
+    for (const auto side : {QTabBar::LeftSide, QTabBar::RightSide})
+        m_tabs->tabBar()->setTabButton(0, side, nullptr); // it stays
+    setCentralWidget(m_tabs);
+    connect(m_tabs, &QTabWidget::tabCloseRequested, this, &MainWindow::closeTab);
+    connect(m_tabs, &QTabWidget::currentChanged, this, &MainWindow::followTab);
+    m_project =
+        new ProjectControl(host, {this, [this] { return projectContent(); },
+                                  [this](const QJsonObject& content) { openProject(content); }});
     createMenus();
+    m_status->setTextFormat(Qt::PlainText);
+    statusBar()->addPermanentWidget(m_status);
+    connect(m_project, &ProjectControl::titleChanged, this, &MainWindow::followTab);
+    connect(&host, &Host::started, this, &MainWindow::start);
     followCurrent();
+    followTab();
 
     const QSize em(fontMetrics().averageCharWidth(), fontMetrics().height());
     resize(175 * em.width(), 50 * em.height());
-    resizeDocks({m_docks.at(0)}, {63 * em.width()}, Qt::Horizontal);
-    resizeDocks({m_docks.at(1)}, {10 * em.height()}, Qt::Vertical);
+    m_find->setSizes({63 * em.width(), 112 * em.width()});
+    resizeDocks({m_log}, {8 * em.height()}, Qt::Vertical);
     const SettingsStore& store = m_host.store();
     restoreGeometry(store.value(geometryKey).toByteArray());
     restoreState(store.value(stateKey).toByteArray());
+    m_find->restoreState(store.value(splitterKey).toByteArray());
     m_pages->setCurrentIndex(store.value(pageKey).toInt());
     const QVariant trees = store.value(treesKey); // a bit each
     for (int i = 0; i < m_discovery->count(); ++i)
@@ -69,6 +114,7 @@ MainWindow::~MainWindow()
     SettingsStore& store = m_host.store();
     store.setValue(geometryKey, saveGeometry());
     store.setValue(stateKey, saveState());
+    store.setValue(splitterKey, m_find->saveState());
     store.setValue(pageKey, m_pages->currentIndex());
     int trees = 0;
     for (int i = 0; i < m_discovery->count(); ++i)
@@ -76,10 +122,17 @@ MainWindow::~MainWindow()
     store.setValue(treesKey, trees);
     // The trees write their entries through the callbacks, so they go first.
     qApp->disconnect(this);
+    m_tabs->disconnect(this);
     m_discovery->disconnect(this);
+    m_hint->setTree(nullptr);
     while (m_discovery->count() > 0) {
         const std::unique_ptr<QWidget> view(m_discovery->widget(0));
         m_discovery->removePage(0);
+    }
+    const auto pages = sessions(); // their layout goes to the store
+    for (SessionPage* page : pages) {
+        page->disconnect(this);
+        delete page;
     }
 }
 
@@ -94,6 +147,27 @@ QToolButton* MainWindow::discoveryToggle(int page) const
         QStringLiteral("toggleButton"), Qt::FindDirectChildrenOnly);
 }
 
+Gallery& MainWindow::gallery()
+{
+    if (!m_gallery)
+        m_gallery = std::make_unique<Gallery>(m_host);
+    return *m_gallery;
+}
+
+SessionPage* MainWindow::currentSession() const
+{
+    return qobject_cast<SessionPage*>(m_tabs->currentWidget());
+}
+
+QList<SessionPage*> MainWindow::sessions() const
+{
+    QList<SessionPage*> pages;
+    for (int i = 0; i < m_tabs->count(); ++i)
+        if (auto* page = qobject_cast<SessionPage*>(m_tabs->widget(i)))
+            pages.append(page);
+    return pages;
+}
+
 void MainWindow::createDiscovery()
 {
     m_discovery->setItemTexts(
@@ -103,18 +177,11 @@ void MainWindow::createDiscovery()
     addView(QvelDiscoveryWidget::ComDa, QStringLiteral("Discovery.ComDa"), tr("Data Access"));
     addView(QvelDiscoveryWidget::ComAe, QStringLiteral("Discovery.ComAe"), tr("Alarms & Events"));
     m_discovery->setCurrentIndex(0);
+    m_discovery->setMinimumWidth(24 * fontMetrics().averageCharWidth());
     connect(m_discovery, &QvelToolBox::currentIndexChanged, this, &MainWindow::followCurrent);
     connect(qApp, &QApplication::focusChanged, this,
             [this](QWidget*, QWidget* now) { followFocus(now); });
-
-    auto* dock = new QDockWidget(tr("Discovery"));
-    dock->setObjectName(QStringLiteral("discovery"));
-    dock->setWidget(m_discovery);
-    // The box packs its headers by what can be seen, which is nothing before the first show.
-    connect(dock, &QDockWidget::visibilityChanged, m_discovery,
-            &QvelToolBox::pageVisibilityChanged);
-    addDockWidget(Qt::LeftDockWidgetArea, dock);
-    m_docks.append(dock);
+    m_find->addWidget(m_discovery);
 }
 
 void MainWindow::addView(QvelDiscoveryWidget::OpcType type, const QString& group,
@@ -126,7 +193,8 @@ void MainWindow::addView(QvelDiscoveryWidget::OpcType type, const QString& group
     auto* view = new QvelDiscoveryWidget(type, m_callbacks.back().get(), m_host.timeout(),
                                          QCoreApplication::applicationName());
     view->setAccessibleName(tr("%1 servers").arg(title));
-    connect(view, &QvelDiscoveryWidget::endpointActivated, this, &MainWindow::useEndpoint);
+    qobject_cast<QvelDiscoveryModel*>(view->model())->setFailuresInToolTips(true);
+    connect(view, &QvelDiscoveryWidget::endpointActivated, this, &MainWindow::connectTo);
     connect(view, &QvelDiscoveryWidget::comServerActivated, this, &MainWindow::useEndpoint);
     // endpointSelected() tells only of endpoints; the pages also want to know when there is none.
     connect(view->selectionModel(), &QItemSelectionModel::currentChanged, this,
@@ -138,6 +206,9 @@ void MainWindow::followCurrent()
 {
     m_host.setEndpoint(currentView()->currentConfiguration());
     m_use->setEnabled(m_host.hasEndpoint());
+    const auto* model = qobject_cast<QvelDiscoveryModel*>(currentView()->model());
+    m_connect->setEnabled(m_host.hasEndpoint() && model->opcType() == QvelDiscoveryWidget::OpcUa);
+    m_hint->setTree(currentView());
 }
 
 void MainWindow::followFocus(const QWidget* widget)
@@ -158,16 +229,79 @@ void MainWindow::useEndpoint(const QvelDiscoverySetting& endpoint)
     followCurrent(); // the current entry itself may have changed
 }
 
+void MainWindow::connectTo(const QvelDiscoverySetting& endpoint)
+{
+    const QvelDiscoverySetting setting(endpoint);
+    const QStringList others = otherUrls(*currentView(), setting.endpointUrl());
+    useEndpoint(setting);
+    addSession(setting, others)->connectToServer();
+}
+
+SessionPage* MainWindow::addSession(const QvelDiscoverySetting& setting,
+                                    const QStringList& otherUrls)
+{
+    auto* page = new SessionPage(m_host, setting, otherUrls);
+    m_tabs->addTab(page, QString());
+    connect(page, &SessionPage::changed, this, [this, page] { followSession(page); });
+    connect(page, &SessionPage::certificatesWanted, this, [this] { showPage(certificatesPage); });
+    followSession(page);
+    m_tabs->setCurrentWidget(page);
+    return page;
+}
+
+void MainWindow::closeTab(int index)
+{
+    auto* page = qobject_cast<SessionPage*>(m_tabs->widget(index));
+    if (!page)
+        return;
+    page->disconnect(this);
+    page->disconnectFromServer();
+    m_tabs->removeTab(index);
+    page->deleteLater();
+}
+
+void MainWindow::followSession(SessionPage* page)
+{
+    const int index = m_tabs->indexOf(page);
+    m_tabs->setTabText(index, escaped(page->title()));
+    m_tabs->setTabIcon(index, page->icon());
+    m_tabs->setTabToolTip(index, page->status().toHtmlEscaped());
+    if (page == currentSession())
+        followTab();
+}
+
+void MainWindow::followTab()
+{
+    const SessionPage* page = currentSession();
+    const bool isConnected = page && page->session()->state() == QvelSession::Connected;
+    const bool isOff = page && page->session()->state() == QvelSession::Disconnected;
+    const bool enabled[] = {page && !isOff, page && !isConnected, page != nullptr};
+    for (int i = 0; i < m_sessionActions.size(); ++i)
+        m_sessionActions[i]->setEnabled(enabled[i]);
+    m_status->setText(page ? page->status() : tr("Open servers: %1").arg(sessions().size()));
+    const QString project = m_project->title();
+    setWindowTitle(project.isEmpty() ? tr("harrier") : tr("%1 - harrier").arg(project));
+}
+
 void MainWindow::createPages()
 {
-    for (const Page& page : pages())
-        m_pages->addTab(page.create(m_host), QCoreApplication::translate("Page", page.title));
+    addPages(m_host, pages(), m_pages);
     connect(&m_host, &Host::message, this,
             [this](const QString& text) { statusBar()->showMessage(text); });
     connect(&m_host, &Host::useEndpointRequested, this,
             [this] { useEndpoint(QvelDiscoverySetting(m_host.endpoint())); });
     connect(&m_host, &Host::useConnectionRequested, this, &MainWindow::useEndpoint);
-    setCentralWidget(m_pages);
+    connect(&m_host, &Host::connectRequested, this,
+            [this] { connectTo(QvelDiscoverySetting(m_host.endpoint())); });
+    connect(&m_host, &Host::connectionRequested, this, &MainWindow::connectTo);
+    auto* right = new QWidget;
+    auto* layout = new QVBoxLayout(right);
+    layout->setContentsMargins({});
+    layout->addWidget(m_hint);
+    layout->addWidget(m_pages, 1);
+    m_find->addWidget(right);
+    m_find->setStretchFactor(1, 1);
+    m_find->setChildrenCollapsible(false);
 }
 
 void MainWindow::createLog()
@@ -192,41 +326,54 @@ void MainWindow::createLog()
     layout->addLayout(buttons);
     layout->addWidget(view);
 
-    auto* dock = new QDockWidget(tr("Log"));
-    dock->setObjectName(QStringLiteral("log"));
-    dock->setWidget(content);
-    addDockWidget(Qt::BottomDockWidgetArea, dock);
-    m_docks.append(dock);
+    m_log = new QDockWidget(tr("Log"));
+    m_log->setObjectName(QStringLiteral("log"));
+    m_log->setWidget(content);
+    addDockWidget(Qt::BottomDockWidgetArea, m_log);
 }
 
 void MainWindow::createMenus()
 {
     QMenu* menu = menuBar()->addMenu(tr("&File"));
+    m_project->fill(menu);
+    menu->addSeparator();
     QAction* quit = menu->addAction(tr("&Quit"), this, &QWidget::close);
     quit->setShortcut(tr("Ctrl+Q"));
 
-    menu = menuBar()->addMenu(tr("&Endpoint"));
+    menu = menuBar()->addMenu(tr("&Server"));
+    m_connect->setShortcut(tr("Ctrl+Return"));
+    connect(m_connect, &QAction::triggered, &m_host, &Host::connectRequested);
     m_use->setShortcut(tr("Ctrl+U"));
     connect(m_use, &QAction::triggered, &m_host, &Host::useEndpointRequested);
-    menu->addAction(m_use);
-
-    menu = menuBar()->addMenu(tr("&View"));
-    const QStringList dockTexts = {tr("&Discovery"), tr("&Log")};
-    for (int i = 0; i < m_docks.size(); ++i) {
-        QAction* action = m_docks.at(i)->toggleViewAction();
-        action->setText(dockTexts.at(i));
-        menu->addAction(action);
-    }
+    menu->addActions({m_connect, m_use});
     menu->addSeparator();
+    const auto add = [&](const QString& text, const QKeySequence& keys, auto function) {
+        QAction* action = menu->addAction(text, this, function);
+        action->setShortcut(keys);
+        m_sessionActions.append(action);
+    };
+    add(tr("&Disconnect"), tr("Ctrl+D"), [this] { currentSession()->disconnectFromServer(); });
+    add(tr("&Reconnect"), tr("Ctrl+R"), [this] { currentSession()->connectToServer(); });
+    add(tr("C&lose Server"), tr("Ctrl+W"), [this] { closeTab(m_tabs->currentIndex()); });
+
+    m_view = menuBar()->addMenu(tr("&View"));
+    connect(m_view, &QMenu::aboutToShow, this, &MainWindow::fillView);
     for (int i = 0; i < m_pages->count(); ++i) {
-        QAction* action =
-            menu->addAction(tr("&%1 %2").arg(i + 1).arg(m_pages->tabText(i)), this, [this, i] {
-                m_pages->setCurrentIndex(i);
-                m_pages->setFocus();
-            });
-        if (i < 9)
-            action->setShortcut(QKeySequence(Qt::ALT | Qt::Key(Qt::Key_1 + i)));
+        auto* action = new QAction(tr("&%1 %2").arg(i + 1).arg(m_pages->tabText(i)), this);
+        action->setShortcut(QKeySequence(Qt::ALT | Qt::Key(Qt::Key_1 + i)));
+        connect(action, &QAction::triggered, this, [this, i] { showPage(i); });
+        addAction(action);
+        m_view->addAction(action);
     }
+    m_view->addSeparator();
+    QAction* log = m_log->toggleViewAction();
+    log->setText(tr("&Log"));
+    m_view->addAction(log);
+    m_view->addAction(tr("&Gallery"), this, [this] {
+        gallery().show();
+        gallery().activateWindow();
+    });
+    m_view->addSeparator();
 
     menu = menuBar()->addMenu(tr("&Log"));
     menu->addActions(m_logActions);
@@ -236,10 +383,114 @@ void MainWindow::createMenus()
     statusBar();
 }
 
+// The docks of the current server follow what is there always.
+void MainWindow::fillView()
+{
+    const QList<QAction*> all = m_view->actions();
+    const auto last = std::find_if(all.rbegin(), all.rend(),
+                                   [](const QAction* action) { return action->isSeparator(); });
+    for (auto action = last.base(); action != all.end(); ++action)
+        m_view->removeAction(*action);
+    SessionPage* page = currentSession();
+    if (!page)
+        return;
+    const auto docks = page->docks();
+    for (QDockWidget* dock : docks)
+        m_view->addAction(dock->toggleViewAction());
+    auto* reset = new QAction(tr("&Reset Layout"), page);
+    connect(reset, &QAction::triggered, page, &SessionPage::resetLayout);
+    connect(m_view, &QMenu::aboutToHide, reset, &QObject::deleteLater);
+    m_view->addAction(reset);
+}
+
+void MainWindow::showPage(int index)
+{
+    m_tabs->setCurrentIndex(0);
+    m_pages->setCurrentIndex(index);
+    m_pages->setFocus();
+}
+
+// Asks nothing: what can be found without a word from the user is looked for.
+void MainWindow::start()
+{
+    auto* view = static_cast<QvelDiscoveryWidget*>(m_discovery->widget(0));
+    view->expand(view->model()->index(0, 0)); // "Local"
+    m_project->recover();
+}
+
+QJsonObject MainWindow::projectContent() const
+{
+    QJsonObject content = m_projectRest;
+    QJsonArray servers = m_unusable;
+    const auto pages = sessions();
+    for (const SessionPage* page : pages)
+        servers.append(page->toJson());
+    content[serversKey] = servers;
+    return content;
+}
+
+void MainWindow::openProject(const QJsonObject& content)
+{
+    while (m_tabs->count() > 1)
+        closeTab(m_tabs->count() - 1);
+    m_projectRest = content;
+    m_unusable = {};
+    const QJsonArray servers = content[serversKey].toArray();
+    for (const QJsonValue& server : servers) {
+        QvelDiscoverySetting setting;
+        QString error;
+        if (!Project::get(server.toObject(), &setting, &error)) {
+            m_host.log().appendFailure(error);
+            m_unusable.append(server);
+            continue;
+        }
+        SessionPage* page = addSession(setting);
+        page->restore(server.toObject());
+        if (server[QStringLiteral("connected")].toBool(true))
+            page->connectToServer();
+    }
+    if (m_tabs->count() > 1)
+        m_tabs->setCurrentIndex(1);
+}
+
+void MainWindow::end()
+{
+    m_project->saveForRecovery();
+    QCoreApplication::exit(0);
+}
+
+void MainWindow::closeSessions()
+{
+    QEventLoop loop;
+    const auto pages = sessions();
+    const auto look = [&] {
+        if (std::all_of(pages.begin(), pages.end(), [](const SessionPage* page) {
+                return page->session()->state() == QvelSession::Disconnected;
+            }))
+            loop.quit();
+    };
+    for (SessionPage* page : pages) {
+        connect(page->session(), &QvelSession::stateChanged, &loop, look, Qt::QueuedConnection);
+        page->session()->disconnectFromServer();
+    }
+    QTimer::singleShot(longestFarewell, &loop, &QEventLoop::quit);
+    QTimer::singleShot(0, &loop, look);
+    loop.exec(QEventLoop::ExcludeUserInputEvents);
+}
+
+void MainWindow::closeEvent(QCloseEvent* event)
+{
+    if (!m_project->mayLeave())
+        return event->ignore();
+    if (m_gallery)
+        m_gallery->close();
+    event->accept();
+}
+
 void MainWindow::about()
 {
     QMessageBox::about(this, tr("About harrier"),
-                       tr("harrier %1 is the sample host of the kestrel library: it finds OPC UA "
-                          "servers and edits OPC UA values.")
+                       tr("harrier %1 is the client of the kestrel library: it finds OPC UA "
+                          "servers, shows what is in them, and changes it.")
                            .arg(QCoreApplication::applicationVersion()));
 }

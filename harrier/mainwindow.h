@@ -4,19 +4,29 @@
 
 #include <Kestrel/QvelDiscoveryWidget>
 
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonObject>
 #include <QtWidgets/QMainWindow>
 
 #include <memory>
 #include <vector>
 
+class DiscoveryHint;
+class Gallery;
 class Host;
+class ProjectControl;
 class QAction;
 class QDockWidget;
+class QLabel;
+class QMenu;
+class QSplitter;
 class QTabWidget;
 class QToolButton;
 class QvelToolBox;
+class SessionPage;
 
-/// The window: discovery on the left, pages in the middle, the log below.
+/// The window: a tab to find servers, with the discovery trees on the left and pages about what is
+/// selected on the right, and a tab for each server that is open. The log below.
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -32,6 +42,25 @@ public:
     /// The button that opens and closes a page of the discovery box.
     QToolButton* discoveryToggle(int page) const;
     QTabWidget* pageTabs() const { return m_pages; }
+    Gallery& gallery();
+
+    /// All tabs: the first one finds servers, each other is a SessionPage.
+    QTabWidget* serverTabs() const { return m_tabs; }
+    /// Null where the current tab is none.
+    SessionPage* currentSession() const;
+    QList<SessionPage*> sessions() const;
+    /// Opens a tab; `otherUrls` lead to the same server.
+    SessionPage* addSession(const QvelDiscoverySetting& setting, const QStringList& otherUrls = {});
+    ProjectControl& project() const { return *m_project; }
+
+    /// What is not saved goes to the recovery file; the program ends after that.
+    void end();
+    /// Closes the sessions on their servers and waits until those have answered, two seconds at
+    /// most.
+    void closeSessions();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
 
 private:
     void createDiscovery();
@@ -42,13 +71,33 @@ private:
     void followCurrent();
     void followFocus(const QWidget* widget);
     void useEndpoint(const QvelDiscoverySetting& endpoint);
+    void connectTo(const QvelDiscoverySetting& endpoint);
+    void closeTab(int index);
+    void followTab();
+    void followSession(SessionPage* session);
+    void fillView();
+    void showPage(int index);
+    void start();
+    QJsonObject projectContent() const;
+    void openProject(const QJsonObject& content);
     void about();
 
     Host& m_host;
     std::vector<std::unique_ptr<DiscoveryCallback>> m_callbacks;
+    QTabWidget* m_tabs;
+    QSplitter* m_find;
     QvelToolBox* m_discovery;
+    DiscoveryHint* m_hint;
     QTabWidget* m_pages;
+    QDockWidget* m_log = nullptr;
+    QLabel* m_status;
+    std::unique_ptr<Gallery> m_gallery; // no child: its shortcuts are its own
+    ProjectControl* m_project = nullptr;
+    QJsonObject m_projectRest; // what this version does not know
+    QJsonArray m_unusable;     // servers that cannot be opened, kept for the file
+    QMenu* m_view = nullptr;
     QAction* m_use;
-    QList<QDockWidget*> m_docks;
+    QAction* m_connect;
+    QList<QAction*> m_sessionActions;
     QList<QAction*> m_logActions;
 };

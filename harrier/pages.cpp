@@ -8,6 +8,9 @@
 #include "valuespage.h"
 #include "writevaluepage.h"
 
+#include <QtCore/QCoreApplication>
+#include <QtWidgets/QTabWidget>
+
 namespace {
 
 QWidget* createEndpointDetails(Host& host)
@@ -16,6 +19,7 @@ QWidget* createEndpointDetails(Host& host)
     details->setEndpoint(host.endpoint());
     QObject::connect(&host, &Host::endpointChanged, details, &EndpointDetails::setEndpoint);
     QObject::connect(details, &EndpointDetails::useRequested, &host, &Host::useEndpointRequested);
+    QObject::connect(details, &EndpointDetails::connectRequested, &host, &Host::connectRequested);
     return details;
 }
 
@@ -52,9 +56,22 @@ const QList<Page>& pages()
         {"endpoint", QT_TRANSLATE_NOOP("Page", "Endpoint"), createEndpointDetails},
         {"connection", QT_TRANSLATE_NOOP("Page", "Connection"), createConnectionPage},
         {"certificates", QT_TRANSLATE_NOOP("Page", "Certificates"), createCertificatesPage},
+    };
+    return all;
+}
+
+const QList<Page>& galleryPages()
+{
+    static const QList<Page> all = {
         {"nodeid", QT_TRANSLATE_NOOP("Page", "NodeId"), createNodeIdPage},
         {"values", QT_TRANSLATE_NOOP("Page", "Values"), createValuesPage},
         {"writevalue", QT_TRANSLATE_NOOP("Page", "Write value"), createWriteValuePage},
     };
     return all;
+}
+
+void addPages(Host& host, const QList<Page>& pages, QTabWidget* tabs)
+{
+    for (const Page& page : pages)
+        tabs->addTab(page.create(host), QCoreApplication::translate("Page", page.title));
 }

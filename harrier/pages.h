@@ -3,9 +3,10 @@
 #include <QtCore/QList>
 
 class Host;
+class QTabWidget;
 class QWidget;
 
-/// One page of the window.
+/// One page of a window.
 struct Page
 {
     const char* name;  ///< as in the file names of rendered pages
@@ -13,5 +14,7 @@ struct Page
     QWidget* (*create)(Host& host);
 };
 
-/// The pages in their order.
+/// The pages of the servers' tab, and of the gallery, in their order.
 const QList<Page>& pages();
+const QList<Page>& galleryPages();
+void addPages(Host& host, const QList<Page>& pages, QTabWidget* tabs);

@@ -1,7 +1,9 @@
 #include "rendercommand.h"
 
+#include "gallery.h"
 #include "mainwindow.h"
 #include "pages.h"
+#include "sessionpage.h"
 #include "treeexpander.h"
 
 #include <Kestrel/QvelDiscoveryModel>
@@ -11,6 +13,7 @@
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
 #include <QtCore/QTimer>
+#include <QtWidgets/QDockWidget>
 #include <QtWidgets/QTabWidget>
 #include <QtWidgets/QToolButton>
 
@@ -18,6 +21,8 @@ namespace {
 
 constexpr int MaxWaitMs = 10000;
 constexpr int SettleMs = 200; // lets the log and the layouts catch up
+constexpr int ConnectMs = 20000;
+constexpr int FillMs = 3000; // until the values of a server have come
 
 QModelIndex firstEndpoint(const QvelDiscoveryModel& model, QvelDiscoveryNode* node)
 {
@@ -44,11 +49,25 @@ void selectLocalEndpoint(QvelDiscoveryWidget& view)
     view.setCurrentIndex(endpoint.isValid() ? endpoint : model.indexOf(local));
 }
 
-void settle()
+void settle(int milliseconds = SettleMs)
 {
     QEventLoop loop;
-    QTimer::singleShot(SettleMs, &loop, &QEventLoop::quit);
+    QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
     loop.exec();
+}
+
+void waitForSession(SessionPage& page)
+{
+    QEventLoop loop;
+    const auto look = [&] {
+        if (page.session()->state() == QvelSession::Connected)
+            loop.quit();
+    };
+    QObject::connect(&page, &SessionPage::changed, &loop, look);
+    QTimer::singleShot(0, &loop, look);
+    QTimer::singleShot(ConnectMs, &loop, &QEventLoop::quit);
+    loop.exec();
+    settle(FillMs);
 }
 
 } // namespace
@@ -70,12 +89,38 @@ bool render(MainWindow& window, const QString& folder, QString* error)
     }
 
     window.show();
+    const auto sessions = window.sessions();
+    for (int i = 0; i < sessions.size(); ++i) {
+        SessionPage& page = *sessions.at(i);
+        window.serverTabs()->setCurrentWidget(&page);
+        waitForSession(page);
+        const QString name =
+            QStringLiteral("session") + (i > 0 ? QString::number(i + 1) : QString());
+        if (!save(&window, name))
+            return false;
+        const auto docks = page.docks();
+        for (QDockWidget* dock : docks) {
+            dock->show();
+            dock->raise();
+            if (!save(dock, name + QLatin1Char('-') + dock->objectName()))
+                return false;
+        }
+    }
+    window.serverTabs()->setCurrentIndex(0);
     selectLocalEndpoint(*window.currentView());
     for (int i = 0; i < window.pageTabs()->count(); ++i) {
         window.pageTabs()->setCurrentIndex(i);
         if (!save(&window, QLatin1String(pages().at(i).name)))
             return false;
     }
+    Gallery& gallery = window.gallery();
+    gallery.show();
+    for (int i = 0; i < gallery.tabs()->count(); ++i) {
+        gallery.tabs()->setCurrentIndex(i);
+        if (!save(&gallery, QLatin1String(galleryPages().at(i).name)))
+            return false;
+    }
+    gallery.close();
     const QStringList trees = {QStringLiteral("discovery-opcua"), QStringLiteral("discovery-comda"),
                                QStringLiteral("discovery-comae")};
     QvelToolBox* box = window.discoveryBox();

@@ -5,10 +5,7 @@
 #include "valuejson.h"
 
 #include <Kestrel/OpcUaStatusCodes>
-#include <Kestrel/QvelArgument>
 #include <Kestrel/QvelSession>
-#include <Kestrel/UaPkiCertificate>
-#include <Kestrel/UaPkiRsaKeyPair>
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QEventLoop>
@@ -16,7 +13,6 @@
 #include <QtCore/QFileDevice>
 #include <QtCore/QFutureWatcher>
 #include <QtCore/QMap>
-#include <QtCore/QSysInfo>
 #include <QtCore/QTimer>
 
 #include <algorithm>
@@ -28,6 +24,7 @@ namespace {
 constexpr OpcUa_StatusCode badNoMatch = 0x806f0000u;
 constexpr OpcUa_StatusCode badTooManyArguments = 0x80e50000u;
 constexpr OpcUa_UInt32 baseDataType = 24;
+constexpr OpcUa_Int32 anyRank = -2;
 
 volatile std::sig_atomic_t interruption = 0;
 
@@ -60,6 +57,37 @@ const char* nodeClassName(OpcUa_UInt32 nodeClass)
     return nullptr;
 }
 
+// The fields of an Argument that count here (OPC 10000-3, 8.6), in its binary encoding.
+struct Argument
+{
+    UaNodeId dataType = UaNodeId(baseDataType);
+    OpcUa_Int32 valueRank = anyRank;
+};
+
+std::optional<Argument> decodeArgument(const QByteArray& body)
+{
+    const auto int32 = [&body](qsizetype at) {
+        UaVariant value;
+        static_cast<void>(value.fromBinary(char(OpcUaType_Int32) + body.mid(at, 4)));
+        return value.toInt32();
+    };
+    const qsizetype begin = 4 + std::max(0, int32(0)); // after the name
+    if (begin >= body.size())
+        return {};
+    // The forms of a NodeId (OPC 10000-6, 5.2.2.9): two bytes, four, numeric, text, Guid, opaque.
+    const qsizetype lengths[] = {2, 4, 7, 7, 19, 7};
+    const auto form = std::size_t(body.at(begin));
+    if (form >= std::size(lengths))
+        return {};
+    const bool isLong = lengths[form] == 7 && form != 2;
+    const qsizetype length = lengths[form] + (isLong ? std::max(0, int32(begin + 3)) : 0);
+    UaVariant dataType;
+    if (body.size() < begin + length + 4 ||
+        OpcUa_IsNotGood(dataType.fromBinary(char(OpcUaType_NodeId) + body.mid(begin, length))))
+        return {};
+    return Argument{dataType.toNodeId(), int32(begin + length)};
+}
+
 class SessionRunner
 {
 public:
@@ -72,8 +100,6 @@ public:
     int run(const QString& storeFolder);
 
 private:
-    QvelSessionOptions makeOptions(const QString& storeFolder) const;
-    void makeOwnCertificate(const QvelSessionOptions& options) const;
     bool readPassword();
     bool connectSession();
     bool waitForSession(int milliseconds = -1);
@@ -88,8 +114,8 @@ private:
 
     UaNodeId nodeId(const SessionCommand::Node& node) const;
     OpcUa_UInt32 builtInType(UaNodeId dataType);
-    OpcUa_StatusCode convert(const QJsonValue& json, const QvelArgument& type,
-                             const UaNodeId& replaced, UaVariant& value);
+    OpcUa_StatusCode convert(const QJsonValue& json, const Argument& type, const UaNodeId& replaced,
+                             UaVariant& value);
     OpcUa_StatusCode convertArguments(const SessionCommand& command, QvelCallItem& item,
                                       QList<UaStatusCode>& results);
 
@@ -113,56 +139,6 @@ private:
     bool m_allGood = true;
     bool m_isStopped = false; // since nothing can be written any more
 };
-
-QvelSessionOptions SessionRunner::makeOptions(const QString& storeFolder) const
-{
-    const CertificateStore store(m_arguments.pki.isEmpty() ? storeFolder : m_arguments.pki);
-    store.makeFolders(m_log);
-    QvelSessionOptions options;
-    options.applicationName = QCoreApplication::applicationName();
-    options.productUri = QStringLiteral("urn:kestrel:harrier");
-    options.trust.trusted = options.trust.trustedCrl = store.trusted;
-    options.trust.issuers = options.trust.issuersCrl = store.issuers;
-    options.trust.rejected = store.rejected;
-    options.certificateFile = store.certificate;
-    options.privateKeyFile = store.key;
-    if (m_arguments.timeout > 0)
-        options.connectTimeout = options.callTimeout = m_arguments.timeout;
-    return options;
-}
-
-void SessionRunner::makeOwnCertificate(const QvelSessionOptions& options) const
-{
-    constexpr int bits = 2048; // the most that every policy takes
-    constexpr OpcUa_Int64 day = 24 * 60 * 60;
-    const QByteArray file = QFile::encodeName(options.certificateFile);
-    const UaPkiCertificate old = UaPkiCertificate::fromDERFile(file);
-    if (!old.isNull() && !old.isValid())
-        m_log(tr("The certificate %1 is not valid today; without it and its key, a new one is made")
-                  .arg(options.certificateFile));
-    if (QFile::exists(options.certificateFile) || QFile::exists(options.privateKeyFile))
-        return;
-    const UaPkiRsaKeyPair pair(bits);
-    UaPkiIdentity identity;
-    identity.commonName = "harrier";
-    UaPkiCertificateInfo info;
-    info.validitySeconds = 5 * 365 * day;
-    info.clockToleranceSeconds = 5 * 60;
-    UaPkiCertificate certificate;
-    for (const QString& host : {QSysInfo::machineHostName(), QStringLiteral("localhost")}) {
-        if (!certificate.isNull())
-            break;
-        info.dnsName = UaString(host);
-        info.applicationUri = UaString(QStringLiteral("urn:%1:kestrel:harrier").arg(host));
-        certificate =
-            UaPkiCertificate(info, identity, pair.publicKey(), identity, pair.privateKey());
-    }
-    if (pair.toPEMFile(QFile::encodeName(options.privateKeyFile)) && certificate.toDERFile(file))
-        m_log(tr("Made the certificate %1, which the server has to trust")
-                  .arg(options.certificateFile));
-    else
-        m_log(tr("The certificate %1 cannot be made").arg(options.certificateFile));
-}
 
 // The first line of the file, without its end.
 bool SessionRunner::readPassword()
@@ -242,8 +218,12 @@ int SessionRunner::run(const QString& storeFolder)
 {
     std::signal(SIGINT, interrupt);
     std::signal(SIGTERM, interrupt);
-    const QvelSessionOptions options = makeOptions(storeFolder);
-    makeOwnCertificate(options);
+    const CertificateStore store(m_arguments.pki.isEmpty() ? storeFolder : m_arguments.pki);
+    store.makeFolders(m_log);
+    store.makeOwnCertificate(m_log);
+    QvelSessionOptions options = store.sessionOptions();
+    if (m_arguments.timeout > 0)
+        options.connectTimeout = options.callTimeout = m_arguments.timeout;
     m_session.setOptions(options);
     if (!readPassword() || !connectSession())
         return ExitNoSession;
@@ -436,7 +416,7 @@ OpcUa_UInt32 SessionRunner::builtInType(UaNodeId dataType)
 }
 
 // Where a type is abstract, JSON names its own, or it is that of the value that is replaced.
-OpcUa_StatusCode SessionRunner::convert(const QJsonValue& json, const QvelArgument& type,
+OpcUa_StatusCode SessionRunner::convert(const QJsonValue& json, const Argument& type,
                                         const UaNodeId& replaced, UaVariant& value)
 {
     const OpcUa_UInt32 number = builtInType(type.dataType);
@@ -469,9 +449,7 @@ void SessionRunner::write(const SessionCommand& command)
         status = status.isBad() ? status : value.status();
     UaVariant value;
     if (status.isGood()) {
-        QvelArgument type;
-        type.dataType = types.values[0].value().toNodeId();
-        type.valueRank = types.values[1].value().toInt32();
+        const Argument type{types.values[0].value().toNodeId(), types.values[1].value().toInt32()};
         status = convert(command.values.first(), type, id, value);
         if (status.isBad())
             m_log(tr("The value does not fit the node's DataType %1 and ValueRank %2")
@@ -499,23 +477,22 @@ OpcUa_StatusCode SessionRunner::convertArguments(const SessionCommand& command, 
         {{item.methodId, {{property, UaNodeId(hasProperty), false, true}}}}));
     const QvelTranslatedPath found = path.results.value(0);
     UaStatusCode status = path.status.isBad() ? path.status : found.status;
-    std::optional<QList<QvelArgument>> declared = QList<QvelArgument>();
+    QList<UaExtensionObject> declared;
     if (!found.targets.isEmpty()) {
         const UaNodeId id = m_session.toNodeId(found.targets.first().nodeId);
         const QvelReadResult read = await(m_session.read({{id, QvelAttribute::Value, {}, {}}}));
         const UaDataValue value = read.values.value(0);
         status = read.status.isBad() ? read.status : value.status();
-        declared = QvelArgument::listFromVariant(value.value());
+        declared = value.value().toExtensionObjectArray();
     }
     if (status.isBad() && status != badNoMatch)
         return status.code();
-    if (!declared)
-        return OpcUa_BadDecodingError;
-    if (command.values.size() > declared->size())
+    if (command.values.size() > declared.size())
         return badTooManyArguments;
     for (qsizetype i = 0; i < command.values.size(); ++i) {
         UaVariant value;
-        results.append(convert(command.values[i], declared->at(i), UaNodeId(), value));
+        const Argument type = decodeArgument(declared[i].body().bytes()).value_or(Argument());
+        results.append(convert(command.values[i], type, UaNodeId(), value));
         item.inputArguments.append(value);
     }
     const bool areGood = std::all_of(results.cbegin(), results.cend(),

@@ -2,10 +2,13 @@
 
 #include "discovery/endpoints.h"
 #include "endpointjson.h"
+#include "gallery.h"
 #include "host.h"
 #include "mainwindow.h"
 #include "pages.h"
 #include "platform/stack/checkmemory_p.h"
+#include "projectcontrol.h"
+#include "sessionpage.h"
 #include "support/modaluser.h"
 #include "support/peerprocess.h"
 #include "support/warnings.h"
@@ -41,10 +44,23 @@ struct Run
     }
     QWidget& page(const char* name)
     {
-        for (int i = 0; i < pages().size(); ++i)
-            if (QByteArray(pages().at(i).name) == name)
-                QTest::keyClick(&window, Qt::Key(Qt::Key_1 + i), Qt::AltModifier);
+        const auto go = [name](QWidget& in, const QList<Page>& pages) {
+            for (int i = 0; i < pages.size(); ++i)
+                if (QByteArray(pages.at(i).name) == name)
+                    QTest::keyClick(&in, Qt::Key(Qt::Key_1 + i), Qt::AltModifier);
+        };
+        go(window, pages());
         return *window.pageTabs()->currentWidget();
+    }
+    QWidget& galleryPage(int number)
+    {
+        Gallery& gallery = window.gallery();
+        gallery.show();
+        gallery.activateWindow();
+        if (!QTest::qWaitForWindowActive(&gallery))
+            qFatal("the gallery does not become active");
+        QTest::keyClick(&gallery, Qt::Key(Qt::Key_0 + number), Qt::AltModifier);
+        return *gallery.tabs()->currentWidget();
     }
     QString log() const { return named<QPlainTextEdit>(window, "Log")->toPlainText(); }
     // Clicks the entry that begins so, at or below `parent`, once it is there, and opens it.
@@ -95,6 +111,8 @@ private Q_SLOTS:
     }
     void connects();
     void firstStart();
+    void projects_data();
+    void projects();
     void editsValues();
     void hostileServer();
     void spoiltSettings();
@@ -148,8 +166,12 @@ void tst_Harrier::connects()
         QTest::mouseClick(keep, Qt::LeftButton, {}, mark);
         QTest::mouseClick(use, Qt::LeftButton); // in place
         QCOMPARE(run.host.endpoint().password(), "");
-        run.open("Aes256", boiler, true); // files it, too
+        run.open("Aes256", boiler, true); // files it, too, and connects
         QCOMPARE(run.window.currentView()->noOfRecentNodes(), 2);
+        QCOMPARE(run.window.sessions().size(), 1);
+        QTRY_VERIFY(!QApplication::activeModalWidget()); // it may have asked who is there
+        QTest::keyClick(&run.window, Qt::Key_W, Qt::ControlModifier);
+        QCOMPARE(run.window.serverTabs()->count(), 1);
         run.open(name);
         run.window.resize(1000, 700);
         QTest::mouseClick(run.window.discoveryToggle(2), Qt::LeftButton);
@@ -173,34 +195,107 @@ void tst_Harrier::connects()
     QCOMPARE(kept.messageSecurityMode(), OpcUa_MessageSecurityMode_Sign);
 }
 
-// The first start offers a certificate, the next one does not ask.
+// The first start asks nothing, and says what to do next. Certificates are made and imported.
 void tst_Harrier::firstStart()
 {
-    ModalUser user([](QDialog* dialog) {
-        for (const char* input : {"txtOrganization", "txtLocality", "txtState", "txtCountry"})
-            named<QLineEdit>(*dialog, input)->setText("GB");
-        QTest::keyClick(dialog, Qt::Key_Return);
-    });
-    for (bool agreed : {true, false}) {
-        const QString file = m_file + (agreed ? "1" : "0");
-        user.button = agreed ? QMessageBox::Yes : QMessageBox::No;
-        user.seen.clear();
-        for (int start = 0; start < 2; ++start) {
-            Run run(file);
-            Q_EMIT run.host.started();
-            QTRY_COMPARE(run.page("certificates").findChild<QTreeView*>()->model()->rowCount(),
-                         agreed ? 1 : 0);
-            QCOMPARE(user.seen.size(), agreed ? 2 : 1);
+    const ModalUser user;
+    const QString key = m_file + ".data/certificates/private/harrier.pem";
+    Run run(m_file);
+    QVERIFY(named<QLabel>(run.window, "hint")->text().startsWith("Choose a server on the left"));
+    Q_EMIT run.host.started();
+    QVERIFY(run.window.currentView()->isExpanded(run.window.currentView()->model()->index(0, 0)));
+    run.open("Local");
+    QTRY_VERIFY(named<QLabel>(run.window, "hint")->text().contains("No server listens at"));
+    QWidget& page = run.page("certificates");
+    const QAbstractItemModel& list = *page.findChild<QTreeView*>()->model();
+    QVERIFY(user.seen.isEmpty() && list.rowCount() == 0 && !QFile::exists(key));
+    QTest::mouseClick(named<QPushButton>(page, "make"), Qt::LeftButton);
+    QVERIFY(list.rowCount() == 1 && QFile::exists(key));
+    QTRY_VERIFY(run.log().contains("Made the certificate"));
+
+    const QString foreign = m_dir->filePath("foreign.der"); // as of a server
+    QVERIFY(QFile::copy(run.host.certificates().certificate, foreign));
+    QFile::remove(run.host.certificates().certificate);
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(foreign), QUrl::fromLocalFile(m_file)});
+    QDropEvent drop({}, Qt::CopyAction, &data, Qt::LeftButton, {});
+    QSignalSpy messages(&run.host, &Host::message);
+    static_cast<QObject&>(page).event(&drop);
+    QCOMPARE(list.rowCount(), 1);
+    QVERIFY(messages[0][0].toString().startsWith("Certificates that are trusted now: 1;"));
+    auto* tree = page.findChild<QTreeView*>();
+    QTest::mouseClick(tree->viewport(), Qt::LeftButton, {},
+                      tree->visualRect(list.index(0, 0)).center());
+    QVERIFY(named<QLineEdit>(page, "subject")->text().startsWith("CN=harrier"));
+}
+
+void tst_Harrier::projects_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QString>("error"); // none: it is opened
+    const auto json = [](const char* version, const char* rest) {
+        return QByteArray("{\"format\": \"harrier project\",\n \"version\": ") + version + rest +
+               "}";
+    };
+    QTest::newRow("good") << json("1",
+                                  R"(, "later": {"x": [1]}, "servers": [{"url": "opc.tcp://h:1",
+        "connected": false, "views": 7, "user": {"type": "UserName", "name": "ann"}}, {"name": "x"}])")
+                          << "";
+    QTest::newRow("damaged") << json("1", ", \"servers\": [") << "damaged at line 2";
+    QTest::newRow("later") << json("2", "") << "made by a later harrier, which writes version 2";
+    QTest::newRow("other JSON") << QByteArray("{}") << "is no project";
+    QTest::newRow("not JSON") << QByteArray("\xff\0", 2) << "damaged at line 1";
+}
+
+// What cannot be opened is told and left alone; what is not known stays in the file.
+void tst_Harrier::projects()
+{
+    QFETCH(QByteArray, content);
+    QFETCH(QString, error);
+    const QString name = m_dir->filePath("plant.harrier");
+    QFile file(name);
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+    file.close();
+    ModalUser user;
+    user.button = QMessageBox::Save;
+    {
+        Run run(m_file);
+        if (!error.isEmpty())
+            user.button = QMessageBox::Ok;
+        QCOMPARE(run.window.project().open(name), error.isEmpty());
+        if (!error.isEmpty()) {
+            QTRY_COMPARE(user.seen.size(), 1);
+            QVERIFY2(user.seen[0].contains(error), qPrintable(user.seen[0]));
+            QVERIFY(file.open(QIODevice::ReadOnly) && file.readAll() == content);
+            return;
         }
-        QCOMPARE(QFile::exists(file + ".data/certificates/private/harrier.pem"), agreed);
+        QCOMPARE(run.window.sessions().size(), 1);
+        QCOMPARE(run.window.windowTitle(), "plant - harrier");
+        QvelDiscoverySetting setting;
+        setting.setEndpointUrl("opc.tcp://h:2");
+        run.window.addSession(setting);
+        run.window.project().saveForRecovery(); // as at the end of the desktop's session
     }
+    Run run(m_file);
+    Q_EMIT run.host.started();
+    QCOMPARE(run.window.sessions().size(), 2);
+    QVERIFY(run.window.close() && user.seen.size() == 1);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QJsonDocument saved = QJsonDocument::fromJson(file.readAll());
+    QCOMPARE(saved["later"]["x"][0].toInt(), 1);
+    QCOMPARE(saved["servers"][0]["name"].toString(), "x");
+    QCOMPARE(saved["servers"][1]["views"].toInt(), 7);
+    QCOMPARE(saved["servers"][1]["user"]["name"].toString(), "ann");
+    QCOMPARE(saved["servers"][2]["url"].toString(), "opc.tcp://h:2");
+    run.window.show();
+    QVERIFY(run.window.close() && user.seen.size() == 1); // saved
 }
 
 void tst_Harrier::editsValues()
 {
     Run run(m_file);
     // What is typed is shown, and reaches the read-only copy only where it is valid.
-    QWidget& page = run.page("nodeid");
+    QWidget& page = run.galleryPage(1);
     const auto shown = [&](const char* title) {
         return named<QLineEdit>(page, title + QString(": value"))->text();
     };
@@ -227,7 +322,7 @@ void tst_Harrier::editsValues()
         QCOMPARE(shown("Dialog"), "i=85");
     }
 
-    QWidget& values = run.page("values");
+    QWidget& values = run.galleryPage(2);
     const QString guid = "{12345678-1234-1234-1234-123456789abc}";
     type(lineOf(*named<QWidget>(values, "WidgetGuid, normal")), guid);
     QTRY_COMPARE(named<QLineEdit>(values, "WidgetGuid, no frame: value")->text(), guid);
@@ -240,7 +335,7 @@ void tst_Harrier::editsValues()
                                            m_dir->path());
     QCOMPARE(messages.value(0).value(0).toString(), m_dir->path() + " could not be written");
 
-    QWidget& write = run.page("writevalue");
+    QWidget& write = run.galleryPage(3);
     auto* examples = named<QListWidget>(write, "Examples");
     const QStringList parts = {"Water treatment", "{0, 1, 2", "{Pump, ",  "{{0, 1.5", "{0, 1, 2",
                                "{0, 1, 2",        " more}",   "{7, {0, ", "{7, "};
@@ -336,7 +431,8 @@ void tst_Harrier::command_data()
     QTest::newRow("--discover http://plant") << 2 << "not an opc.tcp URL";
     QTest::newRow("--discover \x1b[2J") << 2 << "\ufffd[2J";
     QTest::newRow("--discovr opc.tcp://x") << 2 << "discovr";
-    QTest::newRow("opc.tcp://x") << 2 << "opc.tcp://x";
+    QTest::newRow("opc.tcp://x") << 2 << "no project file opc.tcp://x";
+    QTest::newRow("--discover opc.tcp://x --open x") << 2 << "exclude";
     QTest::newRow("") << 2 << "no display";
     QTest::newRow("--discover opc.tcp://x --render x") << 2 << "exclude";
     for (const char* timeout : {"0", "soon", "99999999999"})

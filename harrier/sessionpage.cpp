@@ -1,0 +1,377 @@
+#include "sessionpage.h"
+
+#include "host.h"
+#include "logindialog.h"
+#include "plainline.h"
+#include "project.h"
+
+#include <Kestrel/OpcUaStatusCodes>
+#include <Kestrel/QvelSessionWidget>
+#include <Kestrel/QvelTrustDialog>
+
+#include <QtCore/QCoreApplication>
+#include <QtGui/QPainter>
+#include <QtWidgets/QDockWidget>
+#include <QtWidgets/QHBoxLayout>
+#include <QtWidgets/QLabel>
+#include <QtWidgets/QProgressBar>
+#include <QtWidgets/QPushButton>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int maxTitle = 40;
+constexpr int maxText = 1000;
+
+const QString layoutKey = QStringLiteral("Session/Layout");
+const QString nonePolicy = QStringLiteral("http://opcfoundation.org/UA/SecurityPolicy#None");
+
+// Failures behind which the wrong user may be.
+bool concernsUser(UaStatusCode status)
+{
+    constexpr OpcUa_StatusCode codes[] = {
+        OpcUa_BadIdentityTokenInvalid, OpcUa_BadIdentityTokenRejected, OpcUa_BadUserAccessDenied};
+    return std::find(std::begin(codes), std::end(codes), status.code()) != std::end(codes);
+}
+
+// Those behind which it may be that the server does not know harrier.
+bool concernsTrust(UaStatusCode status)
+{
+    constexpr OpcUa_StatusCode codes[] = {
+        OpcUa_BadSecurityChecksFailed, OpcUa_BadCertificateUntrusted, OpcUa_BadConnectionClosed,
+        OpcUa_BadCertificateUriInvalid, OpcUa_BadCertificateInvalid};
+    return std::find(std::begin(codes), std::end(codes), status.code()) != std::end(codes);
+}
+
+// Those behind which a host name may be that only the server knows.
+bool concernsHost(UaStatusCode status)
+{
+    constexpr OpcUa_StatusCode codes[] = {OpcUa_BadCommunicationError, OpcUa_BadConnectionRejected,
+                                          OpcUa_BadTimeout};
+    return std::find(std::begin(codes), std::end(codes), status.code()) != std::end(codes);
+}
+
+QString failureText(const QvelSessionError& error)
+{
+    QString text = SessionPage::tr("%1 failed: %2.")
+                       .arg(plainLine(error.step, maxText), error.status.toString().toQString());
+    if (!error.reason.isEmpty())
+        text += QLatin1Char(' ') + SessionPage::tr("The server says: %1")
+                                       .arg(plainLine(error.reason.toQString(), maxText));
+    if (!error.advice.isEmpty())
+        text += QLatin1Char('\n') + plainLine(error.advice, maxText);
+    return text;
+}
+
+} // namespace
+
+/// Above the views while there is something to tell about the connection.
+class ConnectionBar : public QFrame
+{
+public:
+    ConnectionBar()
+        : text(new QLabel), progress(new QProgressBar),
+          cancel(add("cancel", SessionPage::tr("&Cancel"))),
+          retry(add("retry", SessionPage::tr("Try &Again"))),
+          login(add("login", SessionPage::tr("&Log In..."))),
+          certificates(add("certificates", SessionPage::tr("C&ertificates"))),
+          other(add("other", QString()))
+    {
+        setFrameShape(QFrame::StyledPanel);
+        setAutoFillBackground(true);
+        text->setObjectName(QStringLiteral("connectionText"));
+        text->setTextFormat(Qt::PlainText);
+        text->setWordWrap(true);
+        text->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+        progress->setRange(0, QvelSessionWidget::stepCount());
+        progress->setMaximumWidth(24 * fontMetrics().averageCharWidth());
+        progress->setTextVisible(false);
+        progress->setAccessibleName(SessionPage::tr("Steps of the connection"));
+        auto* layout = new QHBoxLayout(this);
+        layout->addWidget(text, 1);
+        layout->addWidget(progress);
+        for (QPushButton* button : buttons)
+            layout->addWidget(button);
+    }
+    void showOnly(const QList<QWidget*>& wanted)
+    {
+        progress->setVisible(wanted.contains(progress));
+        for (QPushButton* button : buttons)
+            button->setVisible(wanted.contains(button));
+    }
+
+private:
+    QPushButton* add(const char* name, const QString& label)
+    {
+        auto* button = new QPushButton(label);
+        button->setObjectName(QLatin1String(name));
+        buttons.append(button);
+        return button;
+    }
+    QList<QPushButton*> buttons;
+
+public:
+    QLabel* text;
+    QProgressBar* progress;
+    QPushButton* cancel;
+    QPushButton* retry;
+    QPushButton* login;
+    QPushButton* certificates;
+    QPushButton* other;
+};
+
+SessionPage::SessionPage(Host& host, const QvelDiscoverySetting& setting,
+                         const QStringList& otherUrls, QWidget* parent)
+    : QMainWindow(parent), m_host(host), m_setting(setting), m_otherUrls(otherUrls),
+      m_session(new QvelSession({}, this)), m_bar(new ConnectionBar)
+{
+    setWindowFlags(Qt::Widget); // it lives in a tab
+    setObjectName(QStringLiteral("session"));
+    setDockNestingEnabled(true);
+    setMenuWidget(m_bar);
+    if (m_setting.sessionName().isEmpty())
+        m_setting.setSessionName(QCoreApplication::applicationName());
+    const auto users = m_setting.supportedUserTokenTypes();
+    if (!users.isEmpty() && !users.contains(m_setting.userTokenType()))
+        m_setting.setUserTokenType(users.first());
+
+    connect(m_session, &QvelSession::stateChanged, this, &SessionPage::tellState);
+    connect(m_session, &QvelSession::failed, this, &SessionPage::tellFailure);
+    connect(m_session, &QvelSession::certificateQuestion, this, &SessionPage::askCertificate);
+    connect(m_session, &QvelSession::passwordQuestion, this, &SessionPage::askKeyPassword);
+    connect(m_session, &QvelSession::logMessage, this, [this](const QString& text) {
+        const QString line = title() + QStringLiteral(": ") + text;
+        if (text == m_session->lastError().toString())
+            m_host.log().appendFailure(line);
+        else
+            m_host.log().append(line);
+    });
+    connect(m_bar->cancel, &QPushButton::clicked, this, &SessionPage::disconnectFromServer);
+    connect(m_bar->retry, &QPushButton::clicked, this, &SessionPage::connectToServer);
+    connect(m_bar->login, &QPushButton::clicked, this, &SessionPage::askLogin);
+    connect(m_bar->certificates, &QPushButton::clicked, this, &SessionPage::certificatesWanted);
+    connect(m_bar->other, &QPushButton::clicked, this, &SessionPage::useOtherUrl);
+    createViews();
+    arrange();
+    m_firstLayout = saveState();
+    restoreState(m_host.store().value(layoutKey).toByteArray());
+    tellState(m_session->state());
+}
+
+SessionPage::~SessionPage()
+{
+    m_host.store().setValue(layoutKey, saveState());
+    m_session->disconnect(this);
+}
+
+QString SessionPage::title() const
+{
+    const QString name = m_setting.serverName();
+    return plainLine(name.isEmpty() ? m_setting.endpointUrl() : name, maxTitle);
+}
+
+QString SessionPage::status() const
+{
+    return tr("%1: %2").arg(title(), QvelSessionWidget::stateText(m_session->state()));
+}
+
+QIcon SessionPage::icon() const
+{
+    const QvelSession::State state = m_session->state();
+    const QColor color = state == QvelSession::Connected      ? QColor(0x2e, 0x9e, 0x4f)
+                         : state == QvelSession::Disconnected ? QColor(0xc6, 0x3d, 0x32)
+                                                              : QColor(0xe0, 0x9a, 0x1f);
+    constexpr int size = 32; // of which less is shown
+    QPixmap dot(size, size);
+    dot.fill(Qt::transparent);
+    QPainter painter(&dot);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(color);
+    painter.drawEllipse(QRect(0, 0, size, size).adjusted(6, 6, -6, -6));
+    return QIcon(dot);
+}
+
+QDockWidget* SessionPage::addDock(const char* name, const QString& title, QWidget* widget,
+                                  Qt::DockWidgetArea area)
+{
+    auto* dock = new QDockWidget(title);
+    dock->setObjectName(QLatin1String(name));
+    dock->setWidget(widget);
+    addDockWidget(area, dock);
+    m_docks.append(dock);
+    return dock;
+}
+
+void SessionPage::createViews()
+{
+    auto* status = new QvelSessionWidget;
+    status->setSession(m_session);
+    connect(status, &QvelSessionWidget::connectRequested, this, &SessionPage::connectToServer);
+    addDock("status", tr("Session"), status, Qt::RightDockWidgetArea);
+}
+
+// How the docks stand at first.
+void SessionPage::arrange() {}
+
+void SessionPage::resetLayout()
+{
+    restoreState(m_firstLayout);
+}
+
+void SessionPage::connectToServer()
+{
+    m_isQuiet = false;
+    if (m_session->state() == QvelSession::WaitingToReconnect)
+        return m_session->reconnectNow();
+    if (m_setting.userTokenType() == OpcUa_UserTokenType_UserName && m_setting.password().isEmpty())
+        return askLogin();
+    start(m_setting);
+}
+
+void SessionPage::connectQuietly()
+{
+    m_isQuiet = true;
+    start(m_setting);
+}
+
+void SessionPage::start(const QvelDiscoverySetting& setting)
+{
+    m_isWanted = true;
+    m_hasLasted = false;
+    if (setting.securityPolicy() != nonePolicy)
+        m_host.needCertificate();
+    QvelSessionOptions options = m_host.certificates().sessionOptions();
+    options.locales = QLocale().uiLanguages();
+    m_session->setOptions(options);
+    m_session->connectToServer(setting);
+}
+
+void SessionPage::startWithoutSecurity()
+{
+    m_setting.setSecurityPolicy(nonePolicy);
+    m_setting.setMessageSecurityMode(OpcUa_MessageSecurityMode_None);
+    start(m_setting);
+}
+
+void SessionPage::disconnectFromServer()
+{
+    m_isWanted = false;
+    m_session->disconnectFromServer();
+}
+
+void SessionPage::useOtherUrl()
+{
+    m_setting.setEndpointUrl(m_otherUrls.takeFirst());
+    connectToServer();
+}
+
+void SessionPage::askLogin()
+{
+    m_setting.setUserTokenType(OpcUa_UserTokenType_UserName);
+    auto* dialog =
+        new LoginDialog(LoginDialog::NameAndPassword, tr("User of %1").arg(title()), this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setUserName(m_setting.userName());
+    connect(dialog, &QDialog::accepted, this, [this, dialog] {
+        m_setting.setUserName(dialog->userName());
+        QvelDiscoverySetting once(m_setting);
+        once.setPassword(dialog->password());
+        start(once);
+    });
+    dialog->open();
+}
+
+void SessionPage::askCertificate(const QvelCertificateQuestion& question)
+{
+    if (m_isQuiet)
+        return startWithoutSecurity();
+    auto* dialog = new QvelTrustDialog(question, this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setSession(m_session);
+    connect(dialog, &QvelTrustDialog::answered, &m_host, &Host::certificatesChanged,
+            Qt::QueuedConnection);
+    dialog->open();
+}
+
+void SessionPage::askKeyPassword(const QvelPasswordQuestion& question)
+{
+    const QString what = question.isRepeated
+                             ? tr("This password does not open the key %1. Try again.")
+                             : tr("The key %1 is locked by a password.");
+    auto* dialog = new LoginDialog(LoginDialog::PasswordOnly, what.arg(question.file), this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &QDialog::accepted, m_session,
+            [this, dialog] { m_session->answerPassword(dialog->password()); });
+    connect(dialog, &QDialog::rejected, m_session, &QvelSession::cancelPassword);
+    connect(m_session, &QvelSession::failed, dialog, &QObject::deleteLater); // it waits no more
+    dialog->open();
+}
+
+void SessionPage::tellFailure(const QvelSessionError& error)
+{
+    const bool hadSecurity = m_session->setting().securityPolicy() != nonePolicy;
+    if (m_isQuiet && !m_hasLasted && hadSecurity && !concernsHost(error.status))
+        return startWithoutSecurity();
+    m_bar->text->setText(failureText(error));
+    if (concernsUser(error.status))
+        m_setting.setPassword(QString());
+    tellState(m_session->state());
+}
+
+void SessionPage::tellState(QvelSession::State state)
+{
+    const QvelSessionError error = m_session->lastError();
+    if (state == QvelSession::Connected) {
+        m_bar->hide();
+        if (!std::exchange(m_hasLasted, true))
+            Q_EMIT connected(m_setting);
+    } else if (state == QvelSession::Disconnected) {
+        if (error.isNull())
+            m_bar->text->setText(m_isWanted ? tr("Not connected to %1 yet.").arg(title())
+                                            : tr("Not connected to %1. What is shown is as it was "
+                                                 "last known.")
+                                                  .arg(title()));
+        QList<QWidget*> wanted = {m_bar->retry};
+        if (concernsUser(error.status))
+            wanted.append(m_bar->login);
+        if (concernsTrust(error.status))
+            wanted.append(m_bar->certificates);
+        if (concernsHost(error.status) && !m_otherUrls.isEmpty())
+            wanted.append(m_bar->other);
+        m_bar->other->setText(tr("Connect to %1").arg(plainLine(m_otherUrls.value(0), maxTitle)));
+        m_bar->retry->setText(error.isNull() ? tr("&Connect") : tr("Try &Again"));
+        m_bar->showOnly(wanted);
+        m_bar->show();
+    } else {
+        const bool waits = state == QvelSession::WaitingToReconnect;
+        if (waits)
+            m_bar->text->setText(tr("The connection is lost, and will be restored: %1\n"
+                                    "What is shown is as it was last known.")
+                                     .arg(failureText(error).section(QLatin1Char('\n'), 0, 0)));
+        else if (!m_hasLasted)
+            m_bar->text->setText(tr("Connecting to %1: %2")
+                                     .arg(plainLine(m_session->setting().endpointUrl(), maxText),
+                                          QvelSessionWidget::stateText(state)));
+        m_bar->progress->setValue(QvelSessionWidget::step(state));
+        m_bar->retry->setText(tr("Try &Now"));
+        m_bar->showOnly(waits ? QList<QWidget*>{m_bar->retry, m_bar->cancel}
+                              : QList<QWidget*>{m_bar->progress, m_bar->cancel});
+        m_bar->show();
+    }
+    Q_EMIT changed();
+}
+
+QJsonObject SessionPage::toJson() const
+{
+    QJsonObject json = m_project;
+    Project::put(json, m_setting);
+    json[QStringLiteral("connected")] = m_isWanted;
+    return json;
+}
+
+void SessionPage::restore(const QJsonObject& json)
+{
+    m_project = json;
+}
