@@ -11,6 +11,7 @@ import {
     samples, SecurityPolicy, StatusCodes, temporaryFolder, UserTokenPolicy, UserTokenType,
     VariantArrayType,
 } from "./opcua.mjs";
+import { standardUnits } from "node-opcua-data-access";
 import { build_address_space_for_conformance_testing } from
     "node-opcua-address-space-for-conformance-testing";
 
@@ -90,6 +91,13 @@ const events = setInterval(() => space.rootFolder.objects.server.raiseEvent("Bas
     message: { dataType: DataType.LocalizedText, value: { text: `tick ${tick}` } },
     severity: { dataType: DataType.UInt16, value: 100 } }), 500).unref();
 
+own.addAnalogDataItem({ componentOf: machine, browseName: "Temperature", nodeId: "s=Temperature", dataType: "Double",
+    engineeringUnitsRange: { low: -10, high: 110 }, engineeringUnits: standardUnits.degree_celsius,
+    value: { dataType: DataType.Double, value: 20 } });
+own.addMultiStateDiscrete({ componentOf: machine, browseName: "Mode", nodeId: "s=Mode",
+    enumStrings: ["Off", "Manual", "Automatic"], value: 1 });
+own.addVariable({ componentOf: machine, browseName: "Running", nodeId: "s=Running", dataType: "Boolean",
+    value: { dataType: DataType.Boolean, value: true } });
 const historic = own.addVariable({ componentOf: machine, browseName: "Historic", nodeId: "s=Historic",
     dataType: "Double", value: { dataType: DataType.Double, value: 0 } });
 addAggregateSupport(space);

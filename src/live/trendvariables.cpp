@@ -1,0 +1,339 @@
+#include "trendvariables_p.h"
+
+#include "nodes/datatypes_p.h"
+#include "nodes/structures.h"
+#include "platform/stack/opcuastatuscodes.h"
+#include "session/whendone_p.h"
+
+#include <cmath>
+
+namespace {
+
+constexpr OpcUa_UInt32 hasProperty = 46;
+constexpr OpcUa_UInt32 booleanType = 1;
+constexpr OpcUa_Byte canReadHistory = 0x04; // OPC 10000-3, 8.57
+
+// What is asked of a node, and of its properties.
+constexpr OpcUa_UInt32 attributes[] = {QvelAttribute::DisplayName, QvelAttribute::DataType,
+                                       QvelAttribute::UserAccessLevel};
+constexpr qsizetype attributeCount = std::size(attributes);
+
+using Description = TrendVariables::Description;
+struct Property
+{
+    const char* name;
+    void (*take)(Description&, const UaVariant&);
+};
+
+void takeUnit(Description& description, const UaVariant& value)
+{
+    if (const auto unit = QvelEngineeringUnits::fromVariant(value))
+        description.unit = unit->displayName.text().toQString();
+}
+
+void takeRange(Description& description, const UaVariant& value)
+{
+    const auto range = QvelRange::fromVariant(value);
+    if (range && std::isfinite(range->high - range->low) && range->low < range->high)
+        description.range = {range->low, range->high};
+}
+
+void takeNames(Description& description, const UaVariant& value)
+{
+    description.names = namesOf(value, QvelEnumInfo::Enumeration).values;
+    description.isDiscrete = !description.names.isEmpty();
+}
+
+// OPC 10000-8, 5.3.3.2.
+void takeState(Description& description, const UaVariant& value, int number)
+{
+    description.names.insert(number, value.toLocalizedText().text().toQString());
+}
+
+constexpr Property properties[] = {
+    {"EngineeringUnits", takeUnit},
+    {"EURange", takeRange},
+    {"EnumStrings", takeNames},
+    {"EnumValues", takeNames},
+    {"FalseState", [](Description& d, const UaVariant& v) { takeState(d, v, 0); }},
+    {"TrueState", [](Description& d, const UaVariant& v) { takeState(d, v, 1); }},
+};
+constexpr qsizetype propertyCount = std::size(properties);
+
+} // namespace
+
+TrendVariables::TrendVariables(QObject* parent) : QObject(parent)
+{
+    m_publishing.publishingInterval = 250;
+    m_publishing.maxKeepAliveCount = 40;
+    m_soon.setSingleShot(true);
+    m_soon.setInterval(0);
+    // Many are mostly added at a time, and asked for together.
+    connect(&m_soon, &QTimer::timeout, this, [this] {
+        if (!isConnected())
+            return;
+        monitorNew();
+        describeNew();
+    });
+}
+
+TrendVariables::~TrendVariables()
+{
+    delete m_subscription;
+}
+
+bool TrendVariables::isConnected() const
+{
+    return m_session && m_session->state() == QvelSession::Connected;
+}
+
+void TrendVariables::forgetItems()
+{
+    ++m_generation;
+    m_ids.clear();
+    for (Variable& variable : m_variables)
+        variable = Variable(variable.node);
+}
+
+void TrendVariables::setSession(QvelSession* session)
+{
+    if (session == m_session)
+        return;
+    if (m_session)
+        m_session->disconnect(this);
+    delete m_subscription;
+    forgetItems();
+    m_session = session;
+    if (session) {
+        connect(session, &QvelSession::stateChanged, this, &TrendVariables::connectionCame);
+        connect(session, &QObject::destroyed, this, [this] {
+            forgetItems();
+            Q_EMIT connectionChanged();
+        });
+    }
+    connectionCame();
+}
+
+void TrendVariables::connectionCame()
+{
+    ++m_generation;
+    if (isConnected()) {
+        for (Variable& variable : m_variables)
+            variable.isAsked = false;
+        m_soon.start();
+    }
+    Q_EMIT connectionChanged();
+}
+
+void TrendVariables::add(int id, const UaExpandedNodeId& node)
+{
+    m_variables.insert(id, Variable(node));
+    if (isConnected())
+        m_soon.start();
+}
+
+void TrendVariables::remove(int id)
+{
+    const Variable variable = m_variables.take(id);
+    if (!variable.handle)
+        return;
+    m_ids.remove(variable.handle);
+    if (m_subscription)
+        m_subscription->removeItems({variable.handle});
+}
+
+QvelMonitoredItem TrendVariables::itemOf(const UaNodeId& node) const
+{
+    QvelMonitoredItem item;
+    item.nodeId = node;
+    item.samplingInterval = m_samplingInterval;
+    item.queueSize = m_queueSize;
+    return item;
+}
+
+void TrendVariables::setSampling(double interval, OpcUa_UInt32 queueSize)
+{
+    m_samplingInterval = interval;
+    m_queueSize = queueSize;
+    if (!m_subscription || !isConnected())
+        return;
+    for (const Variable& variable : std::as_const(m_variables))
+        if (variable.handle)
+            m_subscription->modifyItem(variable.handle, itemOf(m_session->toNodeId(variable.node)));
+}
+
+void TrendVariables::setPublishingInterval(double interval)
+{
+    m_publishing.publishingInterval = interval;
+    if (m_subscription)
+        m_subscription->setParameters(m_publishing);
+}
+
+void TrendVariables::monitorNew()
+{
+    QList<QvelMonitoredItem> items;
+    QList<int> ids, missing;
+    for (auto it = m_variables.cbegin(); it != m_variables.cend(); ++it) {
+        if (it->handle)
+            continue;
+        const UaNodeId node = m_session->toNodeId(it->node);
+        if (node.isNull()) { // its namespace is not there
+            missing.append(it.key());
+            continue;
+        }
+        items.append(itemOf(node));
+        ids.append(it.key());
+    }
+    for (const int id : std::as_const(missing))
+        Q_EMIT monitored(id, OpcUa_BadNodeIdUnknown);
+    if (items.isEmpty())
+        return;
+    if (!m_subscription) {
+        m_subscription = m_session->createSubscription(m_publishing);
+        connect(m_subscription, &QvelSubscription::dataChanged, this, &TrendVariables::dataChanged);
+        connect(m_subscription, &QvelSubscription::gap, this, &TrendVariables::gapCame);
+        connect(m_subscription, &QvelSubscription::itemsChanged, this,
+                [this](const QList<QvelItemState>& states) {
+                    for (const QvelItemState& state : states)
+                        if (const int id = m_ids.value(state.handle))
+                            Q_EMIT monitored(id, state.status);
+                });
+    }
+    const auto handles = m_subscription->addItems(items);
+    for (qsizetype i = 0; i < ids.size(); ++i) {
+        m_variables[ids[i]].handle = handles[i];
+        m_ids.insert(handles[i], ids[i]);
+    }
+}
+
+void TrendVariables::dataChanged(const QList<QvelDataChange>& changes)
+{
+    // Those of a variable come together.
+    QMap<int, QList<UaDataValue>> values;
+    for (const QvelDataChange& change : changes)
+        if (const int id = m_ids.value(change.handle))
+            values[id].append(change.value);
+    for (auto it = values.cbegin(); it != values.cend(); ++it)
+        Q_EMIT valuesCame(it.key(), it.value());
+}
+
+// Answers for an earlier connection are dropped.
+template <class Result, class Use>
+void TrendVariables::whenThere(QFuture<Result> future, Use use)
+{
+    whenDone(future, this, [this, use, generation = m_generation](const Result& result) {
+        if (generation == m_generation)
+            use(result);
+    });
+}
+
+void TrendVariables::tell(const QList<int>& ids)
+{
+    for (const int id : ids)
+        if (m_variables.contains(id))
+            Q_EMIT described(id, m_variables.value(id).description);
+}
+
+void TrendVariables::describeNew()
+{
+    QList<int> ids;
+    QList<QvelReadItem> items;
+    QList<QvelBrowsePath> paths;
+    for (auto it = m_variables.begin(); it != m_variables.end(); ++it) {
+        const UaNodeId node = m_session->toNodeId(it->node);
+        if (std::exchange(it->isAsked, true) || node.isNull())
+            continue;
+        ids.append(it.key());
+        for (const OpcUa_UInt32 attribute : attributes)
+            items.append({node, attribute, {}, {}});
+        for (const Property& property : properties)
+            paths.append({node,
+                          {{UaQualifiedName(UaString(property.name), 0), UaNodeId(hasProperty),
+                            false, true}}});
+    }
+    if (ids.isEmpty())
+        return;
+    whenThere(m_session->read(items), [=](const QvelReadResult& read) {
+        if (read.values.size() != items.size())
+            return;
+        takeAttributes(ids, read.values);
+        whenThere(m_session->translateBrowsePaths(paths),
+                  [=](const QvelTranslateResult& translated) { readProperties(ids, translated); });
+    });
+}
+
+void TrendVariables::takeAttributes(const QList<int>& ids, const QList<UaDataValue>& values)
+{
+    for (qsizetype i = 0; i < ids.size(); ++i) {
+        const auto variable = m_variables.find(ids[i]);
+        if (variable == m_variables.end())
+            continue;
+        const UaDataValue* read = &values[i * attributeCount];
+        const UaNodeId dataType = read[1].value().toNodeId();
+        Description description;
+        description.name = read[0].value().toLocalizedText().text().toQString();
+        description.isDiscrete = dataType == UaNodeId(booleanType);
+        description.hasHistory = read[2].value().toByte() & canReadHistory;
+        variable->description = description;
+        if (dataType.isNull())
+            continue;
+        whenThere(DataTypes::of(m_session)->find(dataType), [this, id = ids[i]](
+                                                                const DataTypeInfo& info) {
+            const auto found = m_variables.find(id);
+            if (found == m_variables.end() || info.enumInfo.kind != QvelEnumInfo::Enumeration)
+                return;
+            found->description.names = info.enumInfo.values;
+            found->description.isDiscrete = true;
+            tell({id});
+        });
+    }
+    tell(ids);
+}
+
+void TrendVariables::readProperties(const QList<int>& ids, const QvelTranslateResult& translated)
+{
+    QList<QvelReadItem> items;
+    QList<qsizetype> places;
+    for (qsizetype i = 0; i < translated.results.size(); ++i) {
+        const auto& targets = translated.results[i].targets;
+        const UaNodeId node =
+            targets.isEmpty() ? UaNodeId() : m_session->toNodeId(targets.first().nodeId);
+        if (node.isNull())
+            continue; // it has no such property
+        items.append({node, QvelAttribute::Value, {}, {}});
+        places.append(i);
+    }
+    if (items.isEmpty())
+        return;
+    whenThere(m_session->read(items), [=](const QvelReadResult& read) {
+        for (qsizetype i = 0; i < read.values.size(); ++i) {
+            const auto variable = m_variables.find(ids[places[i] / propertyCount]);
+            if (variable != m_variables.end() && !read.values[i].status().isBad())
+                properties[places[i] % propertyCount].take(variable->description,
+                                                           read.values[i].value());
+        }
+        tell(ids);
+    });
+}
+
+void TrendVariables::loadHistory(const QList<int>& ids, UaDateTime from, UaDateTime to,
+                                 qsizetype most)
+{
+    if (!isConnected())
+        return;
+    QList<QvelHistoryItem> items;
+    for (const int id : ids)
+        items.append({m_session->toNodeId(m_variables.value(id).node), {}});
+    QvelHistoryDetails details;
+    details.from = from;
+    details.to = to;
+    details.maximum = OpcUa_UInt32(std::min<qsizetype>(most, details.maximum));
+    const auto future = m_session->historyRead(items, details);
+    whenDone(future, this, [this, ids](const QvelHistoryResult& result) {
+        for (qsizetype i = 0; i < ids.size(); ++i) {
+            const QvelHistoryNodeResult node = result.results.value(i, {result.status, {}});
+            if (m_variables.contains(ids[i]))
+                Q_EMIT historyCame(ids[i], node.status, node.values);
+        }
+    });
+}

@@ -1,0 +1,105 @@
+#pragma once
+
+#include "live/trendcsv_p.h"
+#include "live/trendpicture_p.h"
+#include "live/trendvariables_p.h"
+#include "live/trendwidget.h"
+
+#include <QtCore/QElapsedTimer>
+
+#include <functional>
+#include <tuple>
+
+/// \file
+/// The inside of a trend, for its parts: values (trendwidget.cpp), mouse, keys and menu
+/// (trendinput.cpp), files (trendexport.cpp).
+
+class QvelTrendWidget::Private
+{
+public:
+    explicit Private(QvelTrendWidget* widget) : q(widget), variables(widget) {}
+
+    struct Variable
+    {
+        UaExpandedNodeId node;
+        UaStatusCode status;
+        bool isMonitored = false;
+        bool hasHistory = false;
+        bool isNamed = false; // by the link, not by the server
+        QString history;      // how the last reading of it went
+    };
+    enum class Drag { None, Pan, Band, Scale, Legend };
+    /// What the mouse holds, and how things were when it was pressed.
+    struct Press
+    {
+        Drag drag = Drag::None;
+        bool isMoved = false;
+        QPointF place;
+        qint64 from = 0;
+        qint64 to = 0;
+        double following = 0;
+        QHash<QString, TrendRange> fixedScales;
+        QList<std::tuple<QString, double, double>> scales; // that move along
+        int series = 0;
+    };
+
+    TrendCurve* find(int id) const;
+    TrendCurve* make(const QString& name, const QString& unit);
+    void insert(TrendCurve& curve, std::vector<TrendPoint> points);
+    void arrived(TrendCurve& curve, qint64 time);
+    void receive(TrendCurve& curve, const QList<UaDataValue>& values);
+    void keepToLimit();
+    void describe(int id, const TrendVariables::Description& description);
+    void showConnection();
+    void markGap();
+    void changed();
+    void tick();
+
+    qint64 edge() const;
+    void follow();
+    void stand(qint64 from, qint64 to);
+    void zoomTime(double factor, qint64 around);
+    void pan(double part);
+    void fixScale(const QString& key, double low, double high);
+    void zoomScales(double factor, double shift);
+    void drawBand(const QPointF& to);
+    void drag(const QPointF& to);
+    void cancelDrag();
+    void moveCursor(bool forward);
+    void setCursor(std::optional<qint64> time);
+
+    TrendLook look() const;
+    TrendPicture picture(const TrendLook& look);
+    void finishView();
+    TrendView still() const;
+    void paintOn(QPaintDevice* device) const;
+    QSize exportSize() const;
+    std::vector<TrendCsvSeries> snapshot() const;
+    void askFile(const QString& title, const QString& filter, const QString& suffix,
+                 const std::function<void(const QString&)>& use);
+    void tellExported(const QString& file, const QString& error);
+    void exportCsvLater(const QString& file);
+    QString toolTip(const TrendCurve& curve) const;
+    QString spoken() const;
+
+    QvelTrendWidget* const q;
+    TrendVariables variables;
+    QMap<int, Variable> nodes;
+    TrendCurves curves;
+    TrendView view;
+    int lastId = 0;
+    qsizetype total = 0;
+    qsizetype maximum = 10'000'000;
+    qsizetype dropped = 0;
+    double following = 60;
+    double lastFollowing = 60;
+    QString message; // what happened last
+    std::optional<qint64> fixedCursor;
+    std::optional<double> hover; // the mouse, whose time moves with the axis
+    QTimer painting;
+    QElapsedTimer clock;
+    qint64 lastSpoken = -1000;
+
+    Press press;
+    double plotWidth = 1; // of the last picture
+};
