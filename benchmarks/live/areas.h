@@ -1,0 +1,5 @@
+#pragma once
+
+#include "figure.h"
+
+void benchTrend(Figures& figures);
