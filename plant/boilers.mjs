@@ -63,7 +63,7 @@ function boiler(area, parent, number) {
         }
         const error = setPoint.value - celsius;
         let output = clamp(4 * error + integral, 0, 100);
-        if (output > 0 && output < 100) integral = clamp(integral + 0.02 * error * step, 0, 100);
+        if (output > 0 && output < 100) integral = clamp(integral + 0.05 * error * step, 0, 100);
         if (mode.value === 1) output = manualOutput.value;
         if (!running.value || steamPressure(celsius) > maximum.value) output = 0;
         const demand = 0.3 + 0.15 * Math.sin(seconds / 97 + number) + 0.02 * noise();
