@@ -20,14 +20,6 @@ struct ElementCase
     QString keys = edit; // what a person types to get the value; a space checks a box
 };
 
-QString typeName(int type)
-{
-    return QString("Null Boolean SByte Byte Int16 UInt16 Int32 UInt32 Int64 UInt64 Float Double "
-                   "String DateTime Guid ByteString XmlElement NodeId ExpandedNodeId StatusCode "
-                   "QualifiedName LocalizedText")
-        .section(' ', type, type);
-}
-
 // By type, from Boolean on.
 const QList<ElementCase>& elementCases()
 {
@@ -85,10 +77,9 @@ struct Parts
 
     QAbstractButton* button(const QString& text) const
     {
-        for (auto* button : dialog->findChildren<QAbstractButton*>()) {
+        for (auto* button : dialog->findChildren<QAbstractButton*>())
             if (button->text() == text)
                 return button;
-        }
         return nullptr;
     }
     QModelIndex cell(int row) const { return model->index(row, 0); }

@@ -2,6 +2,7 @@
 // own client sees there.
 
 #include "session/sessionuser.h"
+#include "support/values.h"
 #include "support/warnings.h"
 
 #include <map>
@@ -9,30 +10,6 @@
 namespace {
 
 constexpr int timeout = 120'000; // ms
-
-// By their number.
-constexpr const char* typeNames[] = {"",
-                                     "Boolean",
-                                     "SByte",
-                                     "Byte",
-                                     "Int16",
-                                     "UInt16",
-                                     "Int32",
-                                     "UInt32",
-                                     "Int64",
-                                     "UInt64",
-                                     "Float",
-                                     "Double",
-                                     "String",
-                                     "DateTime",
-                                     "Guid",
-                                     "ByteString",
-                                     "XmlElement",
-                                     "NodeId",
-                                     "ExpandedNodeId",
-                                     "StatusCode",
-                                     "QualifiedName",
-                                     "LocalizedText"};
 
 using Lines = QList<QJsonObject>;
 
@@ -152,7 +129,7 @@ private Q_SLOTS:
         QStringList ids;
         for (int type = OpcUaType_Boolean; type <= OpcUaType_LocalizedText; ++type)
             for (const char* shape : {"Scalar", "Array", "Matrix"})
-                ids << QString("ns=1;s=%1%2").arg(shape, typeNames[type]);
+                ids << QString("ns=1;s=%1%2").arg(shape, typeName(type));
         const Lines before = ask(QStringList("read") + ids);
         QCOMPARE(before.size(), ids.size());
         Lines expected = before;
@@ -260,60 +237,48 @@ private Q_SLOTS:
         QVERIFY(sessions > 15);
     }
 
-    void exitStatus_data()
-    {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<int>("code");
-        QTest::addColumn<QByteArray>("told");
-        const auto row = [](const QStringList& arguments, int code, const char* told) {
-            QTest::newRow(qPrintable(arguments.join(' '))) << arguments << code << QByteArray(told);
-        };
-        const QString number = "ns=1;s=ScalarInt32";
-        row({"--read", "i=2259@DisplayName"}, 0, R"("attribute":"DisplayName")");
-        row({"--read", "nsu=urn:localhost:kestrel:Sessionserver;s=ScalarInt32@Value"}, 0, "Good");
-        row({"--call", "ns=1;s=Machine", "ns=1;s=Add", "1", "2.5"}, 0,
-            R"([{"Type":11,"Body":3.5}])");
-        row({"--call", "ns=1;s=Machine", "ns=1;s=Add", "1", "\"2\""}, 1,
-            R"(["Good","BadTypeMismatch"])");
-        row({"--call", "ns=1;s=Machine", "ns=1;s=Add", "1"}, 1, "BadArgumentsMissing");
-        row({"--call", "ns=1;s=Machine", "ns=1;s=Add", "1", "2", "3"}, 1, "BadTooManyArguments");
-        row({"--watch", "ns=1;s=Item0", "ns=1;s=Item1", "--for", "0.5", "--interval", "50"}, 0,
-            "watch");
-        row({"--watch", number, "ns=1;s=none", "--for", "0.5"}, 1, "BadNodeIdUnknown");
-        row({"--read", number, "ns=1;s=@"}, 1, "BadNodeIdUnknown");
-        row({"--read", "nsu=urn:x;i=1"}, 1, "no namespace urn:x");
-        row({"--browse", "ns=1;s=none"}, 1, "BadNodeIdUnknown");
-        row({"--write", number, "[1]"}, 1, "BadTypeMismatch");
-        row({"--write", number, "2147483648"}, 1, "BadOutOfRange");
-        row({"--write", "i=2259", "1"}, 1, "Bad");
-        row({"--history", number, "--from", "2024-01-01", "--to", "2024-01-02"}, 1, "Bad");
-        row({"--connect", "--help"}, 0, "Usage");
-        row({}, 2, "no command");
-        row({"--read"}, 2, "--read");
-        row({"--read", "Pump"}, 2, "Pump is no NodeId");
-        row({"--write", number, "one"}, 2, "one is no JSON");
-        row({"--watch", number}, 2, "--for");
-        row({"--history", number, "--from", "soon"}, 2, "--from");
-        row({"--mode", "both", "--read", number}, 2, "--mode");
-        row({"--mode", "sign", "--policy", "None", "--read", number}, 2, "exclude");
-        row({"--user", "operator", "--read", number}, 2, "--password-file");
-        row({"--connect", "http://localhost", "--read", number}, 2, "--connect");
-        row({"--read", number, "--policy", "Basic256Sha256", "--trust", "reject"}, 3, "Untrusted");
-        row({"--read", number, "--connect", "opc.tcp://localhost:1"}, 3, "Connecting: Bad");
-        row({"--read", number, "--user", "operator", "--password-file", "/dev/null"}, 3,
-            "Activating");
-        row({"--read", number, "--user", "operator", "--password-file", "/none"}, 3, "/none");
-    }
-
     void exitStatus()
     {
-        QFETCH(QStringList, arguments);
-        QFETCH(QByteArray, told);
-        const QTemporaryDir pki; // where nothing is trusted
-        const Run run = harrier(
-            QStringList{"--connect", m_url, "--trust", "once", "--pki", pki.path()} + arguments);
-        QVERIFY2((run.errors + run.output).contains(told), run.errors + run.output);
-        QTEST(run.code, "code");
+        const auto row = [this](const QString& arguments, int code, const char* told) {
+            const Case here(arguments.toUtf8());
+            const QTemporaryDir pki; // where nothing is trusted
+            const Run run =
+                harrier(QStringList{"--connect", m_url, "--trust", "once", "--pki", pki.path()} +
+                        arguments.split(' ', Qt::SkipEmptyParts));
+            QVERIFY2((run.errors + run.output).contains(told), run.errors + run.output);
+            QCOMPARE(run.code, code);
+        };
+        const QString call = "--call ns=1;s=Machine ns=1;s=Add ", number = " ns=1;s=ScalarInt32 ";
+        row("--read i=2259@DisplayName", 0, R"("attribute":"DisplayName")");
+        row("--read nsu=urn:localhost:kestrel:Sessionserver;s=ScalarInt32@Value", 0, "Good");
+        row(call + "1 2.5", 0, R"([{"Type":11,"Body":3.5}])");
+        row(call + "1 \"2\"", 1, R"(["Good","BadTypeMismatch"])");
+        row(call + "1", 1, "BadArgumentsMissing");
+        row(call + "1 2 3", 1, "BadTooManyArguments");
+        row("--watch ns=1;s=Item0 ns=1;s=Item1 --for 0.5 --interval 50", 0, "watch");
+        row("--watch" + number + "ns=1;s=none --for 0.5", 1, "BadNodeIdUnknown");
+        row("--read" + number + "ns=1;s=@", 1, "BadNodeIdUnknown");
+        row("--read nsu=urn:x;i=1", 1, "no namespace urn:x");
+        row("--browse ns=1;s=none", 1, "BadNodeIdUnknown");
+        row("--write" + number + "[1]", 1, "BadTypeMismatch");
+        row("--write" + number + "2147483648", 1, "BadOutOfRange");
+        row("--write i=2259 1", 1, "Bad");
+        row("--history" + number + "--from 2024-01-01 --to 2024-01-02", 1, "Bad");
+        row("--connect --help", 0, "Usage");
+        row("", 2, "no command");
+        row("--read", 2, "--read");
+        row("--read Pump", 2, "Pump is no NodeId");
+        row("--write" + number + "one", 2, "one is no JSON");
+        row("--watch" + number, 2, "--for");
+        row("--history" + number + "--from soon", 2, "--from");
+        row("--mode both --read" + number, 2, "--mode");
+        row("--mode sign --policy None --read" + number, 2, "exclude");
+        row("--user operator --read" + number, 2, "--password-file");
+        row("--connect http://localhost --read" + number, 2, "--connect");
+        row("--read" + number + "--policy Basic256Sha256 --trust reject", 3, "Untrusted");
+        row("--read" + number + "--connect opc.tcp://localhost:1", 3, "Connecting: Bad");
+        row("--read" + number + "--user operator --password-file /dev/null", 3, "Activating");
+        row("--read" + number + "--user operator --password-file /none", 3, "/none");
     }
 
 private:

@@ -55,6 +55,10 @@ public:
                          decoded<BrowseNextRequest>(*m).releaseContinuationPoints) ||
                         (type == HistoryReadRequest::encodingId &&
                          decoded<HistoryReadRequest>(*m).releaseContinuationPoints);
+            if (type == PublishRequest::encodingId && handle == 0) {
+                kept.push_back(std::move(*m)); // until there is an item
+                continue;
+            }
             if (m_fault && m_fault(*this, *m, type))
                 continue;
             if (type == OpenSecureChannelRequest::encodingId)
@@ -62,16 +66,10 @@ public:
             serveOneOf<GetEndpointsRequest, CreateSessionRequest, ActivateSessionRequest,
                        ReadRequest, BrowseRequest, BrowseNextRequest, HistoryReadRequest,
                        CreateSubscriptionRequest, CreateMonitoredItemsRequest>(*m, type);
+            if (type == CreateMonitoredItemsRequest::encodingId)
+                for (const Message& publish : std::exchange(kept, {}))
+                    m_fault(*this, publish, PublishRequest::encodingId);
         }
-    }
-    template <class Request>
-    static Request decoded(const Message& m)
-    {
-        QByteArrayView body = m.body;
-        takeTypeId(body);
-        Request request;
-        decodeFields(body, request);
-        return request;
     }
     template <class Response>
     void reply(const Message& m, Response response)
@@ -234,7 +232,7 @@ Server::Fault on(Function function)
     return [function](Server& s, const Message& m, OpcUa_UInt32 type) {
         if (type != Request::encodingId)
             return false;
-        const auto request = Server::decoded<Request>(m);
+        const auto request = decoded<Request>(m);
         function(s, m, request);
         return true;
     };
@@ -463,6 +461,7 @@ void addCallRows(QList<Row>& rows)
     };
     limited("one at a time and a fault", 1, 0, OpcUa_BadTooManySessions, OpcUa_BadTooManySessions);
     limited("always too much", 1, 0, OpcUa_BadTooManyOperations, OpcUa_BadTooManyOperations);
+    limited("as many as it takes", 1000, 1000, OpcUa_BadTooManySessions, OpcUa_Good);
     limited("too much at a time", 0, 100, OpcUa_BadTooManyOperations, OpcUa_Good);
     rows.append({"silence", false, OpcUa_BadTimeout, onCall([](auto&...) {}), waitForEnd});
     rows.append({"back into the same session", true, OpcUa_Good,
@@ -470,7 +469,7 @@ void addCallRows(QList<Row>& rows)
                      if (*lost && type == CreateSessionRequest::encodingId)
                          s.reply(m, Server::faultOf(OpcUa_BadIdentityTokenRejected));
                      else if (!*lost && type == ReadRequest::encodingId)
-                         s.ends = *lost = Server::decoded<ReadRequest>(m).items.size() == 1;
+                         s.ends = *lost = decoded<ReadRequest>(m).items.size() == 1;
                      return s.ends || (*lost && type == CreateSessionRequest::encodingId);
                  },
                  comeBack, true});
@@ -483,7 +482,7 @@ void addCallRows(QList<Row>& rows)
                      Message unknown = m;
                      unknown.requestId = 4711;
                      for (const Message& other : {unknown, s.kept[0], s.kept[0], m, m})
-                         s.reply(other, s.good(Server::decoded<ReadRequest>(other)));
+                         s.reply(other, s.good(decoded<ReadRequest>(other)));
                  }),
                  cancelOne, true});
     const auto add = [&](const char* name, OpcUa_StatusCode status, const Server::Fault& fault,
@@ -532,7 +531,7 @@ void addSubscriptionRows(QList<Row>& rows)
     const auto addMissing = [&](const char* name, const char* told,
                                 const QList<OpcUa_UInt32>& numbers, auto republish) {
         add(name, told, [numbers](auto& s, auto& m, auto&) {
-            if (s.count < OpcUa_UInt32(numbers.size()) && s.handle != 0) {
+            if (s.count < OpcUa_UInt32(numbers.size())) {
                 const bool isPromise = numbers.value(++s.count) == 5 && numbers[s.count - 1] == 5;
                 s.reply(m, s.notification(numbers[s.count - 1], !isPromise));
             }

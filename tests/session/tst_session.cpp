@@ -44,11 +44,10 @@ static bool holds(const QByteArray& bytes, const QByteArray& masked)
     for (char c : masked)
         wide.append(c).append(0x55);
     const auto isSame = [](char a, char b) { return char(a ^ 0x55) == b; };
-    for (const QByteArray& needle : {masked, wide}) {
+    for (const QByteArray& needle : {masked, wide})
         if (std::search(bytes.begin(), bytes.end(), needle.begin(), needle.end(), isSame) !=
             bytes.end())
             return true;
-    }
     return false;
 }
 

@@ -103,10 +103,9 @@ private Q_SLOTS:
             m_form->setUserTokenType(OpcUa_UserTokenType_IssuedToken);
             m_form->setSupportedUserTokenTypes(list);
             QString enabled;
-            for (const char* name : {"Anonymous", "Username", "Certificate"}) {
+            for (const char* name : {"Anonymous", "Username", "Certificate"})
                 if (child<QWidget>(QByteArray("radioButton_") + name)->isEnabled())
                     enabled += name[0];
-            }
             QCOMPARE(enabled + QString::number(m_form->userTokenType()), expected);
         }
         const std::pair<int, const char*> elements[] = {{1, "groupBox_ServerInformation"},
@@ -240,10 +239,9 @@ private:
         QString text = QString("%1 %2,")
                            .arg(child<QComboBox>("comboBox_SecurityPolicy")->currentIndex())
                            .arg(mode->currentIndex());
-        for (int i = 0; i < 3; ++i) {
+        for (int i = 0; i < 3; ++i)
             if (mode->model()->index(i, 0).flags() & Qt::ItemIsEnabled)
                 text += QString::number(i);
-        }
         text += QString(" ") + "AUC"[m_form->userTokenType()];
         const std::pair<const char*, const char*> inputs[] = {
             {"lineEdit_UserName", " name"},

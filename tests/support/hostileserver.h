@@ -10,6 +10,17 @@
 #include <memory>
 #include <thread>
 
+/// The fields of a message that has a type.
+template <class Fields>
+Fields decoded(const UaWire::Message& message)
+{
+    QByteArrayView body = message.body;
+    UaWire::takeTypeId(body);
+    Fields fields;
+    UaWire::decodeFields(body, fields);
+    return fields;
+}
+
 /// Something that happens once, for any number of threads that wait. Of the standard library, so
 /// that a thread sanitizer sees it.
 class OneTimeEvent
@@ -84,10 +95,7 @@ public:
     /// Answers a request that opens the channel or renews its token. The first token is 4711.
     void giveToken(const UaWire::Message& request, OpcUa_UInt32 lifetime = 60000)
     {
-        QByteArrayView body = request.body;
-        UaWire::takeTypeId(body);
-        UaWire::OpenSecureChannelRequest asked;
-        UaWire::decodeFields(body, asked);
+        const auto asked = decoded<UaWire::OpenSecureChannelRequest>(request);
         UaWire::OpenSecureChannelResponse response;
         response.securityToken = {writer.channelId = 17, m_nextToken++, 0, lifetime};
         response.serverNonce = QByteArray(asked.clientNonce.size(), 's');
@@ -112,11 +120,7 @@ public:
     template <class Response>
     QByteArray chunksOf(const UaWire::Message& request, Response& response)
     {
-        QByteArrayView body = request.body;
-        UaWire::takeTypeId(body);
-        UaWire::RequestHeader header;
-        UaWire::decodeFields(body, header);
-        response.header.requestHandle = header.requestHandle;
+        response.header.requestHandle = decoded<UaWire::RequestHeader>(request).requestHandle;
         return writer.chunks(request.type, request.requestId, UaWire::encodeMessage(response));
     }
     template <class Response>

@@ -18,3 +18,17 @@ inline V xmlElement(const QByteArray& bytes)
     value.setXmlElement(UaByteString(bytes));
     return value;
 }
+
+inline QString typeName(int type)
+{
+    return QString("Null Boolean SByte Byte Int16 UInt16 Int32 UInt32 Int64 UInt64 Float Double "
+                   "String DateTime Guid ByteString XmlElement NodeId ExpandedNodeId StatusCode "
+                   "QualifiedName LocalizedText")
+        .section(' ', type, type);
+}
+
+/// Of a status.
+inline QByteArray name(UaStatusCode status)
+{
+    return status.toString().bytes();
+}

@@ -29,10 +29,9 @@ public:
     {
         w->installEventFilter(this);
         const QMetaMethod slot = metaObject()->method(metaObject()->indexOfSlot("note()"));
-        for (int i = w->metaObject()->methodOffset(); i < w->metaObject()->methodCount(); ++i) {
+        for (int i = w->metaObject()->methodOffset(); i < w->metaObject()->methodCount(); ++i)
             if (w->metaObject()->method(i).methodType() == QMetaMethod::Signal)
                 connect(w, w->metaObject()->method(i), this, slot);
-        }
     }
 
     V value(bool* ok) const
@@ -194,9 +193,8 @@ inline const QList<EditorCase>& editorCases()
 
 inline QWidget* createNamed(const QByteArray& name, int flags = 0)
 {
-    for (const EditorCase& c : editorCases()) {
+    for (const EditorCase& c : editorCases())
         if (c.name == name)
             return c.create(flags);
-    }
     qFatal("no editor %s", name.constData());
 }

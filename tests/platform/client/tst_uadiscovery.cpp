@@ -2,6 +2,7 @@
 #include "platform/stack/opcuastatuscodes.h"
 #include "platform/wire/samples.h"
 #include "support/hostileserver.h"
+#include "support/values.h"
 #include "support/warnings.h"
 
 using namespace UaClientSdk;
@@ -10,11 +11,6 @@ using namespace UaWire;
 using Script = HostileServer::Script;
 
 namespace {
-
-QByteArray name(UaStatus status)
-{
-    return status.toString().bytes();
-}
 
 /// The status of a call, and the number of endpoints that it gave.
 QByteArray getEndpoints(const QByteArray& url, int timeout)
@@ -109,7 +105,7 @@ private Q_SLOTS:
                 QByteArrayView fields = request->body;
                 if (takeTypeId(fields) != asked.encodingId)
                     return;
-                decodeFields(fields, asked);
+                asked = decoded<decltype(asked)>(*request);
                 response.*member = filledArray<std::decay_t<decltype((response.*member)[0])>>(3);
                 bool good = asked.header.timeoutHint > 0 && asked.header.timeoutHint <= 5000;
                 if constexpr (std::is_same_v<decltype(asked), FindServersOnNetworkRequest>)

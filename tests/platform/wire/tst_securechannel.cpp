@@ -1,8 +1,8 @@
 // Both ends of a secure channel, in memory and by a clock that is a number.
 
-#include "platform/types/uastatuscode.h"
 #include "platform/wire/securechannel_p.h"
 #include "support/identity.h"
+#include "support/values.h"
 #include "support/warnings.h"
 
 using namespace UaWire;
@@ -20,11 +20,6 @@ const Identity& identity(int bits)
     if (!one.key)
         one = makeIdentity(std::abs(bits));
     return one;
-}
-
-QByteArray name(OpcUa_StatusCode status)
-{
-    return UaStatusCode(status).toString().bytes();
 }
 
 /// A client and a server that are connected; the time is what the test says.

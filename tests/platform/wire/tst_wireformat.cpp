@@ -1,7 +1,7 @@
-#include "platform/types/uastatuscode.h"
 #include "platform/wire/endpointurl_p.h"
 #include "platform/wire/messagechunks_p.h"
 #include "platform/wire/samples.h"
+#include "support/values.h"
 #include "support/warnings.h"
 
 using namespace UaWire;
@@ -27,11 +27,6 @@ QByteArray words(std::initializer_list<OpcUa_UInt32> values)
 QByteArray hex(const char* digits)
 {
     return QByteArray::fromHex(digits);
-}
-
-QByteArray name(OpcUa_StatusCode status)
-{
-    return UaStatusCode(status).toString().bytes();
 }
 
 QByteArray chunk(const char* head, OpcUa_UInt32 channel, OpcUa_UInt32 token, OpcUa_UInt32 sequence,

@@ -1,26 +1,19 @@
 // What node-opcua's client makes of a server, as the lines that harrier prints, but without server
 // timestamps: sessionclient.mjs URL prints "READY URL" and takes a JSON array a line:
-// ["walk" or "browse" or "read", NODEID...] or ["history", NODEID, FROM, TO]. "walk" browses what
-// is below the nodes, too, but for some. "END" stands behind each answer.
-import "./loopback.mjs";
-
-import { mkdtempSync, rmSync } from "node:fs";
-import { tmpdir } from "node:os";
-import path from "node:path";
+// ["walk" or "read", NODEID...] or ["history", NODEID, FROM, TO]. "walk" browses the nodes and what
+// is below them, but for some. "END" stands behind each answer.
+import {
+    AttributeIds, certificateManager, DataType, OPCUAClient, temporaryFolder, VariantArrayType,
+} from "./opcua.mjs";
 import { createInterface } from "node:readline";
 import { decodeNodeId } from "node-opcua-basic-types";
 import { BinaryStream } from "node-opcua-binary-stream";
-import { OPCUACertificateManager } from "node-opcua-certificate-manager";
-import { AttributeIds, OPCUAClient } from "node-opcua-client";
 import { NodeClass } from "node-opcua-data-model";
 import { encodeExtensionObject } from "node-opcua-extension-object";
 import { NodeIdType } from "node-opcua-nodeid";
 import { browseAll } from "node-opcua-pseudo-session";
-import { DataType, VariantArrayType } from "node-opcua-variant";
 
 const url = process.argv[2];
-const folder = mkdtempSync(path.join(tmpdir(), "kestrel-peer-"));
-process.on("exit", () => rmSync(folder, { recursive: true, force: true }));
 
 // Null and undefined fields stay away.
 const object = (fields) => Object.fromEntries(
@@ -109,17 +102,15 @@ const printValue = (service, id, value) => print({ service, nodeId: id, attribut
     status: value.statusCode.name, value: variant(value.value),
     sourceTimestamp: time(value.sourceTimestamp, value.sourcePicoseconds) ?? null });
 
-const clientCertificateManager = new OPCUACertificateManager({
-    rootFolder: folder, automaticallyAcceptUnknownCertificate: true, disableFileWatchers: true });
 const client = OPCUAClient.create({ endpointMustExist: false, connectionStrategy: { maxRetry: 0 },
-    clientCertificateManager, keepSessionAlive: true });
+    clientCertificateManager: await certificateManager(temporaryFolder()), keepSessionAlive: true });
 await client.connect(url);
 const session = await client.createSession();
 
 // The diagnostics of sessions, which come and go with clients, and most of those that are alike.
 const isSkipped = (id) => id === "i=3706" || /^ns=1;s=(Tag|Item)\d\d/.test(id);
 
-async function browse(ids, below) {
+async function walk(...ids) {
     const seen = new Set(ids);
     for (let level = ids; level.length > 0;) {
         const results = await browseAll(session, level.map((id) => ({ nodeId: id,
@@ -133,7 +124,7 @@ async function browse(ids, below) {
                 target, nodeClass: NodeClass[reference.nodeClass],
                 browseName: name(reference.browseName), displayName: reference.displayName.text,
                 typeDefinition: idText(reference.typeDefinition) });
-            if (below && !seen.has(target) && !isSkipped(target)) next.push(target);
+            if (!seen.has(target) && !isSkipped(target)) next.push(target);
             seen.add(target);
         }));
         level = next;
@@ -141,8 +132,7 @@ async function browse(ids, below) {
 }
 
 const commands = {
-    browse: (...ids) => browse(ids, false),
-    walk: (...ids) => browse(ids, true),
+    walk,
     async read(...ids) {
         for (let i = 0; i < ids.length; i += 500) {
             const slice = ids.slice(i, i + 500);
