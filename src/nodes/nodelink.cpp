@@ -41,8 +41,8 @@ QList<QvelNodeLink> qvelNodeLinks(const QMimeData* data)
         return nodes;
     if (data->hasFormat(nodesType())) {
         const QJsonArray array = QJsonDocument::fromJson(data->data(nodesType())).array();
-        for (const QJsonValue& node : array)
-            add(node["id"].toString(), node["name"].toString());
+        for (const auto& node : array)
+            add(node.toObject()["id"].toString(), node.toObject()["name"].toString());
     } else if (data->hasText()) {
         const QStringList lines = data->text().split(u'\n');
         for (const QString& line : lines)

@@ -375,6 +375,8 @@ OpcUa_StatusCode OpcUa_Variant_CopyTo(const OpcUa_Variant* from, OpcUa_Variant* 
             return OpcUa_BadOutOfMemory;
         }
     }
+    if (!source.data)
+        return OpcUa_Good;
     if (info->plain) {
         OpcUa_Memory_MemCpy(target, source.data, source.count * info->size);
         return OpcUa_Good;
