@@ -1,0 +1,113 @@
+#include "referenceswidget.h"
+
+#include "images/images_p.h"
+#include "nodes/referencesmodel.h"
+
+#include <QtCore/QMimeData>
+#include <QtGui/QAction>
+#include <QtGui/QClipboard>
+#include <QtGui/QGuiApplication>
+#include <QtWidgets/QHeaderView>
+#include <QtWidgets/QTableView>
+#include <QtWidgets/QVBoxLayout>
+
+class QvelReferencesWidget::Private
+{
+public:
+    explicit Private(QvelReferencesWidget* q)
+        : model(new QvelReferencesModel(q)), table(new QTableView(q))
+    {
+    }
+    void copy() const
+    {
+        const QModelIndexList rows = table->selectionModel()->selectedRows();
+        QModelIndexList targets;
+        QStringList lines;
+        for (const QModelIndex& row : rows) {
+            targets.append(row.siblingAtColumn(QvelReferencesModel::Target));
+            const QModelIndex id = row.siblingAtColumn(QvelReferencesModel::NodeId);
+            const bool isFailure = row.data(QvelReferencesModel::FailureRole).toBool();
+            lines.append((isFailure ? row : id).data().toString());
+        }
+        if (rows.isEmpty())
+            return;
+        QMimeData* data = model->mimeData(targets);
+        if (!data)
+            data = new QMimeData;
+        data->setText(lines.join(u'\n'));
+        QGuiApplication::clipboard()->setMimeData(data);
+    }
+
+    QvelReferencesModel* const model;
+    QTableView* const table;
+};
+
+QvelReferencesWidget::QvelReferencesWidget(QWidget* parent)
+    : QWidget(parent), d(std::make_unique<Private>(this))
+{
+    initKestrelImages();
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins({});
+    layout->addWidget(d->table);
+    setFocusProxy(d->table);
+
+    d->table->setModel(d->model);
+    d->table->setAccessibleName(tr("References"));
+    d->table->setSelectionBehavior(QAbstractItemView::SelectRows);
+    d->table->setDragDropMode(QAbstractItemView::DragOnly);
+    d->table->setShowGrid(false);
+    d->table->setWordWrap(false);
+    d->table->setTabKeyNavigation(false);
+    d->table->setContextMenuPolicy(Qt::ActionsContextMenu);
+    d->table->verticalHeader()->hide();
+    d->table->verticalHeader()->setDefaultSectionSize(
+        d->table->verticalHeader()->minimumSectionSize());
+    QHeaderView* header = d->table->horizontalHeader();
+    header->setStretchLastSection(true);
+    header->setHighlightSections(false);
+    header->setDefaultAlignment(Qt::AlignLeading | Qt::AlignVCenter);
+    header->setDefaultSectionSize(150);
+
+    const auto add = [this](const QString& text, const QKeySequence& shortcut, auto function) {
+        auto* action = new QAction(text, d->table);
+        action->setShortcut(shortcut);
+        action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+        connect(action, &QAction::triggered, this, function);
+        d->table->addAction(action);
+    };
+    add(tr("Copy NodeId"), QKeySequence::Copy, [this] { d->copy(); });
+    add(tr("Refresh"), QKeySequence(Qt::Key_F5), [this] { d->model->refresh(); });
+    connect(d->table, &QAbstractItemView::activated, this, [this](const QModelIndex& index) {
+        if (d->model->flags(index).testFlag(Qt::ItemIsDragEnabled))
+            QMetaObject::invokeMethod(
+                this, [this, id = d->model->nodeId(index)] { Q_EMIT nodeActivated(id); },
+                Qt::QueuedConnection);
+    });
+}
+
+QvelReferencesWidget::~QvelReferencesWidget() = default;
+
+void QvelReferencesWidget::setSession(QvelSession* session)
+{
+    d->model->setSession(session);
+}
+
+QvelSession* QvelReferencesWidget::session() const
+{
+    return d->model->session();
+}
+
+QvelReferencesModel* QvelReferencesWidget::model() const
+{
+    return d->model;
+}
+
+QTableView* QvelReferencesWidget::view() const
+{
+    return d->table;
+}
+
+void QvelReferencesWidget::setNode(const UaExpandedNodeId& id)
+{
+    d->model->setNode(id);
+}

@@ -1,0 +1,423 @@
+// The address space and the references of a node, on a foreign server.
+
+#include "session/sessionuser.h"
+#include "support/relay.h"
+#include "support/warnings.h"
+
+#include <Kestrel/QvelAddressSpaceModel>
+#include <Kestrel/QvelAddressSpaceWidget>
+#include <Kestrel/QvelReferencesModel>
+#include <Kestrel/QvelReferencesWidget>
+
+#include <QtCore/QMimeData>
+#include <QtCore/QUrl>
+#include <QtGui/QClipboard>
+#include <QtTest/QAbstractItemModelTester>
+#include <QtWidgets/QApplication>
+#include <QtWidgets/QHeaderView>
+#include <QtWidgets/QLabel>
+#include <QtWidgets/QLineEdit>
+#include <QtWidgets/QMenu>
+#include <QtWidgets/QTableView>
+#include <QtWidgets/QToolButton>
+#include <QtWidgets/QTreeView>
+
+using Model = QvelAddressSpaceModel;
+
+namespace {
+
+constexpr int patience = 30000;
+
+QvelDiscoverySetting settingOf(const QString& url)
+{
+    QvelDiscoverySetting setting;
+    setting.setEndpointUrl(url);
+    setting.setSecurityPolicy("http://opcfoundation.org/UA/SecurityPolicy#None");
+    setting.setMessageSecurityMode(OpcUa_MessageSecurityMode_None);
+    return setting;
+}
+
+QString rowText(const QModelIndex& index)
+{
+    QStringList texts;
+    for (int column = 0; column < Model::ColumnCount; ++column)
+        texts.append(index.siblingAtColumn(column).data().toString());
+    return texts.join('|');
+}
+
+/// A tree with all that a user does to it.
+struct Tree
+{
+    explicit Tree(QvelSession* session) : tester(widget.model())
+    {
+        tester.setUseFetchMore(false); // all the server's nodes
+        widget.resize(700, 500);
+        widget.show();
+        widget.activateWindow();
+        widget.setSession(session);
+    }
+    QvelAddressSpaceModel* model() const { return widget.model(); }
+    QTreeView* view() const { return widget.view(); }
+    QLineEdit* field() const { return widget.findChild<QLineEdit*>(); }
+    QString said() const { return widget.findChild<QLabel*>()->text(); }
+    QString current() const { return model()->browsePath(view()->currentIndex()); }
+    void press(int key, Qt::KeyboardModifiers modifiers = {})
+    {
+        QTest::keyClick(view(), Qt::Key(key), modifiers);
+    }
+    void enter(const QString& text)
+    {
+        field()->setText(text);
+        QTest::keyClick(field(), Qt::Key_Return);
+    }
+    bool goTo(const QString& text)
+    {
+        QSignalSpy located(model(), &Model::located);
+        enter(text);
+        return QTest::qWaitFor([&] { return !located.isEmpty() || !said().isEmpty(); }, patience) &&
+               !located.isEmpty();
+    }
+    int childCount() const { return model()->rowCount(view()->currentIndex()); }
+
+    QvelAddressSpaceWidget widget;
+    QAbstractItemModelTester tester;
+};
+
+} // namespace
+
+class tst_AddressSpace : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init() { failOnWarnings(); }
+    void links_data();
+    void links();
+    void tree();
+    void goTo_data();
+    void goTo();
+    void find();
+    void wayBack();
+    void copies();
+    void references();
+    void comesBack();
+
+private:
+    PeerProcess m_server;
+    QString m_url;
+    SessionUser m_user;
+    std::unique_ptr<QvelSession> m_session;
+};
+
+void tst_AddressSpace::initTestCase()
+{
+    m_url = m_server.start(NODE, {PEERS "/sessionserver.mjs", "--children", "3000"});
+    QVERIFY(!m_url.isEmpty());
+    m_session = std::make_unique<QvelSession>(m_user.options);
+    const QvelSessionError error = connectSession(*m_session, settingOf(m_url));
+    QVERIFY2(m_session->state() == QvelSession::Connected, error.toString().toUtf8());
+}
+
+void tst_AddressSpace::links_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("read"); // "-" for nothing
+    const auto add = [](const char* text, const char* read = nullptr) {
+        QTest::addRow("%s", text) << text << (read ? read : text);
+    };
+    add("i=85");
+    add("ns=0;i=85", "i=85");
+    add("ns=2;s=Pump;1=a");
+    add("nsu=urn:a%3Bb%25;b=AQI=");
+    add("svr=3;nsu=urn:x;g=72962b91-fa75-4ae6-8d28-b404dc7daf63");
+    add("ns=1;s=");
+    for (const char* text : {"", "i=", "i=+1", "i=4294967296", "ns=65536;i=1", "ns=-1;i=1", "g=1",
+                             "b=A*", "x=1", "svr=4294967296;i=1", "nsu=;i=1", "/Objects", " i=1"})
+        add(text, "-");
+}
+
+void tst_AddressSpace::links()
+{
+    QFETCH(QString, text);
+    QFETCH(QString, read);
+    const auto id = qvelParseNodeId(text);
+    QCOMPARE(id ? qvelNodeIdText(*id) : "-", read);
+    if (!id)
+        return;
+    const std::unique_ptr<QMimeData> data(qvelNodeMimeData({{*id, "a\nb"}, {*id, {}}}));
+    QMimeData plain;
+    plain.setText(data->text() + "\r\n  words\n");
+    QCOMPARE(qvelNodeLinks(data.get()).value(0).displayName, QString("a\nb"));
+    for (const QMimeData* each : {static_cast<const QMimeData*>(data.get()), &std::as_const(plain)})
+        QVERIFY(qvelNodeLinks(each).size() == 2 && qvelNodeLinks(each)[1].nodeId == *id);
+}
+
+void tst_AddressSpace::tree()
+{
+    Tree tree(m_session.get());
+    QTRY_COMPARE_WITH_TIMEOUT(tree.model()->rowCount(tree.model()->index(0, 0)), 3, patience);
+    tree.view()->setCurrentIndex(tree.model()->index(0, 0));
+    tree.press(Qt::Key_Down);
+    tree.press(Qt::Key_Right);
+    const QModelIndex objects = tree.view()->currentIndex();
+    const QList<QvelReference> expected =
+        resultOf(m_session->browse({{UaNodeId(85)}})).results.value(0).references;
+    QTRY_COMPARE_WITH_TIMEOUT(tree.childCount(), int(expected.size()), patience);
+    for (int row = 0; row < expected.size(); ++row)
+        QCOMPARE(tree.model()->index(row, 0, objects).data().toString(),
+                 expected[row].displayName.text().toQString());
+    QTRY_COMPARE_WITH_TIMEOUT(rowText(tree.model()->index(0, 0)),
+                              QString("Root|Root|i=84|Object|FolderType"), patience);
+
+    // All come, in the server's order, and are put in without another question.
+    QVERIFY(tree.goTo("ns=1;s=Many"));
+    QTRY_COMPARE_WITH_TIMEOUT(rowText(tree.view()->currentIndex()),
+                              QString("Many|1:Many|ns=1;s=Many|Object|FolderType"), patience);
+    const quint64 requests = m_session->statistics().requests;
+    tree.press(Qt::Key_Right);
+    QTRY_COMPARE_WITH_TIMEOUT(tree.childCount(), 3000, patience);
+    const QModelIndex last = tree.model()->index(2999, 0, tree.view()->currentIndex());
+    QTRY_COMPARE_WITH_TIMEOUT(
+        rowText(last), QString("Tag2999|1:Tag2999|ns=1;s=Tag2999|Variable|BaseDataVariableType"),
+        patience);
+    QVERIFY(m_session->statistics().requests <= requests + 3);
+    QVERIFY(tree.model()->hasChildren(last)); // for all that is known
+    tree.view()->expand(last);
+    QTRY_VERIFY_WITH_TIMEOUT(!tree.model()->hasChildren(last), patience);
+
+    // Columns are chosen, and icons tell kinds apart.
+    QHeaderView* header = tree.view()->header();
+    QVERIFY(tree.view()->isColumnHidden(Model::NodeClass));
+    Q_EMIT header->customContextMenuRequested({});
+    QMenu* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    QVERIFY(menu);
+    menu->actions().value(Model::NodeClass - 1)->trigger();
+    menu->close();
+    QVERIFY(!tree.view()->isColumnHidden(Model::NodeClass));
+    QSet<qint64> icons;
+    for (const char* id : {"i=85", "i=2253", "i=2256", "i=2255", "i=11492", "i=58", "i=62", "i=24",
+                           "i=33", "i=87"}) {
+        QVERIFY2(tree.goTo(id), qPrintable(tree.said()));
+        icons.insert(
+            tree.view()->currentIndex().data(Qt::DecorationRole).value<QIcon>().cacheKey());
+    }
+    QCOMPARE(icons.size(), 9); // i=87 is a folder, as i=85 is
+}
+
+void tst_AddressSpace::goTo_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("path"); // of the current node, or what is said
+    QTest::addRow("id") << "i=2256"
+                        << "/Objects/Server/ServerStatus";
+    QTest::addRow("of the root") << " i=84 "
+                                 << "/";
+    QTest::addRow("uri") << "nsu=urn:first;s=Further"
+                         << "/Objects/1:Moving/2:urn&:first";
+    QTest::addRow("path") << "/Objects/Server.ServerStatus/CurrentTime"
+                          << "/Objects/Server/ServerStatus/CurrentTime";
+    QTest::addRow("escaped path") << "/Objects/1:Moving/2:urn&:first"
+                                  << "/Objects/1:Moving/2:urn&:first";
+    QTest::addRow("root path") << "/"
+                               << "/";
+    QTest::addRow("unknown id") << "i=4711"
+                                << "BadNodeIdUnknown";
+    QTest::addRow("unknown uri") << "nsu=urn:none;s=x"
+                                 << "BadNodeIdUnknown";
+    QTest::addRow("unknown path") << "/Objects/None"
+                                  << "BadNoMatch";
+    QTest::addRow("broken path") << "/Objects//x"
+                                 << "no browse path";
+    QTest::addRow("path with a type") << "/<HasComponent>x"
+                                      << "no browse path";
+}
+
+void tst_AddressSpace::goTo()
+{
+    QFETCH(QString, text);
+    QFETCH(QString, path);
+    Tree tree(m_session.get());
+    QSignalSpy changed(&tree.widget, &QvelAddressSpaceWidget::currentNodeChanged);
+    tree.view()->setCurrentIndex({});
+    if (path.startsWith('/')) {
+        QVERIFY2(tree.goTo(text), qPrintable(tree.said()));
+        QCOMPARE(tree.current(), path);
+        QCOMPARE(changed.last()[0].value<UaExpandedNodeId>(), tree.widget.currentNode());
+        QVERIFY(tree.view()->visualRect(tree.view()->currentIndex()).isValid());
+    } else {
+        QVERIFY(!tree.goTo(text));
+        QVERIFY2(tree.said().contains(path), qPrintable(tree.said()));
+    }
+}
+
+void tst_AddressSpace::find()
+{
+    Tree tree(m_session.get());
+    QTRY_VERIFY_WITH_TIMEOUT(tree.model()->rowCount() == 1, patience);
+    tree.enter("serverSTATUS");
+    QTRY_COMPARE_WITH_TIMEOUT(tree.current(), QString("/Objects/Server/ServerStatus"), patience);
+    QTRY_VERIFY_WITH_TIMEOUT(tree.said().contains(" of "), patience); // through all nodes
+    tree.press(Qt::Key_F3);
+    QTRY_VERIFY_WITH_TIMEOUT(tree.current().contains("/Types/"), patience);
+    const QString second = tree.current();
+    tree.press(Qt::Key_F3, Qt::ShiftModifier);
+    QTRY_COMPARE_WITH_TIMEOUT(tree.current(), QString("/Objects/Server/ServerStatus"), patience);
+    QTest::keyClick(tree.field(), Qt::Key_Return);
+    QTRY_COMPARE_WITH_TIMEOUT(tree.current(), second, patience);
+
+    tree.enter("nowhere");
+    QTRY_VERIFY_WITH_TIMEOUT(tree.said().contains("Looking for"), patience);
+    QTest::keyClick(tree.field(), Qt::Key_Escape);
+    QTRY_VERIFY_WITH_TIMEOUT(tree.said().contains("Cancelled"), patience);
+    tree.model()->setRootNode(UaExpandedNodeId(UaNodeId(2253), {}, 0));
+    QTRY_VERIFY_WITH_TIMEOUT(tree.model()->index(0, 0).data() == "Server", patience);
+    tree.enter("nowhere");
+    QTRY_VERIFY_WITH_TIMEOUT(tree.said().contains("was not found"), patience);
+}
+
+void tst_AddressSpace::wayBack()
+{
+    Tree tree(m_session.get());
+    QVERIFY(tree.goTo("i=2256"));
+    QVERIFY(tree.goTo("i=58"));
+    const QString types = tree.current();
+    tree.press(Qt::Key_Up); // takes the place of the last one
+    const QString above = tree.current();
+    QVERIFY(above != types);
+    tree.press(Qt::Key_Left, Qt::AltModifier);
+    QTRY_COMPARE_WITH_TIMEOUT(tree.current(), QString("/Objects/Server/ServerStatus"), patience);
+    tree.press(Qt::Key_Right, Qt::AltModifier);
+    QTRY_COMPARE_WITH_TIMEOUT(tree.current(), above, patience);
+    tree.widget.goBack();
+    QTRY_COMPARE_WITH_TIMEOUT(tree.current(), QString("/Objects/Server/ServerStatus"), patience);
+    QVERIFY(tree.goTo("i=85"));
+    tree.widget.goForward(); // there is nothing more
+    QCOMPARE(tree.current(), QString("/Objects"));
+}
+
+void tst_AddressSpace::copies()
+{
+    Tree tree(m_session.get());
+    QVERIFY(tree.goTo("nsu=urn:second;s=Further"));
+    tree.view()->setFocus();
+    tree.press(Qt::Key_C, Qt::ControlModifier);
+    const QMimeData* data = QApplication::clipboard()->mimeData();
+    QCOMPARE(data->text(), QString("ns=3;s=Further"));
+    QCOMPARE(qvelNodeLinks(data).value(0).nodeId, tree.widget.currentNode());
+    const std::unique_ptr<QMimeData> dragged(
+        tree.model()->mimeData(tree.view()->selectionModel()->selectedIndexes()));
+    QCOMPARE(qvelNodeLinks(dragged.get()).size(), 1);
+    QCOMPARE(dragged->text(), QString("nsu=urn:second;s=Further"));
+    QAction own("Own");
+    tree.widget.addAction(&own);
+    QStringList texts;
+    for (int i = 0; i < 4; ++i) {
+        Q_EMIT tree.view()->customContextMenuRequested({});
+        QMenu* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        QVERIFY(menu && menu->actions().last() == &own);
+        menu->actions().value(i)->trigger();
+        menu->close();
+        texts.append(QApplication::clipboard()->text());
+    }
+    QCOMPARE(texts, QStringList({"ns=3;s=Further", "nsu=urn:second;s=Further",
+                                 "/Objects/1:Moving/3:urn&:second", "urn:second"}));
+}
+
+void tst_AddressSpace::references()
+{
+    QvelReferencesWidget widget;
+    QAbstractItemModelTester tester(widget.model());
+    widget.resize(700, 300);
+    widget.show();
+    widget.setSession(m_session.get());
+    widget.setNode(UaExpandedNodeId(UaNodeId(2256), {}, 0));
+    QvelBrowseItem item;
+    item.nodeId = UaNodeId(2256);
+    item.direction = QvelBrowseDirection::Both;
+    item.referenceTypeId = UaNodeId();
+    const auto expected = resultOf(m_session->browse({item})).results.value(0).references;
+    QTRY_COMPARE_WITH_TIMEOUT(widget.model()->rowCount(), int(expected.size()), patience);
+    QStringList rows;
+    const auto read = [&] {
+        rows.clear();
+        for (int row = 0; row < widget.model()->rowCount(); ++row)
+            rows.append(rowText(widget.model()->index(row, 0)));
+        return rows.contains("ComponentOf|Server|i=2253|Object|ServerType");
+    };
+    QTRY_VERIFY2_WITH_TIMEOUT(read(), qPrintable(rows.join('\n')), patience);
+    QVERIFY(rows.contains("HasTypeDefinition|ServerStatusType|i=2138|VariableType|"));
+    QVERIFY(rows.contains("HasComponent|CurrentTime|i=2258|Variable|BaseDataVariableType"));
+
+    QSignalSpy activated(&widget, &QvelReferencesWidget::nodeActivated);
+    const int row = int(rows.indexOf("ComponentOf|Server|i=2253|Object|ServerType"));
+    const QPoint place = widget.view()->visualRect(widget.model()->index(row, 1)).center();
+    QTest::mouseClick(widget.view()->viewport(), Qt::LeftButton, {}, place);
+    QTest::mouseDClick(widget.view()->viewport(), Qt::LeftButton, {}, place);
+    QTRY_COMPARE_WITH_TIMEOUT(activated.size(), 1, patience);
+    QCOMPARE(activated[0][0].value<UaExpandedNodeId>().nodeId(), UaNodeId(2253));
+    widget.view()->setFocus();
+    QTest::keyClick(widget.view(), Qt::Key_C, Qt::ControlModifier);
+    QCOMPARE(QApplication::clipboard()->text(), QString("i=2253"));
+    QTest::keyClick(widget.view(), Qt::Key_F5);
+    QTest::qWait(200);
+    QCOMPARE(widget.view()->currentIndex().row(), row);
+    widget.setNode(UaExpandedNodeId(UaNodeId(4711), {}, 0));
+    QTRY_VERIFY_WITH_TIMEOUT(
+        widget.model()->index(0, 0).data().toString().contains("BadNodeIdUnknown"), patience);
+    QVERIFY(widget.model()->index(0, 0).data(QvelReferencesModel::FailureRole).toBool());
+}
+
+// With other namespaces, to the same rows.
+void tst_AddressSpace::comesBack()
+{
+    const QTemporaryDir pki;
+    const auto start = [&](PeerProcess& process, const QString& port, const char* namespaces) {
+        return process.start(NODE,
+                             {PEERS "/sessionserver.mjs", "--children", "10", "--items", "10",
+                              "--pki", pki.path(), "--port", port, "--namespaces", namespaces});
+    };
+    PeerProcess server;
+    QTcpServer probe;
+    QVERIFY(probe.listen(QHostAddress::LocalHost));
+    const QString port = QString::number(probe.serverPort());
+    probe.close();
+    const QString url = start(server, port, "urn:first,urn:second");
+    auto session = std::make_unique<QvelSession>(m_user.options);
+    Tree tree(session.get());
+    QCOMPARE(tree.model()->rowCount(), 0);
+    QvelReferencesModel references;
+    references.setSession(session.get());
+    connectSession(*session, settingOf(url));
+    QVERIFY2(tree.goTo("nsu=urn:first;s=Further"), qPrintable(tree.said()));
+    references.setNode(tree.widget.currentNode());
+    QTRY_VERIFY_WITH_TIMEOUT(references.rowCount() > 0, patience);
+    const QPersistentModelIndex current = tree.view()->currentIndex();
+    const int siblings = tree.model()->rowCount(current.parent());
+    const auto color = [&current] {
+        return QModelIndex(current).data(Qt::ForegroundRole).value<QBrush>().color();
+    };
+    server.kill();
+    QTRY_VERIFY_WITH_TIMEOUT(tree.model()->isStale() && references.isStale(), patience);
+    QCOMPARE(color(), QApplication::palette().color(QPalette::Disabled, QPalette::Text));
+    QVERIFY(tree.said().contains("Not connected"));
+    PeerProcess again;
+    QVERIFY(!start(again, port, "urn:third,urn:second,urn:first").isEmpty());
+    QTRY_VERIFY_WITH_TIMEOUT(tree.model()->rowCount(current.parent()) == siblings + 1, 60000);
+    QVERIFY(!tree.model()->isStale() && !references.isStale());
+    QCOMPARE(rowText(current),
+             QString("urn:first|4:urn:first|ns=4;s=Further|Variable|BaseDataVariableType"));
+    QCOMPARE(QModelIndex(current), tree.view()->currentIndex());
+    QVERIFY(tree.view()->isExpanded(current.parent()));
+    QCOMPARE(current.row(), 12); // as the server has it now
+    session.reset();
+    QVERIFY(tree.model()->isStale() && !tree.model()->session());
+    tree.press(Qt::Key_F5);
+    QVERIFY(!tree.goTo("i=4711"));
+    QVERIFY(tree.said().contains("not connected"));
+    tree.widget.setSession(nullptr);
+    QCOMPARE(tree.model()->rowCount(), 0);
+}
+
+QTEST_MAIN(tst_AddressSpace)
+#include "tst_addressspace.moc"
