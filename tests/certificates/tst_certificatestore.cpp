@@ -1,8 +1,8 @@
 #include "certificates/certificatemanager.h"
 #include "certificates/certificatemodel_p.h"
 #include "certificates/newcertificatedialog.h"
-#include "store.h"
 #include "support/modaluser.h"
+#include "support/store.h"
 #include "support/warnings.h"
 
 #include <memory>

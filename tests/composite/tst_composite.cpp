@@ -470,6 +470,39 @@ class CompositeTest : public QObject
         delete host;
     }
 
+    // By a line, inside an editor, in a dialog.
+    void changeUnderAnEdit(int type, const QByteArray& change)
+    {
+        const Case here(change + " under " + typeName(type).toLatin1());
+        const ElementCase& c = elementCases().at(type - 1);
+        const bool isKept = change == "longer";
+        QvelDialogWidgetArray dialog(zeros(c.value.type(), 4));
+        dialog.show();
+        QVERIFY(QTest::qWaitForWindowActive(&dialog));
+        const Parts parts(&dialog);
+        QTest::keyClicks(parts.open(2), c.keys);
+        QToolTip::hideText();
+        if (change == "removed")
+            parts.resize(2);
+        else if (change == "type")
+            dialog.setValue(zeros(OpcUaType_Boolean, 4));
+        else
+            dialog.setValue(zeros(c.value.type(), isKept ? 6 : 2));
+        QTest::qWait(10);
+        QCOMPARE(bool(parts.editor(2)), isKept);
+        const auto isTold = [] { return !QToolTip::text().isEmpty(); };
+        if (!isKept && change != "removed")
+            QVERIFY(QTest::qWaitFor(isTold, 2000));
+        else
+            QVERIFY(!isTold());
+        if (isKept) {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+            QTRY_VERIFY(!parts.editor(2));
+            QVERIFY(parts.element(2) == c.value);
+        }
+        QTRY_VERIFY(parts.table->hasFocus());
+    }
+
     void useCell(const QByteArray& editor, const V& value, bool onlyChanges)
     {
         Table table(value, {}, onlyChanges);
@@ -717,44 +750,11 @@ private Q_SLOTS:
     }
 
     // A value that is changed under an open cell.
-    void changesUnderAnEdit_data()
-    {
-        QTest::addColumn<int>("type");
-        for (int type : {OpcUaType_Int32, OpcUaType_Guid, OpcUaType_NodeId})
-            for (const char* change : {"longer", "removed", "shorter", "type"})
-                QTest::addRow("%s", change) << type;
-    }
     void changesUnderAnEdit()
     {
-        QFETCH(int, type); // typed in a line, inside an editor, in a dialog
-        const ElementCase& c = elementCases().at(type - 1);
-        const QByteArray change = QTest::currentDataTag();
-        const bool isKept = change == "longer";
-        QvelDialogWidgetArray dialog(zeros(c.value.type(), 4));
-        dialog.show();
-        QVERIFY(QTest::qWaitForWindowActive(&dialog));
-        const Parts parts(&dialog);
-        QTest::keyClicks(parts.open(2), c.keys);
-        QToolTip::hideText();
-        if (change == "removed")
-            parts.resize(2);
-        else if (change == "type")
-            dialog.setValue(zeros(OpcUaType_Boolean, 4));
-        else
-            dialog.setValue(zeros(c.value.type(), isKept ? 6 : 2));
-        QTest::qWait(10);
-        QCOMPARE(bool(parts.editor(2)), isKept);
-        const auto isTold = [] { return !QToolTip::text().isEmpty(); };
-        if (!isKept && change != "removed")
-            QVERIFY(QTest::qWaitFor(isTold, 2000));
-        else
-            QVERIFY(!isTold());
-        if (isKept) {
-            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
-            QTRY_VERIFY(!parts.editor(2));
-            QVERIFY(parts.element(2) == c.value);
-        }
-        QTRY_VERIFY(parts.table->hasFocus());
+        for (int type : {OpcUaType_Int32, OpcUaType_Guid, OpcUaType_NodeId})
+            for (const char* change : {"longer", "removed", "shorter", "type"})
+                changeUnderAnEdit(type, change);
     }
 
     // Fields and their hosts that go while something of them runs.

@@ -325,27 +325,6 @@ private Q_SLOTS:
         QCOMPARE(session.statistics().reconnects, 0u);
     }
 
-    // A server that falls silent is noticed without a subscription.
-    void silence()
-    {
-        Relay relay(quint16(QUrl(m_url).port()));
-        QvelSessionOptions options = m_user.options;
-        options.keepAliveInterval = 200;
-        options.reconnects = false;
-        QvelSession session(options);
-        QvelDiscoverySetting s = setting();
-        s.setEndpointUrl(relay.url());
-        connectSession(session, s);
-        QTest::qWait(1000);
-        QCOMPARE(session.state(), QvelSession::Connected);
-        relay.pull();
-        QCOMPARE(resultOf(session.read({{UaNodeId(2258), 13, {}, {}}})).status.code(),
-                 OpcUa_BadConnectionClosed);
-        QTRY_COMPARE(session.state(), QvelSession::Disconnected);
-        QCOMPARE(session.lastError().status.code(), OpcUa_BadTimeout);
-        QCOMPARE(session.lastError().step, "Being connected");
-    }
-
     // Filters, modes and queues, and what the server makes of them.
     void monitoring()
     {

@@ -3,6 +3,7 @@
 #include "editorcases.h"
 #include "support/memorysettings.h"
 #include "support/modaluser.h"
+#include "support/store.h"
 #include "support/warnings.h"
 
 #include <sys/stat.h>
@@ -17,13 +18,17 @@ struct Field : Editor
     explicit Field(const QByteArray& type, int flags = 0, Settings* settings = nullptr)
         : Editor(createNamed("QvelEditWidget" + type, flags))
     {
-        if (auto* bytes = qobject_cast<QvelEditWidgetByteString*>(widget.get()))
-            bytes->setSettingsCBInterface(settings);
-        if (auto* xml = qobject_cast<QvelEditWidgetXmlElement*>(widget.get()))
-            xml->setSettingsCBInterface(settings);
-        if (auto* string = qobject_cast<QvelEditWidgetString*>(widget.get()))
-            string->setSettingsCBInterface(settings);
+        useIn<QvelEditWidgetByteString>(settings);
+        useIn<QvelEditWidgetXmlElement>(settings);
+        useIn<QvelEditWidgetString>(settings);
         widget->show();
+    }
+
+    template <class W>
+    void useIn(Settings* settings)
+    {
+        if (auto* field = qobject_cast<W*>(widget.get()))
+            field->setSettingsCBInterface(settings);
     }
 
     // Clicks the button and chooses a file, or cancels when there is no name; gives the chooser's
@@ -70,22 +75,15 @@ V typedValue(const QByteArray& type, const QByteArray& bytes)
 class LongValueEditorsTest : public QObject
 {
     Q_OBJECT
-    QTemporaryDir m_dir;
+    Store m_store;
+    QByteArray m_type;
 
-    QString path(const char* name) const { return m_dir.filePath(name); }
+    QString path(const char* name) const { return m_store.path(name); }
     QString pipe(const char* name) const
     {
         mkfifo(QFile::encodeName(path(name)).constData(), 0600);
         return path(name);
     }
-    QString file(const char* name, const QByteArray& contents) const
-    {
-        QFile file(path(name));
-        if (!file.open(QIODevice::WriteOnly) || file.write(contents) != contents.size())
-            qFatal("cannot write %s", name);
-        return file.fileName();
-    }
-
 private Q_SLOTS:
     void initTestCase_data()
     {
@@ -93,16 +91,19 @@ private Q_SLOTS:
         for (const char* type : {"ByteString", "XmlElement", "String"})
             QTest::newRow(type) << QByteArray(type);
     }
-    void initTestCase() { QVERIFY(m_dir.isValid()); }
-    void init() { failOnWarnings(); }
+    void init()
+    {
+        failOnWarnings();
+        QFETCH_GLOBAL(QByteArray, type);
+        m_type = type;
+    }
 
     void loading()
     {
-        QFETCH_GLOBAL(QByteArray, type);
-        const bool isString = type == "String";
+        const bool isString = m_type == "String";
         Settings settings;
-        Field field(type, 0, &settings);
-        const V manual = typedValue(type, "typed");
+        Field field(m_type, 0, &settings);
+        const V manual = typedValue(m_type, "typed");
         field.setValue(manual);
         const QString summary = field.line->text();
         QCOMPARE(field.fileButton->text(), QString("Load file..."));
@@ -115,9 +116,9 @@ private Q_SLOTS:
         QVERIFY(settings.reads == 1 && settings.written.isEmpty() && !settings.isOpen());
 
         field.told.clear();
-        const QString name = file("value %1.bin", "<b>\n");
+        const QString name = m_store.put("value %1.bin", "<b>\n");
         field.choose(name);
-        const V loaded = typedValue(type, isString ? "<b>" : "<b>\n");
+        const V loaded = typedValue(m_type, isString ? "<b>" : "<b>\n");
         QVERIFY(field.value() == loaded);
         QCOMPARE(field.line->text(), "Using file '" + name + "'");
         QVERIFY(field.line->isReadOnly() && field.fileButton->isChecked());
@@ -126,50 +127,49 @@ private Q_SLOTS:
         QCOMPARE(field.told.size(), 2);
         QVERIFY(field.toldValue == loaded);
         QVERIFY(settings.reads == 2 && !settings.isOpen());
-        const QString key = "QvelEditWidget" + type + ".LastLoadFilename";
+        const QString key = "QvelEditWidget" + m_type + ".LastLoadFilename";
         QCOMPARE(settings.values, (QHash<QString, QVariant>{{key, name}}));
         // The file is read afresh each time, even when a value was set meanwhile. The last byte of
         // a text makes room for the NUL that ends it.
-        field.setValue(typedValue(type, "stored"));
+        field.setValue(typedValue(m_type, "stored"));
         for (const QByteArray& bytes : {QByteArray(""), QByteArray("abc\n"), QByteArray("abc"),
                                         QByteArray("a"), QByteArray("a\0bc", 4)}) {
-            file("value %1.bin", bytes);
+            m_store.put("value %1.bin", bytes);
             const QByteArray kept =
                 isString ? QByteArray(bytes.chopped(!bytes.isEmpty()).constData()) : bytes;
-            QVERIFY2(field.value() == typedValue(type, kept), bytes);
+            QVERIFY2(field.value() == typedValue(m_type, kept), bytes);
         }
 
         QTest::mouseClick(field.fileButton, Qt::LeftButton);
         QVERIFY(settings.written.size() == 1 && !settings.isOpen());
         QVERIFY(!field.fileButton->isChecked() && field.showButton->isEnabled());
         QVERIFY(field.fileButton->toolTip().isEmpty() && field.line->text().isEmpty());
-        QVERIFY(field.value() == typedValue(type, isString ? "" : "stored"));
+        QVERIFY(field.value() == typedValue(m_type, isString ? "" : "stored"));
         // Typing reaches only the value of a String.
         QTest::keyClicks(field.line, "t");
         QCOMPARE(field.line->text(), QString("t"));
-        QVERIFY(field.value() == typedValue(type, isString ? "t" : "stored"));
+        QVERIFY(field.value() == typedValue(m_type, isString ? "t" : "stored"));
         QCOMPARE(field.choose({}).value(1), name); // the next chooser starts at the last file
     }
 
     void saving()
     {
-        QFETCH_GLOBAL(QByteArray, type);
         Settings settings;
-        Field field(type, QvelEditWidgetBase::ReadOnly, &settings);
+        Field field(m_type, QvelEditWidgetBase::ReadOnly, &settings);
         QCOMPARE(field.fileButton->text(), QString("Save as..."));
         QVERIFY(!field.fileButton->isCheckable());
         const QByteArray bytes = "Gr\xc3\xbc\xc3\x9f" + QByteArray("e\0\n", 3);
-        field.setValue(typedValue(type, bytes));
-        const QString name = file("saved", "longer than what is written over it");
+        field.setValue(typedValue(m_type, bytes));
+        const QString name = m_store.put("saved", "longer than what is written over it");
         QCOMPARE(field.choose(name).value(0), QString("Save"));
         QFile saved(name);
         QVERIFY(saved.open(QIODevice::ReadOnly));
         QCOMPARE(saved.readAll(), bytes);
-        QVERIFY(field.showButton->isEnabled() && field.value() == typedValue(type, bytes));
+        QVERIFY(field.showButton->isEnabled() && field.value() == typedValue(m_type, bytes));
         // Where nothing can be written, only the name is kept.
         settings.written.clear();
-        const QString key = "QvelEditWidget" + type + ".LastSaveFilename";
-        for (const QString& bad : {m_dir.path(), path("none/such"), pipe("save pipe")}) {
+        const QString key = "QvelEditWidget" + m_type + ".LastSaveFilename";
+        for (const QString& bad : {m_store.dir.path(), path("none/such"), pipe("save pipe")}) {
             settings.values.clear();
             field.choose(bad);
             QCOMPARE(settings.values[key].toString(), bad);
@@ -181,18 +181,17 @@ private Q_SLOTS:
 
     void badFiles()
     {
-        QFETCH_GLOBAL(QByteArray, type);
-        Field field(type);
+        Field field(m_type);
         QFile sparse(path("sparse"));
         QVERIFY(sparse.open(QIODevice::WriteOnly) && sparse.resize((qint64(512) << 20) + 1));
-        for (const QString& name : {path("vanished"), sparse.fileName(), pipe("pipe"), m_dir.path(),
-                                    QString("/dev/zero")}) {
+        for (const QString& name : {path("vanished"), sparse.fileName(), pipe("pipe"),
+                                    m_store.dir.path(), QString("/dev/zero")}) {
             QVERIFY(!field.choose(name).isEmpty());
             QVERIFY2(field.fileButton->isChecked(), qPrintable(name));
             bool ok = true;
             QVERIFY2(field.value(&ok).isEmpty() && !ok, qPrintable(name));
-            QVERIFY(field.value(nullptr) == typedValue(type, ""));
-            QVERIFY(field.toldValue == typedValue(type, ""));
+            QVERIFY(field.value(nullptr) == typedValue(m_type, ""));
+            QVERIFY(field.toldValue == typedValue(m_type, ""));
             QTest::mouseClick(field.fileButton, Qt::LeftButton);
         }
     }
@@ -200,15 +199,14 @@ private Q_SLOTS:
     // Beyond its limit the dialog opens with a word about it, and leaves the value as it is.
     void lengths()
     {
-        QFETCH_GLOBAL(QByteArray, type);
-        const bool isHex = type == "ByteString", isString = type == "String";
-        Field field(type);
+        const bool isHex = m_type == "ByteString", isString = m_type == "String";
+        Field field(m_type);
         const ModalUser user; // of a box that there should not be
         for (int length : {0, 99, 100, 101, 250'000, 250'001, 8'000'000, 250'000}) {
             const bool isWhole = length <= 250'000;
             const int count = isHex && length > 1000 ? (length + 1) / 2 : length;
             const QString unit = isHex ? "61" : "a";
-            const V value = typedValue(type, QByteArray(count, 'a'));
+            const V value = typedValue(m_type, QByteArray(count, 'a'));
             field.setValue(value);
             QCOMPARE(isString ? "" : field.line->text(),
                      isString
@@ -229,7 +227,6 @@ private Q_SLOTS:
 
     void dialogTexts()
     {
-        QFETCH_GLOBAL(QByteArray, type);
         const QString xml = "  <a>\n\tx \u6c34</a>";
         const QList<std::pair<QString, QByteArray>> texts = {{xml, xml.toUtf8()}};
         const QList<std::pair<QString, QByteArray>> hex = {
@@ -239,30 +236,29 @@ private Q_SLOTS:
             {"00ff\n", {}},
             {"00f", {}},
             {QString(2, QChar(0x0663)), {}}}; // digits of another script
-        for (const auto& [text, bytes] : type == "ByteString" ? hex : texts) {
-            Field field(type);
-            field.setValue(typedValue(type, "<b>A</b>"));
+        for (const auto& [text, bytes] : m_type == "ByteString" ? hex : texts) {
+            Field field(m_type);
+            field.setValue(typedValue(m_type, "<b>A</b>"));
             QTest::mouseClick(field.showButton, Qt::LeftButton);
             // What looks like HTML is taken for it when the dialog opens.
             QCOMPARE(field.area->toPlainText(),
-                     QString(type == "ByteString" ? "3c623e413c2f623e" : "A"));
+                     QString(m_type == "ByteString" ? "3c623e413c2f623e" : "A"));
             ModalUser user;
             field.writeInDialog(text);
             QStringList told;
             if (bytes.isNull()) // refused
                 told << "W|Conversion Error|The ByteString entered was not valid!|OK";
             QCOMPARE(user.seen, told);
-            QVERIFY(field.value() == typedValue(type, bytes.isNull() ? "<b>A</b>" : bytes));
+            QVERIFY(field.value() == typedValue(m_type, bytes.isNull() ? "<b>A</b>" : bytes));
         }
     }
 
     // The field may be gone when the chooser or the message box closes.
     void deletedMeanwhile()
     {
-        QFETCH_GLOBAL(QByteArray, type);
-        for (int flags = 0; flags < (type == "ByteString" ? 3 : 2); ++flags) {
+        for (int flags = 0; flags < (m_type == "ByteString" ? 3 : 2); ++flags) {
             Settings settings;
-            Field field(type, flags, &settings);
+            Field field(m_type, flags, &settings);
             int shown = 0;
             QTimer watch;
             watch.callOnTimeout([&] {

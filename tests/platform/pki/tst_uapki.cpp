@@ -1,6 +1,6 @@
 // Certificates and keys as the openssl command sees them, and what it makes as we see it.
 
-#include "certificates/store.h"
+#include "support/store.h"
 #include "support/warnings.h"
 
 #include <Kestrel/UaPkiCertificate>

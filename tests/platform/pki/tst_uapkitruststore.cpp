@@ -1,3 +1,4 @@
+#include "support/store.h"
 #include "support/warnings.h"
 
 #include <Kestrel/UaPkiTrustStore>
@@ -49,19 +50,13 @@ class TrustStoreTest : public QObject
     Q_OBJECT
 
 private:
-    QTemporaryDir m_pki;
-
-    QByteArray content(const QString& name) const
-    {
-        QFile file(m_pki.filePath(name));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
+    Store m_pki;
 
 private Q_SLOTS:
     void initTestCase()
     {
         QProcess shell;
-        shell.setWorkingDirectory(m_pki.path());
+        shell.setWorkingDirectory(m_pki.dir.path());
         shell.start("sh", {"-c", makePki});
         QVERIFY(shell.waitForFinished(60'000));
         QVERIFY2(shell.exitCode() == 0, shell.readAllStandardError());
@@ -79,7 +74,7 @@ private Q_SLOTS:
             const QDir root(store.path());
             for (const QString& file : files) {
                 QVERIFY(root.mkpath(file.section('/', 0, 0)));
-                QVERIFY(QFile::copy(m_pki.filePath(file.section('/', 1)), root.filePath(file)));
+                QVERIFY(QFile::copy(m_pki.path(file.section('/', 1)), root.filePath(file)));
             }
             const UaPkiTrustStore trust({root.filePath("trusted"), root.filePath("trustedCrl"),
                                          root.filePath("issuers"), root.filePath("issuersCrl"),
@@ -89,7 +84,7 @@ private Q_SLOTS:
             expected.applicationUri = uri;
             constexpr qint64 ticksPerDay = 86'400ll * 10'000'000;
             expected.time = UaDateTime(UaDateTime::now().ticks() + days * ticksPerDay);
-            const UaByteString der(content(peer + ".der"));
+            const UaByteString der(m_pki.content(peer + ".der"));
             const UaPkiVerdict verdict = trust.check(der, expected);
             QStringList found;
             for (const UaPkiFinding& finding : verdict.findings) {
@@ -139,7 +134,7 @@ private Q_SLOTS:
         const QDir root(store.path());
         const UaPkiTrustStore trust(
             {root.filePath("trusted"), {}, {}, {}, root.filePath("rejected")});
-        const UaByteString der(content("own.der"));
+        const UaByteString der(m_pki.content("own.der"));
         const UaPkiCertificate own = UaPkiCertificate::fromDER(der);
         const auto count = [&](const char* folder) {
             return QDir(root.filePath(folder)).entryList(QDir::Files).size();

@@ -244,32 +244,22 @@ private Q_SLOTS:
 
     void badJson()
     {
-        const char* const unreadable[] = {
-            "",
-            "{",
-            "1,2",
-            "7",
-            R"({"Type":26,"Body":1})",
-            R"({"Type":6,"Body":"x"})",
-            R"({"Type":6,"Body":1.5})",
-            R"({"Type":6})",
-            R"({"Type":11,"Body":"inf"})",
-            R"({"Type":13,"Body":"today"})",
-            R"({"Type":15,"Body":"A*=="})",
-            R"({"Type":22,"Body":{"TypeId":{"Id":7},"Encoding":3}})",
-            R"({"Type":17,"Body":{"IdType":4,"Id":1}})",
-            R"({"Type":22,"Body":{"TypeId":{"Id":1},"Body":{"a":1}}})",
-            R"({"Type":6,"Body":[1,2,3],"Dimensions":[2,2]})",
-            R"({"Type":6,"Body":[1],"Dimensions":[]})",
-            R"({"Type":6,"Body":1,"Dimensions":[1]})"};
-        const char* const outOfRange[] = {R"({"Type":3,"Body":256})", R"({"Type":2,"Body":-129})",
-                                          R"({"Type":9,"Body":"18446744073709551616"})",
-                                          R"({"Type":8,"Body":1e300})",
-                                          R"({"Type":10,"Body":1e39})"};
+        const QByteArray unreadable = // the first is empty
+            R"( { 1,2 7 {"Type":26,"Body":1} {"Type":6,"Body":"x"} {"Type":6,"Body":1.5} )"
+            R"({"Type":6} {"Type":11,"Body":"inf"} {"Type":13,"Body":"today"} )"
+            R"({"Type":15,"Body":"A*=="} {"Type":22,"Body":{"TypeId":{"Id":7},"Encoding":3}} )"
+            R"({"Type":17,"Body":{"IdType":4,"Id":1}} )"
+            R"({"Type":22,"Body":{"TypeId":{"Id":1},"Body":{"a":1}}} )"
+            R"({"Type":6,"Body":[1,2,3],"Dimensions":[2,2]} )"
+            R"({"Type":6,"Body":[1],"Dimensions":[]} {"Type":6,"Body":1,"Dimensions":[1]})";
+        const QByteArray outOfRange =
+            R"({"Type":3,"Body":256} {"Type":2,"Body":-129} )"
+            R"({"Type":9,"Body":"18446744073709551616"} {"Type":8,"Body":1e300} )"
+            R"({"Type":10,"Body":1e39})";
         UaVariant value(OpcUa_Int32(99));
-        for (const char* json : unreadable)
+        for (const QByteArray& json : unreadable.split(' '))
             QVERIFY2(value.fromJson(json) == OpcUa_BadDecodingError, json);
-        for (const char* json : outOfRange)
+        for (const QByteArray& json : outOfRange.split(' '))
             QVERIFY2(value.fromJson(json) == OpcUa_BadOutOfRange, json);
         QCOMPARE(value.toInt32(), 99);
     }

@@ -11,6 +11,9 @@ namespace {
 
 using State = SecureChannel::State;
 constexpr OpcUa_UInt32 lifetime = 60000;
+constexpr char usualPolicy[] = "http://opcfoundation.org/UA/SecurityPolicy#Basic256Sha256";
+constexpr auto signing = OpcUa_MessageSecurityMode_Sign;
+constexpr auto encrypting = OpcUa_MessageSecurityMode_SignAndEncrypt;
 
 /// One for each size, and another for the same size below 0; made when it is asked for.
 const Identity& identity(int bits)
@@ -25,13 +28,19 @@ const Identity& identity(int bits)
 /// A client and a server that are connected; the time is what the test says.
 struct Ends
 {
-    Ends(const char* uri, OpcUa_MessageSecurityMode mode, int clientBits = 2048,
-         int serverBits = 2048)
+    explicit Ends(OpcUa_MessageSecurityMode mode = encrypting, const char* uri = usualPolicy,
+                  int clientBits = 2048, int serverBits = 2048)
         : policy(*securityPolicy(uri)),
           security(policy, mode, identity(serverBits).certificate, identity(serverBits).key,
                    identity(clientBits).certificate),
-          client(settings(policy, mode, clientBits, serverBits)), reader({}, &security),
-          writer(&security)
+          client({{},
+                  &policy,
+                  mode,
+                  identity(clientBits).certificate,
+                  identity(clientBits).key,
+                  identity(serverBits).certificate,
+                  {}}),
+          reader({}, &security), writer(&security)
     {
         client.start(0);
         client.takeOutput();
@@ -40,18 +49,6 @@ struct Ends
             0);
         writer.chunkSize = 65536;
         writer.channelId = 17;
-    }
-    static SecureChannel::Settings settings(const SecurityPolicy& policy,
-                                            OpcUa_MessageSecurityMode mode, int clientBits,
-                                            int serverBits)
-    {
-        SecureChannel::Settings s;
-        s.policy = &policy;
-        s.mode = mode;
-        s.ownCertificate = identity(clientBits).certificate;
-        s.ownKey = identity(clientBits).key;
-        s.peerCertificate = identity(serverBits).certificate;
-        return s;
     }
 
     /// What the client has sent.
@@ -98,12 +95,10 @@ struct Ends
     MessageWriter writer;
 };
 
-#define POLICY(Name) "http://opcfoundation.org/UA/SecurityPolicy#" Name
 /// Whose client has asked for its second token.
 struct RenewingEnds : Ends
 {
     explicit RenewingEnds(OpcUa_UInt32 first = 1)
-        : Ends(POLICY("Basic256Sha256"), OpcUa_MessageSecurityMode_SignAndEncrypt)
     {
         open(first);
         client.tick(45000);
@@ -121,7 +116,7 @@ class tst_SecureChannel : public QObject
         const Case here(QByteArray(policy) + " with " + QByteArray::number(clientBits) + " to " +
                         QByteArray::number(serverBits) + " bits in mode " +
                         QByteArray::number(mode));
-        Ends ends(policy, OpcUa_MessageSecurityMode(mode), clientBits, serverBits);
+        Ends ends(OpcUa_MessageSecurityMode(mode), policy, clientBits, serverBits);
         ends.open();
         for (OpcUa_UInt32 id : {1, 2}) {
             QCOMPARE(name(ends.client.status()), name(OpcUa_Good));
@@ -164,11 +159,10 @@ private Q_SLOTS:
     // Every byte of a message counts, and so do those of an answer that opens the channel.
     void changedBytes()
     {
-        for (const auto& [mode, isOpening] : {std::pair(OpcUa_MessageSecurityMode_Sign, false),
-                                              {OpcUa_MessageSecurityMode_SignAndEncrypt, false},
-                                              {OpcUa_MessageSecurityMode_SignAndEncrypt, true}}) {
+        for (const auto& [mode, isOpening] :
+             {std::pair(signing, false), {encrypting, false}, {encrypting, true}}) {
             for (qsizetype at = 0, size = 1; at < size; at += isOpening ? 7 : 1) {
-                Ends ends(POLICY("Basic256Sha256"), mode);
+                Ends ends(mode);
                 if (!isOpening)
                     ends.open();
                 QByteArray bytes = isOpening
@@ -190,9 +184,9 @@ private Q_SLOTS:
         const Identity* const server = &identity(2048);
         const Identity* const other = &identity(-2048);
         for (const auto& [sender, key] : {std::pair(server, other), {other, server}}) {
-            Ends ends(POLICY("Basic256Sha256"), OpcUa_MessageSecurityMode_SignAndEncrypt);
-            ChannelSecurity security(ends.policy, OpcUa_MessageSecurityMode_SignAndEncrypt,
-                                     sender->certificate, key->key, server->certificate);
+            Ends ends;
+            ChannelSecurity security(ends.policy, encrypting, sender->certificate, key->key,
+                                     server->certificate);
             const std::vector<Message> asked = ends.taken();
             ends.writer = MessageWriter(&security);
             ends.writer.channelId = 17;
@@ -205,7 +199,7 @@ private Q_SLOTS:
     void lengthOfPadding()
     {
         for (int bits : {2048, 4096}) {
-            Ends ends(POLICY("Basic256Sha256"), OpcUa_MessageSecurityMode_Sign, 2048, bits);
+            Ends ends(signing, usualPolicy, 2048, bits);
             const QByteArray opening = ends.client.takeOutput();
             const qsizetype head = 12 + 4 + qsizetype(qstrlen(ends.policy.uri)) + 4 +
                                    identity(2048).certificate.size() + 4 + 20;
@@ -225,7 +219,7 @@ private Q_SLOTS:
     // Requests are under way while the token is renewed, and each end changes over by itself.
     void renewal()
     {
-        Ends ends(POLICY("Basic256Sha256"), OpcUa_MessageSecurityMode_SignAndEncrypt);
+        Ends ends;
         ends.open();
         QCOMPARE(ends.client.nextTick(), 45000);
         ends.client.tick(44999);
@@ -262,7 +256,7 @@ private Q_SLOTS:
         QCOMPARE(name(none.answer(1, 59999)), name(OpcUa_Good));
         QCOMPARE(name(none.answer(1, 60000)), name(OpcUa_BadSecureChannelTokenUnknown));
 
-        Ends brief(POLICY("Basic256Sha256"), OpcUa_MessageSecurityMode_Sign);
+        Ends brief(signing);
         brief.open(1, 0);
         QVERIFY(brief.client.nextTick() >= 100); // not renewed without a pause
     }

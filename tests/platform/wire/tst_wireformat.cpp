@@ -266,13 +266,9 @@ private Q_SLOTS:
         row("too many", OpcUa_BadResponseTooLarge, many);
         row("too large", OpcUa_BadResponseTooLarge, large);
         // Starts again not before 4294966271, and below 1024 (OPC 10000-6, 6.7.2.4).
-        const std::tuple<OpcUa_UInt32, OpcUa_UInt32, bool> numbers[] = {{1, 1, false},
-                                                                        {1, 3, false},
-                                                                        {4294966272u, 0, true},
-                                                                        {4294966272u, 1023, true},
-                                                                        {4294967295u, 0, true},
-                                                                        {4294966271u, 0, false},
-                                                                        {4294966272u, 1024, false}};
+        const OpcUa_UInt32 numbers[][3] = {
+            {1, 1, 0},          {1, 3, 0},          {4294966272, 0, 1},   {4294966272, 1023, 1},
+            {4294967295, 0, 1}, {4294966271, 0, 0}, {4294966272, 1024, 0}};
         for (const auto& [from, to, good] : numbers)
             row("sequence number", good ? OpcUa_Good : OpcUa_BadSequenceNumberInvalid,
                 chunk("MSGC", 1, 1, from, 1) + chunk("MSGF", 1, 1, to, 1));

@@ -4,7 +4,7 @@
 
 #include <sys/stat.h>
 
-/// A store on disk.
+/// A folder for files, and for a store of certificates.
 struct Store
 {
     Store()
@@ -14,11 +14,12 @@ struct Store
     }
     /// For "trusted/a.der", say; a directory string of the model ends with a separator.
     QString path(const QString& name) const { return dir.path() + '/' + name; }
-    void put(const QString& name, const QByteArray& content) const
+    QString put(const QString& name, const QByteArray& content) const
     {
         QFile file(path(name));
         if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
             qFatal("%s cannot be written", qPrintable(name));
+        return file.fileName();
     }
     QByteArray content(const QString& name) const
     {
