@@ -5,6 +5,7 @@
 #include "platform/stack/opcuastatuscodes.h"
 #include "platform/stack/opcuatypetable_p.h"
 #include "session/session.h"
+#include "session/whendone_p.h"
 
 #include <QtCore/QPromise>
 
@@ -153,20 +154,19 @@ QFuture<DataTypeInfo> DataTypes::find(const UaNodeId& dataType)
 
 void DataTypes::readType(const SearchPtr& search)
 {
-    m_session
-        ->read({{search->dataType, QvelAttribute::BrowseName, {}, {}},
-                {search->dataType, QvelAttribute::DataTypeDefinition, {}, {}}})
-        .then(this, [this, search](const QvelReadResult& result) {
-            const UaDataValue name = result.values.value(0, UaDataValue({}, result.status));
-            search->info.status = name.status();
-            if (name.status().isBad()) {
-                finish(search);
-                return;
-            }
-            search->info.name = shownText(name.value().toQualifiedName().name().toQString());
-            search->names = result.values.value(1).value();
-            climb(search);
-        });
+    whenDone(m_session->read({{search->dataType, QvelAttribute::BrowseName, {}, {}},
+                              {search->dataType, QvelAttribute::DataTypeDefinition, {}, {}}}),
+             this, [this, search](const QvelReadResult& result) {
+                 const UaDataValue name = result.values.value(0, UaDataValue({}, result.status));
+                 search->info.status = name.status();
+                 if (name.status().isBad()) {
+                     finish(search);
+                     return;
+                 }
+                 search->info.name = shownText(name.value().toQualifiedName().name().toQString());
+                 search->names = result.values.value(1).value();
+                 climb(search);
+             });
 }
 
 // One type up; and for the type itself its properties, one of which may hold names.
@@ -182,7 +182,7 @@ void DataTypes::climb(const SearchPtr& search)
     QList<QvelBrowseItem> items{up};
     if (search->depth == 0)
         items.append(properties);
-    m_session->browse(items).then(this, [this, search](const QvelBrowseResult& result) {
+    whenDone(m_session->browse(items), this, [this, search](const QvelBrowseResult& result) {
         constexpr int deepest = 100;
         UaNodeId property;
         for (const QvelReference& reference : result.results.value(1).references)
@@ -212,11 +212,11 @@ void DataTypes::climb(const SearchPtr& search)
 
 void DataTypes::readNames(const SearchPtr& search, const UaNodeId& property)
 {
-    m_session->read({{property, QvelAttribute::Value, {}, {}}})
-        .then(this, [this, search](const QvelReadResult& result) {
-            search->names = result.values.value(0).value();
-            search->isComplete ? finish(search) : climb(search);
-        });
+    whenDone(m_session->read({{property, QvelAttribute::Value, {}, {}}}), this,
+             [this, search](const QvelReadResult& result) {
+                 search->names = result.values.value(0).value();
+                 search->isComplete ? finish(search) : climb(search);
+             });
 }
 
 void DataTypes::finish(const SearchPtr& search)

@@ -5,6 +5,7 @@
 #include "platform/types/uastring.h"
 
 #include <algorithm>
+#include <limits>
 #include <vector>
 
 namespace {
@@ -56,8 +57,28 @@ bool ValueType::takes(const UaVariant& value) const
     return false;
 }
 
+QString editedText(const UaVariant& value)
+{
+    if (value.arrayType() == OpcUa_VariantArrayType_Scalar) {
+        const double number = value.toDouble();
+        if (const QString text =
+                QString::number(number, 'g', std::numeric_limits<double>::digits10);
+            value.type() == OpcUaType_Double && text.toDouble() == number)
+            return text;
+        const float real = value.toFloat();
+        if (const QString text =
+                QString::number(double(real), 'g', std::numeric_limits<float>::digits10);
+            value.type() == OpcUaType_Float && text.toFloat() == real)
+            return text;
+    }
+    return value.toString().toQString();
+}
+
 QString shownValue(const UaVariant& value, const QvelEnumInfo& enumInfo)
 {
+    if (value.type() == OpcUaType_Double || value.type() == OpcUaType_Float)
+        if (value.arrayType() == OpcUa_VariantArrayType_Scalar)
+            return editedText(value);
     // As many bytes as the characters that are shown may take, and one more to see that it goes on.
     const QByteArray text = value.toFullString().bytes().left(4 * (maxShownCharacters + 1));
     QString shown = shownText(QString::fromUtf8(text));
@@ -114,7 +135,7 @@ QVariant ValueCell::data(int role) const
     case Qt::EditRole:
         if (m_attempt && !m_attempt->text.isNull())
             return m_attempt->text;
-        return edited().toString().toQString();
+        return editedText(edited());
     case ElementValueRole:
         return QVariant::fromValue(edited());
     case ElementEnumInfoRole:

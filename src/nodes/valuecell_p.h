@@ -32,6 +32,8 @@ struct ValueType
     QvelEnumInfo enumInfo;
 };
 
+/// The text of a value as it is edited. Real numbers are told in full where that is short.
+QString editedText(const UaVariant& value);
 /// A value on one line of bounded length, with the names of its numbers.
 QString shownValue(const UaVariant& value, const QvelEnumInfo& enumInfo = {});
 /// A value as it is copied: a scalar as its text, an array or matrix in JSON; all of it.

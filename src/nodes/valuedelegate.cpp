@@ -6,6 +6,7 @@
 #include "composite/varianteditor.h"
 #include "nodes/valuecell_p.h"
 
+#include <QtGui/QPainter>
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QVBoxLayout>
 
@@ -98,4 +99,32 @@ ValueList::ValueList(int valueColumn, QWidget* parent)
 bool ValueList::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event)
 {
     return CellEditingView::edit(index.siblingAtColumn(m_valueColumn), trigger, event);
+}
+
+void ValueList::setHint(const QString& hint)
+{
+    m_hint = hint;
+    setAccessibleDescription(hint);
+    viewport()->update();
+}
+
+void ValueList::finishEdit()
+{
+    QWidget* editor = m_editor;
+    if (!editor || editor->isWindow())
+        return;
+    commitData(editor);
+    closeEditor(editor, QAbstractItemDelegate::NoHint);
+}
+
+void ValueList::paintEvent(QPaintEvent* event)
+{
+    CellEditingView::paintEvent(event);
+    if (m_hint.isEmpty() || !model() || model()->rowCount() > 0)
+        return;
+    constexpr int margin = 8;
+    QPainter painter(viewport());
+    painter.setPen(palette().color(QPalette::Disabled, QPalette::Text));
+    painter.drawText(viewport()->rect().adjusted(margin, margin, -margin, -margin),
+                     Qt::AlignCenter | Qt::TextWordWrap, m_hint);
 }

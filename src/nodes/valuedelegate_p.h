@@ -25,10 +25,17 @@ class ValueList : public CellEditingView<QTreeView>
 public:
     explicit ValueList(int valueColumn, QWidget* parent = nullptr);
 
-protected:
     using CellEditingView::edit;
+    /// What is shown where there are no rows.
+    void setHint(const QString& hint);
+    /// Takes what is typed in an open cell, as if it were left.
+    void finishEdit();
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
     bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
 
 private:
     const int m_valueColumn;
+    QString m_hint;
 };

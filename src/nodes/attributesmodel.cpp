@@ -1,0 +1,756 @@
+#include "attributesmodel.h"
+
+#include "base/showntext_p.h"
+#include "nodes/statustext_p.h"
+#include "nodes/structures.h"
+#include "nodes/valuecell_p.h"
+#include "platform/stack/opcuastatuscodes.h"
+#include "session/session.h"
+#include "session/whendone_p.h"
+#include "values/maskeditors.h"
+
+#include <QtCore/QPointer>
+#include <QtGui/QGuiApplication>
+#include <QtGui/QPalette>
+
+#include <algorithm>
+#include <iterator>
+#include <vector>
+
+namespace {
+
+constexpr OpcUa_UInt32 hasProperty = 46;
+
+// Names of numbers: of bits, of node classes, of ranks; null for a bit that has none.
+struct Names
+{
+    QvelEnumInfo::Kind kind;
+    int (*number)(int place);
+    const char* const* names;
+    int count;
+
+    QvelEnumInfo info() const
+    {
+        QvelEnumInfo info;
+        info.kind = kind;
+        for (int i = 0; i < count; ++i)
+            if (names[i])
+                info.values.insert(number(i), QString::fromLatin1(names[i]));
+        return info;
+    }
+};
+
+int bit(int place)
+{
+    return int(1u << place);
+}
+constexpr const char* nodeClassNames[] = {"Object",       "Variable",      "Method",   "ObjectType",
+                                          "VariableType", "ReferenceType", "DataType", "View"};
+constexpr const char* rankNames[] = {"ScalarOrOneDimension", "Any",          "Scalar",
+                                     "OneOrMoreDimensions",  "OneDimension", "TwoDimensions",
+                                     "ThreeDimensions"};
+constexpr const char* accessNames[] = {
+    "CurrentRead",    "CurrentWrite",   "HistoryRead",        "HistoryWrite",
+    "SemanticChange", "StatusWrite",    "TimestampWrite",     nullptr,
+    "NonatomicRead",  "NonatomicWrite", "WriteFullArrayOnly", "NoSubDataTypes"};
+constexpr const char* eventNames[] = {"SubscribeToEvents", nullptr, "HistoryRead", "HistoryWrite"};
+constexpr const char* restrictionNames[] = {"SigningRequired", "EncryptionRequired",
+                                            "SessionRequired", "ApplyRestrictionsToBrowse"};
+constexpr const char* writeNames[] = {"AccessLevel",
+                                      "ArrayDimensions",
+                                      "BrowseName",
+                                      "ContainsNoLoops",
+                                      "DataType",
+                                      "Description",
+                                      "DisplayName",
+                                      "EventNotifier",
+                                      "Executable",
+                                      "Historizing",
+                                      "InverseName",
+                                      "IsAbstract",
+                                      "MinimumSamplingInterval",
+                                      "NodeClass",
+                                      "NodeId",
+                                      "Symmetric",
+                                      "UserAccessLevel",
+                                      "UserExecutable",
+                                      "UserWriteMask",
+                                      "ValueRank",
+                                      "WriteMask",
+                                      "ValueForVariableType",
+                                      "DataTypeDefinition",
+                                      "RolePermissions",
+                                      "AccessRestrictions",
+                                      "AccessLevelEx"};
+
+template <const auto& names, QvelEnumInfo::Kind kind = QvelEnumInfo::EnumerationFlags>
+constexpr Names bits = {kind, bit, names, int(std::size(names))};
+constexpr Names nodeClasses = bits<nodeClassNames, QvelEnumInfo::Enumeration>;
+constexpr Names ranks = {QvelEnumInfo::Enumeration, [](int place) { return place - 3; }, rankNames,
+                         int(std::size(rankNames))};
+constexpr Names accessLevels = {QvelEnumInfo::EnumerationFlags, bit, accessNames, 7};
+
+constexpr OpcUa_UInt32 noBit = 0;
+
+// An attribute, its type, and the bit of UserWriteMask that allows to write it.
+struct Attribute
+{
+    OpcUa_UInt32 id;
+    OpcUa_BuiltInType type;
+    OpcUa_Int32 rank;
+    OpcUa_UInt32 writeBit;
+    const Names* names = nullptr;
+};
+using Mask = QvelAttributeWriteMask;
+constexpr Attribute attributes[] = {
+    {QvelAttribute::NodeId, OpcUaType_NodeId, -1, Mask::NodeId},
+    {QvelAttribute::NodeClass, OpcUaType_Int32, -1, Mask::NodeClass, &nodeClasses},
+    {QvelAttribute::BrowseName, OpcUaType_QualifiedName, -1, Mask::BrowseName},
+    {QvelAttribute::DisplayName, OpcUaType_LocalizedText, -1, Mask::DisplayName},
+    {QvelAttribute::Description, OpcUaType_LocalizedText, -1, Mask::Description},
+    {QvelAttribute::WriteMask, OpcUaType_UInt32, -1, Mask::WriteMask, &bits<writeNames>},
+    {QvelAttribute::UserWriteMask, OpcUaType_UInt32, -1, Mask::UserWriteMask, &bits<writeNames>},
+    {QvelAttribute::IsAbstract, OpcUaType_Boolean, -1, Mask::IsAbstract},
+    {QvelAttribute::Symmetric, OpcUaType_Boolean, -1, Mask::Symmetric},
+    {QvelAttribute::InverseName, OpcUaType_LocalizedText, -1, Mask::InverseName},
+    {QvelAttribute::ContainsNoLoops, OpcUaType_Boolean, -1, Mask::ContainsNoLoops},
+    {QvelAttribute::EventNotifier, OpcUaType_Byte, -1, Mask::EventNotifier, &bits<eventNames>},
+    {QvelAttribute::Value, OpcUaType_Null, -2, Mask::ValueForVariableType},
+    {QvelAttribute::DataType, OpcUaType_NodeId, -1, Mask::DataType},
+    {QvelAttribute::ValueRank, OpcUaType_Int32, -1, Mask::ValueRank, &ranks},
+    {QvelAttribute::ArrayDimensions, OpcUaType_UInt32, 1, Mask::ArrayDimensions},
+    {QvelAttribute::AccessLevel, OpcUaType_Byte, -1, Mask::AccessLevel, &accessLevels},
+    {QvelAttribute::UserAccessLevel, OpcUaType_Byte, -1, Mask::UserAccessLevel, &accessLevels},
+    {QvelAttribute::MinimumSamplingInterval, OpcUaType_Double, -1, Mask::MinimumSamplingInterval},
+    {QvelAttribute::Historizing, OpcUaType_Boolean, -1, Mask::Historizing},
+    {QvelAttribute::Executable, OpcUaType_Boolean, -1, Mask::Executable},
+    {QvelAttribute::UserExecutable, OpcUaType_Boolean, -1, Mask::UserExecutable},
+    {QvelAttribute::DataTypeDefinition, OpcUaType_ExtensionObject, -1, 0x400000},
+    {QvelAttribute::RolePermissions, OpcUaType_ExtensionObject, 1, 0x800000},
+    {QvelAttribute::UserRolePermissions, OpcUaType_ExtensionObject, 1, noBit},
+    {QvelAttribute::AccessRestrictions, OpcUaType_UInt16, -1, 0x1000000, &bits<restrictionNames>},
+    {QvelAttribute::AccessLevelEx, OpcUaType_UInt32, -1, 0x2000000, &bits<accessNames>},
+};
+
+ValueType typeOf(const Attribute& attribute)
+{
+    ValueType type;
+    type.builtInType = type.emptyType = attribute.type;
+    type.valueRank = attribute.rank;
+    if (attribute.names)
+        type.enumInfo = attribute.names->info();
+    return type;
+}
+
+// The rows that belong to Value, after its own.
+enum Detail { Itself, SourceTimestamp, ServerTimestamp, EngineeringUnits, EURange };
+constexpr const char* detailNames[] = {"", "SourceTimestamp", "ServerTimestamp", "EngineeringUnits",
+                                       "EURange"};
+
+// Rows are in the order of this number.
+constexpr int place(OpcUa_UInt32 attributeId, Detail detail = Itself)
+{
+    constexpr int details = 10;
+    return int(attributeId) * details + detail;
+}
+
+UaVariant textVariant(const QString& text)
+{
+    return UaVariant(UaString(text));
+}
+
+QString textOf(const QvelEngineeringUnits& units)
+{
+    const QString name = units.displayName.text().toQString();
+    const QString description = units.description.text().toQString();
+    return description.isEmpty() || description == name
+               ? name
+               : QStringLiteral("%1 (%2)").arg(name, description);
+}
+
+// The names of a definition's fields, as far as a line takes them.
+QString definitionText(const UaVariant& value)
+{
+    QStringList names;
+    if (const auto structure = QvelStructureDefinition::fromVariant(value)) {
+        for (const QvelStructureField& field : structure->fields.mid(0, maxShownCharacters))
+            names.append(field.name.toQString());
+    } else if (const auto members = QvelEnumDefinition::fromVariant(value)) {
+        for (const QvelEnumField& field : members->fields.mid(0, maxShownCharacters))
+            names.append(QStringLiteral("%1 (%2)").arg(
+                QString::number(qlonglong(field.value)),
+                (field.displayName.text().isEmpty() ? field.name : field.displayName.text())
+                    .toQString()));
+    }
+    return shownText(names.join(QStringLiteral(", ")));
+}
+
+} // namespace
+
+class QvelAttributesModel::Private
+{
+public:
+    struct Row
+    {
+        int place = 0;
+        OpcUa_UInt32 attributeId = 0; // 0 for a detail of Value
+        QString name;
+        ValueCell cell;
+        QString text; // shown instead of the cell's, where it is not null
+        UaStatusCode status;
+        QString result;
+        int writes = 0; // of which only the last one counts
+    };
+
+    explicit Private(QvelAttributesModel* model) : q(model) {}
+
+    bool isConnected() const { return session && session->state() == QvelSession::Connected; }
+    const Row* find(int place) const;
+    Row& row(int place);
+    void remove(int place);
+    void changed(const Row& row);
+    void allChanged();
+    UaVariant valueOf(OpcUa_UInt32 attributeId) const;
+    bool mayWrite(const Row& row) const;
+
+    void clear();
+    void load();
+    void fail(UaStatusCode status);
+    void takeAttributes(const QvelReadResult& result);
+    void takeAttribute(const Attribute& attribute, const UaDataValue& value);
+    void takeValue(const UaDataValue& value);
+    void setDetail(Detail detail, const QString& text);
+    void takeProperties(const QvelBrowseResult& result);
+    void takeProperty(const QByteArray& name, const UaVariant& value);
+    void applyType();
+    void followValue();
+    void write(Row& row, const UaVariant& value);
+    void reread(OpcUa_UInt32 attributeId);
+
+    QvelAttributesModel* const q;
+    QPointer<QvelSession> session;
+    UaExpandedNodeId node;
+    UaNodeId nodeId; // on the server that is connected
+    std::vector<Row> rows;
+    DataTypeInfo dataType;
+    QvelEnumInfo ownNames; // of the variable, which count before those of its DataType
+    QPointer<QvelSubscription> subscription;
+    bool isLive = false;
+    quint64 question = 0; // answers to an earlier one are dropped
+    quint64 subject = 0;  // counts nodes and sessions
+};
+
+const QvelAttributesModel::Private::Row* QvelAttributesModel::Private::find(int place) const
+{
+    const auto found = std::lower_bound(rows.begin(), rows.end(), place,
+                                        [](const Row& row, int p) { return row.place < p; });
+    return found != rows.end() && found->place == place ? &*found : nullptr;
+}
+
+// The row of a place, which is made where there is none. Valid until the next one is made.
+QvelAttributesModel::Private::Row& QvelAttributesModel::Private::row(int place)
+{
+    if (const Row* known = find(place))
+        return rows[std::size_t(known - rows.data())];
+    const auto next = std::lower_bound(rows.begin(), rows.end(), place,
+                                       [](const Row& row, int p) { return row.place < p; });
+    Row fresh;
+    fresh.place = place;
+    for (const Attribute& attribute : attributes) {
+        if (::place(attribute.id) == place) {
+            fresh.attributeId = attribute.id;
+            fresh.name = QString::fromLatin1(QvelAttribute::name(attribute.id));
+            fresh.cell.setType(typeOf(attribute));
+        }
+    }
+    if (fresh.attributeId == 0)
+        fresh.name = QString::fromLatin1(detailNames[place - ::place(QvelAttribute::Value)]);
+    const int at = int(next - rows.begin());
+    q->beginInsertRows({}, at, at);
+    const auto made = rows.insert(next, fresh);
+    q->endInsertRows();
+    return *made;
+}
+
+void QvelAttributesModel::Private::remove(int place)
+{
+    const Row* known = find(place);
+    if (!known)
+        return;
+    const auto at = known - rows.data();
+    q->beginRemoveRows({}, int(at), int(at));
+    rows.erase(rows.begin() + at);
+    q->endRemoveRows();
+}
+
+void QvelAttributesModel::Private::changed(const Row& row)
+{
+    const int at = int(&row - rows.data());
+    Q_EMIT q->dataChanged(q->index(at, 0), q->index(at, ColumnCount - 1));
+}
+
+void QvelAttributesModel::Private::allChanged()
+{
+    if (!rows.empty())
+        Q_EMIT q->dataChanged(q->index(0, 0), q->index(int(rows.size()) - 1, ColumnCount - 1));
+}
+
+UaVariant QvelAttributesModel::Private::valueOf(OpcUa_UInt32 attributeId) const
+{
+    const Row* row = find(place(attributeId));
+    return row ? row->cell.value() : UaVariant();
+}
+
+// As it was when there was a connection last.
+bool QvelAttributesModel::Private::mayWrite(const Row& row) const
+{
+    constexpr OpcUa_Int32 variableType = 16;
+    if (row.attributeId == QvelAttribute::Value &&
+        valueOf(QvelAttribute::NodeClass).toInt32() != variableType)
+        return valueOf(QvelAttribute::UserAccessLevel).toByte() & QvelAccessLevelMask::CurrentWrite;
+    const OpcUa_UInt32 mask = valueOf(QvelAttribute::UserWriteMask).toUInt32();
+    return std::any_of(std::begin(attributes), std::end(attributes), [&](const Attribute& a) {
+        return a.id == row.attributeId && (a.writeBit & mask) != 0;
+    });
+}
+
+void QvelAttributesModel::Private::clear()
+{
+    ++subject;
+    ++question;
+    if (subscription) {
+        subscription->disconnect(q);
+        subscription->deleteLater(); // it may be telling of a change just now
+        subscription = nullptr;
+    }
+    dataType = {};
+    ownNames = {};
+}
+
+void QvelAttributesModel::Private::load()
+{
+    const quint64 number = ++question;
+    if (!isConnected() || node == UaExpandedNodeId())
+        return;
+    nodeId = session->toNodeId(node);
+    if (nodeId.isNull()) {
+        fail(OpcUa_BadNodeIdUnknown); // its namespace is not there
+        return;
+    }
+    QList<QvelReadItem> items;
+    for (const Attribute& attribute : attributes)
+        if (attribute.id != QvelAttribute::Value)
+            items.append({nodeId, attribute.id, {}, {}});
+    whenDone(session->read(items), q, [this, number](const QvelReadResult& result) {
+        if (number == question)
+            takeAttributes(result);
+    });
+}
+
+// The node, or the server, does not answer: what is there stays, as what it was.
+void QvelAttributesModel::Private::fail(UaStatusCode status)
+{
+    if (rows.empty()) {
+        Row& only = row(place(QvelAttribute::NodeId));
+        only.cell.setValue(UaVariant(node));
+    }
+    for (Row& each : rows)
+        each.status = status;
+    allChanged();
+}
+
+void QvelAttributesModel::Private::takeAttributes(const QvelReadResult& result)
+{
+    const UaStatusCode status =
+        result.status.isBad() ? result.status : result.values.value(0).status();
+    if (status.isBad()) {
+        fail(status);
+        return;
+    }
+    qsizetype next = 0;
+    for (const Attribute& attribute : attributes)
+        if (attribute.id != QvelAttribute::Value)
+            takeAttribute(attribute, result.values.value(next++));
+    const quint64 number = question;
+    const Row* type = find(place(QvelAttribute::DataType));
+    if (!type) {
+        for (Detail detail : {Itself, SourceTimestamp, ServerTimestamp, EngineeringUnits, EURange})
+            remove(place(QvelAttribute::Value, detail));
+        return;
+    }
+    // A large value comes by itself, and does not keep the rest waiting.
+    reread(QvelAttribute::Value);
+    whenDone(DataTypes::of(session)->find(type->cell.value().toNodeId()), q,
+             [this, number](const DataTypeInfo& info) {
+                 if (number != question)
+                     return;
+                 dataType = info;
+                 applyType();
+             });
+    QvelBrowseItem properties;
+    properties.nodeId = nodeId;
+    properties.referenceTypeId = UaNodeId(hasProperty);
+    whenDone(session->browse({properties}), q, [this, number](const QvelBrowseResult& properties) {
+        if (number == question)
+            takeProperties(properties);
+    });
+    followValue();
+}
+
+void QvelAttributesModel::Private::takeAttribute(const Attribute& attribute,
+                                                 const UaDataValue& value)
+{
+    static const UaStatusCode missing(0x80350000u); // BadAttributeIdInvalid
+    if (value.status() == missing) {
+        remove(place(attribute.id));
+        return;
+    }
+    Row& taken = row(place(attribute.id));
+    taken.status = value.status();
+    if (taken.status.isBad() && value.value().isEmpty() && !taken.cell.value().isEmpty()) {
+        changed(taken); // what it was stays
+        return;
+    }
+    taken.cell.setValue(value.value());
+    if (attribute.id == QvelAttribute::DataTypeDefinition)
+        taken.text = definitionText(value.value());
+    changed(taken);
+}
+
+void QvelAttributesModel::Private::takeValue(const UaDataValue& value)
+{
+    static const UaStatusCode missing(0x80350000u); // BadAttributeIdInvalid
+    if (value.status() == missing)
+        return;
+    const bool isNew = !find(place(QvelAttribute::Value));
+    Row& taken = row(place(QvelAttribute::Value));
+    taken.status = value.status();
+    taken.cell.setValue(value.value());
+    changed(taken);
+    if (isNew)
+        applyType();
+    const auto text = [](UaDateTime time) {
+        return time.isNull() ? QString() : time.toString().toQString();
+    };
+    setDetail(SourceTimestamp, text(value.sourceTimestamp()));
+    setDetail(ServerTimestamp, text(value.serverTimestamp()));
+}
+
+void QvelAttributesModel::Private::setDetail(Detail detail, const QString& text)
+{
+    Row& taken = row(place(QvelAttribute::Value, detail));
+    taken.cell.setValue(textVariant(text));
+    changed(taken);
+}
+
+void QvelAttributesModel::Private::takeProperties(const QvelBrowseResult& result)
+{
+    QList<QvelReadItem> items;
+    QByteArrayList names;
+    for (const char* name : {"EngineeringUnits", "EURange", "EnumStrings", "EnumValues"}) {
+        for (const QvelReference& reference : result.results.value(0).references) {
+            if (reference.browseName == UaQualifiedName(UaString(name), 0) &&
+                !names.contains(name)) {
+                names.append(name);
+                items.append({session->toNodeId(reference.nodeId), QvelAttribute::Value, {}, {}});
+            }
+        }
+    }
+    const std::pair<const char*, Detail> details[] = {{"EngineeringUnits", EngineeringUnits},
+                                                      {"EURange", EURange}};
+    for (const auto& [name, detail] : details)
+        if (!names.contains(name))
+            remove(place(QvelAttribute::Value, detail));
+    ownNames = {};
+    if (items.isEmpty()) {
+        applyType();
+        return;
+    }
+    whenDone(session->read(items), q,
+             [this, names, number = question](const QvelReadResult& values) {
+                 if (number != question)
+                     return;
+                 for (qsizetype i = 0; i < std::min(names.size(), values.values.size()); ++i)
+                     takeProperty(names[i], values.values[i].value());
+                 applyType();
+             });
+}
+
+void QvelAttributesModel::Private::takeProperty(const QByteArray& name, const UaVariant& value)
+{
+    if (const auto units = QvelEngineeringUnits::fromVariant(value); name == "EngineeringUnits")
+        setDetail(EngineeringUnits, units ? textOf(*units) : shownValue(value));
+    else if (const auto range = QvelRange::fromVariant(value); name == "EURange")
+        setDetail(EURange, range ? tr("%1 to %2")
+                                       .arg(shownValue(UaVariant(range->low)),
+                                            shownValue(UaVariant(range->high)))
+                                 : shownValue(value));
+    else if (ownNames.kind == QvelEnumInfo::NoEnumeration)
+        ownNames = namesOf(value, QvelEnumInfo::Enumeration);
+}
+
+// How Value is shown and edited, once that is known.
+void QvelAttributesModel::Private::applyType()
+{
+    if (dataType.name.isEmpty() || !find(place(QvelAttribute::Value)))
+        return;
+    const UaVariant rank = valueOf(QvelAttribute::ValueRank);
+    const UaVariant dimensions = valueOf(QvelAttribute::ArrayDimensions);
+    ValueType type(dataType,
+                   rank.type() == OpcUaType_Int32 ? rank.toInt32() : ValueType().valueRank,
+                   dimensions.toUInt32Array());
+    if (ownNames.kind != QvelEnumInfo::NoEnumeration)
+        type.enumInfo = ownNames;
+    Row& value = row(place(QvelAttribute::Value));
+    value.cell.setType(type);
+    changed(value);
+    Row& named = row(place(QvelAttribute::DataType));
+    const QString id = shownValue(named.cell.value());
+    named.text = dataType.name == id ? id : QStringLiteral("%1 (%2)").arg(dataType.name, id);
+    changed(named);
+}
+
+// A subscription of one item exists as long as somebody looks and there is a connection, or one
+// that comes back.
+void QvelAttributesModel::Private::followValue()
+{
+    const bool isThere = isConnected() && find(place(QvelAttribute::DataType));
+    const bool isLost = !session || session->state() == QvelSession::Disconnected;
+    if (subscription && (!isLive || isLost)) {
+        subscription->disconnect(q);
+        subscription->deleteLater();
+        subscription = nullptr;
+    }
+    if (subscription || !isLive || !isThere)
+        return;
+    constexpr double interval = 250; // ms
+    QvelSubscriptionParameters parameters;
+    parameters.publishingInterval = interval;
+    subscription = session->createSubscription(parameters);
+    QObject::connect(
+        subscription, &QvelSubscription::dataChanged, q,
+        [this](const QList<QvelDataChange>& changes) { takeValue(changes.last().value); });
+    QObject::connect(subscription, &QvelSubscription::itemsChanged, q,
+                     [this](const QList<QvelItemState>& items) {
+                         const Row* value = find(place(QvelAttribute::Value));
+                         if (!value || !items.last().status.isBad())
+                             return;
+                         row(value->place).status = items.last().status;
+                         changed(*value);
+                     });
+    QvelMonitoredItem item;
+    item.nodeId = nodeId;
+    subscription->addItems({item});
+}
+
+void QvelAttributesModel::Private::write(Row& row, const UaVariant& value)
+{
+    row.result = tr("Writing ...");
+    changed(row);
+    const auto finished = [this, at = row.place, turn = ++row.writes,
+                           number = subject](const QvelWriteResult& result) {
+        const Row* known = find(at);
+        if (number != subject || !known || known->writes != turn)
+            return;
+        Row& written = this->row(at);
+        const UaStatusCode status = result.results.value(0, result.status);
+        written.result = status == UaStatusCode() ? tr("Good: The server has taken the value.")
+                                                  : statusInWords(status);
+        if (!status.isBad())
+            written.cell.clearAttempt();
+        changed(written);
+        if (!status.isBad())
+            reread(written.attributeId);
+    };
+    if (!isConnected()) {
+        QvelWriteResult result;
+        result.status = OpcUa_BadSessionClosed;
+        finished(result);
+        return;
+    }
+    whenDone(session->write({{nodeId, UaDataValue(value), row.attributeId, {}}}), q, finished);
+}
+
+void QvelAttributesModel::Private::reread(OpcUa_UInt32 attributeId)
+{
+    if (!isConnected())
+        return;
+    whenDone(session->read({{nodeId, attributeId, {}, {}}}), q,
+             [this, attributeId, number = question](const QvelReadResult& result) {
+                 if (number != question)
+                     return;
+                 const UaDataValue value = result.values.value(0, UaDataValue({}, result.status));
+                 if (attributeId == QvelAttribute::Value) {
+                     takeValue(value);
+                     return;
+                 }
+                 for (const Attribute& attribute : attributes)
+                     if (attribute.id == attributeId)
+                         takeAttribute(attribute, value);
+                 applyType();
+             });
+}
+
+QvelAttributesModel::QvelAttributesModel(QObject* parent)
+    : QAbstractTableModel(parent), d(new Private(this))
+{
+}
+
+QvelAttributesModel::~QvelAttributesModel()
+{
+    d->clear();
+}
+
+void QvelAttributesModel::setSession(QvelSession* session)
+{
+    if (session == d->session)
+        return;
+    if (d->session)
+        d->session->disconnect(this);
+    d->clear();
+    d->session = session;
+    if (session) {
+        const auto look = [this] {
+            d->load();
+            d->followValue();
+            d->allChanged();
+        };
+        connect(session, &QvelSession::stateChanged, this, look);
+        connect(session, &QObject::destroyed, this, look);
+    }
+    d->load();
+    d->allChanged();
+}
+
+QvelSession* QvelAttributesModel::session() const
+{
+    return d->session;
+}
+
+void QvelAttributesModel::setNode(const UaExpandedNodeId& node)
+{
+    if (node != d->node) {
+        beginResetModel();
+        d->clear();
+        d->rows.clear();
+        d->node = node;
+        endResetModel();
+    }
+    d->load();
+}
+
+UaExpandedNodeId QvelAttributesModel::node() const
+{
+    return d->node;
+}
+
+void QvelAttributesModel::setLive(bool live)
+{
+    d->isLive = live;
+    d->followValue();
+}
+
+bool QvelAttributesModel::isLive() const
+{
+    return d->isLive;
+}
+
+void QvelAttributesModel::refresh()
+{
+    d->load();
+}
+
+int QvelAttributesModel::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : int(d->rows.size());
+}
+
+int QvelAttributesModel::columnCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : int(ColumnCount);
+}
+
+QVariant QvelAttributesModel::data(const QModelIndex& index, int role) const
+{
+    if (!index.isValid())
+        return QVariant();
+    const Private::Row& row = d->rows[std::size_t(index.row())];
+    if (role == AttributeIdRole)
+        return row.attributeId;
+    if (role == Qt::ForegroundRole && !d->isConnected())
+        return QGuiApplication::palette().brush(QPalette::Disabled, QPalette::Text);
+    if (role == CopyRole)
+        return copiedValue(row.cell.value());
+    QString text;
+    switch (index.column()) {
+    case AttributeColumn:
+        text = row.name;
+        break;
+    case StatusColumn:
+        if (row.attributeId != 0)
+            text = role == Qt::ToolTipRole ? statusInWords(row.status)
+                                           : row.status.toString().toQString();
+        break;
+    case ResultColumn:
+        text = row.result;
+        break;
+    default: {
+        const bool isReadOnly = !d->isConnected() || !d->mayWrite(row) || !row.cell.isEditable();
+        if (role == ValueReadOnlyRole)
+            return isReadOnly;
+        if (role == ElementValueRole && isReadOnly)
+            return QVariant::fromValue(row.cell.value());
+        if (role != Qt::DisplayRole && role != Qt::ToolTipRole)
+            return row.cell.data(role);
+        text = row.text.isEmpty() ? row.cell.data(Qt::DisplayRole).toString() : row.text;
+    }
+    }
+    if (role == Qt::DisplayRole)
+        return text;
+    if (role != Qt::ToolTipRole || text.isEmpty())
+        return QVariant();
+    if (!d->isConnected())
+        text += QLatin1Char('\n') + tr("There is no connection: this is how it was last.");
+    return plainToolTip(text);
+}
+
+bool QvelAttributesModel::setData(const QModelIndex& index, const QVariant& value, int role)
+{
+    if (!index.isValid() || index.column() != ValueColumn ||
+        (role != Qt::EditRole && role != ElementValueRole))
+        return false;
+    Private::Row& row = d->rows[std::size_t(index.row())];
+    // A connection that was lost while an editor was open is told in the row.
+    if (row.attributeId == 0 || !d->mayWrite(row) || !row.cell.isEditable())
+        return false;
+    UaVariant sent;
+    const UaStatusCode status = row.cell.take(value, role, &sent);
+    if (status.isBad()) {
+        row.result = tr("Not sent. %1").arg(statusInWords(status));
+        d->changed(row);
+        return false;
+    }
+    d->write(row, sent);
+    return true;
+}
+
+QVariant QvelAttributesModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation != Qt::Horizontal || role != Qt::DisplayRole || section < 0 ||
+        section >= ColumnCount)
+        return QAbstractTableModel::headerData(section, orientation, role);
+    const QString titles[] = {tr("Attribute"), tr("Value"), tr("Status"), tr("Last Write")};
+    return titles[section];
+}
+
+Qt::ItemFlags QvelAttributesModel::flags(const QModelIndex& index) const
+{
+    Qt::ItemFlags flags = QAbstractTableModel::flags(index);
+    if (!index.isValid() || index.column() != ValueColumn)
+        return flags;
+    const Private::Row& row = d->rows[std::size_t(index.row())];
+    const bool mayEdit = d->isConnected() && d->mayWrite(row) && row.cell.isEditable();
+    // An array opens in its dialog also to be looked at.
+    flags.setFlag(Qt::ItemIsEditable, row.attributeId != 0 && (mayEdit || row.cell.isArray()));
+    return flags;
+}

@@ -1,0 +1,89 @@
+#include "attributeswidget.h"
+
+#include "nodes/attributesmodel.h"
+#include "nodes/valuedelegate_p.h"
+
+#include <QtGui/QAction>
+#include <QtGui/QClipboard>
+#include <QtGui/QGuiApplication>
+#include <QtWidgets/QHeaderView>
+#include <QtWidgets/QVBoxLayout>
+
+QvelAttributesWidget::QvelAttributesWidget(QWidget* parent)
+    : QWidget(parent), m_model(new QvelAttributesModel(this)),
+      m_view(new ValueList(QvelAttributesModel::ValueColumn))
+{
+    constexpr int nameWidth = 26; // average characters
+    constexpr int valueWidth = 40;
+    constexpr int statusWidth = 14;
+    m_view->setModel(m_model);
+    m_view->setAccessibleName(tr("Attributes"));
+    m_view->setHint(tr("Select a node to see its attributes."));
+    m_view->setContextMenuPolicy(Qt::ActionsContextMenu);
+    const int average = fontMetrics().averageCharWidth();
+    int column = 0;
+    for (int width : {nameWidth, valueWidth, statusWidth})
+        m_view->header()->resizeSection(column++, width * average);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(m_view);
+    setFocusProxy(m_view);
+
+    const auto add = [this](const QString& text, const QKeySequence& key, auto slot) {
+        auto* action = new QAction(text, m_view);
+        action->setShortcut(key);
+        action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+        m_view->addAction(action);
+        connect(action, &QAction::triggered, this, slot);
+    };
+    add(tr("&Edit Value"), QKeySequence(), [this] { m_view->edit(m_view->currentIndex()); });
+    add(tr("&Copy Value"), QKeySequence::Copy, [this] { copy(); });
+    add(tr("&Refresh"), QKeySequence::Refresh, [this] { m_model->refresh(); });
+}
+
+QvelAttributesWidget::~QvelAttributesWidget() = default;
+
+void QvelAttributesWidget::setSession(QvelSession* session)
+{
+    m_model->setSession(session);
+}
+
+QvelSession* QvelAttributesWidget::session() const
+{
+    return m_model->session();
+}
+
+void QvelAttributesWidget::setNode(const UaExpandedNodeId& node)
+{
+    m_model->setNode(node);
+}
+
+UaExpandedNodeId QvelAttributesWidget::node() const
+{
+    return m_model->node();
+}
+
+QTreeView* QvelAttributesWidget::view() const
+{
+    return m_view;
+}
+
+void QvelAttributesWidget::showEvent(QShowEvent* event)
+{
+    QWidget::showEvent(event);
+    m_model->setLive(true);
+}
+
+void QvelAttributesWidget::hideEvent(QHideEvent* event)
+{
+    m_model->setLive(false);
+    QWidget::hideEvent(event);
+}
+
+void QvelAttributesWidget::copy()
+{
+    const QModelIndex current = m_view->currentIndex();
+    if (current.isValid())
+        QGuiApplication::clipboard()->setText(
+            current.data(QvelAttributesModel::CopyRole).toString());
+}
