@@ -6,7 +6,7 @@ import { createHash } from "node:crypto";
 import { once } from "node:events";
 import { parseArgs } from "node:util";
 import {
-    addAggregateSupport, addEveryType, certificateManager, DataType,
+    addAggregateSupport, addEveryType, certificateManager, coerceNodeId, DataType,
     installAggregateConfigurationOptions, makeServer, MessageSecurityMode, nodesets, OPCUAServer,
     samples, SecurityPolicy, StatusCodes, temporaryFolder, UserTokenPolicy, UserTokenType,
     VariantArrayType,
@@ -87,6 +87,17 @@ const method = own.addMethod(machine, { browseName: "Add", nodeId: "s=Add",
     outputArguments: [{ name: "sum", dataType: DataType.Double }] });
 method.bindMethod(([a, b], context, callback) => callback(null, { statusCode: StatusCodes.Good,
     outputArguments: [{ dataType: DataType.Double, value: a.value + b.value }] }));
+// Arguments of other kinds; it takes its time, as asked.
+const sort = own.addMethod(machine, { browseName: "Sort", nodeId: "s=Sort",
+    inputArguments: [
+        { name: "numbers", dataType: DataType.Int32, valueRank: 1, description: { text: "in any order" } },
+        { name: "state", dataType: coerceNodeId("i=852") }, { name: "delay", dataType: DataType.Double },
+        { name: "any", dataType: DataType.Variant }],
+    outputArguments: [{ name: "sorted", dataType: DataType.Int32, valueRank: 1 },
+        { name: "state", dataType: coerceNodeId("i=852") }, { name: "any", dataType: DataType.Variant }] });
+sort.bindMethod(([numbers, state, delay, any], context, callback) => setTimeout(() => callback(null, {
+    statusCode: StatusCodes.Good, outputArguments: [{ dataType: DataType.Int32, arrayType: VariantArrayType.Array,
+        value: numbers.value.slice().sort((a, b) => a - b) }, state, any] }), delay.value));
 const events = setInterval(() => space.rootFolder.objects.server.raiseEvent("BaseEventType", {
     message: { dataType: DataType.LocalizedText, value: { text: `tick ${tick}` } },
     severity: { dataType: DataType.UInt16, value: 100 } }), 500).unref();

@@ -1,0 +1,518 @@
+// The attributes of nodes and the calls of methods, as a user sees, edits and makes them, on a
+// server of another make.
+
+#include "session/sessionuser.h"
+#include "support/warnings.h"
+
+#include <Kestrel/QvelAttributesModel>
+#include <Kestrel/QvelAttributesWidget>
+#include <Kestrel/QvelCallWidget>
+#include <Kestrel/QvelNodeLink>
+
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+#include <QtTest/QAbstractItemModelTester>
+#include <QtWidgets/QtWidgets>
+
+namespace {
+
+using V = UaVariant;
+using Model = QvelAttributesModel;
+constexpr int timeout = 20'000; // ms
+
+struct TypeCase
+{
+    const char* type;
+    QString keys; // to type over the first of the server's samples
+    V value;      // that they give
+};
+
+const QList<TypeCase>& typeCases()
+{
+    V xml;
+    xml.setXmlElement(UaByteString(QByteArray("<c/>")));
+    const QString guid = "{0f1e2d3c-4b5a-6978-8796-a5b4c3d2e1f0}";
+    static const QList<TypeCase> cases = {
+        {"Boolean", " ", V(false)},
+        {"SByte", "-5", V(OpcUa_SByte(-5))},
+        {"Byte", "255", V(OpcUa_Byte(255))},
+        {"Int16", "-6", V(OpcUa_Int16(-6))},
+        {"UInt16", "65535", V(OpcUa_UInt16(65535))},
+        {"Int32", "-7", V(-7)},
+        {"UInt32", "4294967295", V(4294967295u)},
+        {"Int64", "-9223372036854775807", V(-9223372036854775807)},
+        {"UInt64", "18446744073709551614", V(18446744073709551614u)},
+        {"Float", "1.5", V(1.5f)},
+        {"Double", "-1e300", V(-1e300)},
+        {"String", "Pump 1", V("Pump 1")},
+        {"DateTime", "2024-01-02T03:04:05Z", V(UaDateTime::fromString("2024-01-02T03:04:05Z"))},
+        {"Guid", "0f1e2d3c4b5a69788796a5b4c3d2e1f0", V(UaGuid(QUuid(guid)))},
+        {"ByteString", "0x0AFF00", V(UaByteString(QByteArray::fromHex("0aff00")))},
+        {"XmlElement", "<c/>", xml},
+        {"NodeId", "pump", V(UaNodeId("pump", 1))},
+        {"ExpandedNodeId", "86", V(UaExpandedNodeId(UaNodeId(86), "urn:x", 0))},
+        {"StatusCode", "80350000", V(UaStatusCode(0x80350000u))},
+        {"QualifiedName", "Pump", V(UaQualifiedName("Pump", 1))},
+        {"LocalizedText", "Pump", V(UaLocalizedText("de", "Pump"))}};
+    return cases;
+}
+
+QPushButton* button(QWidget* parent, const QString& text)
+{
+    for (auto* button : parent->findChildren<QPushButton*>())
+        if (button->text().remove('&') == text)
+            return button;
+    return nullptr;
+}
+
+// Opens a cell by a double click, and gives the control that takes the keys.
+QWidget* open(QAbstractItemView* view, const QModelIndex& index)
+{
+    view->setFocus();
+    view->scrollTo(index);
+    const QPoint center = view->visualRect(index).center();
+    QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, center);
+    QTest::mouseDClick(view->viewport(), Qt::LeftButton, {}, center);
+    QWidget* control = view->indexWidget(index);
+    if (!control || (control->isWindow() && !QTest::qWaitForWindowActive(control)))
+        return nullptr;
+    const auto edits = control->findChildren<QLineEdit*>(QString(), Qt::FindDirectChildrenOnly);
+    control = edits.isEmpty() ? control : edits.last();
+    if (!control->isWindow())
+        control->setFocus();
+    if (auto* edit = qobject_cast<QLineEdit*>(control)) {
+        edit->selectAll();
+        if (!edit->inputMask().isEmpty())
+            QTest::keyClick(edit, Qt::Key_Home);
+    }
+    return control;
+}
+
+// ...types into it and ends it; in the dialog of an array, into its first cell.
+bool type(QAbstractItemView* view, const QModelIndex& index, const QString& keys)
+{
+    QWidget* control = open(view, index);
+    const QPointer<QWidget> editor = view->indexWidget(index);
+    if (!control)
+        return false;
+    if (auto* table = editor->findChild<QTableView*>()) {
+        if (!type(table, table->model()->index(0, 0), keys))
+            return false;
+        QTest::mouseClick(button(editor, "Write"), Qt::LeftButton);
+    } else {
+        QTest::keyClicks(control, keys);
+        QTest::keyClick(control, Qt::Key_Return);
+    }
+    return QTest::qWaitFor([&] { return !editor; }, timeout);
+}
+
+} // namespace
+
+class tst_Attributes : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void cleanupTestCase();
+    void init();
+    void cleanup();
+    void written_data();
+    void written();
+    void shown_data();
+    void shown();
+    void live();
+    void refused();
+    void dropped();
+    void called();
+    void cancelled();
+    void ended();
+
+private:
+    void connectSession();
+    void show(const QString& id, bool live = true);
+    void setMethod(const QString& id) const;
+    QModelIndex cell(const QString& attribute, int column = Model::ValueColumn) const;
+    QString text(const QString& attribute, int column = Model::ValueColumn) const
+    {
+        return cell(attribute, column).data().toString();
+    }
+    QModelIndex argument(int row, int column) const
+    {
+        return m_call->inputModel()->index(row, column);
+    }
+    QTreeView* arguments() const { return m_call->findChild<QTreeView*>(); }
+    QString result() const
+    {
+        for (auto* label : m_call->findChildren<QLabel*>())
+            if (label->accessibleName() == "Result")
+                return label->text();
+        return {};
+    }
+    V readBack(const QString& id);
+
+    SessionUser m_user;
+    PeerProcess m_server;
+    QProcess m_client;
+    QString m_url;
+    std::unique_ptr<QvelSession> m_session;
+    std::unique_ptr<QvelAttributesWidget> m_widget;
+    std::unique_ptr<QvelCallWidget> m_call;
+};
+
+void tst_Attributes::initTestCase()
+{
+    m_url = m_server.start(NODE, {PEERS "/sessionserver.mjs", "--conformance"});
+    QVERIFY(!m_url.isEmpty());
+    m_client.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    m_client.start(NODE, {PEERS "/sessionclient.mjs", m_url});
+    while (!m_client.canReadLine())
+        QVERIFY(m_client.waitForReadyRead(timeout));
+    QVERIFY(m_client.readLine().startsWith("READY"));
+}
+
+void tst_Attributes::cleanupTestCase()
+{
+    m_client.closeWriteChannel();
+    QVERIFY(m_client.waitForFinished(timeout));
+}
+
+void tst_Attributes::connectSession()
+{
+    QvelDiscoverySetting setting;
+    setting.setEndpointUrl(m_url);
+    setting.setSecurityPolicy("http://opcfoundation.org/UA/SecurityPolicy#None");
+    setting.setMessageSecurityMode(OpcUa_MessageSecurityMode_None);
+    const QvelSessionError error = ::connectSession(*m_session, setting);
+    QVERIFY2(error.isNull(), qPrintable(error.toString()));
+}
+
+void tst_Attributes::init()
+{
+    failOnWarnings();
+    m_session = std::make_unique<QvelSession>(m_user.options);
+    connectSession();
+    m_widget = std::make_unique<QvelAttributesWidget>();
+    m_call = std::make_unique<QvelCallWidget>();
+    for (QAbstractItemModel* model : {static_cast<QAbstractItemModel*>(m_widget->model()),
+                                      m_call->inputModel(), m_call->outputModel()})
+        new QAbstractItemModelTester(model, model);
+    m_widget->setSession(m_session.get());
+    m_call->setSession(m_session.get());
+    m_widget->resize(900, 700);
+    m_call->resize(900, 700);
+}
+
+void tst_Attributes::cleanup()
+{
+    m_widget.reset();
+    m_call.reset();
+    m_session.reset();
+}
+
+// Shows a node and waits for what comes last.
+void tst_Attributes::show(const QString& id, bool live)
+{
+    m_widget->show();
+    QVERIFY(QTest::qWaitForWindowActive(m_widget.get()));
+    m_widget->model()->setLive(live);
+    const UaExpandedNodeId node = *qvelParseNodeId(id);
+    m_widget->setNode(node.namespaceUri().isEmpty() ? m_session->toExpandedNodeId(node.nodeId())
+                                                    : node);
+    QTRY_VERIFY_WITH_TIMEOUT(text("DataType").contains('('), timeout);
+    QTRY_VERIFY_WITH_TIMEOUT(!text("Value", Model::StatusColumn).isEmpty(), timeout);
+}
+
+void tst_Attributes::setMethod(const QString& id) const
+{
+    m_call->show();
+    QVERIFY(QTest::qWaitForWindowActive(m_call.get()));
+    const auto node = [this](const QString& text) {
+        return m_session->toExpandedNodeId(qvelParseNodeId(text)->nodeId());
+    };
+    m_call->setMethod(node("ns=1;s=Machine"), node(id));
+    QTRY_VERIFY_WITH_TIMEOUT(button(m_call.get(), "Call")->isEnabled(), timeout);
+    const int last = m_call->inputModel()->rowCount() - 1;
+    QTRY_VERIFY_WITH_TIMEOUT(!argument(last, 1).data().toString().isEmpty(), timeout);
+}
+
+QModelIndex tst_Attributes::cell(const QString& attribute, int column) const
+{
+    const QAbstractItemModel* model = m_widget->model();
+    for (int row = 0; row < model->rowCount(); ++row)
+        if (model->index(row, 0).data() == attribute)
+            return model->index(row, column);
+    return {};
+}
+
+// The value as the other client reads it.
+V tst_Attributes::readBack(const QString& id)
+{
+    m_client.write(QJsonDocument(QJsonArray{"read", id}).toJson(QJsonDocument::Compact) + '\n');
+    QByteArray output;
+    while (!output.endsWith("END\n") &&
+           (m_client.bytesAvailable() || m_client.waitForReadyRead(timeout)))
+        output += m_client.readAll();
+    const auto line = QJsonDocument::fromJson(output.left(output.indexOf('\n'))).object();
+    V value;
+    value.fromJson(QJsonDocument(line["value"].toObject()).toJson());
+    return value;
+}
+
+void tst_Attributes::written_data()
+{
+    QTest::addColumn<int>("number");
+    QTest::addColumn<QString>("shape");
+    for (int number = 0; number < typeCases().size(); ++number)
+        for (const char* shape : {"Scalar", "Array", "Matrix"})
+            QTest::addRow("%s%s", shape, typeCases()[number].type) << number << QString(shape);
+}
+
+// Every type and shape, edited in place, arrives at the other client.
+void tst_Attributes::written()
+{
+    QFETCH(int, number);
+    const TypeCase& c = typeCases()[number];
+    const QString id = "ns=1;s=" + QString(QTest::currentDataTag());
+    V expected = readBack(id);
+    QVERIFY(expected.type() == c.value.type());
+    const bool isExpanded = c.value.type() == OpcUaType_ExpandedNodeId;
+    if (expected.arrayType() == OpcUa_VariantArrayType_Scalar) // a URI does not stay in this make's
+        expected = isExpanded ? V(UaExpandedNodeId(UaNodeId(86), {}, 0)) : c.value;
+    else
+        QVERIFY(expected.setElement(0, c.value));
+    QVERIFY(expected != readBack(id));
+
+    show(id, !isExpanded); // nor, in arrays, in its notifications
+    QVERIFY(text("DataType").startsWith(c.type));
+    QVERIFY(type(m_widget->view(), cell("Value"), c.keys));
+    QTRY_VERIFY_WITH_TIMEOUT(text("Value", Model::ResultColumn).startsWith("Good"), timeout);
+    QCOMPARE(readBack(id).toJson(), expected.toJson());
+    QTRY_COMPARE_WITH_TIMEOUT(text("Value"), expected.toFullString().toQString(), timeout);
+}
+
+void tst_Attributes::shown_data()
+{
+    QTest::addColumn<QString>("id");
+    QTest::addColumn<QStringList>("rows"); // "attribute=value"
+    QTest::addColumn<bool>("isEditable");
+    QTest::newRow("analog") << "DoubleAnalogDataItem"
+                            << QStringList{"NodeClass=2 (Variable)",
+                                           "DataType=Double (i=11)",
+                                           "ValueRank=-1 (Scalar)",
+                                           "EURange=-200 to 200",
+                                           "AccessLevel=3 (CurrentRead | CurrentWrite)",
+                                           QString("EngineeringUnits=\u00b0C (degree Celsius)")}
+                            << true;
+    QTest::newRow("EnumStrings") << "MultiStateDiscrete001" << QStringList{"Value=1 (Orange)"}
+                                 << true;
+    QTest::newRow("EnumValues") << "Int16MultiStateValueDiscrete" << QStringList{"Value=0 (Zero)"}
+                                << true;
+    QTest::newRow("EnumDefinition")
+        << "i=2259"
+        << QStringList{"Value=0 (Running)", "DataType=ServerState (i=852)", "BrowseName=State",
+                       "WriteMask=0"}
+        << false;
+    QTest::newRow("not by this user")
+        << "AccessLevel_CurrentWrite_NotUser"
+        << QStringList{"UserAccessLevel=1 (CurrentRead)", "Value=36"} << false;
+    QTest::newRow("large") << "ns=1;s=Big"
+                           << QStringList{"ArrayDimensions={0}", "DataType=Double (i=11)"} << true;
+}
+
+void tst_Attributes::shown()
+{
+    QFETCH(QString, id);
+    QFETCH(QStringList, rows);
+    show(id.contains('=') ? id : "nsu=urn://node-opcua-simulator;s=" + id);
+    for (const QString& row : rows)
+        QTRY_COMPARE_WITH_TIMEOUT(row.section('=', 0, 0) + '=' + text(row.section('=', 0, 0)), row,
+                                  timeout);
+    for (const char* attribute : {"SourceTimestamp", "ServerTimestamp"})
+        QVERIFY(text(attribute).startsWith("20"));
+    QTEST(cell("Value").flags().testFlag(Qt::ItemIsEditable), "isEditable");
+    QCOMPARE(text("Value", Model::StatusColumn), "Good");
+    QVERIFY(!cell("InverseName").isValid()); // of reference types only
+    // An array opens also where it cannot be written, a scalar does not.
+    QCOMPARE(open(m_widget->view(), cell("Value")) != nullptr,
+             cell("Value").flags().testFlag(Qt::ItemIsEditable));
+}
+
+void tst_Attributes::live()
+{
+    show("ns=1;s=Item0");
+    const QString before = text("Value");
+    QTRY_VERIFY_WITH_TIMEOUT(text("Value") != before, timeout);
+    QCOMPARE(m_session->findChildren<QvelSubscription*>().size(), 1);
+    m_widget->hide();
+    QTRY_VERIFY_WITH_TIMEOUT(m_session->findChildren<QvelSubscription*>().isEmpty(), timeout);
+
+    // Without a connection it is there as it was, and comes back with it.
+    m_widget->show();
+    m_session->disconnectFromServer();
+    QTRY_COMPARE_WITH_TIMEOUT(m_session->state(), QvelSession::Disconnected, timeout);
+    const QString last = text("Value");
+    QVERIFY(!last.isEmpty());
+    QCOMPARE(cell("Value").data(Qt::ForegroundRole).value<QBrush>(),
+             m_widget->palette().brush(QPalette::Disabled, QPalette::Text));
+    connectSession();
+    QTRY_VERIFY_WITH_TIMEOUT(text("Value") != last, timeout);
+    QVERIFY(!cell("Value").data(Qt::ForegroundRole).isValid());
+
+    m_widget->setNode(UaExpandedNodeId(UaNodeId("none", 0), "urn:nowhere", 0));
+    QTRY_COMPARE_WITH_TIMEOUT(text("NodeId", Model::StatusColumn), "BadNodeIdUnknown", timeout);
+}
+
+// What cannot be written stays to be corrected, with the reason beside it.
+void tst_Attributes::refused()
+{
+    show("ns=1;s=ScalarByte");
+    QVERIFY(type(m_widget->view(), cell("Value"), "300"));
+    QVERIFY(text("Value", Model::ResultColumn).startsWith("Not sent. BadOutOfRange: "));
+    auto* edit = qobject_cast<QLineEdit*>(open(m_widget->view(), cell("Value")));
+    QVERIFY(edit && edit->text() == "300");
+    QTest::keyClicks(edit, "30");
+    QTest::keyClick(edit, Qt::Key_Return);
+    QTRY_VERIFY_WITH_TIMEOUT(text("Value", Model::ResultColumn).startsWith("Good"), timeout);
+    QCOMPARE(readBack("ns=1;s=ScalarByte"), V(OpcUa_Byte(30)));
+
+    show("nsu=urn://node-opcua-simulator;s=DoubleAnalogDataItem");
+    QVERIFY(type(m_widget->view(), cell("Value"), "1000"));
+    QTRY_VERIFY_WITH_TIMEOUT(text("Value", Model::ResultColumn).startsWith("BadOutOfRange: "),
+                             timeout);
+    // By name: two down from "Orange" is the last one.
+    show("nsu=urn://node-opcua-simulator;s=MultiStateDiscrete001");
+    QWidget* names = open(m_widget->view(), cell("Value"));
+    QVERIFY(names);
+    QTest::keyClick(names->focusProxy() ? names->focusProxy() : names, Qt::Key_Down);
+    QTest::keyClick(names, Qt::Key_Return);
+    QTRY_COMPARE_WITH_TIMEOUT(text("Value"), "2 (Green)", timeout);
+}
+
+void tst_Attributes::dropped()
+{
+    const QString id = "ns=1;s=ScalarString";
+    show(id);
+    QWidget* edit = open(m_widget->view(), cell("Value"));
+    QVERIFY(edit);
+    QTest::keyClicks(edit, "typed while the cable was pulled");
+    m_session->disconnectFromServer();
+    QTRY_COMPARE_WITH_TIMEOUT(m_session->state(), QvelSession::Disconnected, timeout);
+    QTest::keyClick(edit, Qt::Key_Return);
+    QTRY_COMPARE_WITH_TIMEOUT(text("Value", Model::ResultColumn),
+                              "BadSessionClosed: There is no connection to the server.", timeout);
+    connectSession();
+    QTRY_VERIFY_WITH_TIMEOUT(cell("Value").flags() & Qt::ItemIsEditable, timeout);
+    // Enter alone sends it.
+    QVERIFY(type(m_widget->view(), cell("Value"), ""));
+    QTRY_VERIFY_WITH_TIMEOUT(text("Value", Model::ResultColumn).startsWith("Good"), timeout);
+    QCOMPARE(readBack(id), V("typed while the cable was pulled"));
+}
+
+void tst_Attributes::called()
+{
+    setMethod("ns=1;s=Add");
+    QVERIFY(type(arguments(), argument(0, 2), "1.5"));
+    QVERIFY(type(arguments(), argument(1, 2), "x"));
+    QVERIFY(argument(1, 3).data().toString().startsWith("Not taken. BadTypeMismatch: "));
+    QTest::mouseClick(button(m_call.get(), "Call"), Qt::LeftButton);
+    QVERIFY(result().startsWith("Not called"));
+    QVERIFY(type(arguments(), argument(1, 2), "2"));
+    QTest::mouseClick(button(m_call.get(), "Call"), Qt::LeftButton);
+    QTRY_COMPARE_WITH_TIMEOUT(result(), "Good", timeout);
+    QCOMPARE(m_call->outputModel()->index(0, 2).data().toString(), "3.5");
+
+    // An array, a name, a number, and a value whose type is to be chosen.
+    setMethod("ns=1;s=Sort");
+    QCOMPARE(argument(0, 1).data().toString(), "Int32[]");
+    QCOMPARE(argument(0, 0).data(Qt::ToolTipRole).toString(), "numbers\nin any order");
+    QVERIFY(open(arguments(), argument(0, 2)));
+    const QPointer<QWidget> array = arguments()->indexWidget(argument(0, 2));
+    auto* table = array->findChild<QTableView*>();
+    for (const char* keys : {"7", "-7"}) {
+        for (auto* each : array->findChildren<QAbstractButton*>())
+            if (each->text() == "+")
+                QTest::mouseClick(each, Qt::LeftButton);
+        QVERIFY(type(table, table->model()->index(table->model()->rowCount() - 1, 0), keys));
+    }
+    QTest::mouseClick(button(array, "Write"), Qt::LeftButton);
+    QTRY_VERIFY(!array);
+    QWidget* names = open(arguments(), argument(1, 2));
+    QVERIFY(names);
+    QTest::keyClick(names->focusProxy(), Qt::Key_Down);
+    QTest::keyClick(names, Qt::Key_Return);
+    QTRY_COMPARE(argument(1, 2).data().toString(), "1 (Failed)");
+    QVERIFY(open(arguments(), argument(3, 2)));
+    const QPointer<QWidget> any = arguments()->indexWidget(argument(3, 2));
+    any->findChild<QComboBox*>()->setCurrentIndex(OpcUaType_String);
+    QTest::keyClicks(any->findChild<QLineEdit*>(), "of any type");
+    QTest::mouseClick(button(any, "Write"), Qt::LeftButton);
+    QTRY_VERIFY(!any);
+    QTest::keyClick(m_call.get(), Qt::Key_Return, Qt::ControlModifier);
+    QTRY_COMPARE_WITH_TIMEOUT(result(), "Good", timeout);
+    const auto output = [this](int row) {
+        return m_call->outputModel()->index(row, 2).data().toString();
+    };
+    QCOMPARE(output(0) + output(1) + output(2), "{-7, 7}1 (Failed)of any type");
+
+    // Calls of before can be had again.
+    setMethod("ns=1;s=Add");
+    QCOMPARE(argument(0, 2).data().toString(), "0");
+    auto* past = m_call->findChild<QComboBox*>();
+    QCOMPARE(past->count(), 2);
+    past->setFocus();
+    QTest::keyClick(past, Qt::Key_Down);
+    QCOMPARE(argument(0, 2).data().toString() + argument(1, 2).data().toString(), "1.52");
+
+    m_call->setMethod(*qvelParseNodeId("nsu=urn://node-opcua-simulator;s=ObjectWithMethods"),
+                      *qvelParseNodeId("nsu=urn://node-opcua-simulator;s=MethodNoArgs"));
+    QTRY_VERIFY_WITH_TIMEOUT(button(m_call.get(), "Call")->isEnabled(), timeout);
+    QTest::mouseClick(button(m_call.get(), "Call"), Qt::LeftButton);
+    QTRY_COMPARE_WITH_TIMEOUT(result(), "Good, no outputs", timeout);
+}
+
+void tst_Attributes::cancelled()
+{
+    setMethod("ns=1;s=Sort");
+    QVERIFY(type(arguments(), argument(2, 2), "600000"));
+    QTest::mouseClick(button(m_call.get(), "Call"), Qt::LeftButton);
+    QVERIFY(m_call->isCalling() && !button(m_call.get(), "Call")->isEnabled());
+    QTest::mouseClick(button(m_call.get(), "Cancel Call"), Qt::LeftButton);
+    QVERIFY(!m_call->isCalling() && result().startsWith("Cancelled."));
+    // The end of the session ends a call, too; what was typed stays.
+    QTest::mouseClick(button(m_call.get(), "Call"), Qt::LeftButton);
+    m_session->disconnectFromServer();
+    QTRY_VERIFY_WITH_TIMEOUT(!m_call->isCalling(), timeout);
+    QVERIFY2(result().startsWith("Bad"), qPrintable(result()));
+    connectSession();
+    QTRY_VERIFY_WITH_TIMEOUT(button(m_call.get(), "Call")->isEnabled(), timeout);
+    QCOMPARE(argument(2, 2).data().toString(), "600000");
+}
+
+// The session may go while an editor is open and a call is under way.
+void tst_Attributes::ended()
+{
+    setMethod("ns=1;s=Sort");
+    QVERIFY(type(arguments(), argument(2, 2), "600000"));
+    QTest::mouseClick(button(m_call.get(), "Call"), Qt::LeftButton);
+    show("ns=1;s=ArrayInt32");
+    QVERIFY(open(m_widget->view(), cell("Value")));
+    const QPointer<QWidget> array = m_widget->view()->indexWidget(cell("Value"));
+    auto* table = array->findChild<QTableView*>();
+    QVERIFY(type(table, table->model()->index(0, 0), "99"));
+    m_session.reset();
+    QTRY_VERIFY_WITH_TIMEOUT(!m_call->isCalling(), timeout);
+    QTest::mouseClick(button(array, "Write"), Qt::LeftButton);
+    QTRY_VERIFY(!array);
+    QVERIFY(text("Value", Model::ResultColumn).startsWith("BadSessionClosed"));
+    QVERIFY(m_widget->session() == nullptr && !text("Value").isEmpty());
+    m_session = std::make_unique<QvelSession>(m_user.options); // and a new one takes its place
+    m_widget->setSession(m_session.get());
+    connectSession();
+    QTRY_VERIFY_WITH_TIMEOUT(!cell("Value").data(Qt::ForegroundRole).isValid(), timeout);
+    QVERIFY(cell("Value").data(Qt::UserRole).value<V>().elementAt(0) == V(99)); // not lost
+}
+
+QTEST_MAIN(tst_Attributes)
+#include "tst_attributes.moc"
