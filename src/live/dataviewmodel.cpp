@@ -9,6 +9,7 @@
 #include "session/session.h"
 #include "session/whendone_p.h"
 
+#include <QtCore/QElapsedTimer>
 #include <QtCore/QHash>
 #include <QtCore/QJsonArray>
 #include <QtCore/QMimeData>
@@ -27,8 +28,13 @@
 
 namespace {
 
-constexpr int emptyInterval = 2000;                 // ms, before a subscription without rows goes
-constexpr int flushInterval = 50;                   // ms
+constexpr int emptyInterval = 2000; // ms, before a subscription without rows goes
+constexpr int flushInterval = 50;   // ms
+// A window that has them all in sight takes long to paint: rows are shown in so many parts at most,
+// with some milliseconds for others between two of them.
+constexpr size_t mostParts = 8;
+constexpr size_t smallestPart = 256;
+constexpr int breath = 4;
 constexpr int recordInterval = 250;                 // ms, between looks at the recorder
 constexpr size_t mostBlocks = 32;                   // of rows, each a signal of its own
 constexpr double longest = 1e10;                    // ms
@@ -138,7 +144,6 @@ public:
     {
         flushTimer.setSingleShot(true);
         flushTimer.setTimerType(Qt::PreciseTimer);
-        flushTimer.setInterval(flushInterval);
         recordTimer.setInterval(recordInterval);
         emptyTimer.setSingleShot(true);
         emptyTimer.setInterval(emptyInterval);
@@ -190,8 +195,13 @@ public:
     }
     void startFlush()
     {
-        if (!isPaused && !dirty.empty() && !flushTimer.isActive())
-            flushTimer.start();
+        if (isPaused || flushTimer.isActive() || (dirty.empty() && flushed.empty()))
+            return;
+        const bool goesOn = !flushed.empty() || !cycle.isValid();
+        flushTimer.start(
+            goesOn ? breath
+                   : std::max(breath, flushInterval -
+                                          int(std::min<qint64>(cycle.elapsed(), flushInterval))));
     }
     void flush();
     void lookAtRecorder();
@@ -232,7 +242,10 @@ public:
     std::vector<RowPointer> rows;
     QHash<OpcUa_UInt32, Row*> byHandle;
     std::map<double, Group> groups;
-    std::vector<Row*> dirty;
+    std::vector<Row*> dirty;   // each once
+    std::vector<Row*> flushed; // before them; the last ones first
+    size_t part = 0;           // of these
+    QElapsedTimer cycle;       // since their beginning
     QTimer emptyTimer;
     QTimer flushTimer;
     bool isPaused = false;
@@ -530,11 +543,19 @@ void QvelDataViewModel::Private::takeGap(double interval, OpcUa_UInt32 count)
 
 void QvelDataViewModel::Private::flush()
 {
-    QList<Row*> changed(dirty.begin(), dirty.end());
-    dirty.clear();
+    if (flushed.empty()) {
+        flushed.swap(dirty);
+        std::sort(flushed.begin(), flushed.end(),
+                  [](const Row* a, const Row* b) { return a->position > b->position; });
+        part = std::max(smallestPart, (flushed.size() + mostParts - 1) / mostParts);
+        cycle.start();
+    }
+    const auto first = flushed.end() - std::ptrdiff_t(std::min(part, flushed.size()));
+    const QList<Row*> changed(first, flushed.end());
+    flushed.erase(first, flushed.end());
     Column last = ServerTimestamp;
     bool isLost = false;
-    for (Row* row : std::as_const(changed)) {
+    for (Row* row : changed) {
         row->isDirty = false;
         if (row->shown.value.status() != row->latest.value.status() || !row->shown.isThere)
             last = Status;
@@ -548,6 +569,7 @@ void QvelDataViewModel::Private::flush()
     emitRows(changed, SourceTimestamp, last);
     if (isLost)
         emitRows(changed, Overflows, Gaps);
+    startFlush();
 }
 
 void QvelDataViewModel::Private::lookAtRecorder()
@@ -878,9 +900,10 @@ bool QvelDataViewModel::removeRows(int row, int count, const QModelIndex& parent
         gone.append(each->get());
         (*each)->position = -1;
     }
-    d->dirty.erase(std::remove_if(d->dirty.begin(), d->dirty.end(),
-                                  [](const Row* each) { return each->position < 0; }),
-                   d->dirty.end());
+    for (std::vector<Row*>* list : {&d->dirty, &d->flushed}) {
+        const auto isGone = [](const Row* each) { return each->position < 0; };
+        list->erase(std::remove_if(list->begin(), list->end(), isGone), list->end());
+    }
     d->unsubscribe(gone);
     d->rows.erase(first, first + count);
     d->renumber(row);

@@ -7,26 +7,34 @@
 #include <QtGui/QClipboard>
 #include <QtGui/QDrag>
 #include <QtGui/QDropEvent>
+#include <QtGui/QGlyphRun>
 #include <QtGui/QGuiApplication>
 #include <QtGui/QPainter>
+#include <QtGui/QRawFont>
 #include <QtWidgets/QHeaderView>
 
 #include <algorithm>
+#include <array>
 
 namespace {
 
 using Model = QvelDataViewModel;
 
-// In characters.
+// As wide as this text.
 struct ColumnWidth
 {
     Model::Column column;
-    int width;
+    const char* text;
 };
 constexpr ColumnWidth widths[] = {
-    {Model::Name, 22},     {Model::NodeId, 30},          {Model::Value, 18},
-    {Model::DataType, 12}, {Model::SourceTimestamp, 26}, {Model::ServerTimestamp, 26},
-    {Model::Status, 16},   {Model::WriteResult, 16},
+    {Model::Name, "A name of common length"},
+    {Model::NodeId, "nsu=urn:plant:boiler;s=Temperature"},
+    {Model::Value, "-1234567.123456789"},
+    {Model::DataType, "LocalizedText"},
+    {Model::SourceTimestamp, "2028-08-28T20:28:38.888888Z"},
+    {Model::ServerTimestamp, "2028-08-28T20:28:38.888888Z"},
+    {Model::Status, "BadNodeIdUnknown..."},
+    {Model::WriteResult, "BadUserAccessDenied"},
 };
 
 bool isParameter(int column)
@@ -34,6 +42,82 @@ bool isParameter(int column)
     return column == Model::SamplingInterval || column == Model::PublishingInterval ||
            column == Model::QueueSize;
 }
+
+// Paints ASCII texts, which need no layout, by the glyphs of their font; those that are too long
+// end in an ellipsis.
+class PlainText
+{
+public:
+    // False where it is no such text: then nothing has been painted.
+    bool paint(QPainter* painter, const QStyleOptionViewItem& option, const QRect& room,
+               bool isRight, const QString& text)
+    {
+        if (!m_isSet || m_font != option.font)
+            setFont(option.font);
+        if (!m_isComplete)
+            return false;
+        std::array<quint32, longest> glyphs;
+        std::array<QPointF, longest> positions;
+        double width = 0;
+        size_t length = 0, fitting = 0; // the latter with an ellipsis
+        for (; length < size_t(text.size()) && length < longest - 1; ++length) {
+            const int c = text[qsizetype(length)].unicode() - first;
+            if (c < 0 || c >= ellipsis)
+                return false;
+            if (width + m_advances[ellipsis] <= room.width())
+                fitting = length;
+            glyphs[length] = m_glyphs[size_t(c)];
+            positions[length] = QPointF(width, 0);
+            width += m_advances[size_t(c)];
+            if (width > room.width())
+                break;
+        }
+        if (length < size_t(text.size())) {
+            length = fitting + 1;
+            glyphs[fitting] = m_glyphs[ellipsis];
+            isRight = false;
+        }
+        m_run.setRawData(glyphs.data(), positions.data(), int(length));
+        const int top = room.top() + (room.height() - option.fontMetrics.height()) / 2;
+        painter->drawGlyphRun({isRight ? room.right() + 1 - width : double(room.left()),
+                               double(top + option.fontMetrics.ascent())},
+                              m_run);
+        return true;
+    }
+
+private:
+    static constexpr size_t longest = 256;
+    static constexpr int first = 0x20;
+    static constexpr int ellipsis = 0x7f - first; // in the tables, behind the others
+
+    void setFont(const QFont& font)
+    {
+        m_isSet = true;
+        m_font = font;
+        const QRawFont raw = QRawFont::fromFont(font);
+        QString characters;
+        for (int c = 0; c < ellipsis; ++c)
+            characters += QChar(first + c);
+        characters += QChar(0x2026);
+        const QList<quint32> glyphs = raw.glyphIndexesForString(characters);
+        const QList<QPointF> advances = raw.advancesForGlyphIndexes(glyphs);
+        m_isComplete = glyphs.size() == ellipsis + 1 && advances.size() == glyphs.size() &&
+                       !glyphs.contains(0) && !font.underline() && !font.strikeOut() &&
+                       !font.overline() && font.letterSpacing() == 0 && font.wordSpacing() == 0;
+        for (qsizetype i = 0; m_isComplete && i < glyphs.size(); ++i) {
+            m_glyphs[size_t(i)] = glyphs[i];
+            m_advances[size_t(i)] = advances[i].x();
+        }
+        m_run.setRawFont(raw);
+    }
+
+    bool m_isSet = false;
+    bool m_isComplete = false;
+    QFont m_font;
+    QGlyphRun m_run;
+    std::array<quint32, ellipsis + 1> m_glyphs = {};
+    std::array<double, ellipsis + 1> m_advances = {};
+};
 
 class Delegate : public ValueDelegate
 {
@@ -78,12 +162,15 @@ public:
             m_table->style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, m_table) + 1;
         const QRect room = option.rect.adjusted(margin, 0, -margin, 0);
         const int alignment = index.data(Qt::TextAlignmentRole).toInt();
+        if (m_text.paint(painter, option, room, alignment & Qt::AlignRight, text))
+            return;
         painter->drawText(room, alignment | Qt::TextSingleLine,
                           option.fontMetrics.elidedText(text, Qt::ElideRight, room.width()));
     }
 
 private:
     DataViewTable* const m_table;
+    mutable PlainText m_text;
 };
 
 } // namespace
@@ -111,11 +198,13 @@ DataViewTable::DataViewTable(QvelDataViewModel* model, QWidget* parent)
     horizontalHeader()->setSectionsMovable(true);
     horizontalHeader()->setHighlightSections(false);
     horizontalHeader()->setContextMenuPolicy(Qt::CustomContextMenu);
-    const int character = fontMetrics().averageCharWidth();
     for (int column = 0; column < Model::ColumnCount; ++column)
-        setColumnWidth(column, horizontalHeader()->sectionSizeHint(column) + character);
-    for (const ColumnWidth& each : widths)
-        setColumnWidth(each.column, std::max(columnWidth(each.column), each.width * character));
+        setColumnWidth(column, horizontalHeader()->sectionSizeHint(column));
+    const int margins = 2 * style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 4;
+    for (const auto& [column, text] : widths)
+        setColumnWidth(column,
+                       std::max(columnWidth(column),
+                                fontMetrics().horizontalAdvance(QLatin1String(text)) + margins));
 }
 
 QList<int> DataViewTable::selectedRowNumbers() const
