@@ -1,5 +1,6 @@
 #pragma once
 
-#include "figure.h"
+#include "benchmarks/figure.h"
 
+void benchDataView(Figures& figures);
 void benchTrend(Figures& figures);

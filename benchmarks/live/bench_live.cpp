@@ -1,4 +1,6 @@
-#include "areas.h"
+// What the views cost over the session that they show.
+
+#include "benchmarks/live/areas.h"
 
 #include <QtWidgets/QApplication>
 
@@ -6,6 +8,7 @@ int main(int argc, char** argv)
 {
     QApplication application(argc, argv);
     Figures figures("live");
+    benchDataView(figures);
     benchTrend(figures);
     return figures.result();
 }

@@ -1,4 +1,4 @@
-#include "areas.h"
+#include "benchmarks/live/areas.h"
 
 #include <Kestrel/QvelTrendWidget>
 

@@ -2,6 +2,7 @@
 // node-opcua's client, on the same server.
 
 #include "benchmarks/figure.h"
+#include "benchmarks/gapwatch.h"
 #include "platform/types/uavariant.h"
 #include "platform/wire/binarycodec_p.h"
 #include "session/sessionuser.h"
@@ -300,30 +301,6 @@ private:
     QvelSessionOptions m_options;
     QList<QvelReadItem> m_tags;
     std::unique_ptr<QvelSession> m_session;
-};
-
-// The longest time for which the event loop came to nothing else.
-class GapWatch : public QObject
-{
-public:
-    GapWatch()
-    {
-        m_clock.start();
-        startTimer(1, Qt::PreciseTimer);
-    }
-    double longest() const { return double(m_longest) / 1e6; }
-    void begin() { m_clock.restart(); }
-
-protected:
-    void timerEvent(QTimerEvent*) override
-    {
-        m_longest = std::max(m_longest, m_clock.nsecsElapsed());
-        m_clock.restart();
-    }
-
-private:
-    QElapsedTimer m_clock;
-    qint64 m_longest = 0;
 };
 
 void reportServices(Figures& figures, const QString& self)
