@@ -96,8 +96,8 @@ MainWindow::MainWindow(Host& host, QWidget* parent)
     followTab();
 
     const QSize em(fontMetrics().averageCharWidth(), fontMetrics().height());
-    resize(175 * em.width(), 50 * em.height());
-    m_find->setSizes({63 * em.width(), 112 * em.width()});
+    resize(210 * em.width(), 54 * em.height());
+    m_find->setSizes({63 * em.width(), 147 * em.width()});
     resizeDocks({m_log}, {8 * em.height()}, Qt::Vertical);
     const SettingsStore& store = m_host.store();
     restoreGeometry(store.value(geometryKey).toByteArray());
@@ -176,6 +176,13 @@ void MainWindow::createDiscovery()
     addView(QvelDiscoveryWidget::OpcUa, QStringLiteral("Discovery.OpcUa"), tr("OPC UA"));
     addView(QvelDiscoveryWidget::ComDa, QStringLiteral("Discovery.ComDa"), tr("Data Access"));
     addView(QvelDiscoveryWidget::ComAe, QStringLiteral("Discovery.ComAe"), tr("Alarms & Events"));
+    auto* column = qobject_cast<QVBoxLayout*>(m_discovery->layout());
+    for (int i = 0; column && i < m_discovery->count(); ++i) { // closed trees leave their room
+        QWidget* place = m_discovery->widget(i)->parentWidget();
+        const auto follow = [column, place](bool open) { column->setStretchFactor(place, open); };
+        connect(discoveryToggle(i), &QAbstractButton::toggled, column, follow);
+        follow(discoveryToggle(i)->isChecked());
+    }
     m_discovery->setCurrentIndex(0);
     m_discovery->setMinimumWidth(24 * fontMetrics().averageCharWidth());
     connect(m_discovery, &QvelToolBox::currentIndexChanged, this, &MainWindow::followCurrent);

@@ -12,6 +12,7 @@ namespace {
 constexpr qint64 maxSize = 64 * 1024 * 1024;
 const QString formatKey = QStringLiteral("format");
 const QString formatName = QStringLiteral("harrier project");
+const QString serversKey = QStringLiteral("servers");
 const QString versionKey = QStringLiteral("version");
 const QString policyStem = QStringLiteral("http://opcfoundation.org/UA/SecurityPolicy#");
 
@@ -80,6 +81,10 @@ bool read(const QString& name, QJsonObject* content, QString* error)
                     "one knows version %3. It was not opened, and is left as it is.")
                      .arg(name, document[versionKey].toVariant().toString())
                      .arg(version);
+    } else if (!document[serversKey].isUndefined() && !document[serversKey].isArray()) {
+        *error = tr("%1 is damaged: its servers are no list. It was not opened, and is left as it "
+                    "is.")
+                     .arg(name);
     } else {
         *content = document.object();
         return true;

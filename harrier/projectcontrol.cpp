@@ -13,13 +13,36 @@
 #include <QtWidgets/QMenu>
 #include <QtWidgets/QMessageBox>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int mostRecent = 8;
 
 const QString recentKey = QStringLiteral("Projects/Recent");
 const QString serversKey = QStringLiteral("servers");
+const QString nameKey = QStringLiteral("name");
 const QString fileKey = QStringLiteral("file"); // of a recovered project
+
+// Whether nothing was changed. A name that a server has told since is no change of the user's.
+bool isSame(const QJsonValue& saved, const QJsonValue& now)
+{
+    if (saved.isArray() && now.isArray()) {
+        const QJsonArray before = saved.toArray();
+        const QJsonArray after = now.toArray();
+        return std::equal(before.begin(), before.end(), after.begin(), after.end(), isSame);
+    }
+    if (!saved.isObject() || !now.isObject())
+        return saved == now;
+    QJsonObject after = now.toObject();
+    const QJsonObject before = saved.toObject();
+    if (!before.contains(nameKey))
+        after.remove(nameKey);
+    bool isEqual = before.size() == after.size();
+    for (auto each = before.begin(); isEqual && each != before.end(); ++each)
+        isEqual = isSame(each.value(), after.value(each.key()));
+    return isEqual;
+}
 
 } // namespace
 
@@ -51,7 +74,7 @@ QString ProjectControl::title() const
 
 bool ProjectControl::isModified() const
 {
-    return m_window.content() != m_saved;
+    return !isSame(m_saved, m_window.content());
 }
 
 bool ProjectControl::read(const QString& file, QJsonObject* content)

@@ -6,24 +6,41 @@
 #include "project.h"
 
 #include <Kestrel/OpcUaStatusCodes>
+#include <Kestrel/QvelAddressSpaceModel>
+#include <Kestrel/QvelAddressSpaceWidget>
+#include <Kestrel/QvelAttributesWidget>
+#include <Kestrel/QvelCallWidget>
+#include <Kestrel/QvelDataViewWidget>
+#include <Kestrel/QvelNodeLink>
+#include <Kestrel/QvelReferencesWidget>
 #include <Kestrel/QvelSessionWidget>
+#include <Kestrel/QvelTrendWidget>
 #include <Kestrel/QvelTrustDialog>
+#include <Kestrel/UaPkiCertificate>
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QJsonArray>
+#include <QtGui/QAction>
 #include <QtGui/QPainter>
 #include <QtWidgets/QDockWidget>
 #include <QtWidgets/QHBoxLayout>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QProgressBar>
 #include <QtWidgets/QPushButton>
+#include <QtWidgets/QTreeView>
 
 #include <algorithm>
 
 namespace {
 
 constexpr int maxTitle = 40;
+constexpr OpcUa_UInt32 objectsFolder = 85; // OPC 10000-5, 8.2
+constexpr OpcUa_UInt32 variableClass = 2;  // OPC 10000-3, 5.2
+constexpr OpcUa_UInt32 methodClass = 4;
 constexpr int maxText = 1000;
 
+const QString dataViewKey = QStringLiteral("dataView");
+const QString trendKey = QStringLiteral("trend");
 const QString layoutKey = QStringLiteral("Session/Layout");
 const QString nonePolicy = QStringLiteral("http://opcfoundation.org/UA/SecurityPolicy#None");
 
@@ -124,7 +141,10 @@ public:
 SessionPage::SessionPage(Host& host, const QvelDiscoverySetting& setting,
                          const QStringList& otherUrls, QWidget* parent)
     : QMainWindow(parent), m_host(host), m_setting(setting), m_otherUrls(otherUrls),
-      m_session(new QvelSession({}, this)), m_bar(new ConnectionBar)
+      m_session(new QvelSession({}, this)), m_bar(new ConnectionBar),
+      m_space(new QvelAddressSpaceWidget), m_attributes(new QvelAttributesWidget),
+      m_references(new QvelReferencesWidget), m_dataView(new QvelDataViewWidget),
+      m_trend(new QvelTrendWidget), m_call(new QvelCallWidget)
 {
     setWindowFlags(Qt::Widget); // it lives in a tab
     setObjectName(QStringLiteral("session"));
@@ -153,6 +173,7 @@ SessionPage::SessionPage(Host& host, const QvelDiscoverySetting& setting,
     connect(m_bar->certificates, &QPushButton::clicked, this, &SessionPage::certificatesWanted);
     connect(m_bar->other, &QPushButton::clicked, this, &SessionPage::useOtherUrl);
     createViews();
+    createActions();
     arrange();
     m_firstLayout = saveState();
     restoreState(m_host.store().value(layoutKey).toByteArray());
@@ -163,12 +184,21 @@ SessionPage::~SessionPage()
 {
     m_host.store().setValue(layoutKey, saveState());
     m_session->disconnect(this);
+    qDeleteAll(m_docks); // what they still tell, this can take
 }
 
 QString SessionPage::title() const
 {
     const QString name = m_setting.serverName();
     return plainLine(name.isEmpty() ? m_setting.endpointUrl() : name, maxTitle);
+}
+
+// Where only its URL was given.
+QString SessionPage::nameOfServer() const
+{
+    const UaPkiCertificate certificate = UaPkiCertificate::fromDER(m_session->serverCertificate());
+    const QString name = certificate.commonName().toQString();
+    return name.isEmpty() ? m_session->serverArray().value(0) : name;
 }
 
 QString SessionPage::status() const
@@ -207,13 +237,124 @@ QDockWidget* SessionPage::addDock(const char* name, const QString& title, QWidge
 void SessionPage::createViews()
 {
     auto* status = new QvelSessionWidget;
-    status->setSession(m_session);
     connect(status, &QvelSessionWidget::connectRequested, this, &SessionPage::connectToServer);
-    addDock("status", tr("Session"), status, Qt::RightDockWidgetArea);
+    connect(m_space, &QvelAddressSpaceWidget::currentNodeChanged, this, &SessionPage::followNode);
+    connect(m_space, &QvelAddressSpaceWidget::nodeActivated, this, &SessionPage::activateNode);
+    connect(m_references, &QvelReferencesWidget::nodeActivated, m_space,
+            &QvelAddressSpaceWidget::goTo);
+    connect(m_dataView, &QvelDataViewWidget::variableActivated, this, &SessionPage::showNode);
+    m_space->setSession(m_session);
+    m_attributes->setSession(m_session);
+    m_references->setSession(m_session);
+    m_dataView->setSession(m_session);
+    m_trend->setSession(m_session);
+    m_call->setSession(m_session);
+    status->setSession(m_session);
+
+    // What a glance is for; the other columns are a click on the header away.
+    QJsonObject columns = m_dataView->toJson();
+    columns[QStringLiteral("hiddenColumns")] = QJsonArray{
+        "NodeId", "ServerTimestamp",           "PublishingInterval", "QueueSize",
+        "Gaps",   "RevisedPublishingInterval", "RevisedQueueSize",   "RevisedSamplingInterval"};
+    m_dataView->fromJson(columns);
+
+    const auto area = Qt::LeftDockWidgetArea;
+    addDock("addressspace", tr("Address Space"), m_space, area);
+    addDock("dataview", tr("Data View"), m_dataView, area);
+    addDock("attributes", tr("Attributes"), m_attributes, area);
+    addDock("references", tr("References"), m_references, area);
+    addDock("call", tr("Call"), m_call, area);
+    addDock("status", tr("Session"), status, area);
+    addDock("trend", tr("Trend"), m_trend, area);
 }
 
-// How the docks stand at first.
-void SessionPage::arrange() {}
+void SessionPage::createActions()
+{
+    const auto add = [this](const QString& text, const QString& keys, auto slot) {
+        auto* action = new QAction(text, m_space);
+        action->setShortcut(keys);
+        action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+        connect(action, &QAction::triggered, this, slot);
+        m_space->addAction(action);
+        return action;
+    };
+    m_watchAction = add(tr("Add to &Data View"), tr("Ctrl+Shift+D"), &SessionPage::watchNode);
+    m_trendAction = add(tr("Show in &Trend"), tr("Ctrl+Shift+T"), &SessionPage::trendNode);
+    m_callAction = add(tr("&Call..."), tr("Ctrl+Shift+M"), &SessionPage::callNode);
+    followNode({});
+}
+
+// How the docks stand at first: the tree, what is watched above the trend, what is said about a
+// node.
+void SessionPage::arrange()
+{
+    enum { Space, Data, Attributes, References, Call, Status, Trend };
+    splitDockWidget(m_docks[Space], m_docks[Data], Qt::Horizontal);
+    splitDockWidget(m_docks[Data], m_docks[Attributes], Qt::Horizontal);
+    splitDockWidget(m_docks[Data], m_docks[Trend], Qt::Vertical);
+    for (const int tab : {References, Call, Status})
+        tabifyDockWidget(m_docks[Attributes], m_docks[tab]);
+    m_docks[Attributes]->raise();
+    const int em = fontMetrics().averageCharWidth();
+    resizeDocks({m_docks[Space], m_docks[Data], m_docks[Attributes]}, {48 * em, 80 * em, 60 * em},
+                Qt::Horizontal);
+    resizeDocks({m_docks[Data], m_docks[Trend]}, {24 * em, 30 * em}, Qt::Vertical);
+}
+
+void SessionPage::showNode(const UaExpandedNodeId& node)
+{
+    m_attributes->setNode(node);
+    m_references->setNode(node);
+}
+
+void SessionPage::followNode(const UaExpandedNodeId& node)
+{
+    const QModelIndex current = m_space->view()->currentIndex();
+    const OpcUa_UInt32 nodeClass = m_space->model()->nodeClass(current);
+    showNode(node);
+    m_watchAction->setEnabled(nodeClass == variableClass);
+    m_trendAction->setEnabled(nodeClass == variableClass);
+    m_callAction->setEnabled(nodeClass == methodClass);
+    if (nodeClass == methodClass)
+        m_call->setMethod(m_space->model()->nodeId(current.parent()), node);
+}
+
+void SessionPage::activateNode()
+{
+    if (m_watchAction->isEnabled())
+        watchNode();
+    else if (m_callAction->isEnabled())
+        callNode();
+}
+
+void SessionPage::watchNode()
+{
+    m_dataView->addNodes({m_space->model()->nodeLink(m_space->view()->currentIndex())});
+    raise(m_dataView);
+}
+
+void SessionPage::trendNode()
+{
+    m_trend->addVariable(m_space->model()->nodeLink(m_space->view()->currentIndex()));
+    raise(m_trend);
+}
+
+void SessionPage::callNode()
+{
+    raise(m_call);
+    m_call->setFocus();
+}
+
+// Brings the dock of a view to the front, and back where it was closed.
+void SessionPage::raise(QWidget* view)
+{
+    for (QDockWidget* dock : std::as_const(m_docks)) {
+        if (dock->widget() == view) {
+            dock->show();
+            dock->raise();
+        }
+    }
+}
 
 void SessionPage::resetLayout()
 {
@@ -223,6 +364,7 @@ void SessionPage::resetLayout()
 void SessionPage::connectToServer()
 {
     m_isQuiet = false;
+    m_isWanted = true;
     if (m_session->state() == QvelSession::WaitingToReconnect)
         return m_session->reconnectNow();
     if (m_setting.userTokenType() == OpcUa_UserTokenType_UserName && m_setting.password().isEmpty())
@@ -325,8 +467,15 @@ void SessionPage::tellState(QvelSession::State state)
     const QvelSessionError error = m_session->lastError();
     if (state == QvelSession::Connected) {
         m_bar->hide();
-        if (!std::exchange(m_hasLasted, true))
-            Q_EMIT connected(m_setting);
+        if (m_setting.serverName().isEmpty())
+            m_setting.setServerName(nameOfServer());
+        m_host.log().append(tr("%1: connected to %2, %3")
+                                .arg(title(), m_session->usedUrl(),
+                                     m_session->setting().securityPolicy().isEmpty()
+                                         ? tr("with the best security")
+                                         : m_session->setting().shortName()));
+        if (!std::exchange(m_hasLasted, true) && m_space->currentNode() == UaExpandedNodeId())
+            m_space->goTo(UaExpandedNodeId(UaNodeId(objectsFolder), UaString(), 0));
     } else if (state == QvelSession::Disconnected) {
         if (error.isNull())
             m_bar->text->setText(m_isWanted ? tr("Not connected to %1 yet.").arg(title())
@@ -368,10 +517,30 @@ QJsonObject SessionPage::toJson() const
     QJsonObject json = m_project;
     Project::put(json, m_setting);
     json[QStringLiteral("connected")] = m_isWanted;
+    if (m_hasDataView)
+        json[dataViewKey] = m_dataView->toJson();
+    if (m_hasTrend)
+        json[trendKey] = m_trend->toJson();
     return json;
 }
 
 void SessionPage::restore(const QJsonObject& json)
 {
     m_project = json;
+    const auto tell = [this](const QString& text) {
+        m_host.log().appendFailure(title() + QStringLiteral(": ") + text);
+    };
+    if (json.contains(dataViewKey)) {
+        m_hasDataView = m_dataView->fromJson(json[dataViewKey].toObject());
+        if (!m_hasDataView)
+            tell(tr("the data view of the project cannot be read, and is kept in the file"));
+    }
+    if (json.contains(trendKey)) {
+        QString error;
+        m_hasTrend = m_trend->fromJson(json[trendKey].toObject(), &error);
+        if (!m_hasTrend)
+            tell(tr("the trend of the project cannot be read, and is kept in the file"));
+        else if (!error.isEmpty())
+            tell(error);
+    }
 }

@@ -8,6 +8,12 @@
 
 class ConnectionBar;
 class Host;
+class QvelAddressSpaceWidget;
+class QvelAttributesWidget;
+class QvelCallWidget;
+class QvelDataViewWidget;
+class QvelReferencesWidget;
+class QvelTrendWidget;
 
 /// One server: its session, and the views on it in docks, which can be moved, closed and floated.
 /// Their places are remembered for all servers together.
@@ -46,15 +52,22 @@ public:
 Q_SIGNALS:
     /// Another title, state or failure.
     void changed();
-    /// The session came about with this setting.
-    void connected(const QvelDiscoverySetting& setting);
     void certificatesWanted();
 
 private:
+    QString nameOfServer() const;
     QDockWidget* addDock(const char* name, const QString& title, QWidget* widget,
                          Qt::DockWidgetArea area);
     void createViews();
+    void createActions();
     void arrange();
+    void showNode(const UaExpandedNodeId& node);
+    void followNode(const UaExpandedNodeId& node);
+    void activateNode();
+    void watchNode();
+    void trendNode();
+    void callNode();
+    void raise(QWidget* view);
     void start(const QvelDiscoverySetting& setting);
     void startWithoutSecurity();
     void askLogin();
@@ -69,10 +82,21 @@ private:
     QStringList m_otherUrls;
     QvelSession* m_session;
     ConnectionBar* m_bar;
+    QvelAddressSpaceWidget* m_space;
+    QvelAttributesWidget* m_attributes;
+    QvelReferencesWidget* m_references;
+    QvelDataViewWidget* m_dataView;
+    QvelTrendWidget* m_trend;
+    QvelCallWidget* m_call;
+    QAction* m_watchAction = nullptr;
+    QAction* m_trendAction = nullptr;
+    QAction* m_callAction = nullptr;
     QList<QDockWidget*> m_docks;
     QByteArray m_firstLayout;
     QJsonObject m_project;   // as it was read, with what this version does not know
     bool m_isWanted = false; // the user has not disconnected it
     bool m_isQuiet = false;
+    bool m_hasDataView = true; // false: that of the project was not read, and is kept
+    bool m_hasTrend = true;
     bool m_hasLasted = false; // was connected since the user last asked for it
 };

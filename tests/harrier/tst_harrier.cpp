@@ -2,13 +2,9 @@
 
 #include "discovery/endpoints.h"
 #include "endpointjson.h"
-#include "gallery.h"
-#include "host.h"
-#include "mainwindow.h"
-#include "pages.h"
 #include "platform/stack/checkmemory_p.h"
 #include "projectcontrol.h"
-#include "sessionpage.h"
+#include "run.h"
 #include "support/modaluser.h"
 #include "support/peerprocess.h"
 #include "support/warnings.h"
@@ -19,84 +15,6 @@
 #include <Kestrel/UaString>
 
 #include <QtWidgets/QtWidgets>
-
-namespace {
-
-// By the name of the object, or what a screen reader says.
-template <class W>
-W* named(const QWidget& in, const QString& name)
-{
-    for (auto* widget : in.findChildren<W*>())
-        if (widget->objectName() == name || widget->accessibleName() == name)
-            return widget;
-    qFatal("no widget %s", qPrintable(name));
-}
-
-// One run of harrier with a settings file.
-struct Run
-{
-    explicit Run(const QString& file) : store(file), host(store, 5000, file + ".data"), window(host)
-    {
-        window.show();
-        window.activateWindow();
-        if (!QTest::qWaitForWindowActive(&window))
-            qFatal("the window does not become active");
-    }
-    QWidget& page(const char* name)
-    {
-        const auto go = [name](QWidget& in, const QList<Page>& pages) {
-            for (int i = 0; i < pages.size(); ++i)
-                if (QByteArray(pages.at(i).name) == name)
-                    QTest::keyClick(&in, Qt::Key(Qt::Key_1 + i), Qt::AltModifier);
-        };
-        go(window, pages());
-        return *window.pageTabs()->currentWidget();
-    }
-    QWidget& galleryPage(int number)
-    {
-        Gallery& gallery = window.gallery();
-        gallery.show();
-        gallery.activateWindow();
-        if (!QTest::qWaitForWindowActive(&gallery))
-            qFatal("the gallery does not become active");
-        QTest::keyClick(&gallery, Qt::Key(Qt::Key_0 + number), Qt::AltModifier);
-        return *gallery.tabs()->currentWidget();
-    }
-    QString log() const { return named<QPlainTextEdit>(window, "Log")->toPlainText(); }
-    // Clicks the entry that begins so, at or below `parent`, once it is there, and opens it.
-    QModelIndex open(const QString& text, const QModelIndex& parent = {}, bool twice = false)
-    {
-        QvelDiscoveryWidget& tree = *window.currentView();
-        QModelIndexList found;
-        const auto find = [&] {
-            found = tree.model()->match(tree.model()->index(0, 0, parent), Qt::DisplayRole, text, 1,
-                                        Qt::MatchStartsWith | Qt::MatchRecursive);
-            return !found.isEmpty();
-        };
-        if (!QTest::qWaitFor(find, 30000))
-            qFatal("no entry %s", qPrintable(text));
-        tree.scrollTo(found[0]);
-        const QPoint place = tree.visualRect(found[0]).center();
-        QTest::mouseClick(tree.viewport(), Qt::LeftButton, {}, place);
-        if (twice)
-            QTest::mouseDClick(tree.viewport(), Qt::LeftButton, {}, place);
-        else
-            QTest::keyClick(&tree, Qt::Key_Right);
-        return found[0];
-    }
-
-    SettingsStore store;
-    Host host;
-    MainWindow window;
-};
-
-void type(QLineEdit* line, const QString& text)
-{
-    line->selectAll();
-    QTest::keyClicks(line, text);
-}
-
-} // namespace
 
 class tst_Harrier : public QObject
 {
@@ -116,6 +34,7 @@ private Q_SLOTS:
     void editsValues();
     void hostileServer();
     void spoiltSettings();
+    void endsBySignal();
     void command_data();
     void command();
 
@@ -243,6 +162,7 @@ void tst_Harrier::projects_data()
                           << "";
     QTest::newRow("damaged") << json("1", ", \"servers\": [") << "damaged at line 2";
     QTest::newRow("later") << json("2", "") << "made by a later harrier, which writes version 2";
+    QTest::newRow("no list") << json("1", ", \"servers\": {}") << "no list";
     QTest::newRow("other JSON") << QByteArray("{}") << "is no project";
     QTest::newRow("not JSON") << QByteArray("\xff\0", 2) << "damaged at line 1";
 }
@@ -418,6 +338,29 @@ void tst_Harrier::spoiltSettings()
     }
     QVERIFY(file.open(QIODevice::ReadOnly)); // also when it was replaced by another of its name
     QCOMPARE(file.readAll(), content);
+}
+
+// SIGTERM ends the session on the server, too, and the next start has it again.
+void tst_Harrier::endsBySignal()
+{
+    PeerProcess server;
+    const QString url =
+        server.start(NODE, {PLANT, "--port", "0", "--until-eof"}).section(' ', 1, 1);
+    const auto sessions = [&] { // that the server counts, with the one that asks
+        QProcess process;
+        process.start(HARRIER, {"--connect", url, "--policy", "None", "--read", "i=2277"});
+        process.waitForFinished();
+        return QJsonDocument::fromJson(process.readAllStandardOutput())["value"]["Body"].toInt();
+    };
+    for (QStringList arguments : {QStringList{"--open", url}, QStringList()}) {
+        QProcess harrier;
+        harrier.start(HARRIER, arguments << "--settings" << m_file);
+        QTRY_COMPARE_WITH_TIMEOUT(sessions(), 2, 30000);
+        harrier.terminate();
+        QVERIFY(harrier.waitForFinished() && harrier.exitStatus() == QProcess::NormalExit);
+        QCOMPARE(harrier.exitCode(), 0);
+        QCOMPARE(sessions(), 1);
+    }
 }
 
 void tst_Harrier::command_data()
