@@ -911,9 +911,9 @@ QVariant QvelAddressSpaceModel::data(const QModelIndex& index, int role) const
         if (node.isMessage())
             return {};
         if (index.column() == BrowseName)
-            return d->table.nameText(node.browseSpace, node.shownBrowseName());
+            return leftToRight(d->table.nameText(node.browseSpace, node.shownBrowseName()));
         if (index.column() == NodeId)
-            return shownText(nodeIdText(index));
+            return leftToRight(shownText(nodeIdText(index)));
         return index.column() == NodeClass ? nodeClassName(node.nodeClass)
                                            : d->table.typeName(node.typeDefinition);
     case Qt::DecorationRole:

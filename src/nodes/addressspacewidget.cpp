@@ -43,6 +43,15 @@ protected:
         QTreeView::keyPressEvent(event);
         isMovedByKey = false;
     }
+    // The line below comes and goes, and does not cover the row that it speaks of.
+    void resizeEvent(QResizeEvent* event) override
+    {
+        const QRect row = visualRect(currentIndex());
+        const bool isShown = row.isValid() && row.bottom() < event->oldSize().height();
+        QTreeView::resizeEvent(event);
+        if (isShown)
+            scrollTo(currentIndex());
+    }
 };
 
 } // namespace
@@ -93,6 +102,7 @@ public:
     QList<QAction*> copies;
     QToolButton* backButton = nullptr;
     QToolButton* forwardButton = nullptr;
+    QToolButton* cancelButton = nullptr;
     QList<QWidget*> hitButtons;
     QTimer searchTimer;
 
@@ -148,6 +158,7 @@ QvelAddressSpaceWidget::Private::Private(QvelAddressSpaceWidget* widget)
     bottom->addWidget(statusText, 1);
     statusText->setTextFormat(Qt::PlainText);
     statusText->setWordWrap(true);
+    statusText->setMargin(2);
     statusText->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     statusText->setTextInteractionFlags(Qt::TextSelectableByMouse);
     QToolButton* up = addButton(bottom, previous);
@@ -155,7 +166,8 @@ QvelAddressSpaceWidget::Private::Private(QvelAddressSpaceWidget* widget)
     QToolButton* down = addButton(bottom, next);
     down->setArrowType(Qt::DownArrow);
     hitButtons = {up, down};
-    addButton(bottom, cancel)->setToolButtonStyle(Qt::ToolButtonTextOnly);
+    cancelButton = addButton(bottom, cancel);
+    cancelButton->setToolButtonStyle(Qt::ToolButtonTextOnly);
     status->hide();
 
     auto* all = new QVBoxLayout(q);
@@ -182,6 +194,7 @@ QvelAddressSpaceWidget::Private::Private(QvelAddressSpaceWidget* widget)
                              QvelAddressSpaceModel::TypeDefinition})
         header->hideSection(column);
     turnArrows();
+    tellSearch();
 }
 
 QAction* QvelAddressSpaceWidget::Private::addAction(const QString& text,
@@ -304,6 +317,7 @@ void QvelAddressSpaceWidget::Private::tellSearch()
     const QLocale locale;
     const auto number = [&locale](qsizetype n) { return locale.toString(n); };
     cancel->setEnabled(search->isRunning());
+    cancelButton->setVisible(search->isRunning());
     for (QWidget* button : std::as_const(hitButtons))
         button->setVisible(search->count() > 0);
     if (search->text().isEmpty())

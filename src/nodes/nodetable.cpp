@@ -5,7 +5,7 @@
 #include "platform/wire/binarycodec_p.h"
 #include "session/whendone_p.h"
 
-#include <QtCore/QCoreApplication>
+#include <QtGui/QGuiApplication>
 
 #include <array>
 
@@ -339,6 +339,12 @@ const NodeClass* findNodeClass(OpcUa_UInt32 nodeClass)
 }
 
 } // namespace
+
+QString leftToRight(const QString& text)
+{
+    constexpr QChar mark(0x200E);
+    return QGuiApplication::isRightToLeft() && !text.isEmpty() ? mark + text : text;
+}
 
 QString nodeClassName(OpcUa_UInt32 nodeClass)
 {

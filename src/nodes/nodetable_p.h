@@ -180,5 +180,7 @@ private:
     qsizetype m_next = 0;
 };
 
+/// What reads from left to right in a window of either direction, such as `1:Pump`.
+QString leftToRight(const QString& text);
 /// For a node class (OPC 10000-3, 5.2), its name; empty for an unknown one.
 QString nodeClassName(OpcUa_UInt32 nodeClass);

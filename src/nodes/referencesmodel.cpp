@@ -213,7 +213,7 @@ QVariant QvelReferencesModel::data(const QModelIndex& index, int role) const
         case Target:
             return name.isEmpty() ? shownText(d->table.idText(row.key())) : name;
         case NodeId:
-            return shownText(d->table.idText(row.key()));
+            return leftToRight(shownText(d->table.idText(row.key())));
         case NodeClass:
             return nodeClassName(row.nodeClass);
         case TypeDefinition:

@@ -1,6 +1,6 @@
 // The address space and the references of a node, on a foreign server.
 
-#include "session/sessionuser.h"
+#include "session/sessionscript.h"
 #include "support/relay.h"
 #include "support/warnings.h"
 
@@ -102,6 +102,7 @@ private Q_SLOTS:
     void copies();
     void references();
     void comesBack();
+    void hostile();
 
 private:
     PeerProcess m_server;
@@ -417,6 +418,113 @@ void tst_AddressSpace::comesBack()
     QVERIFY(tree.said().contains("not connected"));
     tree.widget.setSession(nullptr);
     QCOMPARE(tree.model()->rowCount(), 0);
+}
+
+// What nodes answer, by their number.
+static std::optional<BrowseResult> answerOf(OpcUa_UInt32 number, bool isHealed)
+{
+    BrowseResult result;
+    const auto add = [&result](OpcUa_UInt32 id, const QByteArray& name, OpcUa_UInt32 server = 0) {
+        QvelReference reference;
+        reference.referenceTypeId = UaNodeId(35);
+        reference.nodeId = UaExpandedNodeId(UaNodeId(id), UaString(), server);
+        reference.displayName = UaLocalizedText(UaString(), UaString(name));
+        reference.nodeClass = 1;
+        result.references.append(reference);
+    };
+    switch (number) {
+    case 84:
+        add(1, QByteArray(1 << 20, 'x'));
+        add(2, QByteArray("<b>b</b>\n\0c\u202e\xff", 15));
+        add(84, "cycle");
+        add(4, "gone");
+        add(5, "many");
+        add(6, "late");
+        add(7, "remote", 1);
+        break;
+    case 4:
+        if (isHealed)
+            add(41, "here");
+        else
+            result.status = OpcUa_BadNodeIdUnknown;
+        break;
+    case 5:
+        result.continuationPoint = "more";
+        static OpcUa_UInt32 last = 1000;
+        for (int i = 0; i < 10000; ++i)
+            add(++last, "child");
+        break;
+    case 6:
+        return {};
+    default:
+        break;
+    }
+    return result;
+}
+
+void tst_AddressSpace::hostile()
+{
+    const Identity identity = makeIdentity(2048);
+    std::atomic<bool> isHealed{false};
+    const Server::Fault browse = [&](Server& s, const Message& m, OpcUa_UInt32 type) {
+        if (type != BrowseRequest::encodingId && type != BrowseNextRequest::encodingId)
+            return false;
+        OpcUa_UInt32 number = 5;
+        if (type == BrowseRequest::encodingId)
+            number =
+                decoded<BrowseRequest>(m).nodesToBrowse.value(0).nodeId.toString().bytes().toUInt();
+        const auto result = answerOf(number, isHealed);
+        if (result && type == BrowseRequest::encodingId)
+            s.reply(m, BrowseResponse{{}, {*result}, {}});
+        else if (result)
+            s.reply(m, BrowseNextResponse{{}, {*result}, {}});
+        return true;
+    };
+    HostileServer server([&](ServerPeer& peer) {
+        if (peer.acknowledge())
+            Server(peer, identity, 0, browse).serve();
+    });
+    QvelSessionOptions options = m_user.options;
+    options.callTimeout = 2000;
+    options.limits.memory = 16 << 20;
+    QvelSession session(options);
+    Tree tree(&session);
+    connectSession(session, settingOf(server.url()));
+    const auto at = [&](int row, const QModelIndex& parent = {}) {
+        return tree.model()->index(row, 0, parent.isValid() ? parent : tree.model()->index(0, 0));
+    };
+    QTRY_COMPARE_WITH_TIMEOUT(tree.model()->rowCount(at(0).parent()), 7, patience);
+    QVERIFY(at(0).data().toString().size() <= 1000);
+    QCOMPARE(tree.model()->nodeLink(at(0)).displayName.size(), 1 << 20);
+    QCOMPARE(at(1).data().toString().toUtf8(), QByteArray("<b>b</b>\uFFFD\uFFFDc\uFFFD\uFFFD"));
+    QVERIFY(at(1).data(Qt::ToolTipRole).toString().contains("&lt;b"));
+    const auto open = [&](int row) {
+        tree.view()->expand(at(row));
+        return at(row);
+    };
+    const auto lastText = [&](const QModelIndex& parent) {
+        return at(tree.model()->rowCount(parent) - 1, parent).data().toString();
+    };
+    open(2);
+    QTRY_COMPARE_WITH_TIMEOUT(tree.model()->rowCount(at(2)), 7, patience);
+    QVERIFY(tree.model()->canFetchMore(at(2, at(2)))); // and nobody has
+    const QPersistentModelIndex gone = open(3);
+    QTRY_VERIFY_WITH_TIMEOUT(lastText(gone).contains("BadNodeIdUnknown"), patience);
+    QVERIFY(at(3).data(Model::FailureRole).toBool() &&
+            at(0, gone).data(Model::FailureRole).toBool());
+    QVERIFY(tree.model()->nodeId(at(0, gone)) == UaExpandedNodeId());
+    isHealed = true;
+    tree.press(Qt::Key_F5);
+    QTRY_COMPARE_WITH_TIMEOUT(lastText(gone), QString("here"), patience);
+    QVERIFY(!QModelIndex(gone).data(Model::FailureRole).toBool());
+    open(4);
+    QTRY_VERIFY2_WITH_TIMEOUT(lastText(at(4)).contains("BadEncodingLimitsExceeded"),
+                              qPrintable(lastText(at(4))), patience);
+    QVERIFY(tree.model()->rowCount(at(4)) > 10000);
+    QTRY_VERIFY_WITH_TIMEOUT(lastText(open(6)).contains("another server"), patience);
+    open(5);
+    QTRY_COMPARE_WITH_TIMEOUT(lastText(at(5)), QString("Loading..."), patience);
+    QTRY_VERIFY_WITH_TIMEOUT(lastText(at(5)).contains("BadTimeout"), patience);
 }
 
 QTEST_MAIN(tst_AddressSpace)
