@@ -119,7 +119,8 @@ QString trendScaleKey(const TrendCurve& curve)
 QColor trendColor(int index, const QColor& base)
 {
     const bool isDark = luminance(base) < 0.18;
-    QColor color((isDark ? darkColors : lightColors)[index % colorCount]);
+    const auto* const colors = isDark ? darkColors : lightColors;
+    QColor color(colors[index % colorCount]);
     const QColor end = isDark ? Qt::white : Qt::black;
     for (int i = 1; i <= 20 && contrast(color, base) < leastContrast; ++i)
         color = mixed(color, end, i / 20.);
