@@ -246,12 +246,12 @@ bool QvelTrendWidget::fromJson(const QJsonObject& object, QString* error)
         setScale(entry["unit"].toString(), entry["low"].toDouble(), entry["high"].toDouble());
     }
     constexpr double longest = 1e9;
-    const auto interval = [&](const char* name, double otherwise) {
-        return std::clamp(object[QLatin1String(name)].toDouble(otherwise), -1., longest);
+    const auto number = [&](const char* name, double least, double otherwise) {
+        return std::clamp(object[QLatin1String(name)].toDouble(otherwise), least, longest);
     };
-    d->variables.setSampling(interval("samplingInterval", samplingInterval()),
-                             quint32(interval("queueSize", queueSize())));
-    setPublishingInterval(interval("publishingInterval", publishingInterval()));
+    d->variables.setSampling(number("samplingInterval", -1, samplingInterval()),
+                             quint32(number("queueSize", 0, queueSize())));
+    setPublishingInterval(number("publishingInterval", 0, publishingInterval()));
     setMaximumPoints(qsizetype(object["maximumPoints"].toInteger(maximumPoints())));
     bool hasFrom = false, hasTo = false;
     const auto time = [&object](const char* name, bool* ok) {

@@ -27,7 +27,7 @@ constexpr double wheelStep = 120; // QWheelEvent's
 QString menuText(const QString& name)
 {
     constexpr int longest = 60;
-    QString text = shownText(name);
+    QString text = name;
     if (text.size() > longest)
         text = text.left(longest) + QChar(0x2026);
     return text.replace(u'&', QLatin1String("&&"));
@@ -389,7 +389,7 @@ QMenu* QvelTrendWidget::createMenu(QWidget* parent)
     series->setEnabled(!d->curves.empty());
     for (const auto& curve : d->curves) {
         const int id = curve->id;
-        QMenu* each = series->addMenu(menuText(curve->name));
+        QMenu* each = series->addMenu(menuText(curve->label));
         QPixmap swatch(each->fontMetrics().height(), each->fontMetrics().height());
         swatch.fill(seriesColor(id));
         each->setIcon(swatch);

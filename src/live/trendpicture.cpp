@@ -111,9 +111,35 @@ private:
 
 } // namespace
 
-QString trendScaleKey(const TrendCurve& curve)
+// Texts come from servers and may be huge: they are shortened once, not at each painting.
+void TrendCurve::setName(const QString& text)
 {
-    return curve.names.isEmpty() ? curve.unit : u'\n' + curve.names.values().join(u'\n');
+    name = text;
+    label = shownText(text);
+}
+
+void TrendCurve::setUnit(const QString& text)
+{
+    unit = text;
+    unitLabel = shownText(text);
+    setNames(names);
+}
+
+void TrendCurve::setNames(QMap<int, QString> texts)
+{
+    for (QString& text : texts)
+        text = shownText(text);
+    names = std::move(texts);
+    scaleKey = names.isEmpty() ? unit : u'\n' + names.values().join(u'\n');
+    isStepped = isStepped || !names.isEmpty();
+}
+
+void TrendCurve::setCurrent(const UaDataValue& value)
+{
+    current = value;
+    hasCurrent = true;
+    currentText =
+        trendNumber(value.value()) ? QString() : shownText(value.value().toString().toQString());
 }
 
 QColor trendColor(int index, const QColor& base)
@@ -163,8 +189,8 @@ QString trendValueText(const TrendCurve& curve, const TrendPoint& point, const Q
         isWhole ? locale.toString(point.value, 'f', 0) : locale.toString(point.value, 'g', 7);
     if (isWhole && std::abs(point.value) < INT_MAX && curve.names.contains(int(point.value)))
         text = curve.names.value(int(point.value));
-    if (!curve.unit.isEmpty())
-        text += QChar(QChar::Nbsp) + curve.unit;
+    if (!curve.unitLabel.isEmpty())
+        text += QChar(QChar::Nbsp) + curve.unitLabel;
     if (point.isUncertain())
         text += QStringLiteral(" (%1)").arg(UaStatusCode(point.status).toString().toQString());
     return text;
@@ -183,7 +209,7 @@ QString trendCurrentText(const TrendCurve& curve, const QLocale& locale)
         return trendValueText(curve, point, locale);
     if (value.isEmpty())
         return tr("no value");
-    return tr("%1 (not drawn)").arg(shownText(value.toString().toQString()));
+    return tr("%1 (not drawn)").arg(curve.currentText);
 }
 
 TrendPicture::TrendPicture(const TrendCurves& curves, const TrendView& view, const TrendLook& look,
@@ -227,12 +253,11 @@ void TrendPicture::makeScales()
     for (const auto& curve : m_curves) {
         if (!curve->isVisible || curve->points.isEmpty())
             continue;
-        const QString key = trendScaleKey(*curve);
+        const QString& key = curve->scaleKey;
         auto scale = std::find_if(m_scales.begin(), m_scales.end(),
                                   [&key](const Scale& each) { return each.key == key; });
         if (scale == m_scales.end()) {
-            m_scales.push_back(
-                {key, shownText(curve->unit), curve->names, {}, 0, 1, false, {}, {}});
+            m_scales.push_back({key, curve->unitLabel, curve->names, {}, 0, 1, false, {}, {}});
             scale = m_scales.end() - 1;
         }
         scale->curves.push_back(curve.get());
@@ -295,7 +320,7 @@ void TrendPicture::fitScale(Scale& scale, int marks) const
         if (name.key() < scale.low || name.key() > scale.high || name.key() - last < apart)
             continue;
         last = name.key();
-        scale.marks.append({last, shownText(name.value())});
+        scale.marks.append({last, name.value()});
     }
 }
 
@@ -307,7 +332,7 @@ void TrendPicture::placeLegend()
         return;
     double name = 4 * m_em;
     for (const auto& curve : m_curves)
-        name = std::max(name, m_metrics.horizontalAdvance(shownText(curve->name).left(100)));
+        name = std::max(name, m_metrics.horizontalAdvance(curve->label.left(100)));
     const double room = m_size.width() - 2 * margin;
     // A column each, so that nothing moves when values do.
     const double width = std::min(std::min(name, 14 * m_em) + 10 * m_em, room);
@@ -434,12 +459,12 @@ void TrendPicture::paintLegend(QPainter& painter) const
         }
         const auto group = curve.isStale ? QPalette::Disabled : m_look.palette.currentColorGroup();
         painter.setPen(m_look.palette.color(group, QPalette::Text));
-        const QString value = m_metrics.elidedText(
-            shownText(trendCurrentText(curve, m_look.locale)), Qt::ElideRight, 0.62 * text.width());
+        const QString value = m_metrics.elidedText(trendCurrentText(curve, m_look.locale),
+                                                   Qt::ElideRight, 0.62 * text.width());
         painter.drawText(text, trail | Qt::AlignVCenter | Qt::TextSingleLine, value);
         const double left = text.width() - m_metrics.horizontalAdvance(value) - 0.6 * m_em;
         painter.drawText(text, lead | Qt::AlignVCenter | Qt::TextSingleLine,
-                         m_metrics.elidedText(shownText(curve.name), Qt::ElideRight, left));
+                         m_metrics.elidedText(curve.label, Qt::ElideRight, left));
     }
     if (m_unlisted > 0) {
         painter.setPen(m_look.palette.color(QPalette::Text));
@@ -697,7 +722,7 @@ void TrendPicture::paintCursor(QPainter& painter) const
     const auto most = std::size_t(std::max(2., m_plot.height() / (1.2 * m_em) - 1));
     for (const auto& curve : m_curves) {
         const auto scale = std::find_if(m_scales.begin(), m_scales.end(), [&](const Scale& each) {
-            return each.key == trendScaleKey(*curve);
+            return each.key == curve->scaleKey;
         });
         const auto at = curve->points.upperBound(*m_view.cursor);
         if (!curve->isVisible || at == curve->points.begin())
@@ -711,9 +736,9 @@ void TrendPicture::paintCursor(QPainter& painter) const
         }
         if (rows.size() >= most)
             continue;
-        Row row{m_metrics.elidedText(shownText(curve->name), Qt::ElideRight, 12 * m_em),
-                m_metrics.elidedText(shownText(trendValueText(*curve, point, m_look.locale)),
-                                     Qt::ElideRight, 18 * m_em),
+        Row row{m_metrics.elidedText(curve->label, Qt::ElideRight, 12 * m_em),
+                m_metrics.elidedText(trendValueText(*curve, point, m_look.locale), Qt::ElideRight,
+                                     18 * m_em),
                 colorOf(*curve)};
         names = std::max(names, m_metrics.horizontalAdvance(row.name));
         values = std::max(values, m_metrics.horizontalAdvance(row.value));

@@ -25,28 +25,37 @@ struct TrendCurve
 {
     int id = 0;
     QString name;
+    QString label; ///< of the name, what is shown
     QString unit;
+    QString unitLabel;
+    QMap<int, QString> names; ///< of the values of an enumeration, as they are shown
+    /// Scales are shared by the series with one unit, and by those with the same names.
+    QString scaleKey;
     QColor color; ///< the host's choice; invalid for the one of `colorIndex`
     int colorIndex = 0;
     bool isVisible = true;
     bool isStepped = false; ///< a value holds until the next one
     bool isLive = false;    ///< the last value holds until now
     bool isStale = false;
-    QMap<int, QString> names;                       ///< of the values of an enumeration
+    bool isGapPending = false;                      ///< values before the next one are missing
     std::optional<std::pair<double, double>> range; ///< that the values should keep to
     TrendSeries points;
     UaDataValue current; ///< as it came last
     bool hasCurrent = false;
+    QString currentText;    ///< where it is no number
     QString trouble;        ///< why there is nothing to draw, or not all of it
-    int arrivals = 0;       // since the variable was monitored
-    qint64 lastTime = 0;    // of the point that came last,
-    qint64 lastArrival = 0; // and when it came, in ms of the widget's clock
+    int arrivals = 0;       ///< since the connection came
+    qint64 lastTime = 0;    ///< of the point that came last,
+    qint64 lastArrival = 0; ///< and when it came, in ms of the widget's clock
+
+    void setName(const QString& text);
+    void setUnit(const QString& text);
+    void setNames(QMap<int, QString> texts);
+    void setCurrent(const UaDataValue& value);
 };
 using TrendCurves = std::vector<std::unique_ptr<TrendCurve>>;
 using TrendRange = std::pair<double, double>;
 
-/// Scales are shared by the series with one unit, and by those with the same names.
-QString trendScaleKey(const TrendCurve& curve);
 /// A color of its own for each of the first eight, with a contrast of 3:1 or more to `base`; then
 /// they come again.
 QColor trendColor(int index, const QColor& base);

@@ -229,9 +229,10 @@ void TrendVariables::whenThere(QFuture<Result> future, Use use)
 
 void TrendVariables::tell(const QList<int>& ids)
 {
-    for (const int id : ids)
-        if (m_variables.contains(id))
-            Q_EMIT described(id, m_variables.value(id).description);
+    const QPointer<TrendVariables> alive(this); // a host may delete the trend
+    for (qsizetype i = 0; alive && i < ids.size(); ++i)
+        if (m_variables.contains(ids[i]))
+            Q_EMIT described(ids[i], m_variables.value(ids[i]).description);
 }
 
 void TrendVariables::describeNew()

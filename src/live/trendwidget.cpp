@@ -66,8 +66,8 @@ TrendCurve* QvelTrendWidget::Private::make(const QString& name, const QString& u
     }
     auto curve = std::make_unique<TrendCurve>();
     curve->id = ++lastId;
-    curve->name = name;
-    curve->unit = unit;
+    curve->setName(name);
+    curve->setUnit(unit);
     // The first color that nobody has.
     const auto isTaken = [this](int index) {
         return std::any_of(curves.begin(), curves.end(),
@@ -102,11 +102,14 @@ void QvelTrendWidget::Private::insert(TrendCurve& curve, std::vector<TrendPoint>
     changed();
 }
 
-void QvelTrendWidget::Private::arrived(TrendCurve& curve, qint64 time)
+static TrendPoint pointOf(const UaDataValue& value)
 {
-    ++curve.arrivals;
-    curve.lastTime = time;
-    curve.lastArrival = clock.elapsed();
+    UaDateTime time = value.sourceTimestamp();
+    if (time.isNull())
+        time = value.serverTimestamp();
+    if (time.isNull())
+        time = UaDateTime::now();
+    return {time.ticks(), trendNumber(value.value()).value_or(qQNaN()), value.status().code()};
 }
 
 void QvelTrendWidget::Private::receive(TrendCurve& curve, const QList<UaDataValue>& values)
@@ -114,23 +117,24 @@ void QvelTrendWidget::Private::receive(TrendCurve& curve, const QList<UaDataValu
     if (values.isEmpty())
         return;
     std::vector<TrendPoint> points;
-    points.reserve(std::size_t(values.size()));
-    for (const UaDataValue& value : values) {
-        UaDateTime time = value.sourceTimestamp();
-        if (time.isNull())
-            time = value.serverTimestamp();
-        if (time.isNull())
-            time = UaDateTime::now();
-        const auto number = trendNumber(value.value());
-        points.push_back({time.ticks(), number.value_or(std::numeric_limits<double>::quiet_NaN()),
-                          value.status().code()});
-        if (value.value().type() == OpcUaType_Boolean && curve.names.isEmpty())
-            curve.names = {{0, tr("false")}, {1, tr("true")}};
-        curve.isStepped = curve.isStepped || !curve.names.isEmpty();
-        arrived(curve, time.ticks());
+    points.reserve(std::size_t(values.size()) + 1);
+    for (const UaDataValue& value : values)
+        points.push_back(pointOf(value));
+    // No line over what is missing; nothing is where the server only says the last value again.
+    if (std::exchange(curve.isGapPending, false) && !curve.points.isEmpty() &&
+        curve.points.last().time < points.front().time - 1) {
+        TrendPoint gap;
+        gap.time = curve.points.last().time + 1;
+        gap.status = badDataLost;
+        points.insert(points.begin(), gap);
     }
-    curve.current = values.last();
-    curve.hasCurrent = true;
+    const UaVariant& last = values.last().value();
+    if (last.type() == OpcUaType_Boolean && curve.names.isEmpty())
+        curve.setNames({{0, tr("false")}, {1, tr("true")}});
+    curve.setCurrent(values.last());
+    curve.arrivals += int(values.size());
+    curve.lastTime = points.back().time;
+    curve.lastArrival = clock.elapsed();
     insert(curve, std::move(points));
 }
 
@@ -141,11 +145,11 @@ void QvelTrendWidget::Private::describe(int id, const TrendVariables::Descriptio
         return;
     Variable& variable = nodes[id];
     if (!variable.isNamed && !description.name.isEmpty())
-        curve->name = description.name;
-    curve->unit = description.unit;
+        curve->setName(description.name);
+    curve->setUnit(description.unit);
     curve->range = description.range;
     if (!description.names.isEmpty())
-        curve->names = description.names;
+        curve->setNames(description.names);
     curve->isStepped = curve->isStepped || description.isDiscrete;
     variable.hasHistory = description.hasHistory;
     changed();
@@ -166,20 +170,6 @@ void QvelTrendWidget::Private::showConnection()
             curve->trouble = isConnected ? QString() : tr("not connected");
     }
     changed();
-}
-
-// Values are missing: no line over them.
-void QvelTrendWidget::Private::markGap()
-{
-    for (auto it = nodes.cbegin(); it != nodes.cend(); ++it) {
-        TrendCurve* curve = find(it.key());
-        if (curve->points.isEmpty() || curve->points.last().isGap())
-            continue;
-        TrendPoint gap;
-        gap.time = curve->points.last().time + 1;
-        gap.status = badDataLost;
-        insert(*curve, {gap});
-    }
 }
 
 void QvelTrendWidget::Private::changed()
@@ -289,22 +279,22 @@ QString QvelTrendWidget::Private::spoken() const
             const auto at = curve->points.upperBound(*view.cursor);
             if (curve->isVisible && at != curve->points.begin())
                 parts.append(QStringLiteral("%1: %2").arg(
-                    shownText(curve->name),
+                    curve->label,
                     trendValueText(*curve, curve->points.at(curve->points.previous(at)),
                                    q->locale())));
         }
     } else {
         parts.append(view.state);
         for (const auto& curve : curves)
-            parts.append(QStringLiteral("%1: %2").arg(shownText(curve->name),
-                                                      trendCurrentText(*curve, q->locale())));
+            parts.append(
+                QStringLiteral("%1: %2").arg(curve->label, trendCurrentText(*curve, q->locale())));
     }
     return parts.join(QLatin1String("; "));
 }
 
 QString QvelTrendWidget::Private::toolTip(const TrendCurve& curve) const
 {
-    QStringList lines{shownText(curve.name)};
+    QStringList lines{curve.label};
     const auto variable = nodes.constFind(curve.id);
     if (variable != nodes.cend())
         lines.append(shownText(qvelNodeIdText(variable->node)));
@@ -338,14 +328,19 @@ QvelTrendWidget::QvelTrendWidget(QWidget* parent)
     connect(&d->painting, &QTimer::timeout, this, [this] { d->tick(); });
     connect(&d->variables, &TrendVariables::connectionChanged, this,
             [this] { d->showConnection(); });
-    connect(&d->variables, &TrendVariables::gapCame, this, [this] { d->markGap(); });
+    connect(&d->variables, &TrendVariables::gapCame, this, [this] {
+        for (const auto& curve : d->curves)
+            curve->isGapPending = d->nodes.contains(curve->id);
+    });
     connect(&d->variables, &TrendVariables::described, this,
             [this](int id, const auto& description) { d->describe(id, description); });
     connect(&d->variables, &TrendVariables::valuesCame, this,
             [this](int id, const auto& values) { append(id, values); });
     connect(&d->variables, &TrendVariables::monitored, this, [this](int id, UaStatusCode status) {
-        Private::Variable& variable = d->nodes[id];
         TrendCurve* curve = d->find(id);
+        if (!curve)
+            return;
+        Private::Variable& variable = d->nodes[id];
         variable.status = status;
         variable.isMonitored = !status.isBad();
         curve->isLive = variable.isMonitored;
@@ -368,7 +363,7 @@ QvelTrendWidget::QvelTrendWidget(QWidget* parent)
                 status.isBad()
                     ? tr("The history could not be read: %1").arg(status.toString().toQString())
                     : tr("%1 values came from the history.").arg(locale().toString(values.size()));
-            d->message = shownText(curve->name) + QLatin1String(": ") + told;
+            d->message = curve->label + QLatin1String(": ") + told;
             d->insert(*curve, std::move(points));
         });
 }
@@ -517,9 +512,10 @@ void QvelTrendWidget::append(int series, const UaDateTime& time, double value)
     const qsizetype before = curve->points.size();
     curve->points.insert(TrendPoint{time.ticks(), value, OpcUa_Good});
     d->total += curve->points.size() - before;
-    d->arrived(*curve, time.ticks());
-    curve->current = UaDataValue(UaVariant(OpcUa_Double(value)), OpcUa_Good, time);
-    curve->hasCurrent = true;
+    ++curve->arrivals;
+    curve->lastTime = time.ticks();
+    curve->lastArrival = d->clock.elapsed();
+    curve->setCurrent(UaDataValue(UaVariant(OpcUa_Double(value)), OpcUa_Good, time));
     d->keepToLimit();
     d->changed();
 }
@@ -556,7 +552,8 @@ double QvelTrendWidget::samplingInterval() const
 
 void QvelTrendWidget::setSamplingInterval(double interval)
 {
-    d->variables.setSampling(interval, queueSize());
+    if (interval >= -1 && std::isfinite(interval))
+        d->variables.setSampling(interval, queueSize());
 }
 
 double QvelTrendWidget::publishingInterval() const
@@ -566,7 +563,8 @@ double QvelTrendWidget::publishingInterval() const
 
 void QvelTrendWidget::setPublishingInterval(double interval)
 {
-    d->variables.setPublishingInterval(interval);
+    if (interval >= 0 && std::isfinite(interval))
+        d->variables.setPublishingInterval(interval);
 }
 
 quint32 QvelTrendWidget::queueSize() const

@@ -46,12 +46,10 @@ public:
     TrendCurve* find(int id) const;
     TrendCurve* make(const QString& name, const QString& unit);
     void insert(TrendCurve& curve, std::vector<TrendPoint> points);
-    void arrived(TrendCurve& curve, qint64 time);
     void receive(TrendCurve& curve, const QList<UaDataValue>& values);
     void keepToLimit();
     void describe(int id, const TrendVariables::Description& description);
     void showConnection();
-    void markGap();
     void changed();
     void tick();
 
