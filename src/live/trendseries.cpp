@@ -44,21 +44,37 @@ TrendPoint TrendSeries::Block::at(qsizetype offset) const
 
 void TrendSeries::Block::push(const TrendPoint& point)
 {
-    if (size() % leafSize == 0)
+    if (size() % fanOut == 0)
         leaves.emplace_back();
+    if (size() % (fanOut * fanOut) == 0)
+        branches.emplace_back();
     times.push_back(point.time);
     values.push_back(point.value);
     statuses.push_back(point.status);
     leaves.back().add(point);
+    branches.back().add(point);
+}
+
+void TrendSeries::Entry::push(const TrendPoint& point)
+{
+    Block* filled = block.data();
+    if (filled->times.empty())
+        first = point.time;
+    last = point.time;
     total.add(point);
+    filled->push(point);
 }
 
 void TrendSeries::Block::summarize(qsizetype from, qsizetype to, TrendSummary& sum) const
 {
+    constexpr qsizetype branch = fanOut * fanOut;
     while (from < to) {
-        if (from % leafSize == 0 && from + leafSize <= to) {
-            sum.add(leaves[std::size_t(from / leafSize)]);
-            from += leafSize;
+        if (from % branch == 0 && from + branch <= to) {
+            sum.add(branches[std::size_t(from / branch)]);
+            from += branch;
+        } else if (from % fanOut == 0 && from + fanOut <= to) {
+            sum.add(leaves[std::size_t(from / fanOut)]);
+            from += fanOut;
         } else {
             sum.add(at(from++));
         }
@@ -93,9 +109,9 @@ void TrendSeries::push(const TrendPoint& point)
 {
     if (isKnown(point, {}, qsizetype(m_blocks.size())))
         return;
-    if (m_blocks.empty() || m_blocks.back().constData()->size() == blockSize)
-        m_blocks.emplace_back(new Block);
-    m_blocks.back()->push(point);
+    if (m_blocks.empty() || block(end().block - 1).size() == blockSize)
+        m_blocks.emplace_back().block = new Block;
+    m_blocks.back().push(point);
     ++m_size;
 }
 
@@ -119,12 +135,11 @@ void TrendSeries::insert(std::vector<TrendPoint> points)
         // The last block that begins at that time or earlier takes it, and what else comes before
         // the next one; for the last block, what comes before its end.
         const auto after =
-            std::partition_point(m_blocks.cbegin() + 1, m_blocks.cend(), [from](const auto& block) {
-                return block->times.front() <= from->time;
-            });
+            std::partition_point(m_blocks.cbegin() + 1, m_blocks.cend(),
+                                 [from](const Entry& entry) { return entry.first <= from->time; });
         TrendPoint limit = last();
         if (after != m_blocks.cend())
-            limit.time = (*after)->times.front();
+            limit.time = after->first;
         const auto to = std::lower_bound(from, points.cend(), limit, isEarlier);
         merge(qsizetype(after - m_blocks.cbegin()) - 1, from, to);
         from = to;
@@ -152,17 +167,15 @@ void TrendSeries::merge(qsizetype index, Points::const_iterator from, Points::co
     // What does not fit is parted so that each block has room for more.
     const auto all = qsizetype(merged.size());
     const qsizetype pieces = all <= blockSize ? 1 : all / (blockSize * 3 / 4) + 1;
-    Blocks blocks;
+    std::vector<Entry> entries;
     for (qsizetype piece = 0; piece < pieces; ++piece) {
-        QSharedDataPointer<Block> made(new Block);
-        Block* filled = made.data();
+        entries.emplace_back().block = new Block;
         for (qsizetype i = all * piece / pieces; i < all * (piece + 1) / pieces; ++i)
-            filled->push(merged[std::size_t(i)]);
-        blocks.push_back(std::move(made));
+            entries.back().push(merged[std::size_t(i)]);
     }
     const auto place = m_blocks.erase(m_blocks.begin() + index);
-    m_blocks.insert(place, std::make_move_iterator(blocks.begin()),
-                    std::make_move_iterator(blocks.end()));
+    m_blocks.insert(place, std::make_move_iterator(entries.begin()),
+                    std::make_move_iterator(entries.end()));
 }
 
 void TrendSeries::dropOldest()
@@ -171,7 +184,7 @@ void TrendSeries::dropOldest()
         return;
     --m_size;
     if (++m_dropped == block(0).size()) {
-        m_blocks.pop_front();
+        m_blocks.erase(m_blocks.begin());
         m_dropped = 0;
     }
 }
@@ -195,20 +208,48 @@ TrendPoint TrendSeries::at(Position position) const
     return block(position.block).at(position.offset);
 }
 
+// Of the first point of a block at `time` or later, from `first` on; there is one. Most series are
+// even: it is looked for around where it then would be.
+qsizetype TrendSeries::placeOf(qint64 time, const Entry& entry, qsizetype first)
+{
+    const auto& times = entry.block->times;
+    const auto size = qsizetype(times.size());
+    const double part = (double(time) - double(entry.first)) /
+                        std::max(1., double(entry.last) - double(entry.first));
+    qsizetype low = std::clamp(qsizetype(std::clamp(part, 0., 1.) * double(size)), first, size - 1);
+    qsizetype high = low;
+    qsizetype stride = 1;
+    if (times[std::size_t(low)] < time) {
+        for (; high < size && times[std::size_t(high)] < time; stride *= 2) {
+            low = high;
+            high = std::min(high + stride, size);
+        }
+    } else {
+        for (; low > first && times[std::size_t(low)] >= time; stride *= 2) {
+            high = low;
+            low = std::max(low - stride, first);
+        }
+    }
+    return std::lower_bound(times.cbegin() + low, times.cbegin() + high, time) - times.cbegin();
+}
+
 TrendSeries::Position TrendSeries::lowerBound(qint64 time, Position from) const
 {
-    // Mostly a little further on.
-    const auto endsBefore = [time](const auto& block) { return block->times.back() < time; };
-    auto found = m_blocks.cbegin() + from.block;
-    if (found != m_blocks.cend() && endsBefore(*found))
-        found = std::partition_point(found + 1, m_blocks.cend(), endsBefore);
+    // Mostly a little further on: in larger and larger strides, then back.
+    const auto endsBefore = [time](const Entry& entry) { return entry.last < time; };
+    auto low = m_blocks.cbegin() + from.block;
+    qsizetype stride = 1;
+    while (stride < m_blocks.cend() - low && endsBefore(low[stride])) {
+        low += stride;
+        stride *= 2;
+    }
+    const auto high = low + std::min<qsizetype>(stride, m_blocks.cend() - low);
+    const auto found = std::partition_point(low, high, endsBefore);
     if (found == m_blocks.cend())
         return end();
     const qsizetype index = found - m_blocks.cbegin();
     const qsizetype first = index == from.block ? from.offset : index == 0 ? m_dropped : 0;
-    const auto& times = (*found)->times;
-    const auto place = std::lower_bound(times.cbegin() + first, times.cend(), time);
-    return {index, qsizetype(place - times.cbegin())};
+    return {index, placeOf(time, *found, first)};
 }
 
 TrendSeries::Position TrendSeries::upperBound(qint64 time) const
@@ -220,13 +261,11 @@ TrendSummary TrendSeries::summary(Position from, Position to) const
 {
     TrendSummary sum;
     for (qsizetype i = from.block; i <= to.block && i < end().block; ++i) {
-        const Block& each = block(i);
         const qsizetype first = i == from.block ? from.offset : 0;
-        const qsizetype last = i == to.block ? to.offset : each.size();
-        if (first == 0 && last == each.size())
-            sum.add(each.total);
+        if (first == 0 && i != to.block)
+            sum.add(m_blocks[std::size_t(i)].total);
         else
-            each.summarize(first, last, sum);
+            block(i).summarize(first, i == to.block ? to.offset : block(i).size(), sum);
     }
     return sum;
 }

@@ -6,7 +6,6 @@
 #include <QtCore/QSharedData>
 
 #include <cmath>
-#include <deque>
 #include <limits>
 #include <vector>
 
@@ -47,8 +46,8 @@ struct TrendSummary
 class TrendSeries
 {
 public:
-    static constexpr qsizetype leafSize = 64;
-    static constexpr qsizetype blockSize = 64 * leafSize;
+    static constexpr qsizetype fanOut = 16;
+    static constexpr qsizetype blockSize = fanOut * fanOut * fanOut;
 
     /// Good until the series changes.
     struct Position
@@ -93,23 +92,33 @@ private:
         std::vector<qint64> times;
         std::vector<double> values;
         std::vector<OpcUa_StatusCode> statuses;
-        std::vector<TrendSummary> leaves;
-        TrendSummary total;
+        std::vector<TrendSummary> leaves;   // of fanOut points each
+        std::vector<TrendSummary> branches; // of fanOut leaves each
 
         qsizetype size() const { return qsizetype(times.size()); }
         TrendPoint at(qsizetype offset) const;
         void push(const TrendPoint& point);
         void summarize(qsizetype from, qsizetype to, TrendSummary& sum) const;
     };
-    using Blocks = std::deque<QSharedDataPointer<Block>>;
+    /// A block, and what a search has to know of it without a look inside.
+    struct Entry
+    {
+        qint64 first = 0;
+        qint64 last = 0;
+        TrendSummary total;
+        QSharedDataPointer<Block> block;
+
+        void push(const TrendPoint& point);
+    };
     using Points = std::vector<TrendPoint>;
 
-    const Block& block(qsizetype index) const { return *m_blocks[std::size_t(index)]; }
+    const Block& block(qsizetype index) const { return *m_blocks[std::size_t(index)].block; }
+    static qsizetype placeOf(qint64 time, const Entry& entry, qsizetype first);
     bool isKnown(const TrendPoint& point, const Points& before, qsizetype block) const;
     void push(const TrendPoint& point);
     void merge(qsizetype index, Points::const_iterator from, Points::const_iterator to);
 
-    Blocks m_blocks;
+    std::vector<Entry> m_blocks;
     qsizetype m_dropped = 0; // of the first block
     qsizetype m_size = 0;
 };
