@@ -8,6 +8,7 @@ int main(int argc, char** argv)
 {
     QApplication application(argc, argv);
     Figures figures("live");
+    benchAddressSpace(figures);
     benchDataView(figures);
     benchTrend(figures);
     return figures.result();
