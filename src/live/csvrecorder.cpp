@@ -120,7 +120,7 @@ void CsvRecorder::append(const QList<Line>& lines)
     if (m_shared->stops || !m_shared->error.isEmpty())
         return;
     if (m_shared->waitingSize + size > mostWaiting) {
-        m_shared->error = tr("The disk does not keep up with the values.");
+        m_shared->error = tr("The disk does not keep up with the values");
         m_shared->stops = true;
     } else {
         m_shared->waiting += lines;

@@ -16,9 +16,10 @@
 #include <QtCore/QPointer>
 #include <QtCore/QSet>
 #include <QtCore/QTimer>
-#include <QtGui/QGuiApplication>
 #include <QtGui/QIcon>
 #include <QtGui/QPalette>
+#include <QtWidgets/QApplication>
+#include <QtWidgets/QStyle>
 
 #include <algorithm>
 #include <cmath>
@@ -117,10 +118,13 @@ const Parameter* parameterOf(int column)
 
 QIcon iconOf(UaStatusCode status)
 {
-    static const QIcon error(QStringLiteral(":/kestrel/images/overlay_error.png"));
-    static const QIcon warning(QStringLiteral(":/kestrel/images/overlay_warning.png"));
-    return status.isBad() ? error : status.isNotGood() ? warning : QIcon();
+    if (!status.isNotGood())
+        return {};
+    return QApplication::style()->standardIcon(status.isBad() ? QStyle::SP_MessageBoxCritical
+                                                              : QStyle::SP_MessageBoxWarning);
 }
+
+constexpr OpcUa_DateTime ticksPerDay = 864'000'000'000;
 
 QString numberText(double number)
 {
@@ -227,6 +231,12 @@ public:
     }
     QString text(const Row& row, int column) const;
     QString toolTip(const Row& row, int column) const;
+    static UaDateTime timeOf(const Row& row, int column)
+    {
+        const UaDataValue& value = row.shown.value;
+        return column == SourceTimestamp ? value.sourceTimestamp() : value.serverTimestamp();
+    }
+    QString timeText(UaDateTime time) const;
     QVariant value(const Row& row, int column) const;
     double revised(const Row& row, int column) const;
     bool isWritable(const Row& row) const
@@ -245,6 +255,7 @@ public:
     std::vector<Row*> dirty;   // each once
     std::vector<Row*> flushed; // before them; the last ones first
     size_t part = 0;           // of these
+    OpcUa_DateTime today = 0;  // days since 1601, UTC
     QElapsedTimer cycle;       // since their beginning
     QTimer emptyTimer;
     QTimer flushTimer;
@@ -549,6 +560,7 @@ void QvelDataViewModel::Private::flush()
                   [](const Row* a, const Row* b) { return a->position > b->position; });
         part = std::max(smallestPart, (flushed.size() + mostParts - 1) / mostParts);
         cycle.start();
+        today = UaDateTime::now().ticks() / ticksPerDay;
     }
     const auto first = flushed.end() - std::ptrdiff_t(std::min(part, flushed.size()));
     const QList<Row*> changed(first, flushed.end());
@@ -637,9 +649,28 @@ double QvelDataViewModel::Private::revised(const Row& row, int column) const
                : group->second.subscription->revisedParameters().publishingInterval;
 }
 
+// Down to a millisecond, and without the date where that is today's. Most of what is painted again
+// and again are times: the shorter, the faster.
+QString QvelDataViewModel::Private::timeText(UaDateTime time) const
+{
+    if (time.isNull())
+        return {};
+    if (time.ticks() / ticksPerDay != today)
+        return time.toQDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz"));
+    auto rest = int(time.ticks() % ticksPerDay / 10'000);
+    char text[] = "00:00:00.000";
+    for (int i = 11; i >= 0; --i) {
+        if (i == 2 || i == 5 || i == 8)
+            continue;
+        const int base = i == 3 || i == 6 ? 6 : 10;
+        text[i] = char('0' + rest % base);
+        rest /= base;
+    }
+    return QString::fromLatin1(text, 12);
+}
+
 QString QvelDataViewModel::Private::text(const Row& row, int column) const
 {
-    const UaDataValue& value = row.shown.value;
     switch (column) {
     case Name:
         return shownText(row.name);
@@ -650,11 +681,8 @@ QString QvelDataViewModel::Private::text(const Row& row, int column) const
     case DataType:
         return row.typeName;
     case SourceTimestamp:
-    case ServerTimestamp: {
-        const UaDateTime time =
-            column == SourceTimestamp ? value.sourceTimestamp() : value.serverTimestamp();
-        return time.isNull() ? QString() : time.toString().toQString();
-    }
+    case ServerTimestamp:
+        return timeText(timeOf(row, column));
     case Status:
         return statusText(row);
     case SamplingInterval:
@@ -682,6 +710,10 @@ QString QvelDataViewModel::Private::text(const Row& row, int column) const
 QString QvelDataViewModel::Private::toolTip(const Row& row, int column) const
 {
     QString tip = text(row, column);
+    if (column == SourceTimestamp || column == ServerTimestamp) {
+        const UaDateTime time = timeOf(row, column);
+        tip = time.isNull() ? QString() : time.toString().toQString();
+    }
     if (column == Status && !tip.isEmpty())
         tip = statusInWords(statusOf(row));
     if (column == WriteResult && row.writing == Writing::Done) {
@@ -719,10 +751,12 @@ constexpr ColumnTitle titles[] = {
     {QT_TRANSLATE_NOOP("QvelDataViewModel", "NodeId"), nullptr},
     {QT_TRANSLATE_NOOP("QvelDataViewModel", "Value"), nullptr},
     {QT_TRANSLATE_NOOP("QvelDataViewModel", "Data type"), nullptr},
-    {QT_TRANSLATE_NOOP("QvelDataViewModel", "Source time"),
-     QT_TRANSLATE_NOOP("QvelDataViewModel", "When the source took the value (UTC)")},
-    {QT_TRANSLATE_NOOP("QvelDataViewModel", "Server time"),
-     QT_TRANSLATE_NOOP("QvelDataViewModel", "When the server got the value (UTC)")},
+    {QT_TRANSLATE_NOOP("QvelDataViewModel", "Source time (UTC)"),
+     QT_TRANSLATE_NOOP("QvelDataViewModel",
+                       "When the source took the value; the date is left out where it is today")},
+    {QT_TRANSLATE_NOOP("QvelDataViewModel", "Server time (UTC)"),
+     QT_TRANSLATE_NOOP("QvelDataViewModel",
+                       "When the server got the value; the date is left out where it is today")},
     {QT_TRANSLATE_NOOP("QvelDataViewModel", "Status"), nullptr},
     {QT_TRANSLATE_NOOP("QvelDataViewModel", "Sampling"),
      QT_TRANSLATE_NOOP("QvelDataViewModel", "Milliseconds between two looks of the server at the "
@@ -1089,9 +1123,8 @@ QVariant QvelDataViewModel::data(const QModelIndex& index, int role) const
     case Qt::ToolTipRole:
         return d->toolTip(row, column);
     case Qt::ForegroundRole:
-        return d->isConnected()
-                   ? QVariant()
-                   : QGuiApplication::palette().brush(QPalette::Disabled, QPalette::Text);
+        return d->isConnected() ? QVariant()
+                                : QApplication::palette().brush(QPalette::Disabled, QPalette::Text);
     case Qt::TextAlignmentRole:
         return int((titles[column].isNumber ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
     case Qt::DecorationRole:

@@ -391,7 +391,7 @@ QString QvelDataViewWidget::Private::recordingText() const
     if (file.isEmpty())
         return {};
     if (!model->recordingError().isEmpty())
-        return tr("Recording stopped: %1 %2 lines are in %3")
+        return tr("Recording stopped: %1. %2 lines are in %3")
             .arg(model->recordingError(), lines, file);
     return (model->isRecording() ? tr("Recording: %1 lines in %2") : tr("Recorded: %1 lines in %2"))
         .arg(lines, file);

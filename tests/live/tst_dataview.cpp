@@ -173,7 +173,12 @@ void tst_DataView::fill()
     QCOMPARE(view.text(0, Model::NodeId), id("Item0"));
     QTRY_COMPARE(view.text(0, Model::DataType), "Double");
     QCOMPARE(view.text(0, Model::RevisedPublishingInterval), "500");
-    QVERIFY(view.text(0, Model::SourceTimestamp).startsWith("20"));
+    const QString stamp = view.text(0, Model::SourceTimestamp);
+    QVERIFY2(QRegularExpression("^\\d\\d:\\d\\d:\\d\\d\\.\\d{3}$").match(stamp).hasMatch(),
+             stamp.toUtf8());
+    const QTime now = QDateTime::currentDateTimeUtc().time();
+    QVERIFY(qAbs(QTime::fromString(stamp, "HH:mm:ss.zzz").secsTo(now)) < 60);
+    QVERIFY(view.text(0, Model::SourceTimestamp, Qt::ToolTipRole).contains('T' + stamp.left(11)));
 
     QApplication::clipboard()->setText(id("Item1") + "\nno id\n  " + id("Item2"));
     view.table()->setFocus();
