@@ -736,9 +736,10 @@ void TrendPicture::paintCursor(QPainter& painter) const
         }
         if (rows.size() >= most)
             continue;
-        Row row{m_metrics.elidedText(curve->label, Qt::ElideRight, 12 * m_em),
+        Row row{m_metrics.elidedText(curve->label, Qt::ElideRight,
+                                     std::min(12 * m_em, 0.2 * m_size.width())),
                 m_metrics.elidedText(trendValueText(*curve, point, m_look.locale), Qt::ElideRight,
-                                     18 * m_em),
+                                     std::min(18 * m_em, 0.3 * m_size.width())),
                 colorOf(*curve)};
         names = std::max(names, m_metrics.horizontalAdvance(row.name));
         values = std::max(values, m_metrics.horizontalAdvance(row.value));
