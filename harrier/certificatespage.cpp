@@ -16,6 +16,7 @@
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QScrollArea>
+#include <QtWidgets/QSplitter>
 #include <QtWidgets/QTreeView>
 #include <QtWidgets/QVBoxLayout>
 
@@ -74,13 +75,22 @@ CertificatesPage::CertificatesPage(Host& host)
     scroll->setFrameShape(QFrame::NoFrame);
     scroll->setFocusPolicy(Qt::NoFocus);
 
-    auto* details = new QGroupBox(tr("Selected certificate"));
-    (new QVBoxLayout(details))->addWidget(m_details);
+    auto* details = new QScrollArea; // the list keeps half of a low page
+    details->setWidget(m_details);
+    details->setWidgetResizable(true);
+    details->setFrameShape(QFrame::NoFrame);
+    details->setFocusPolicy(Qt::NoFocus);
+    m_group = new QGroupBox(tr("Selected certificate"));
+    (new QVBoxLayout(m_group))->addWidget(details);
+    auto* halves = new QSplitter(Qt::Vertical);
+    halves->addWidget(scroll);
+    halves->addWidget(m_group);
+    halves->setSizes({1, 1}); // of whatever is there
+    halves->setChildrenCollapsible(false);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(m_nextStep);
     layout->addLayout(buttons);
-    layout->addWidget(scroll, 1);
-    layout->addWidget(details);
+    layout->addWidget(halves, 1);
 
     connect(m_make, &QPushButton::clicked, &host, &Host::needCertificate);
     connect(m_copy, &QPushButton::clicked, m_manager,
@@ -129,7 +139,7 @@ void CertificatesPage::showCurrent()
     const QString file =
         m_list->currentIndex().siblingAtColumn(fileColumn).data(Qt::UserRole).toString();
     m_details->setCertificate(file.isEmpty() ? UaPkiCertificate() : readCertificate(file));
-    m_details->parentWidget()->setVisible(!file.isEmpty());
+    m_group->setVisible(!file.isEmpty());
 }
 
 void CertificatesPage::askForFiles()

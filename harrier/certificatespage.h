@@ -38,4 +38,5 @@ private:
     QvelCertificateManager* m_manager;
     QAbstractItemView* m_list;
     QvelCertificateView* m_details;
+    QWidget* m_group; // around the details
 };

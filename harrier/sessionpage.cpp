@@ -301,6 +301,16 @@ void SessionPage::arrange()
     resizeDocks({m_docks[Data], m_docks[Trend]}, {24 * em, 30 * em}, Qt::Vertical);
 }
 
+// Where everybody looks first.
+void SessionPage::showObjects()
+{
+    connect(
+        m_space->model(), &QvelAddressSpaceModel::located, this,
+        [this](const QModelIndex& index) { m_space->view()->expand(index); },
+        Qt::SingleShotConnection);
+    m_space->goTo(UaExpandedNodeId(UaNodeId(objectsFolder), UaString(), 0));
+}
+
 void SessionPage::showNode(const UaExpandedNodeId& node)
 {
     m_attributes->setNode(node);
@@ -456,7 +466,6 @@ void SessionPage::tellFailure(const QvelSessionError& error)
     const bool hadSecurity = m_session->setting().securityPolicy() != nonePolicy;
     if (m_isQuiet && !m_hasLasted && hadSecurity && !concernsHost(error.status))
         return startWithoutSecurity();
-    m_bar->text->setText(failureText(error));
     if (concernsUser(error.status))
         m_setting.setPassword(QString());
     tellState(m_session->state());
@@ -475,9 +484,11 @@ void SessionPage::tellState(QvelSession::State state)
                                          ? tr("with the best security")
                                          : m_session->setting().shortName()));
         if (!std::exchange(m_hasLasted, true) && m_space->currentNode() == UaExpandedNodeId())
-            m_space->goTo(UaExpandedNodeId(UaNodeId(objectsFolder), UaString(), 0));
+            showObjects();
     } else if (state == QvelSession::Disconnected) {
-        if (error.isNull())
+        if (!error.isNull())
+            m_bar->text->setText(failureText(error));
+        else
             m_bar->text->setText(m_isWanted ? tr("Not connected to %1 yet.").arg(title())
                                             : tr("Not connected to %1. What is shown is as it was "
                                                  "last known.")

@@ -61,6 +61,7 @@ private:
     void createViews();
     void createActions();
     void arrange();
+    void showObjects();
     void showNode(const UaExpandedNodeId& node);
     void followNode(const UaExpandedNodeId& node);
     void activateNode();

@@ -7,6 +7,7 @@
 #include <QtCore/QPointer>
 #include <QtGui/QClipboard>
 #include <QtGui/QGuiApplication>
+#include <QtGui/QScreen>
 #include <QtWidgets/QDialogButtonBox>
 #include <QtWidgets/QGroupBox>
 #include <QtWidgets/QLabel>
@@ -108,6 +109,12 @@ QvelTrustDialog::QvelTrustDialog(const QvelCertificateQuestion& question, QWidge
     layout->addWidget(scroll);
     layout->addWidget(buttons);
     reject->setFocus();
+    // All of it at once where the screen has room, with the longest thumbprint in full.
+    const QString digits(125, QLatin1Char('0'));
+    const QSize whole = sizeHint().expandedTo(
+        {fontMetrics().horizontalAdvance(digits),
+         content->sizeHint().height() + buttons->sizeHint().height() + 4 * fontMetrics().height()});
+    resize(whole.boundedTo(screen()->availableSize() * 0.9));
 }
 
 QvelTrustDialog::~QvelTrustDialog() = default;

@@ -34,6 +34,7 @@ private Q_SLOTS:
     void editsValues();
     void hostileServer();
     void spoiltSettings();
+    void failsToConnect();
     void endsBySignal();
     void command_data();
     void command();
@@ -338,6 +339,26 @@ void tst_Harrier::spoiltSettings()
     }
     QVERIFY(file.open(QIODevice::ReadOnly)); // also when it was replaced by another of its name
     QCOMPARE(file.readAll(), content);
+}
+
+// A failure stands above the views with its reason and what to do; the server is offered under the
+// name that answered.
+void tst_Harrier::failsToConnect()
+{
+    Run run(m_file);
+    QvelDiscoverySetting setting;
+    setting.setEndpointUrl("opc.tcp://127.0.0.1:1");
+    SessionPage& page = *run.window.addSession(setting, {"opc.tcp://localhost:1"});
+    page.connectToServer();
+    const auto* text = named<QLabel>(page, "connectionText");
+    auto* other = named<QPushButton>(page, "other");
+    QTRY_VERIFY2(text->text() == "Connecting failed: BadConnectionRejected.\nCheck that the server "
+                                 "runs, and its port.",
+                 qPrintable(text->text()));
+    QTRY_VERIFY(text->isVisible() && other->isVisible());
+    QTest::mouseClick(other, Qt::LeftButton);
+    QCOMPARE(page.setting().endpointUrl(), "opc.tcp://localhost:1");
+    QTRY_VERIFY(text->text().startsWith("Connecting failed") && !other->isVisible());
 }
 
 // SIGTERM ends the session on the server, too, and the next start has it again.
