@@ -28,6 +28,9 @@ constexpr OpcUa_UInt32 hierarchicalReferences = 33;
 // Rows that are put into the tree at a time, to begin with. Views lay all rows out again for each
 // time, therefore it doubles.
 constexpr std::size_t firstPage = 2000;
+// From this many rows on, views get some time to lay them out before more is taken in.
+constexpr std::size_t manyRows = 16'000;
+constexpr auto layoutTime = 20ms;
 constexpr auto patience = 300ms; // before a row says that an answer is waited for
 // Nodes on the ways up from a node, before it counts as one that cannot be reached.
 constexpr qsizetype mostAncestors = 100'000;
@@ -374,7 +377,7 @@ void QvelAddressSpaceModel::Private::fetch(Node& node)
         return enqueue(fetch);
     }
     const std::weak_ptr<Fetch> guard = fetch;
-    whenDone(table.session()->browse({{local}}), this, [this, guard](QvelBrowseResult result) {
+    takeWhenDone(table.session()->browse({{local}}), this, [this, guard](QvelBrowseResult result) {
         if (const auto asked = guard.lock())
             answer(asked, std::move(result));
     });
@@ -419,12 +422,18 @@ void QvelAddressSpaceModel::Private::takeSome()
 {
     QElapsedTimer clock;
     clock.start();
-    while (!queue.isEmpty() && !clock.hasExpired(ReferenceIntake::milliseconds)) {
+    auto pause = 0ms;
+    while (!queue.isEmpty() && pause == 0ms && !clock.hasExpired(ReferenceIntake::milliseconds)) {
         const std::shared_ptr<Fetch> fetch = queue.first().lock();
-        if (!fetch || takeOf(fetch, clock))
+        const std::size_t page = fetch ? fetch->page : 0; // grows as rows are put in
+        const bool isDone = !fetch || takeOf(fetch, clock);
+        if (fetch && fetch->page != page && page >= manyRows)
+            pause = layoutTime;
+        if (isDone)
             if (!queue.isEmpty() && queue.first().lock() == fetch)
                 queue.removeFirst();
     }
+    timer.setInterval(pause);
     if (queue.isEmpty())
         timer.stop();
 }
@@ -838,7 +847,7 @@ QList<UaExpandedNodeId> QvelAddressSpaceModel::path(const QModelIndex& index) co
 
 QModelIndex QvelAddressSpaceModel::index(int row, int column, const QModelIndex& parent) const
 {
-    if (!hasIndex(row, column, parent))
+    if (row < 0 || row >= rowCount(parent) || column < 0 || column >= ColumnCount)
         return {};
     if (!parent.isValid())
         return d->indexOf(d->root.get(), column);

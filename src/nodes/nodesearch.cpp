@@ -86,11 +86,11 @@ void NodeSearch::browseMore()
         for (const quint32 node : nodes)
             items.append({m_table.nodeId(m_nodes[node].key)});
         ++m_underWay;
-        whenDone(m_table.session()->browse(items), this,
-                 [this, nodes, search = m_search](QvelBrowseResult result) {
-                     if (search == m_search)
-                         answer(nodes, std::move(result));
-                 });
+        takeWhenDone(m_table.session()->browse(items), this,
+                     [this, nodes, search = m_search](QvelBrowseResult result) {
+                         if (search == m_search)
+                             answer(nodes, std::move(result));
+                     });
     }
 }
 

@@ -136,8 +136,12 @@ quint32 NodeTable::space(const UaString& uri, OpcUa_UInt32 server, OpcUa_UInt16 
 
 quint32 NodeTable::space(OpcUa_UInt16 namespaceIndex)
 {
-    return namespaceIndex < m_local.size() ? m_local[namespaceIndex]
-                                           : space(UaString(), 0, namespaceIndex);
+    if (namespaceIndex < m_local.size())
+        return m_local[namespaceIndex];
+    auto known = m_beyond.find(namespaceIndex);
+    if (known == m_beyond.end())
+        known = m_beyond.insert(namespaceIndex, space(UaString(), 0, namespaceIndex));
+    return *known;
 }
 
 QByteArray NodeTable::key(const UaNodeId& id)

@@ -84,7 +84,8 @@ private:
 
     QPointer<QvelSession> m_session;
     QStringList m_namespaces;
-    QList<quint32> m_local; // the spaces of the server's indexes
+    QList<quint32> m_local;                // the spaces of the server's indexes
+    QHash<OpcUa_UInt16, quint32> m_beyond; // of indexes that the server's table does not have
     QList<Space> m_spaces = {Space()};
     QHash<QByteArray, quint32> m_spaceOf;
     QList<Type> m_types = {Type()};
@@ -173,7 +174,7 @@ public:
             m_references[m_next++] = {}; // freed as it goes, not all at once
         }
     }
-    static constexpr int milliseconds = 6; // leaves some of a frame for others
+    static constexpr int milliseconds = 4; // leaves most of a frame for others
 
 private:
     QList<QvelReference> m_references;

@@ -113,7 +113,7 @@ void QvelReferencesModel::refresh()
         if (question == d->question)
             d->answer(std::move(result));
     };
-    whenDone(session()->browse({item}), d.get(), take);
+    takeWhenDone(session()->browse({item}), d.get(), take);
 }
 
 void QvelReferencesModel::Private::answer(QvelBrowseResult result)

@@ -20,3 +20,19 @@ void whenDone(const QFuture<T>& future, QObject* context, Function function)
                      });
     watcher->setFuture(future);
 }
+
+/// As whenDone() for a future that nobody else holds: the result is taken out of it, so that the
+/// parts of a large one can be moved on instead of copied.
+template <class T, class Function>
+void takeWhenDone(const QFuture<T>& future, QObject* context, Function function)
+{
+    auto* watcher = new QFutureWatcher<T>(context);
+    QObject::connect(watcher, &QFutureWatcherBase::finished, context,
+                     [watcher, function = std::move(function)]() mutable {
+                         watcher->deleteLater();
+                         QFuture<T> done = watcher->future();
+                         if (done.isValid() && done.resultCount() > 0)
+                             function(done.takeResult());
+                     });
+    watcher->setFuture(future);
+}
