@@ -293,7 +293,19 @@ void tst_DataView::parameters()
     QTRY_VERIFY(view.text(2, Model::Overflows).toInt() == 0); // a queue of one never tells
     QVERIFY(view.enter(Model::QueueSize, "2"));
     QVERIFY(view.enter(Model::PublishingInterval, "1000"));
+    const QTemporaryDir folder;
+    const QString name = folder.filePath("values.csv");
+    view.model()->startRecording(name);
     QTRY_VERIFY(view.text(2, Model::Overflows).toInt() > 0);
+    Q_EMIT subscriptions().constFirst()->gap(3); // of the row in the middle
+    QTRY_COMPARE(view.column(Model::Gaps), QStringList({"", "1", ""}));
+    view.model()->stopRecording();
+    QTRY_VERIFY(view.part<QLabel>("recording")->text().startsWith("Recorded: "));
+    QFile file(name);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray lines = file.readAll();
+    QVERIFY2(lines.contains(",,,,gap: 3 messages are missing\r\n"), lines);
+    QVERIFY2(lines.contains(",overflow: values before this one are missing\r\n"), lines);
     QVERIFY(view.enter(Model::SamplingInterval, "-2"));
     QCOMPARE(view.part<QLabel>("message")->text(), "\"-2\" is no sampling.");
     QCOMPARE(view.column(Model::SamplingInterval), QStringList({"100", "-1", "100"}));
