@@ -353,7 +353,7 @@ void tst_Trend::columns()
         const double seconds = i / 2000.;
         const bool isGap = seconds > 40 && seconds < 60;
         const double value = i % 2 ? 20 : 30;
-        trend.append(trend.id, at(seconds), isGap ? missing : i == 50'000 ? 90 : value);
+        trend.append(trend.id, at(seconds), isGap ? missing : i == 50'003 ? 90 : value);
     }
     trend.append(trend.id, {UaDataValue(UaVariant(70.), 0x40000000, at(75))});
     const auto ordinary = trend.painted(10), peak = trend.painted(25), gap = trend.painted(50);
