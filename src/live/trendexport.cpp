@@ -67,9 +67,8 @@ QSize QvelTrendWidget::Private::exportSize() const
 void QvelTrendWidget::Private::paintOn(QPaintDevice* device) const
 {
     QPainter painter(device);
-    const TrendLook how = look();
     const TrendView shown = still();
-    TrendPicture(curves, shown, how, exportSize()).paint(painter);
+    TrendPicture(curves, shown, look(), exportSize()).paint(painter);
 }
 
 std::vector<TrendCsvSeries> QvelTrendWidget::Private::snapshot() const

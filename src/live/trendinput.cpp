@@ -64,8 +64,7 @@ void QvelTrendWidget::Private::fixScale(const QString& key, double low, double h
 
 void QvelTrendWidget::Private::zoomScales(double factor, double shift)
 {
-    const TrendLook how = look();
-    const TrendPicture now = picture(how);
+    const TrendPicture now = picture();
     for (const TrendPicture::Scale& scale : now.scales()) {
         const double half = (scale.high - scale.low) / 2;
         const double middle = scale.low + half + 2 * shift * half;
@@ -107,8 +106,7 @@ void QvelTrendWidget::Private::moveCursor(bool forward)
 
 void QvelTrendWidget::Private::drag(const QPointF& to)
 {
-    const TrendLook how = look();
-    const TrendPicture now = picture(how);
+    const TrendPicture now = picture();
     const QPointF delta = to - press.place;
     if (press.drag == Drag::Band) {
         view.band = QRectF(press.place, to).normalized() & now.plot();
@@ -129,8 +127,7 @@ void QvelTrendWidget::Private::drag(const QPointF& to)
 void QvelTrendWidget::Private::drawBand(const QPointF& to)
 {
     constexpr double least = 4; // pixels; less was no band
-    const TrendLook how = look();
-    const TrendPicture now = picture(how);
+    const TrendPicture now = picture();
     const QRectF band = QRectF(press.place, to).normalized() & now.plot();
     view.band = {};
     changed();
@@ -163,8 +160,7 @@ void QvelTrendWidget::mousePressEvent(QMouseEvent* event)
 {
     if (event->button() != Qt::LeftButton)
         return QWidget::mousePressEvent(event);
-    const TrendLook how = d->look();
-    const TrendPicture now = d->picture(how);
+    const TrendPicture now = d->picture();
     Private::Press press;
     press.place = event->position();
     press.from = d->view.from;
@@ -197,8 +193,7 @@ void QvelTrendWidget::mouseMoveEvent(QMouseEvent* event)
         if (press.isMoved)
             return d->drag(event->position());
     }
-    const TrendLook how = d->look();
-    const TrendPicture now = d->picture(how);
+    const TrendPicture now = d->picture();
     const bool isInside = now.plot().contains(event->position());
     if (!isInside && !d->hover)
         return;
@@ -226,8 +221,7 @@ void QvelTrendWidget::mouseDoubleClickEvent(QMouseEvent* event)
 {
     if (event->button() != Qt::LeftButton)
         return QWidget::mouseDoubleClickEvent(event);
-    const TrendLook how = d->look();
-    const TrendPicture now = d->picture(how);
+    const TrendPicture now = d->picture();
     if (now.legendAt(event->position()))
         return mousePressEvent(event); // two clicks
     if (const TrendPicture::Scale* scale = now.scaleAt(event->position())) {
@@ -252,8 +246,7 @@ void QvelTrendWidget::leaveEvent(QEvent* event)
 void QvelTrendWidget::wheelEvent(QWheelEvent* event)
 {
     event->accept();
-    const TrendLook how = d->look();
-    const TrendPicture now = d->picture(how);
+    const TrendPicture now = d->picture();
     const QPointF place = event->position();
     const QPointF steps = QPointF(event->angleDelta()) / wheelStep;
     const double factor = std::pow(zoomStep, -steps.y());
@@ -450,8 +443,7 @@ bool QvelTrendWidget::event(QEvent* event)
 {
     if (event->type() == QEvent::ToolTip) {
         const auto* help = static_cast<QHelpEvent*>(event);
-        const TrendLook how = d->look();
-        const TrendCurve* curve = d->picture(how).legendAt(help->pos());
+            const TrendCurve* curve = d->picture().legendAt(help->pos());
         if (curve)
             QToolTip::showText(help->globalPos(), d->toolTip(*curve), this);
         else
@@ -464,8 +456,7 @@ bool QvelTrendWidget::event(QEvent* event)
 void QvelTrendWidget::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    const TrendLook how = d->look();
-    d->picture(how).paint(painter);
+    d->picture().paint(painter);
 }
 
 void QvelTrendWidget::changeEvent(QEvent* event)

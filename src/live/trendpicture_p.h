@@ -88,11 +88,10 @@ struct TrendLook
     QPalette palette;
     QLocale locale;
     Qt::LayoutDirection direction = Qt::LeftToRight;
-    qreal pixelRatio = 1;
 };
 
-/// The picture of a trend: lays it out when made, and then paints it on anything. The curves must
-/// stay meanwhile.
+/// The picture of a trend: lays it out when made, and then paints it on anything. The curves and the
+/// view must stay meanwhile.
 class TrendPicture
 {
 public:
@@ -114,7 +113,7 @@ public:
         QRectF area;
     };
 
-    TrendPicture(const TrendCurves& curves, const TrendView& view, const TrendLook& look,
+    TrendPicture(const TrendCurves& curves, const TrendView& view, TrendLook look,
                  const QSizeF& size);
     void paint(QPainter& painter) const;
 
@@ -144,7 +143,7 @@ private:
 
     const TrendCurves& m_curves;
     const TrendView& m_view;
-    const TrendLook& m_look;
+    const TrendLook m_look;
     QSizeF m_size;
     QFontMetricsF m_metrics;
     double m_em;

@@ -241,7 +241,7 @@ void QvelTrendWidget::Private::setCursor(std::optional<qint64> time)
 
 TrendLook QvelTrendWidget::Private::look() const
 {
-    return {q->font(), q->palette(), q->locale(), q->layoutDirection(), q->devicePixelRatioF()};
+    return {q->font(), q->palette(), q->locale(), q->layoutDirection()};
 }
 
 // What is shown at this moment.
@@ -260,10 +260,10 @@ void QvelTrendWidget::Private::finishView()
     view.hint = tr("Drop variables here, or paste them.");
 }
 
-TrendPicture QvelTrendWidget::Private::picture(const TrendLook& look)
+TrendPicture QvelTrendWidget::Private::picture()
 {
     finishView();
-    TrendPicture made(curves, view, look, q->size());
+    TrendPicture made(curves, view, look(), q->size());
     if (hover)
         view.cursor = made.timeAt(*hover);
     plotWidth = made.plot().width();
@@ -650,8 +650,7 @@ void QvelTrendWidget::setCursorTime(const UaDateTime& time)
 
 QRect QvelTrendWidget::plotArea() const
 {
-    const TrendLook look = d->look();
-    return d->picture(look).plot().toAlignedRect();
+    return d->picture().plot().toAlignedRect();
 }
 
 bool QvelTrendWidget::canLoadHistory() const

@@ -67,7 +67,7 @@ public:
     void setCursor(std::optional<qint64> time);
 
     TrendLook look() const;
-    TrendPicture picture(const TrendLook& look);
+    TrendPicture picture();
     void finishView();
     TrendView still() const;
     void paintOn(QPaintDevice* device) const;
