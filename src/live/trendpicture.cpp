@@ -227,8 +227,9 @@ TrendPicture::TrendPicture(const TrendCurves& curves, const TrendView& view, Tre
     // The first scale stands beside the plot, the others further left as long as there is room.
     double width = std::round(0.5 * m_em);
     std::vector<double> widths;
-    for (Scale& scale : m_scales) {
+    for (Scale& scale : m_scales)
         fitScale(scale, marks);
+    for (const Scale& scale : m_scales) {
         double widest = std::min(m_metrics.horizontalAdvance(scale.title), 6 * m_em);
         for (const TrendValueMark& mark : scale.marks)
             widest = std::max(widest, std::min(m_metrics.horizontalAdvance(mark.label), 8 * m_em));
@@ -238,8 +239,6 @@ TrendPicture::TrendPicture(const TrendCurves& curves, const TrendView& view, Tre
         width += widest;
         widths.push_back(widest);
     }
-    for (std::size_t i = widths.size(); i < m_scales.size(); ++i)
-        fitScale(m_scales[i], marks);
     m_plot = QRectF(width, top, std::max(std::floor(m_size.width() - width - m_em), 2.), height);
     double right = width;
     for (std::size_t i = 0; i < widths.size(); ++i) {
