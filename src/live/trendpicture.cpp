@@ -142,6 +142,11 @@ void TrendCurve::setCurrent(const UaDataValue& value)
         trendNumber(value.value()) ? QString() : shownText(value.value().toString().toQString());
 }
 
+QColor TrendCurve::colorOn(const QPalette& palette) const
+{
+    return color.isValid() ? color : trendColor(colorIndex, palette.color(QPalette::Base));
+}
+
 QColor trendColor(int index, const QColor& base)
 {
     const bool isDark = luminance(base) < 0.18;
@@ -391,9 +396,7 @@ double TrendPicture::yOf(double value, const Scale& scale) const
 
 QColor TrendPicture::colorOf(const TrendCurve& curve) const
 {
-    return curve.color.isValid()
-               ? curve.color
-               : trendColor(curve.colorIndex, m_look.palette.color(QPalette::Base));
+    return curve.colorOn(m_look.palette);
 }
 
 QColor TrendPicture::faded(double part) const

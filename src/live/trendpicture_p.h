@@ -52,6 +52,7 @@ struct TrendCurve
     void setUnit(const QString& text);
     void setNames(QMap<int, QString> texts);
     void setCurrent(const UaDataValue& value);
+    QColor colorOn(const QPalette& palette) const;
 };
 using TrendCurves = std::vector<std::unique_ptr<TrendCurve>>;
 using TrendRange = std::pair<double, double>;

@@ -452,10 +452,7 @@ UaExpandedNodeId QvelTrendWidget::seriesNode(int series) const
 QColor QvelTrendWidget::seriesColor(int series) const
 {
     const TrendCurve* curve = d->find(series);
-    if (!curve)
-        return {};
-    return curve->color.isValid() ? curve->color
-                                  : trendColor(curve->colorIndex, palette().color(QPalette::Base));
+    return curve ? curve->colorOn(palette()) : QColor();
 }
 
 void QvelTrendWidget::setSeriesColor(int series, const QColor& color)
