@@ -19,10 +19,8 @@ bool operator==(const TrendPoint& a, const TrendPoint& b)
 
 void TrendSummary::add(const TrendPoint& point)
 {
-    if (point.isGap()) {
-        hasGap = true;
+    if (point.isGap())
         return;
-    }
     low = std::min(low, point.value);
     high = std::max(high, point.value);
     hasUncertain = hasUncertain || point.isUncertain();
@@ -32,7 +30,6 @@ void TrendSummary::add(const TrendSummary& other)
 {
     low = std::min(low, other.low);
     high = std::max(high, other.high);
-    hasGap = hasGap || other.hasGap;
     hasUncertain = hasUncertain || other.hasUncertain;
 }
 

@@ -28,7 +28,6 @@ struct TrendSummary
 {
     double low = std::numeric_limits<double>::infinity(); ///< of what is drawn
     double high = -std::numeric_limits<double>::infinity();
-    bool hasGap = false;
     bool hasUncertain = false;
 
     bool isEmpty() const { return low > high; } ///< nothing is drawn

@@ -202,7 +202,6 @@ void tst_Trend::store()
             const TrendSummary fast = series.summary(from, to);
             QCOMPARE(fast.low, sum.low);
             QCOMPARE(fast.high, sum.high);
-            QCOMPARE(fast.hasGap, sum.hasGap);
             QCOMPARE(fast.hasUncertain, sum.hasUncertain);
         }
         QCOMPARE(copy.size(), copied); // as it was
