@@ -1,5 +1,6 @@
 #include "csvrecorder_p.h"
 
+#include "base/csvfield_p.h"
 #include "platform/types/uaexpandednodeid.h"
 #include "platform/types/uavariant.h"
 #include "session/subscription.h"
@@ -28,10 +29,7 @@ QByteArray field(QByteArray text)
 {
     if (!text.isValidUtf8())
         text = UaString(text).toQString().toUtf8();
-    const auto isSpecial = [](char c) { return c == ',' || c == '"' || c == '\r' || c == '\n'; };
-    if (std::none_of(text.cbegin(), text.cend(), isSpecial))
-        return text;
-    return '"' + text.replace("\"", "\"\"") + '"';
+    return csvField(text);
 }
 
 // All of the value: the text of an array would leave elements out.

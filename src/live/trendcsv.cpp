@@ -1,5 +1,6 @@
 #include "trendcsv_p.h"
 
+#include "base/csvfield_p.h"
 #include "platform/types/uadatetime.h"
 #include "platform/types/uastatuscode.h"
 
@@ -7,15 +8,6 @@
 #include <QtCore/QLocale>
 
 #include <queue>
-
-static QByteArray quoted(const QString& text)
-{
-    QByteArray utf8 = text.toUtf8();
-    const bool needsQuotes = std::any_of(utf8.cbegin(), utf8.cend(), [](char c) {
-        return c == '"' || c == ',' || c == '\r' || c == '\n';
-    });
-    return needsQuotes ? '"' + utf8.replace('"', "\"\"") + '"' : utf8;
-}
 
 // What is read as the same number again.
 static QByteArray number(const TrendPoint& point)
@@ -48,7 +40,8 @@ bool writeTrendCsv(const std::vector<TrendCsvSeries>& series, qint64 from, qint6
         places.push(place);
     };
     for (std::size_t i = 0; i < series.size(); ++i) {
-        names.push_back(',' + quoted(series[i].name) + ',' + quoted(series[i].unit) + ',');
+        names.push_back(',' + csvField(series[i].name.toUtf8()) + ',' +
+                        csvField(series[i].unit.toUtf8()) + ',');
         go({series[i].points.lowerBound(from), series[i].points.upperBound(to), 0, i});
     }
     QByteArray lines("Time,Series,Unit,Value,Status\r\n");

@@ -443,7 +443,7 @@ bool QvelTrendWidget::event(QEvent* event)
 {
     if (event->type() == QEvent::ToolTip) {
         const auto* help = static_cast<QHelpEvent*>(event);
-            const TrendCurve* curve = d->picture().legendAt(help->pos());
+        const TrendCurve* curve = d->picture().legendAt(help->pos());
         if (curve)
             QToolTip::showText(help->globalPos(), d->toolTip(*curve), this);
         else

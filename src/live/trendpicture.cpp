@@ -219,8 +219,8 @@ QString trendCurrentText(const TrendCurve& curve, const QLocale& locale)
 
 TrendPicture::TrendPicture(const TrendCurves& curves, const TrendView& view, TrendLook look,
                            const QSizeF& size)
-    : m_curves(curves), m_view(view), m_look(std::move(look)), m_size(size),
-      m_metrics(m_look.font), m_em(m_metrics.height())
+    : m_curves(curves), m_view(view), m_look(std::move(look)), m_size(size), m_metrics(m_look.font),
+      m_em(m_metrics.height())
 {
     placeLegend();
     makeScales();

@@ -91,8 +91,8 @@ struct TrendLook
     Qt::LayoutDirection direction = Qt::LeftToRight;
 };
 
-/// The picture of a trend: lays it out when made, and then paints it on anything. The curves and the
-/// view must stay meanwhile.
+/// The picture of a trend: lays it out when made, and then paints it on anything. The curves and
+/// the view must stay meanwhile.
 class TrendPicture
 {
 public:
