@@ -71,7 +71,7 @@ public:
 
     bool isConnected() const { return session && session->state() == QvelSession::Connected; }
     QString methodKey() const { return qvelNodeIdText(object) + '\n' + qvelNodeIdText(method); }
-    ValueList* makeList(const QString& name, ArgumentsModel* model);
+    ValueList* makeList(const QString& title, ArgumentsModel* model);
     void forget();
     void load();
     void takeMethod(const QvelReadResult& result);
@@ -164,14 +164,14 @@ QvelCallWidget::Private::Private(QvelCallWidget* widget)
     });
 }
 
-ValueList* QvelCallWidget::Private::makeList(const QString& name, ArgumentsModel* model)
+ValueList* QvelCallWidget::Private::makeList(const QString& title, ArgumentsModel* model)
 {
     auto* list = new ValueList(ArgumentsModel::ValueColumn);
     constexpr int nameWidth = 18; // average characters
     constexpr int typeWidth = 16;
     constexpr int valueWidth = 30;
     list->setModel(model);
-    list->setAccessibleName(name);
+    list->setAccessibleName(title);
     const int average = list->fontMetrics().averageCharWidth();
     int column = 0;
     for (int width : {nameWidth, typeWidth, valueWidth})

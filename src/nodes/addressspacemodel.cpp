@@ -336,7 +336,7 @@ void QvelAddressSpaceModel::Private::readRoot()
     for (const auto attribute :
          {QvelAttribute::NodeClass, QvelAttribute::BrowseName, QvelAttribute::DisplayName})
         items.append({id, attribute, {}, {}});
-    const auto told = [this, guard = std::weak_ptr<int>(tree)] { return !guard.expired(); };
+    const auto told = [guard = std::weak_ptr<int>(tree)] { return !guard.expired(); };
     whenDone(table.session()->read(items), this, [this, told](const QvelReadResult& result) {
         if (!told() || result.status.isBad())
             return; // the row of its children tells
