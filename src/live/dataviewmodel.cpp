@@ -2,6 +2,7 @@
 
 #include "base/showntext_p.h"
 #include "live/csvrecorder_p.h"
+#include "live/lastingsubscription_p.h"
 #include "nodes/datatypes_p.h"
 #include "nodes/statustext_p.h"
 #include "nodes/valuecell_p.h"
@@ -327,16 +328,7 @@ QvelDataViewModel::Private::Group& QvelDataViewModel::Private::groupOf(double in
     if (group.subscription)
         return group;
     group.status = {};
-    // A connection may be away for minutes before the server forgets the subscription.
-    constexpr double lifetime = 600'000;
-    constexpr double keepAlive = 5000;
-    QvelSubscriptionParameters parameters;
-    parameters.publishingInterval = interval;
-    const double safe = std::max(interval, 1.);
-    parameters.maxKeepAliveCount = OpcUa_UInt32(std::max(10., keepAlive / safe));
-    parameters.lifetimeCount =
-        OpcUa_UInt32(std::max(lifetime / safe, 3. * parameters.maxKeepAliveCount));
-    group.subscription = session->createSubscription(parameters);
+    group.subscription = session->createSubscription(lastingSubscription(interval));
     const QvelSubscription* subscription = group.subscription;
     connect(subscription, &QvelSubscription::dataChanged, q,
             [this](const QList<QvelDataChange>& changes) { take(changes); });

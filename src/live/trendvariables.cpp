@@ -1,5 +1,6 @@
 #include "trendvariables_p.h"
 
+#include "live/lastingsubscription_p.h"
 #include "nodes/datatypes_p.h"
 #include "nodes/structures.h"
 #include "platform/stack/opcuastatuscodes.h"
@@ -64,8 +65,6 @@ constexpr qsizetype propertyCount = std::size(properties);
 
 TrendVariables::TrendVariables(QObject* parent) : QObject(parent)
 {
-    m_publishing.publishingInterval = 250;
-    m_publishing.maxKeepAliveCount = 40;
     m_soon.setSingleShot(true);
     m_soon.setInterval(0);
     // Many are mostly added at a time, and asked for together.
@@ -164,9 +163,9 @@ void TrendVariables::setSampling(double interval, OpcUa_UInt32 queueSize)
 
 void TrendVariables::setPublishingInterval(double interval)
 {
-    m_publishing.publishingInterval = interval;
+    m_publishingInterval = interval;
     if (m_subscription)
-        m_subscription->setParameters(m_publishing);
+        m_subscription->setParameters(lastingSubscription(interval));
 }
 
 void TrendVariables::monitorNew()
@@ -189,7 +188,7 @@ void TrendVariables::monitorNew()
     if (items.isEmpty())
         return;
     if (!m_subscription) {
-        m_subscription = m_session->createSubscription(m_publishing);
+        m_subscription = m_session->createSubscription(lastingSubscription(m_publishingInterval));
         connect(m_subscription, &QvelSubscription::dataChanged, this, &TrendVariables::dataChanged);
         connect(m_subscription, &QvelSubscription::gap, this, &TrendVariables::gapCame);
         connect(m_subscription, &QvelSubscription::itemsChanged, this,

@@ -37,7 +37,7 @@ public:
     double samplingInterval() const { return m_samplingInterval; }
     OpcUa_UInt32 queueSize() const { return m_queueSize; }
     void setSampling(double interval, OpcUa_UInt32 queueSize);
-    double publishingInterval() const { return m_publishing.publishingInterval; }
+    double publishingInterval() const { return m_publishingInterval; }
     void setPublishingInterval(double interval);
 
     void loadHistory(const QList<int>& ids, UaDateTime from, UaDateTime to, qsizetype most);
@@ -80,7 +80,7 @@ private:
     QPointer<QvelSubscription> m_subscription;
     QMap<int, Variable> m_variables;
     QHash<OpcUa_UInt32, int> m_ids; // by handle
-    QvelSubscriptionParameters m_publishing;
+    double m_publishingInterval = 250;
     double m_samplingInterval = 250;
     OpcUa_UInt32 m_queueSize = 10;
     quint32 m_generation = 0; // answers for an earlier one are dropped
