@@ -443,7 +443,7 @@ void MainWindow::openProject(const QJsonObject& content)
     m_projectRest = content;
     m_unusable = {};
     const QJsonArray servers = content[serversKey].toArray();
-    for (const QJsonValue& server : servers) {
+    for (const QJsonValue server : servers) {
         QvelDiscoverySetting setting;
         QString error;
         if (!Project::get(server.toObject(), &setting, &error)) {

@@ -1048,7 +1048,7 @@ QJsonObject QvelDataViewModel::toJson() const
         }
         items.append(item);
     }
-    for (const QJsonValue& entry : d->unread)
+    for (const QJsonValue entry : d->unread)
         items.append(entry);
     QJsonObject json = d->saved;
     json.insert(nameKey, d->name);
@@ -1066,7 +1066,7 @@ bool QvelDataViewModel::fromJson(const QJsonObject& json)
     d->unread = {};
     QList<RowPointer> added;
     const QJsonArray items = json.value(rowsKey).toArray();
-    for (const QJsonValue& entry : items) {
+    for (const QJsonValue entry : items) {
         const QJsonObject item = entry.toObject();
         if (!item.value(idKey).isString() || added.size() == mostRows) {
             d->unread.append(entry);

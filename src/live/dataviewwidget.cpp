@@ -531,7 +531,7 @@ QJsonObject QvelDataViewWidget::toJson() const
     QJsonArray lists;
     for (const QvelDataViewModel* model : models())
         lists.append(model->toJson());
-    for (const QJsonValue& list : d->unreadLists)
+    for (const QJsonValue list : d->unreadLists)
         lists.append(list);
     QJsonArray hidden = d->unreadColumns;
     for (int column = 0; column < QvelDataViewModel::ColumnCount; ++column) {
@@ -559,7 +559,7 @@ bool QvelDataViewWidget::fromJson(const QJsonObject& json)
     d->unreadLists = d->unreadColumns = {};
     d->hiddenColumns.clear();
     const QJsonArray hidden = json.value(hiddenKey).toArray();
-    for (const QJsonValue& name : hidden) {
+    for (const QJsonValue name : hidden) {
         bool ok = false;
         const int column = columnNames().keyToValue(name.toString().toLatin1(), &ok);
         if (ok && column > QvelDataViewModel::Name && column < QvelDataViewModel::ColumnCount)
@@ -568,7 +568,7 @@ bool QvelDataViewWidget::fromJson(const QJsonObject& json)
             d->unreadColumns.append(name);
     }
     const QJsonArray lists = json.value(listsKey).toArray();
-    for (const QJsonValue& list : lists) {
+    for (const QJsonValue list : lists) {
         DataViewTable* view = d->tabs->count() < mostLists ? d->insertList({}) : nullptr;
         if (view && view->list()->fromJson(list.toObject())) {
             d->showName(d->tabs->indexOf(view));

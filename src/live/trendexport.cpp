@@ -227,7 +227,7 @@ bool QvelTrendWidget::fromJson(const QJsonObject& object, QString* error)
     for (const int id : shown)
         removeSeries(id);
     const auto variables = object["variables"].toArray();
-    for (const QJsonValue& value : variables) {
+    for (const QJsonValue value : variables) {
         const QJsonObject entry = value.toObject();
         const auto node = qvelParseNodeId(entry["nodeId"].toString());
         const int id = node ? addVariable({*node, entry["name"].toString()}) : 0;
@@ -240,7 +240,7 @@ bool QvelTrendWidget::fromJson(const QJsonObject& object, QString* error)
     }
     resetScales();
     const auto scales = object["scales"].toArray();
-    for (const QJsonValue& value : scales) {
+    for (const QJsonValue value : scales) {
         const QJsonObject entry = value.toObject();
         setScale(entry["unit"].toString(), entry["low"].toDouble(), entry["high"].toDouble());
     }
