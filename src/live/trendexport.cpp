@@ -251,7 +251,9 @@ bool QvelTrendWidget::fromJson(const QJsonObject& object, QString* error)
     d->variables.setSampling(number("samplingInterval", -1, samplingInterval()),
                              quint32(number("queueSize", 0, queueSize())));
     setPublishingInterval(number("publishingInterval", 0, publishingInterval()));
-    setMaximumPoints(qsizetype(object["maximumPoints"].toInteger(maximumPoints())));
+    // A damaged limit must not cost points that were recorded.
+    if (const qint64 most = object["maximumPoints"].toInteger(); most > 0)
+        setMaximumPoints(qsizetype(most));
     bool hasFrom = false, hasTo = false;
     const auto time = [&object](const char* name, bool* ok) {
         return UaDateTime::fromString(UaString(object[QLatin1String(name)].toString()), ok);

@@ -624,6 +624,7 @@ void tst_Trend::project()
     QVERIFY(other.fromJson(damaged, &error));
     QVERIFY(error.contains("no node"));
     QCOMPARE(other.series().size(), 1);
+    QCOMPARE(other.maximumPoints(), saved["maximumPoints"].toInteger());
     damaged["version"] = 2;
     QVERIFY(!other.fromJson(damaged, &error) && error.contains("later"));
     QVERIFY(!other.fromJson({}, &error));
