@@ -162,8 +162,6 @@ void QvelTrendWidget::Private::showConnection()
     for (auto it = nodes.begin(); it != nodes.end(); ++it) {
         TrendCurve* curve = find(it.key());
         curve->isStale = !isConnected;
-        if (!isConnected)
-            it->isMonitored = false;
         curve->isLive = isConnected && it->isMonitored;
         curve->arrivals = 0;
         if (it->status.isGood())
@@ -372,6 +370,9 @@ QvelTrendWidget::~QvelTrendWidget() = default;
 
 void QvelTrendWidget::setSession(QvelSession* session)
 {
+    if (session != d->variables.session())
+        for (Private::Variable& variable : d->nodes)
+            variable.isMonitored = false;
     d->variables.setSession(session);
 }
 

@@ -23,7 +23,7 @@ public:
     {
         UaExpandedNodeId node;
         UaStatusCode status;
-        bool isMonitored = false;
+        bool isMonitored = false; // or will be again once the connection is back
         bool hasHistory = false;
         bool isNamed = false; // by the link, not by the server
         QString history;      // how the last reading of it went

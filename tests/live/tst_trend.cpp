@@ -4,6 +4,7 @@
 #include "live/trendpicture_p.h"
 #include "session/sessionuser.h"
 #include "support/modaluser.h"
+#include "support/relay.h"
 #include "support/warnings.h"
 
 #include <Kestrel/QvelNodeLink>
@@ -695,11 +696,22 @@ void tst_Trend::server()
     QTRY_VERIFY(trend.accessibleDescription().contains("not connected") ||
                 trend.accessibleDescription().contains("Item0"));
     trend.removeSeries(absent);
+    Relay relay(quint16(QUrl(url).port()));
+    setting.setEndpointUrl(relay.url());
     QvelSession again(user.options);
     trend.setSession(&again);
     connectSession(again, setting);
     const qsizetype before = trend.pointCount(moving);
     QTRY_VERIFY_WITH_TIMEOUT(trend.pointCount(moving) > before + 3, 10000);
+    // What stands still holds until now, also after a break that the subscription outlives.
+    trend.id = historic;
+    trend.setFollowing(20);
+    QTRY_VERIFY(!std::isnan(trend.painted(50).first));
+    relay.cut();
+    QTRY_VERIFY(again.state() != QvelSession::Connected);
+    QTRY_VERIFY(std::isnan(trend.painted(50).first));
+    QTRY_COMPARE_WITH_TIMEOUT(again.state(), QvelSession::Connected, 30000);
+    QTRY_VERIFY(!std::isnan(trend.painted(50).first));
     // Back from a power cut: what was missed is a gap.
     server.kill();
     PeerProcess restarted;
