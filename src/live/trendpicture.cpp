@@ -346,13 +346,15 @@ void TrendPicture::placeLegend()
     const int listed = all <= columns * rows ? all : columns * rows - 1;
     m_unlisted = all - listed;
     for (int i = 0; i < listed; ++i) {
+        const int line = i / columns;
         const double x = margin + i % columns * (room / columns);
-        QRectF area(x, margin + i / columns * row, room / columns - 2 * m_em, row);
+        QRectF area(x, margin + line * row, room / columns - 2 * m_em, row);
         if (m_look.direction == Qt::RightToLeft)
             area.moveRight(m_size.width() - x);
         m_legend.push_back({m_curves[std::size_t(i)].get(), area});
     }
-    m_legendBottom += ((listed + (m_unlisted > 0) + columns - 1) / columns) * row;
+    const int lines = (listed + (m_unlisted > 0) + columns - 1) / columns;
+    m_legendBottom += lines * row;
 }
 
 const TrendPicture::Scale* TrendPicture::scaleAt(const QPointF& place) const
