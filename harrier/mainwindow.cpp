@@ -238,6 +238,8 @@ void MainWindow::useEndpoint(const QvelDiscoverySetting& endpoint)
 
 void MainWindow::connectTo(const QvelDiscoverySetting& endpoint)
 {
+    // Using it may change the entry that it is part of.
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const QvelDiscoverySetting setting(endpoint);
     const QStringList others = otherUrls(*currentView(), setting.endpointUrl());
     useEndpoint(setting);
@@ -283,7 +285,7 @@ void MainWindow::followTab()
     const bool isConnected = page && page->session()->state() == QvelSession::Connected;
     const bool isOff = page && page->session()->state() == QvelSession::Disconnected;
     const bool enabled[] = {page && !isOff, page && !isConnected, page != nullptr};
-    for (int i = 0; i < m_sessionActions.size(); ++i)
+    for (int i = 0; i < int(std::size(enabled)); ++i)
         m_sessionActions[i]->setEnabled(enabled[i]);
     m_status->setText(page ? page->status() : tr("Open servers: %1").arg(sessions().size()));
     const QString project = m_project->title();
