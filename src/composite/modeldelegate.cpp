@@ -17,9 +17,6 @@ namespace {
 constexpr qsizetype shownCharacters = 2000;
 constexpr int shownLines = 40;
 
-// Where an editor keeps what it was filled with.
-constexpr const char* filledWith = "kestrelFilledWith";
-
 template <class Editor>
 QWidget* createNested(QWidget* parent, const Cell& cell)
 {
@@ -92,12 +89,27 @@ QVariant withFlags(const UaVariant& element, quint32 shown, quint32 chosen)
     return isSigned ? QVariant(qlonglong(bits) >> unused) : QVariant(qulonglong(bits >> unused));
 }
 
+// How an editor was opened, for one that writes only changes: a live cell may have become one for
+// another editor since, and what was typed is still to be written.
+struct Opened
+{
+    CellEditor kind;
+    QVariant contents;
+};
+constexpr const char* openedProperty = "kestrelOpened";
+
+Opened openedAs(const QWidget* editor, const Cell& cell)
+{
+    const QVariant opened = editor->property(openedProperty);
+    return opened.isValid() ? opened.value<Opened>() : Opened{editorOf(cell), {}};
+}
+
 } // namespace
 
 bool isUnchanged(const QWidget* editor, const QModelIndex& index)
 {
-    const CellEditor kind = editorOf(Cell(index));
-    return kind.read && contents(kind, editor) == editor->property(filledWith);
+    const Opened opened = openedAs(editor, Cell(index));
+    return opened.kind.read && contents(opened.kind, editor) == opened.contents;
 }
 
 QvelModelDelegate::QvelModelDelegate(QObject* parent) : QStyledItemDelegate(parent) {}
@@ -123,7 +135,8 @@ QWidget* QvelModelDelegate::createEditor(QWidget* parent, const QStyleOptionView
         editor->move(parent ? parent->mapToGlobal(corner) : corner);
     }
     if (m_writesOnlyChanges)
-        editor->setProperty(filledWith, contents(kind, editor));
+        editor->setProperty(openedProperty,
+                            QVariant::fromValue(Opened{kind, contents(kind, editor)}));
     return editor;
 }
 
@@ -134,17 +147,15 @@ void QvelModelDelegate::setModelData(QWidget* editor, QAbstractItemModel* model,
                                      const QModelIndex& index) const
 {
     const Cell cell(index);
-    const CellEditor kind = editorOf(cell);
+    const auto [kind, before] = openedAs(editor, cell);
     const auto* dialog = qobject_cast<QDialog*>(editor);
     if (!kind.read || (dialog && dialog->result() != QDialog::Accepted))
         return;
     QVariant value = kind.read(editor);
     if (m_writesOnlyChanges) {
-        const QVariant before = editor->property(filledWith);
         if (contents(kind, editor) == before)
             return;
-        if (value.isValid() && cell.enumInfo.kind == QvelEnumInfo::EnumerationFlags &&
-            kind.role == Qt::EditRole)
+        if (value.isValid() && qobject_cast<QvelWidgetEnumFlags*>(editor))
             value = withFlags(cell.value, quint32(before.toInt()), quint32(value.toInt()));
     }
     if (value.isValid())

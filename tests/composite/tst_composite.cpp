@@ -844,6 +844,13 @@ private Q_SLOTS:
                     QCOMPARE(written.userType(), int(QMetaType::Long));
             }
         }
+        // Names that come while somebody types do not take away what was typed.
+        Table late(V(2), {}, true);
+        qobject_cast<QLineEdit*>(late.editor)->setText("12");
+        info.kind = QvelEnumInfo::Enumeration;
+        late.model.setData(late.cell, QVariant::fromValue(info), Qt::UserRole + 1);
+        late.write();
+        QCOMPARE(late.cell.data(Qt::EditRole).toString(), QString("12"));
     }
 
     void choices()
