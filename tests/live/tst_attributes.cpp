@@ -383,6 +383,7 @@ void tst_Attributes::refused()
                              timeout);
     // By name: two down from "Orange" is the last one.
     show("nsu=urn://node-opcua-simulator;s=MultiStateDiscrete001");
+    QTRY_COMPARE_WITH_TIMEOUT(text("Value"), "1 (Orange)", timeout); // the names come last
     QWidget* names = open(m_widget->view(), cell("Value"));
     QVERIFY(names);
     QTest::keyClick(names->focusProxy() ? names->focusProxy() : names, Qt::Key_Down);
