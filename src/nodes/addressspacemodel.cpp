@@ -282,7 +282,8 @@ void QvelAddressSpaceModel::Private::clear()
         root.reset();
         q->endResetModel();
     }
-    isStale = false;
+    if (std::exchange(isStale, false))
+        Q_EMIT q->staleChanged(false);
 }
 
 void QvelAddressSpaceModel::setSession(QvelSession* session)
