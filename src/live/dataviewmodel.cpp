@@ -18,7 +18,6 @@
 #include <QtCore/QSet>
 #include <QtCore/QTimer>
 #include <QtGui/QIcon>
-#include <QtGui/QPalette>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QStyle>
 
@@ -715,7 +714,7 @@ QString QvelDataViewModel::Private::toolTip(const Row& row, int column) const
     }
     if (isConnected())
         return shownToolTip(tip);
-    const QString stale = tr("Not connected: this is what was there last.");
+    const QString stale = staleSentence();
     return tip.isEmpty() ? stale : shownToolTip(tip + QStringLiteral(" - ") + stale);
 }
 
@@ -1115,8 +1114,7 @@ QVariant QvelDataViewModel::data(const QModelIndex& index, int role) const
     case Qt::ToolTipRole:
         return d->toolTip(row, column);
     case Qt::ForegroundRole:
-        return d->isConnected() ? QVariant()
-                                : QApplication::palette().brush(QPalette::Disabled, QPalette::Text);
+        return staleForeground(!d->isConnected());
     case Qt::TextAlignmentRole:
         return int((titles[column].isNumber ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
     case Qt::DecorationRole:

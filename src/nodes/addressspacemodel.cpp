@@ -11,8 +11,6 @@
 #include <QtCore/QMimeData>
 #include <QtCore/QSet>
 #include <QtCore/QTimer>
-#include <QtGui/QGuiApplication>
-#include <QtGui/QPalette>
 
 #include <algorithm>
 #include <chrono>
@@ -929,9 +927,7 @@ QVariant QvelAddressSpaceModel::data(const QModelIndex& index, int role) const
     case Qt::DecorationRole:
         return index.column() == 0 ? QVariant(d->table.icon(node)) : QVariant();
     case Qt::ForegroundRole:
-        return d->isStale
-                   ? QVariant(QGuiApplication::palette().brush(QPalette::Disabled, QPalette::Text))
-                   : QVariant();
+        return staleForeground(d->isStale);
     case Qt::ToolTipRole: {
         QStringList lines = {name()};
         if (!node.isMessage())
@@ -939,7 +935,7 @@ QVariant QvelAddressSpaceModel::data(const QModelIndex& index, int role) const
         if (!node.isMessage() && (node.flags & CompactNode::Failed) != 0)
             lines.append(statusInWords(OpcUa_BadNodeIdUnknown));
         if (d->isStale)
-            lines.append(tr("Not connected: this is as it was seen last."));
+            lines.append(staleSentence());
         return plainToolTip(lines.join(u'\n'));
     }
     case Qt::AccessibleTextRole:

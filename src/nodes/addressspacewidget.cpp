@@ -4,6 +4,7 @@
 #include "images/images_p.h"
 #include "nodes/addressspacemodel.h"
 #include "nodes/nodesearch_p.h"
+#include "nodes/statustext_p.h"
 
 #include <QtCore/QLocale>
 #include <QtCore/QMimeData>
@@ -403,9 +404,8 @@ QvelAddressSpaceWidget::QvelAddressSpaceWidget(QWidget* parent)
         d->isTravelling = false;
         d->say(reason);
     });
-    connect(d->model, &QvelAddressSpaceModel::staleChanged, this, [this](bool isStale) {
-        d->say(isStale ? tr("Not connected: this is as it was seen last.") : QString());
-    });
+    connect(d->model, &QvelAddressSpaceModel::staleChanged, this,
+            [this](bool isStale) { d->say(isStale ? staleSentence() : QString()); });
     connect(d->model, &QAbstractItemModel::rowsInserted, this, [this](const QModelIndex& parent) {
         if (!parent.isValid())
             d->tree->expand(d->model->index(0, 0));

@@ -10,8 +10,6 @@
 #include "values/maskeditors.h"
 
 #include <QtCore/QPointer>
-#include <QtGui/QGuiApplication>
-#include <QtGui/QPalette>
 
 #include <algorithm>
 #include <iterator>
@@ -677,8 +675,8 @@ QVariant QvelAttributesModel::data(const QModelIndex& index, int role) const
     const Private::Row& row = d->rows[std::size_t(index.row())];
     if (role == AttributeIdRole)
         return row.attributeId;
-    if (role == Qt::ForegroundRole && !d->isConnected())
-        return QGuiApplication::palette().brush(QPalette::Disabled, QPalette::Text);
+    if (role == Qt::ForegroundRole)
+        return staleForeground(!d->isConnected());
     if (role == CopyRole)
         return copiedValue(row.cell.value());
     QString text;
@@ -710,7 +708,7 @@ QVariant QvelAttributesModel::data(const QModelIndex& index, int role) const
     if (role != Qt::ToolTipRole || text.isEmpty())
         return QVariant();
     if (!d->isConnected())
-        text += QLatin1Char('\n') + tr("There is no connection: this is how it was last.");
+        text += QLatin1Char('\n') + staleSentence();
     return plainToolTip(text);
 }
 

@@ -9,8 +9,6 @@
 
 #include <QtCore/QMimeData>
 #include <QtCore/QTimer>
-#include <QtGui/QGuiApplication>
-#include <QtGui/QPalette>
 
 class QvelReferencesModel::Private : public QObject
 {
@@ -229,15 +227,13 @@ QVariant QvelReferencesModel::data(const QModelIndex& index, int role) const
         return index.column() == (row.isMessage() ? 0 : Target) ? QVariant(d->table.icon(row))
                                                                 : QVariant();
     case Qt::ForegroundRole:
-        return d->isStale
-                   ? QVariant(QGuiApplication::palette().brush(QPalette::Disabled, QPalette::Text))
-                   : QVariant();
+        return staleForeground(d->isStale);
     case Qt::ToolTipRole: {
         QStringList lines = {text()};
         if (!row.isMessage())
             lines.append(isForward ? tr("From this node") : tr("To this node"));
         if (d->isStale)
-            lines.append(tr("Not connected: this is as it was seen last."));
+            lines.append(staleSentence());
         return plainToolTip(lines.join(u'\n'));
     }
     case NodeIdRole:

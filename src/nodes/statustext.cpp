@@ -1,6 +1,8 @@
 #include "statustext_p.h"
 
 #include <QtCore/QCoreApplication>
+#include <QtGui/QGuiApplication>
+#include <QtGui/QPalette>
 
 #include <algorithm>
 #include <iterator>
@@ -118,4 +120,15 @@ QString statusInWords(UaStatusCode status)
     const QString name = status.toString().toQString();
     const QString sentence = statusSentence(status);
     return sentence.isEmpty() ? name : name + QLatin1String(": ") + sentence;
+}
+
+QVariant staleForeground(bool isStale)
+{
+    return isStale ? QGuiApplication::palette().brush(QPalette::Disabled, QPalette::Text)
+                   : QVariant();
+}
+
+QString staleSentence()
+{
+    return QCoreApplication::translate("Status", "Not connected: this is as it was seen last.");
 }
