@@ -955,28 +955,16 @@ QVariant QvelAddressSpaceModel::data(const QModelIndex& index, int role) const
 
 QVariant QvelAddressSpaceModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
-    if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
+    if (orientation != Qt::Horizontal || role != Qt::DisplayRole || section < 0 ||
+        section >= ColumnCount)
         return {};
-    switch (section) {
-    case DisplayName:
-        return tr("Name");
-    case BrowseName:
-        return tr("Browse Name");
-    case NodeId:
-        return tr("NodeId");
-    case NodeClass:
-        return tr("Class");
-    case TypeDefinition:
-        return tr("Type");
-    default:
-        return {};
-    }
+    const QString titles[] = {tr("Name"), tr("Browse Name"), tr("NodeId"), tr("Class"), tr("Type")};
+    return titles[section];
 }
 
 QStringList QvelAddressSpaceModel::mimeTypes() const
 {
-    const std::unique_ptr<QMimeData> data(qvelNodeMimeData({}));
-    return data->formats();
+    return std::unique_ptr<QMimeData>(qvelNodeMimeData({}))->formats();
 }
 
 QMimeData* QvelAddressSpaceModel::mimeData(const QModelIndexList& indexes) const

@@ -251,28 +251,16 @@ QVariant QvelReferencesModel::data(const QModelIndex& index, int role) const
 
 QVariant QvelReferencesModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
-    if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
+    if (orientation != Qt::Horizontal || role != Qt::DisplayRole || section < 0 ||
+        section >= ColumnCount)
         return {};
-    switch (section) {
-    case ReferenceType:
-        return tr("Reference");
-    case Target:
-        return tr("Target");
-    case NodeId:
-        return tr("NodeId");
-    case NodeClass:
-        return tr("Class");
-    case TypeDefinition:
-        return tr("Type");
-    default:
-        return {};
-    }
+    const QString titles[] = {tr("Reference"), tr("Target"), tr("NodeId"), tr("Class"), tr("Type")};
+    return titles[section];
 }
 
 QStringList QvelReferencesModel::mimeTypes() const
 {
-    const std::unique_ptr<QMimeData> data(qvelNodeMimeData({}));
-    return data->formats();
+    return std::unique_ptr<QMimeData>(qvelNodeMimeData({}))->formats();
 }
 
 QMimeData* QvelReferencesModel::mimeData(const QModelIndexList& indexes) const
