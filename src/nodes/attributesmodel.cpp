@@ -18,6 +18,7 @@
 namespace {
 
 constexpr OpcUa_UInt32 hasProperty = 46;
+constexpr OpcUa_StatusCode badAttributeIdInvalid = 0x80350000u; // such a node does not have it
 
 // Names of numbers: of bits, of node classes, of ranks; null for a bit that has none.
 struct Names
@@ -212,6 +213,7 @@ public:
     bool mayWrite(const Row& row) const;
 
     void clear();
+    void unsubscribe();
     void load();
     void fail(UaStatusCode status);
     void takeAttributes(const QvelReadResult& result);
@@ -312,15 +314,20 @@ bool QvelAttributesModel::Private::mayWrite(const Row& row) const
     });
 }
 
+void QvelAttributesModel::Private::unsubscribe()
+{
+    if (!subscription)
+        return;
+    subscription->disconnect(q);
+    subscription->deleteLater(); // it may be telling of a change just now
+    subscription = nullptr;
+}
+
 void QvelAttributesModel::Private::clear()
 {
     ++subject;
     ++question;
-    if (subscription) {
-        subscription->disconnect(q);
-        subscription->deleteLater(); // it may be telling of a change just now
-        subscription = nullptr;
-    }
+    unsubscribe();
     dataType = {};
     ownNames = {};
 }
@@ -398,8 +405,7 @@ void QvelAttributesModel::Private::takeAttributes(const QvelReadResult& result)
 void QvelAttributesModel::Private::takeAttribute(const Attribute& attribute,
                                                  const UaDataValue& value)
 {
-    static const UaStatusCode missing(0x80350000u); // BadAttributeIdInvalid
-    if (value.status() == missing) {
+    if (value.status() == UaStatusCode(badAttributeIdInvalid)) {
         remove(place(attribute.id));
         return;
     }
@@ -417,8 +423,7 @@ void QvelAttributesModel::Private::takeAttribute(const Attribute& attribute,
 
 void QvelAttributesModel::Private::takeValue(const UaDataValue& value)
 {
-    static const UaStatusCode missing(0x80350000u); // BadAttributeIdInvalid
-    if (value.status() == missing)
+    if (value.status() == UaStatusCode(badAttributeIdInvalid))
         return;
     const bool isNew = !find(place(QvelAttribute::Value));
     Row& taken = row(place(QvelAttribute::Value));
@@ -514,11 +519,8 @@ void QvelAttributesModel::Private::followValue()
 {
     const bool isThere = isConnected() && find(place(QvelAttribute::DataType));
     const bool isLost = !session || session->state() == QvelSession::Disconnected;
-    if (subscription && (!isLive || isLost)) {
-        subscription->disconnect(q);
-        subscription->deleteLater();
-        subscription = nullptr;
-    }
+    if (!isLive || isLost)
+        unsubscribe();
     if (subscription || !isLive || !isThere)
         return;
     constexpr double interval = 250; // ms

@@ -49,7 +49,6 @@ public:
 
     /// The number of a type; 0 for the null key. Its name is asked for.
     quint32 type(const QByteArray& key, bool isReferenceType = false);
-    QByteArrayView typeKey(quint32 type) const { return m_types[type].key; }
     /// The NodeId as long as the name is not known.
     QString typeName(quint32 type) const;
     QString inverseName(quint32 type) const;
