@@ -11,16 +11,8 @@ class PrivateSystemBus
 public:
     PrivateSystemBus()
     {
-        QFile file(m_dir.filePath("bus.conf"));
-        if (file.open(QIODevice::WriteOnly))
-            file.write(
-                "<busconfig><type>system</type><listen>" + address().toUtf8() +
-                "</listen><auth>EXTERNAL</auth><policy context=\"default\"><allow user=\"*\"/>"
-                "<allow own=\"*\"/><allow send_destination=\"*\" eavesdrop=\"true\"/>"
-                "<allow receive_sender=\"*\" eavesdrop=\"true\"/></policy></busconfig>");
-        file.close();
         m_daemon.start("dbus-daemon",
-                       {"--nofork", "--print-address", "--config-file=" + file.fileName()});
+                       {"--session", "--nofork", "--print-address", "--address=" + address()});
         m_daemon.waitForReadyRead(); // it prints its address once it listens
         qputenv("DBUS_SYSTEM_BUS_ADDRESS", address().toUtf8());
     }

@@ -281,18 +281,14 @@ private Q_SLOTS:
         QVERIFY(OpcUa_IsBad(value.fromJson(QByteArray("[").repeated(1000000))));
 
         const QByteArray array = bytes("8c 02000000 0400000061626364 00000000");
-        UaEncodingLimits limits;
-        limits.arrayLength = 2;
-        limits.stringLength = 4;
-        QCOMPARE(value.fromBinary(array, limits), OpcUa_Good);
-        limits.stringLength = 3;
-        QCOMPARE(value.fromBinary(array, limits), OpcUa_BadEncodingLimitsExceeded);
-        limits.stringLength = 4;
-        limits.arrayLength = 1;
-        QCOMPARE(value.fromBinary(array, limits), OpcUa_BadEncodingLimitsExceeded);
-        limits.arrayLength = 2;
-        limits.memory = 100; // each text counts 32 bytes more than its own
-        QCOMPARE(value.fromBinary(array, limits), OpcUa_BadEncodingLimitsExceeded);
+        const auto decode = [&](int arrayLength, int stringLength, std::size_t memory) {
+            return value.fromBinary(array, {1000, stringLength, arrayLength, 100, memory});
+        };
+        QCOMPARE(decode(2, 4, 1000), OpcUa_Good);
+        QCOMPARE(decode(2, 3, 1000), OpcUa_BadEncodingLimitsExceeded);
+        QCOMPARE(decode(1, 4, 1000), OpcUa_BadEncodingLimitsExceeded);
+        // Each text counts 32 bytes more than its own.
+        QCOMPARE(decode(2, 4, 100), OpcUa_BadEncodingLimitsExceeded);
 
         QByteArray large("\x8b\0\0\x80\0", 5); // 64 MB of Double
         large.resize(5 + (64 << 20));
@@ -338,12 +334,7 @@ private Q_SLOTS:
         QCOMPARE(value.fromQVariant(QVariant::fromValue(this)), OpcUa_BadTypeMismatch);
         QCOMPARE(value.arraySize(), 2);
 
-        OpcUa_DataValue stack = {};
-        stack.Status = OpcUa_Bad;
-        stack.SourceTimestamp = 5;
-        stack.ServerTimestamp = 6;
-        stack.SourcePicoseconds = 7;
-        stack.ServerPicoseconds = 8;
+        OpcUa_DataValue stack = {{}, 5, 6, OpcUa_Bad, 7, 8};
         UaDataValue copy(stack);
         QCOMPARE(copy.status().code(), OpcUa_Bad);
         QCOMPARE(copy.sourceTimestamp().ticks(), 5);
