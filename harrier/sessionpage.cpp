@@ -301,14 +301,19 @@ void SessionPage::arrange()
     resizeDocks({m_docks[Data], m_docks[Trend]}, {24 * em, 30 * em}, Qt::Vertical);
 }
 
-// Where everybody looks first.
+// Where everybody looks first. What is gone to instead, or later, is not opened.
 void SessionPage::showObjects()
 {
-    connect(
-        m_space->model(), &QvelAddressSpaceModel::located, this,
-        [this](const QModelIndex& index) { m_space->view()->expand(index); },
-        Qt::SingleShotConnection);
-    m_space->goTo(UaExpandedNodeId(UaNodeId(objectsFolder), UaString(), 0));
+    const UaExpandedNodeId objects(UaNodeId(objectsFolder), UaString(), 0);
+    const auto* model = m_space->model();
+    auto* once = new QObject(this);
+    connect(model, &QvelAddressSpaceModel::located, once, [=](const QModelIndex& index) {
+        if (model->nodeId(index) == objects)
+            m_space->view()->expand(index);
+        once->deleteLater();
+    });
+    connect(model, &QvelAddressSpaceModel::locateFailed, once, &QObject::deleteLater);
+    m_space->goTo(objects);
 }
 
 void SessionPage::showNode(const UaExpandedNodeId& node)

@@ -137,7 +137,17 @@ void tst_FirstHour::firstHour()
         QTest::mouseClick(named<QPushButton>(form, "connect"), Qt::LeftButton);
         QVERIFY(run.window.currentSession());
         const Server boilers(*run.window.currentSession());
+        // What is gone to while Objects are on their way is not opened in their stead.
+        const auto detour =
+            connect(boilers.page.session(), &QvelSession::stateChanged, &boilers.space, [&] {
+                if (boilers.isConnected())
+                    boilers.space.goToText("/Objects/1:Boilers");
+            });
         QTRY_VERIFY_WITH_TIMEOUT(boilers.isConnected(), 30000);
+        const auto current = [&] { return boilers.space.view()->currentIndex(); };
+        QTRY_COMPARE(current().data().toString(), "Boilers");
+        QVERIFY(!boilers.space.view()->isExpanded(current()));
+        disconnect(detour);
         QVERIFY(user.seen.contains("QvelTrustDialog|Trust the Server?"));
         // Browse.
         boilers.goTo("/Objects/1:Boilers/1:Boiler 1/1:Temperature");
@@ -211,6 +221,9 @@ void tst_FirstHour::firstHour()
     QTRY_VERIFY_WITH_TIMEOUT(boilers.isConnected(), 30000);
     QCOMPARE(user.seen.filter("QvelTrustDialog").size(), questions);
     QCOMPARE(boilers.data.model()->rowCount(), 1);
+    const auto* tree = boilers.space.view();
+    QTRY_COMPARE(tree->currentIndex().data().toString(), "Objects");
+    QVERIFY(tree->isExpanded(tree->currentIndex()));
     QVERIFY(boilers.isMoving());
     QTRY_VERIFY(boilers.trend.pointCount(boilers.trend.series().value(0)) > 3);
     QVERIFY(run.window.close());
