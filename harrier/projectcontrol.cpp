@@ -77,17 +77,22 @@ bool ProjectControl::isModified() const
     return !isSame(m_saved, m_window.content());
 }
 
+void ProjectControl::warn(const QString& text)
+{
+    auto* box = new QMessageBox(QMessageBox::Warning, tr("harrier"), text, QMessageBox::Ok,
+                                m_window.widget);
+    box->setTextFormat(Qt::PlainText);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->open();
+}
+
 bool ProjectControl::read(const QString& file, QJsonObject* content)
 {
     QString error;
     if (Project::read(file, content, &error))
         return true;
     m_host.log().appendFailure(error);
-    auto* box = new QMessageBox(QMessageBox::Warning, tr("harrier"), error, QMessageBox::Ok,
-                                m_window.widget);
-    box->setTextFormat(Qt::PlainText);
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    box->open();
+    warn(error);
     return false;
 }
 
@@ -143,12 +148,7 @@ bool ProjectControl::save()
     if (m_file.isEmpty())
         return saveAs();
     if (!write(m_file, content)) {
-        auto* box = new QMessageBox(QMessageBox::Warning, tr("harrier"),
-                                    tr("%1 could not be written; the log says why.").arg(m_file),
-                                    QMessageBox::Ok, m_window.widget);
-        box->setTextFormat(Qt::PlainText);
-        box->setAttribute(Qt::WA_DeleteOnClose);
-        box->open();
+        warn(tr("%1 could not be written; the log says why.").arg(m_file));
         return false;
     }
     m_saved = content;

@@ -49,6 +49,7 @@ Q_SIGNALS:
 
 private:
     bool isModified() const;
+    void warn(const QString& text);
     bool read(const QString& file, QJsonObject* content);
     bool write(const QString& file, const QJsonObject& content);
     void show(const QString& file, const QJsonObject& content);
