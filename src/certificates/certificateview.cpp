@@ -13,31 +13,14 @@
 
 namespace {
 
-QString nameText(const UaPkiIdentity& identity)
-{
-    const std::pair<const char*, const UaString&> parts[] = {
-        {"CN", identity.commonName},
-        {"O", identity.organization},
-        {"OU", identity.organizationUnit},
-        {"L", identity.locality},
-        {"ST", identity.state},
-        {"C", identity.country},
-    };
-    QStringList texts;
-    for (const auto& [name, value] : parts)
-        if (!value.isEmpty())
-            texts.append(QLatin1String(name) + QLatin1Char('=') + value.toQString());
-    return texts.join(QLatin1String(", "));
-}
-
 QString subject(const UaPkiCertificate& certificate)
 {
-    return nameText(certificate.subject());
+    return certificate.subjectText().toQString();
 }
 
 QString issuer(const UaPkiCertificate& certificate)
 {
-    const QString name = nameText(certificate.issuer());
+    const QString name = certificate.issuerText().toQString();
     return name == subject(certificate) ? QvelCertificateView::tr("%1 (itself)").arg(name) : name;
 }
 

@@ -26,6 +26,8 @@ inline constexpr OpcUa_Int64 ticksPerSecond = 10'000'000;
 // --- Reading -------------------------------------------------------------------------------------
 
 UaPkiIdentity identityOf(const X509_NAME* name);
+/// All parts, the common name first.
+UaString nameText(const X509_NAME* name);
 /// All but the validity.
 UaPkiCertificateInfo infoOf(const X509* x509);
 /// Null for a time that is none.

@@ -60,6 +60,22 @@ UaPkiIdentity identityOf(const X509_NAME* name)
     return identity;
 }
 
+UaString nameText(const X509_NAME* name)
+{
+    QByteArrayList parts;
+    for (int i = 0; i < X509_NAME_entry_count(name); ++i) {
+        const X509_NAME_ENTRY* entry = X509_NAME_get_entry(name, i);
+        const ASN1_OBJECT* object = X509_NAME_ENTRY_get_object(entry);
+        const int nid = OBJ_obj2nid(object);
+        char oid[128]; // OpenSSL ends what is longer
+        OBJ_obj2txt(oid, sizeof(oid), object, 1);
+        const QByteArray label = nid == NID_undef ? oid : OBJ_nid2sn(nid);
+        parts.insert(nid == NID_commonName ? 0 : parts.size(),
+                     label + '=' + textOf(X509_NAME_ENTRY_get_data(entry)));
+    }
+    return UaString(parts.join(", "));
+}
+
 UaPkiCertificateInfo infoOf(const X509* x509)
 {
     UaPkiCertificateInfo info;

@@ -120,6 +120,16 @@ const UaPkiIdentity& UaPkiCertificate::issuer() const
     return m_data ? m_data->issuer : none;
 }
 
+UaString UaPkiCertificate::subjectText() const
+{
+    return m_data ? nameText(X509_get_subject_name(m_data->x509.get())) : UaString();
+}
+
+UaString UaPkiCertificate::issuerText() const
+{
+    return m_data ? nameText(X509_get_issuer_name(m_data->x509.get())) : UaString();
+}
+
 const UaPkiCertificateInfo& UaPkiCertificate::info() const
 {
     static const UaPkiCertificateInfo none;

@@ -84,6 +84,10 @@ public:
     UaString commonName() const { return subject().commonName; }
     const UaPkiIdentity& subject() const;
     const UaPkiIdentity& issuer() const;
+    /// All parts of the name, the common name first, as in "CN=Pump, O=Plant, DC=plc17"; an
+    /// identity holds the usual ones only.
+    UaString subjectText() const;
+    UaString issuerText() const;
     const UaPkiCertificateInfo& info() const;
     /// The serial number's magnitude, most significant byte first.
     UaByteString serialNumber() const;

@@ -345,7 +345,7 @@ void tst_UaPki::read()
         // The addresses 10.0.0.1 and 1.2.3, the name "a", NUL, "b".
         {"rsa:1024 -subj /CN=x -addext subjectAltName=DER:301087040a00000187030102038203610062",
          "1024|x|||||||a\uFFFDb|10.0.0.1"},
-        {"rsa:1024 -subj /CN=x -addext subjectAltName=DER:30ff", "1024|x||||||||"}};
+        {"rsa:1024 -subj /DC=plc17/CN=x -addext subjectAltName=DER:30ff", "1024|x||||||||"}};
     for (const auto& [arguments, expected] : rows) {
         openssl(QString("req -x509 -nodes -keyout key -out c.pem -newkey ") + arguments);
         openssl("x509 -in c.pem -outform DER -out c.der");
@@ -353,6 +353,7 @@ void tst_UaPki::read()
         QCOMPARE(texts(UaPkiCertificate::fromDERFile("c.der")), expected);
         QCOMPARE(texts(UaPkiCertificate::fromPEMFile("all")), expected);
     }
+    QCOMPARE(UaPkiCertificate::fromDERFile("c.der").issuerText().bytes(), "CN=x, DC=plc17");
 
     const QByteArray der = selfSigned().toDER().bytes();
     const QByteArray begin = "-----BEGIN CERTIFICATE-----\n", end = "\n-----END CERTIFICATE-----\n";
