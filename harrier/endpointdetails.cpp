@@ -3,14 +3,15 @@
 #include "outputfield.h"
 #include "plainline.h"
 
+#include <Kestrel/QvelCertificateView>
 #include <Kestrel/QvelDiscoverySetting>
+#include <Kestrel/UaByteString>
+#include <Kestrel/UaPkiCertificate>
 #include <Kestrel/UaString>
 
-#include <QtCore/QCryptographicHash>
-#include <QtCore/QDateTime>
-#include <QtNetwork/QSslCertificate>
 #include <QtWidgets/QFormLayout>
 #include <QtWidgets/QGroupBox>
+#include <QtWidgets/QLabel>
 #include <QtWidgets/QPlainTextEdit>
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QScrollArea>
@@ -83,32 +84,6 @@ QString tokenLines(const OpcUa_EndpointDescription& endpoint)
     return lines.join(QLatin1Char('\n'));
 }
 
-/// As in "CN=Pump server, O=Plant".
-template <class Info>
-QString distinguishedName(const QList<QByteArray>& attributes, Info info)
-{
-    QStringList parts;
-    for (const QByteArray& attribute : attributes)
-        parts.append(QString::fromUtf8(attribute) + QLatin1Char('=') +
-                     info(attribute).join(QLatin1Char('+')));
-    return parts.join(QStringLiteral(", "));
-}
-
-QString validity(const QSslCertificate& certificate)
-{
-    const QString format = QStringLiteral("yyyy-MM-dd HH:mm");
-    const QDateTime from = certificate.effectiveDate().toUTC();
-    const QDateTime to = certificate.expiryDate().toUTC();
-    const QDateTime now = QDateTime::currentDateTimeUtc();
-    const QString span =
-        EndpointDetails::tr("%1 to %2 UTC").arg(from.toString(format), to.toString(format));
-    if (now < from)
-        return EndpointDetails::tr("Not yet valid: %1").arg(span);
-    if (now > to)
-        return EndpointDetails::tr("Expired: %1").arg(span);
-    return span;
-}
-
 } // namespace
 
 EndpointDetails::EndpointDetails(QWidget* parent) : QWidget(parent)
@@ -133,15 +108,15 @@ EndpointDetails::EndpointDetails(QWidget* parent) : QWidget(parent)
     form->addRow(tr("User identity tokens") + QLatin1Char(':'), m_tokens);
 
     auto* certificate = new QGroupBox(tr("Server certificate"));
-    form = new QFormLayout(certificate);
-    form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
-    m_subject = addField(form, tr("Subject"), "subject");
-    m_issuer = addField(form, tr("Issuer"), "issuer");
-    m_validity = addField(form, tr("Validity"), "validity");
-    m_thumbprint = addField(form, tr("Thumbprint (SHA-1)"), "thumbprint");
+    m_noCertificate = new QLabel;
+    m_noCertificate->setObjectName(QStringLiteral("noCertificate"));
+    m_certificate = new QvelCertificateView;
+    auto* layout = new QVBoxLayout(certificate);
+    layout->addWidget(m_noCertificate);
+    layout->addWidget(m_certificate);
 
     auto* fields = new QWidget;
-    auto* layout = new QVBoxLayout(fields);
+    layout = new QVBoxLayout(fields);
     layout->addWidget(endpoint);
     layout->addWidget(certificate);
     layout->addStretch();
@@ -185,30 +160,11 @@ void EndpointDetails::setEndpoint(const QvelDiscoverySetting& endpoint)
     m_level->showText(empty ? QString() : QString::number(description.SecurityLevel));
     m_transport->showText(text(description.TransportProfileUri));
     m_tokens->setPlainText(tokenLines(description));
-    showCertificate(description.ServerCertificate);
+    // A server may send its whole chain; its own certificate comes first.
+    const UaByteString der(&description.ServerCertificate);
+    m_certificate->setCertificate(UaPkiCertificate::fromDER(der));
+    m_noCertificate->setText(tr("Not a certificate (bytes: %1)").arg(der.length()));
+    m_noCertificate->setVisible(der.length() > 0 && m_certificate->certificate().isNull());
     m_use->setEnabled(!empty);
     m_connect->setEnabled(!empty);
-}
-
-void EndpointDetails::showCertificate(const OpcUa_ByteString& der)
-{
-    const QByteArray bytes(reinterpret_cast<const char*>(der.Data), der.Data ? der.Length : 0);
-    // A server may send its whole chain; its own certificate comes first.
-    const QSslCertificate certificate(bytes, QSsl::Der);
-    if (certificate.isNull()) {
-        m_subject->showText(
-            bytes.isEmpty() ? QString() : tr("Not a certificate (bytes: %1)").arg(bytes.size()));
-        for (OutputField* field : {m_issuer, m_validity, m_thumbprint})
-            field->clear();
-        return;
-    }
-    m_subject->showText(
-        distinguishedName(certificate.subjectInfoAttributes(),
-                          [&](const QByteArray& a) { return certificate.subjectInfo(a); }));
-    m_issuer->showText(
-        distinguishedName(certificate.issuerInfoAttributes(),
-                          [&](const QByteArray& a) { return certificate.issuerInfo(a); }));
-    m_validity->showText(validity(certificate));
-    m_thumbprint->showText(
-        QString::fromLatin1(certificate.digest(QCryptographicHash::Sha1).toHex(' ').toUpper()));
 }

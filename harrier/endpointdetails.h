@@ -3,10 +3,11 @@
 #include <QtWidgets/QWidget>
 
 class OutputField;
+class QLabel;
 class QPlainTextEdit;
 class QPushButton;
+class QvelCertificateView;
 class QvelDiscoverySetting;
-struct OpcUa_ByteString;
 
 /// Shows one endpoint as its server described it.
 ///
@@ -26,8 +27,6 @@ Q_SIGNALS:
     void connectRequested();
 
 private:
-    void showCertificate(const OpcUa_ByteString& der);
-
     OutputField* m_server;
     OutputField* m_applicationUri;
     OutputField* m_url;
@@ -36,10 +35,8 @@ private:
     OutputField* m_level;
     OutputField* m_transport;
     QPlainTextEdit* m_tokens;
-    OutputField* m_subject;
-    OutputField* m_issuer;
-    OutputField* m_validity;
-    OutputField* m_thumbprint;
+    QLabel* m_noCertificate;
+    QvelCertificateView* m_certificate;
     QPushButton* m_use;
     QPushButton* m_connect;
 };
