@@ -63,6 +63,7 @@ inline void clear()
 inline std::atomic<int> initialized = 0;
 inline std::atomic<int> taskBlocks = 0;
 
+inline constexpr HRESULT invalidArgument = HRESULT(0x80070057);
 inline constexpr HRESULT notInitialized = HRESULT(0x800401F0);
 inline constexpr HRESULT nullReference = HRESULT(0x800706F4); // what a proxy says of a null array
 
@@ -105,8 +106,10 @@ struct ClassEnumerator : Object<IOPCEnumGUID>
 {
     using Object::Object;
 
-    HRESULT Next(ULONG, GUID* guids, ULONG* fetched) override
+    HRESULT Next(ULONG count, GUID* guids, ULONG* fetched) override
     {
+        if (count != 1 || !guids || !fetched)
+            return invalidArgument;
         if (next == indexes.size() && computer.endless)
             next = 0;
         *fetched = next < indexes.size();
@@ -162,10 +165,10 @@ namespace comsurface {
 
 using namespace comstandin;
 
-HRESULT CoInitializeEx(void*, DWORD)
+HRESULT CoInitializeEx(void* reserved, DWORD)
 {
-    if (FAILED(answers.coInitializeEx))
-        return answers.coInitializeEx;
+    if (reserved || FAILED(answers.coInitializeEx))
+        return reserved ? invalidArgument : answers.coInitializeEx;
     ++initialized;
     return initializedHere++ == 0 ? S_OK : S_FALSE;
 }
