@@ -38,13 +38,11 @@ void* allocZeroed(std::size_t count, std::size_t size)
     return std::calloc(count ? count : 1, size);
 }
 
-// Strings and byte strings differ by the terminating NUL only.
+// Into an empty target. Strings and byte strings differ by the terminating NUL only.
 template <class T>
-OpcUa_StatusCode assignBytes(T* target, const void* data, OpcUa_Int32 length)
+OpcUa_StatusCode fillBytes(T* target, const void* data, OpcUa_Int32 length)
 {
     constexpr std::size_t terminator = std::is_same_v<T, OpcUa_String> ? 1 : 0;
-    OpcUa_Memory_Free(target->Data);
-    *target = {};
     if (!data || length < 0)
         return OpcUa_Good;
     void* copy = OpcUa_Memory_Alloc(std::size_t(length) + terminator);
@@ -56,6 +54,14 @@ OpcUa_StatusCode assignBytes(T* target, const void* data, OpcUa_Int32 length)
     target->Length = length;
     target->Data = static_cast<decltype(target->Data)>(copy);
     return OpcUa_Good;
+}
+
+template <class T>
+OpcUa_StatusCode assignBytes(T* target, const void* data, OpcUa_Int32 length)
+{
+    OpcUa_Memory_Free(target->Data);
+    *target = {};
+    return fillBytes(target, data, length);
 }
 
 template <class T>
@@ -72,7 +78,7 @@ constexpr bool isBytes = std::is_same_v<T, OpcUa_String> || std::is_same_v<T, Op
 template <class T>
 void clearValue(T& value);
 template <class T>
-OpcUa_StatusCode copyValue(const T& from, T& to);
+OpcUa_StatusCode fillValue(const T& from, T& to);
 template <class T>
 bool equalValue(const T& a, const T& b);
 
@@ -101,7 +107,7 @@ struct Copier
     void operator()(const T& from, T& to)
     {
         if (OpcUa_IsGood(status))
-            status = copyValue(from, to);
+            status = fillValue(from, to);
     }
     template <class N, class P, class N2, class P2>
     void operator()(StackArray<N, P> from, StackArray<N2, P2> to)
@@ -159,37 +165,53 @@ void clearValue(T& value)
     std::memset(&value, 0, sizeof value);
 }
 
+// Structures that may hold one of their kind again, at any depth.
 template <class T>
-OpcUa_StatusCode copyValue(const T& from, T& to)
+constexpr bool mayNest =
+    std::is_same_v<T, OpcUa_DataValue> || std::is_same_v<T, OpcUa_DiagnosticInfo>;
+
+// Into an empty target, as all parts of a copy are.
+template <class T>
+OpcUa_StatusCode fillValue(const T& from, T& to)
 {
     if constexpr (isBytes<T>) {
-        return assignBytes(&to, from.Data, from.Length);
+        return fillBytes(&to, from.Data, from.Length);
     } else if constexpr (std::is_same_v<T, OpcUa_Variant>) {
         return OpcUa_Variant_CopyTo(&from, &to);
     } else if constexpr (std::is_same_v<T, OpcUa_NodeId>) {
-        clearValue(to);
         to.IdentifierType = from.IdentifierType;
         to.NamespaceIndex = from.NamespaceIndex;
         if (from.IdentifierType == OpcUa_IdentifierType_String)
-            return copyValue(from.Identifier.String, to.Identifier.String);
+            return fillValue(from.Identifier.String, to.Identifier.String);
         if (from.IdentifierType == OpcUa_IdentifierType_Opaque)
-            return copyValue(from.Identifier.ByteString, to.Identifier.ByteString);
+            return fillValue(from.Identifier.ByteString, to.Identifier.ByteString);
         to.Identifier = from.Identifier;
     } else if constexpr (std::is_arithmetic_v<T> || std::is_enum_v<T> ||
                          std::is_same_v<T, OpcUa_Guid>) {
         to = from;
     } else {
-        clearValue(to);
-        const OpcUaNesting nesting;
-        if (nesting.isTooDeep())
-            return OpcUa_BadEncodingLimitsExceeded;
         Copier copier;
-        StackFields<T>::visit(copier, from, to);
-        if (OpcUa_IsNotGood(copier.status))
-            clearValue(to);
+        if constexpr (mayNest<T>) {
+            const OpcUaNesting nesting;
+            if (nesting.isTooDeep())
+                return OpcUa_BadEncodingLimitsExceeded;
+            StackFields<T>::visit(copier, from, to);
+        } else {
+            StackFields<T>::visit(copier, from, to);
+        }
         return copier.status;
     }
     return OpcUa_Good;
+}
+
+template <class T>
+OpcUa_StatusCode copyValue(const T& from, T& to)
+{
+    clearValue(to);
+    const OpcUa_StatusCode status = fillValue(from, to);
+    if (OpcUa_IsNotGood(status))
+        clearValue(to);
+    return status;
 }
 
 template <class T>
