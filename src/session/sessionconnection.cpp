@@ -81,7 +81,7 @@ void SessionConnection::socketConnected(const SecureChannel::Settings& settings)
     flush();
 }
 
-// What the answers call for leaves together, after the last one.
+// What the answers of one read call for leaves together, after the last one.
 void SessionConnection::readSocket()
 {
     const QPointer<SessionConnection> self(this);
@@ -90,9 +90,6 @@ void SessionConnection::readSocket()
     if (!self)
         return;
     m_isReading = false;
-    if (m_closed)
-        return;
-    flush();
     arm();
 }
 
@@ -125,6 +122,7 @@ void SessionConnection::readMessages()
         }
         if (m_channel->state() == SecureChannel::State::Failed)
             return close(m_channel->status(), m_channel->reason());
+        flush();
     }
 }
 
