@@ -102,11 +102,15 @@ void QvelTrendWidget::Private::insert(TrendCurve& curve, std::vector<TrendPoint>
     changed();
 }
 
+static UaDateTime timeOf(const UaDataValue& value)
+{
+    const UaDateTime time = value.sourceTimestamp();
+    return time.isNull() ? value.serverTimestamp() : time;
+}
+
 static TrendPoint pointOf(const UaDataValue& value)
 {
-    UaDateTime time = value.sourceTimestamp();
-    if (time.isNull())
-        time = value.serverTimestamp();
+    UaDateTime time = timeOf(value);
     if (time.isNull())
         time = UaDateTime::now();
     return {time.ticks(), trendNumber(value.value()).value_or(qQNaN()), value.status().code()};
@@ -352,8 +356,8 @@ QvelTrendWidget::QvelTrendWidget(QWidget* parent)
             for (const UaDataValue& value : values) {
                 if (const auto number = trendNumber(value.value());
                     number || value.status().isBad())
-                    points.push_back({value.sourceTimestamp().ticks(), number.value_or(qQNaN()),
-                                      value.status().code()});
+                    points.push_back(
+                        {timeOf(value).ticks(), number.value_or(qQNaN()), value.status().code()});
             }
             TrendCurve* curve = d->find(id);
             QString& told = d->nodes[id].history;
