@@ -1,35 +1,54 @@
 #pragma once
 
-#include <QtCore/QElapsedTimer>
 #include <QtCore/QObject>
 
 #include <algorithm>
+#include <chrono>
+#include <ctime>
 
-/// The longest time for which the event loop came to nothing else.
+inline double wallMilliseconds()
+{
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    return std::chrono::duration<double, std::milli>(now).count();
+}
+
+/// Of the processor's time that this thread takes: what else the machine does makes no difference.
+inline double threadMilliseconds()
+{
+    timespec time = {};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return 1e3 * double(time.tv_sec) + 1e-6 * double(time.tv_nsec);
+}
+
+/// The longest time for which the event loop came to nothing else, by one of these clocks.
 class GapWatch : public QObject
 {
 public:
-    GapWatch()
+    using Clock = double (*)();
+
+    explicit GapWatch(Clock clock = wallMilliseconds) : m_clock(clock)
     {
-        m_clock.start();
+        restart();
         startTimer(1, Qt::PreciseTimer);
     }
     /// Milliseconds.
-    double longest() const { return double(m_longest) / 1e6; }
+    double longest() const { return m_longest; }
     void restart()
     {
         m_longest = 0;
-        m_clock.restart();
+        m_last = m_clock();
     }
 
 protected:
     void timerEvent(QTimerEvent*) override
     {
-        m_longest = std::max(m_longest, m_clock.nsecsElapsed());
-        m_clock.restart();
+        const double now = m_clock();
+        m_longest = std::max(m_longest, now - m_last);
+        m_last = now;
     }
 
 private:
-    QElapsedTimer m_clock;
-    qint64 m_longest = 0;
+    const Clock m_clock;
+    double m_longest = 0;
+    double m_last = 0;
 };

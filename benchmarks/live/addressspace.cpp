@@ -104,9 +104,8 @@ Cost costOfOpening(int children)
     Connection connection(children);
     Tree tree(connection.session);
     const double before = heapBytes();
-    GapWatch gap;
+    GapWatch gap(threadMilliseconds);
     tree.open(children);
-    const double longest = gap.longest();
     const double after = heapBytes();
     double texts = 0;
     for (int row = 0; row < children; ++row) {
@@ -115,7 +114,7 @@ Cost costOfOpening(int children)
                             QvelAddressSpaceModel::NodeId})
             texts += double(model.index(row, column, tree.index()).data().toString().size());
     }
-    return {(after - before - texts) / children, longest};
+    return {(after - before - texts) / children, gap.longest()};
 }
 
 } // namespace
