@@ -128,8 +128,8 @@ void benchAddressSpace(Figures& figures)
     const auto [tree, plain] = medians(
         runs,
         [&] {
-            Tree tree(connection.session);
-            return milliseconds([&] { tree.open(children); });
+            Tree fresh(connection.session);
+            return milliseconds([&] { fresh.open(children); });
         },
         [&] {
             return milliseconds([&] {

@@ -132,10 +132,10 @@ public:
     void readEach()
     {
         QEventLoop loop;
-        qsizetype open = m_tags.size();
+        qsizetype missing = m_tags.size();
         for (int i = 0; i < m_tags.size(); ++i)
             readOne(i, loop, [&] {
-                if (--open == 0)
+                if (--missing == 0)
                     loop.quit();
             });
         loop.exec();
