@@ -20,6 +20,8 @@ namespace {
 
 using Model = QvelDataViewModel;
 
+constexpr int rowsAtOnce = 16; // painted
+
 // As wide as this text.
 struct ColumnWidth
 {
@@ -278,6 +280,8 @@ static bool isOwnKey(const QKeyEvent* event)
 // Not the host's shortcuts while the table has the focus.
 bool DataViewTable::event(QEvent* event)
 {
+    if (event->type() == QEvent::Polish)
+        findBackground();
     if (event->type() == QEvent::ShortcutOverride && isOwnKey(static_cast<QKeyEvent*>(event))) {
         event->accept();
         return true;
@@ -300,9 +304,40 @@ void DataViewTable::keyPressEvent(QKeyEvent* event)
         QTableView::keyPressEvent(event);
 }
 
+// Whether all of the viewport is painted here: its background, too, where that is one colour.
+void DataViewTable::findBackground()
+{
+    const QBrush& brush = viewport()->palette().brush(viewport()->backgroundRole());
+    viewport()->setAttribute(Qt::WA_OpaquePaintEvent, viewport()->autoFillBackground() &&
+                                                          brush.style() == Qt::SolidPattern &&
+                                                          brush.isOpaque());
+}
+
+void DataViewTable::changeEvent(QEvent* event)
+{
+    QTableView::changeEvent(event);
+    if (event->type() == QEvent::StyleChange || event->type() == QEvent::PaletteChange)
+        findBackground();
+}
+
+// Some rows after the other, each with its background: a thousand of them at once would be out of
+// the processor's cache before their texts are painted, which then takes twice the time.
 void DataViewTable::paintEvent(QPaintEvent* event)
 {
-    QTableView::paintEvent(event);
+    const QRect all = event->rect();
+    const int height = rowsAtOnce * verticalHeader()->defaultSectionSize();
+    for (int top = all.top(), end = 0; top <= all.bottom(); top = end) {
+        const int last = rowAt(top + height);
+        end = last < 0 ? all.bottom() + 1 : rowViewportPosition(last) + rowHeight(last);
+        const QRegion part = event->region() & QRect(all.left(), top, all.width(), end - top);
+        if (viewport()->testAttribute(Qt::WA_OpaquePaintEvent)) {
+            QPainter painter(viewport());
+            for (const QRect& rect : part)
+                painter.fillRect(rect, viewport()->palette().brush(viewport()->backgroundRole()));
+        }
+        QPaintEvent partEvent(part);
+        QTableView::paintEvent(&partEvent);
+    }
     if (m_list->rowCount() > 0)
         return;
     QPainter painter(viewport());

@@ -25,6 +25,7 @@ Q_SIGNALS:
 
 protected:
     bool event(QEvent* event) override;
+    void changeEvent(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void dropEvent(QDropEvent* event) override;
@@ -33,6 +34,7 @@ protected:
                      const QList<int>& roles) override;
 
 private:
+    void findBackground();
     void moveSelected(int step);
 
     QvelDataViewModel* const m_list;

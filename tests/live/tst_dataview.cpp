@@ -221,6 +221,14 @@ void tst_DataView::fill()
     QTest::keyClick(view.table(), Qt::Key_Delete);
     QCOMPARE(view.column(Model::Name),
              QStringList({"ScalarString", "", "Objects", "Item2", "Mine"}));
+    for (const char* sheet : {"", "QTableView { background: #102030 }"}) { // beside the rows, too
+        view.widget.setStyleSheet(sheet);
+        const QImage image = view.table()->viewport()->grab().toImage();
+        const QColor base =
+            *sheet ? QColor("#102030") : view.table()->palette().color(QPalette::Base);
+        for (const QPoint& point : {QPoint(1, 1), QPoint(5, image.height() - 5)})
+            QCOMPARE(image.pixelColor(point), base);
+    }
     // While it waits, a row may go, and come again.
     for (int i = 0; i < 20; ++i) {
         view.model()->removeRows(0, view.model()->rowCount());
