@@ -33,9 +33,9 @@ constexpr int emptyInterval = 2000; // ms, before a subscription without rows go
 constexpr int flushInterval = 50;   // ms
 // A window that has them all in sight takes long to paint: rows are shown in so many parts at most,
 // with some milliseconds for others between two of them.
-constexpr size_t mostParts = 8;
-constexpr size_t smallestPart = 256;
-constexpr int breath = 4;
+constexpr size_t mostParts = 12;
+constexpr size_t smallestPart = 64;
+constexpr int breath = 3;
 constexpr int recordInterval = 250;                 // ms, between looks at the recorder
 constexpr size_t mostBlocks = 32;                   // of rows, each a signal of its own
 constexpr double longest = 1e10;                    // ms
