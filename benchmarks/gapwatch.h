@@ -1,10 +1,21 @@
 #pragma once
 
+#include <QtCore/QEventLoop>
 #include <QtCore/QObject>
+#include <QtCore/QTimer>
 
 #include <algorithm>
 #include <chrono>
 #include <ctime>
+
+/// Runs the event loop for some milliseconds. QTest::qWait() looks around every few of them, and
+/// sleeps for up to 10 between two looks, in which nothing is handled.
+inline void runEvents(int time)
+{
+    QEventLoop loop;
+    QTimer::singleShot(time, &loop, &QEventLoop::quit);
+    loop.exec();
+}
 
 inline double wallMilliseconds()
 {
