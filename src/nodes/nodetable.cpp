@@ -198,9 +198,9 @@ quint32 NodeTable::type(const QByteArray& key, bool isReferenceType)
     const quint32 number = quint32(m_types.size());
     m_types.append({key, {}, {}, isReferenceType});
     m_typeOf.insert(key, number);
-    if (m_unnamed.isEmpty()) // those that come with it go with it
-        QMetaObject::invokeMethod(this, &NodeTable::readNames, Qt::QueuedConnection);
     m_unnamed.append(number);
+    // Those that come with it go with it, and those that could not be read before.
+    QMetaObject::invokeMethod(this, &NodeTable::readNames, Qt::QueuedConnection);
     return number;
 }
 

@@ -518,6 +518,7 @@ void tst_AddressSpace::hostile()
     isHealed = true;
     tree.press(Qt::Key_F5);
     QTRY_COMPARE_WITH_TIMEOUT(lastText(gone), QString("here"), patience);
+    QCOMPARE(tree.model()->rowCount(gone), 1);
     QVERIFY(!QModelIndex(gone).data(Model::FailureRole).toBool());
     open(4);
     QTRY_VERIFY2_WITH_TIMEOUT(lastText(at(4)).contains("BadEncodingLimitsExceeded"),
