@@ -156,6 +156,8 @@ private:
     // QByteArray::append() takes a longer way for the few bytes of a field.
     void append(const void* data, std::size_t size)
     {
+        if (size == 0) // of data that may be null
+            return;
         const qsizetype end = m_out.size();
         m_out.resize(end + qsizetype(size));
         std::memcpy(m_out.data() + end, data, size);
