@@ -1,5 +1,6 @@
 #include "displaydialog.h"
 
+#include "base/retranslate_p.h"
 #include "base/windowplace_p.h"
 
 #include <QtGui/QShowEvent>
@@ -15,7 +16,6 @@ QvelDisplayDialog::QvelDisplayDialog(QvelDisplayDialogFlags flags, QWidget* pare
     setWindowFlags(Qt::Window | Qt::CustomizeWindowHint);
 
     m_textEdit->setTabChangesFocus(true);
-    m_textEdit->setAccessibleName(tr("Text"));
     m_textEdit->setReadOnly(m_flags.testFlag(ReadOnly));
     if (m_flags.testFlag(WrapAnywhere))
         m_textEdit->setWordWrapMode(QTextOption::WrapAnywhere);
@@ -24,12 +24,15 @@ QvelDisplayDialog::QvelDisplayDialog(QvelDisplayDialogFlags flags, QWidget* pare
 
     auto* buttons =
         new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, Qt::Horizontal);
-    if (m_flags.testFlag(ReadOnly)) {
+    if (m_flags.testFlag(ReadOnly))
         buttons->button(QDialogButtonBox::Ok)->hide();
-        buttons->button(QDialogButtonBox::Cancel)->setText(tr("Close"));
-    } else {
-        buttons->button(QDialogButtonBox::Ok)->setText(tr("Write"));
-    }
+    retranslated(buttons, [this, buttons] {
+        m_textEdit->setAccessibleName(tr("Text"));
+        if (m_flags.testFlag(ReadOnly))
+            buttons->button(QDialogButtonBox::Cancel)->setText(tr("Close"));
+        else
+            buttons->button(QDialogButtonBox::Ok)->setText(tr("Write"));
+    });
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);

@@ -1,5 +1,6 @@
 #include "editorbases.h"
 
+#include "base/retranslate_p.h"
 #include "base/windowplace_p.h"
 
 #include <QtCore/QCoreApplication>
@@ -32,7 +33,8 @@ QvelDialogWidgetBase::QvelDialogWidgetBase(QvelDialogWidgetFlags flags, QWidget*
     m_layout->setContentsMargins(0, 0, 0, 0);
     m_buttonBox =
         new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, Qt::Horizontal, this);
-    m_buttonBox->button(QDialogButtonBox::Ok)->setText(tr("Write"));
+    retranslated(m_buttonBox,
+                 [this] { m_buttonBox->button(QDialogButtonBox::Ok)->setText(tr("Write")); });
     m_layout->addWidget(m_buttonBox);
     setLayout(m_layout);
     connect(m_buttonBox, &QDialogButtonBox::accepted, this, &QDialog::accept);
