@@ -101,6 +101,7 @@ private:
     void nameAfterEndpoint();
     static QString securityModeToString(OpcUa_MessageSecurityMode mode);
 
+    /// \cond
     // Owns what a description points to.
     struct KESTREL_EXPORT Endpoint : OpcUa_EndpointDescription
     {
@@ -123,6 +124,7 @@ private:
         ~Password();
         QString text;
     };
+    /// \endcond
 
     Endpoint m_endpoint;
     QString m_displayName;

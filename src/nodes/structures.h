@@ -75,6 +75,7 @@ struct KESTREL_EXPORT QvelEnumDefinition
     static std::optional<QvelEnumDefinition> fromVariant(const UaVariant& value);
 };
 
+/// A field of a StructureDefinition.
 struct QvelStructureField
 {
     UaString name;

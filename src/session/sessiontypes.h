@@ -71,11 +71,13 @@ struct QvelReadItem
     UaString indexRange;          ///< OPC 10000-4, 7.27; empty for all
     UaQualifiedName dataEncoding; ///< empty for the default one
 };
+/// What was read.
 struct QvelReadResult : QvelServiceResult
 {
     QList<UaDataValue> values; ///< one an item, in the items' order
 };
 
+/// A value to write into one attribute.
 struct QvelWriteItem
 {
     UaNodeId nodeId;
@@ -83,6 +85,7 @@ struct QvelWriteItem
     OpcUa_UInt32 attributeId = QvelAttribute::Value;
     UaString indexRange;
 };
+/// How each write went.
 struct QvelWriteResult : QvelServiceResult
 {
     QList<UaStatusCode> results; ///< one an item
@@ -99,6 +102,7 @@ struct QvelBrowseItem
     bool includeSubtypes = true;
     OpcUa_UInt32 nodeClassMask = 0; ///< of the targets, 0 for all
 };
+/// A reference, seen from the node that was browsed, and what the server says about its target.
 struct QvelReference
 {
     UaNodeId referenceTypeId;
@@ -109,16 +113,19 @@ struct QvelReference
     OpcUa_UInt32 nodeClass = 0;
     UaExpandedNodeId typeDefinition; ///< of Objects and Variables, else null
 };
+/// The references of one node, from all continuation points.
 struct QvelBrowseNodeResult
 {
     UaStatusCode status;
     QList<QvelReference> references; ///< all of them; those before a failure, where it came late
 };
+/// What was browsed.
 struct QvelBrowseResult : QvelServiceResult
 {
     QList<QvelBrowseNodeResult> results; ///< one an item
 };
 
+/// One step of a browse path. By default down to a child.
 struct QvelPathElement
 {
     UaQualifiedName targetName;
@@ -126,38 +133,45 @@ struct QvelPathElement
     bool isInverse = false;
     bool includeSubtypes = true;
 };
+/// The way from a node to others, by browse names.
 struct QvelBrowsePath
 {
     UaNodeId startingNode;
     QList<QvelPathElement> elements;
 };
+/// A node at the end of a path, or where the path leaves the server.
 struct QvelPathTarget
 {
     UaExpandedNodeId nodeId;
     OpcUa_UInt32 remainingPathIndex = 0; ///< 0xffffffff when the path is used up
 };
+/// Where one path leads: none, one or several nodes.
 struct QvelTranslatedPath
 {
     UaStatusCode status;
     QList<QvelPathTarget> targets;
 };
+/// Where the paths lead.
 struct QvelTranslateResult : QvelServiceResult
 {
     QList<QvelTranslatedPath> results; ///< one a path
 };
 
+/// A method to call on an object, with the input arguments in their declared order and types.
 struct QvelCallItem
 {
     UaNodeId objectId;
     UaNodeId methodId;
     QList<UaVariant> inputArguments;
 };
+/// How one call went, and what the method returned.
 struct QvelMethodResult
 {
     UaStatusCode status;
     QList<UaStatusCode> inputArgumentResults; ///< none where all are Good
     QList<UaVariant> outputArguments;
 };
+/// How the calls went.
 struct QvelCallResult : QvelServiceResult
 {
     QList<QvelMethodResult> results; ///< one an item
@@ -169,6 +183,7 @@ struct QvelHistoryItem
     UaNodeId nodeId;
     UaString indexRange;
 };
+/// Which part of the history is read; backwards where `from` is after `to`.
 struct QvelHistoryDetails
 {
     UaDateTime from;
@@ -179,16 +194,19 @@ struct QvelHistoryDetails
     double processingInterval = 0;  ///< processed, milliseconds
     OpcUa_UInt32 maximum = 10'000'000; ///< values that are taken altogether; BadTooManyMatches then
 };
+/// The history of one node, from all continuation points.
 struct QvelHistoryNodeResult
 {
     UaStatusCode status; ///< GoodNoData where there is nothing
     QList<UaDataValue> values;
 };
+/// What was read from the history.
 struct QvelHistoryResult : QvelServiceResult
 {
     QList<QvelHistoryNodeResult> results; ///< one an item
 };
 
+/// The NodeIds under which the server knows the nodes from now on, in this session.
 struct QvelRegisterResult : QvelServiceResult
 {
     QList<UaNodeId> nodeIds; ///< one a node

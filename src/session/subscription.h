@@ -64,6 +64,7 @@ struct QvelDataChange
     /// Values between this one and the last were dropped by the server (OPC 10000-4, 7.39.1).
     bool hasOverflow() const { return (value.status().code() & 0x480u) == 0x480u; }
 };
+/// An event of a monitored item with eventFields.
 struct QvelEvent
 {
     OpcUa_UInt32 handle = 0;

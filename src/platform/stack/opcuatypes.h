@@ -113,6 +113,7 @@ struct OpcUa_ByteString
 /// UTF-8 XML text in a byte string.
 using OpcUa_XmlElement = OpcUa_ByteString;
 
+/// OPC 10000-6, 5.1.3. The numbers in the byte order of this computer.
 struct OpcUa_Guid
 {
     OpcUa_UInt32 Data1;
@@ -121,6 +122,7 @@ struct OpcUa_Guid
     OpcUa_Byte Data4[8];
 };
 
+/// OPC 10000-3, 8.2. All zero for the null NodeId.
 struct OpcUa_NodeId
 {
     OpcUa_UInt16 IdentifierType; ///< an OpcUa_IdentifierType
@@ -134,6 +136,8 @@ struct OpcUa_NodeId
     } Identifier;
 };
 
+/// A NodeId that may be another server's. The URI counts instead of the namespace index where there
+/// is one; server 0 is the one that was asked.
 struct OpcUa_ExpandedNodeId
 {
     OpcUa_NodeId NodeId;
@@ -141,12 +145,14 @@ struct OpcUa_ExpandedNodeId
     OpcUa_UInt32 ServerIndex;
 };
 
+/// OPC 10000-3, 8.3.
 struct OpcUa_QualifiedName
 {
     OpcUa_UInt16 NamespaceIndex;
     OpcUa_String Name;
 };
 
+/// OPC 10000-3, 8.5. A locale is such as "de-DE".
 struct OpcUa_LocalizedText
 {
     OpcUa_String Locale;
@@ -202,6 +208,7 @@ union OpcUa_VariantValue
     } Matrix;
 };
 
+/// A value of any built-in type, scalar, array or matrix. All zero for the empty value.
 struct OpcUa_Variant
 {
     OpcUa_Byte Datatype;  ///< an OpcUa_BuiltInType
