@@ -10,6 +10,7 @@
 
 #include <QtCore/QCoreApplication>
 #include <QtWidgets/QTabWidget>
+#include <QtWidgets/QVBoxLayout>
 
 namespace {
 
@@ -72,6 +73,14 @@ const QList<Page>& galleryPages()
 
 void addPages(Host& host, const QList<Page>& pages, QTabWidget* tabs)
 {
+    QObject::connect(tabs, &QTabWidget::currentChanged, tabs, [&host, &pages, tabs](int index) {
+        QWidget* const place = tabs->widget(index);
+        if (!place || place->layout())
+            return;
+        auto* layout = new QVBoxLayout(place);
+        layout->setContentsMargins({});
+        layout->addWidget(pages.at(index).create(host));
+    });
     for (const Page& page : pages)
-        tabs->addTab(page.create(host), QCoreApplication::translate("Page", page.title));
+        tabs->addTab(new QWidget, QCoreApplication::translate("Page", page.title));
 }

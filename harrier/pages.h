@@ -17,4 +17,5 @@ struct Page
 /// The pages of the servers' tab, and of the gallery, in their order.
 const QList<Page>& pages();
 const QList<Page>& galleryPages();
+/// Makes each page when its tab is first the current one. `pages` is one of the above.
 void addPages(Host& host, const QList<Page>& pages, QTabWidget* tabs);

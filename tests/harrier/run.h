@@ -36,7 +36,7 @@ struct Run
         for (int i = 0; i < pages().size(); ++i)
             if (QByteArray(pages().at(i).name) == name)
                 QTest::keyClick(&window, Qt::Key(Qt::Key_1 + i), Qt::AltModifier);
-        return *window.pageTabs()->currentWidget();
+        return *window.pageTabs()->currentWidget()->layout()->itemAt(0)->widget();
     }
     QWidget& galleryPage(int number)
     {
