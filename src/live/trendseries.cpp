@@ -175,15 +175,15 @@ void TrendSeries::merge(qsizetype index, Points::const_iterator from, Points::co
                     std::make_move_iterator(entries.end()));
 }
 
-void TrendSeries::dropOldest()
+void TrendSeries::dropOldest(qsizetype count)
 {
-    if (isEmpty())
-        return;
-    --m_size;
-    if (++m_dropped == block(0).size()) {
-        m_blocks.erase(m_blocks.begin());
-        m_dropped = 0;
-    }
+    count = std::min(count, m_size);
+    m_size -= count;
+    m_dropped += count;
+    auto kept = m_blocks.cbegin();
+    for (; kept != m_blocks.cend() && m_dropped >= kept->block->size(); ++kept)
+        m_dropped -= kept->block->size();
+    m_blocks.erase(m_blocks.cbegin(), kept);
 }
 
 TrendSeries::Position TrendSeries::next(Position position) const

@@ -63,7 +63,7 @@ public:
     void insert(const TrendPoint& point);
     /// Many at a time, which is much faster for late ones.
     void insert(std::vector<TrendPoint> points);
-    void dropOldest();
+    void dropOldest(qsizetype count = 1);
 
     qsizetype size() const { return m_size; }
     bool isEmpty() const { return m_size == 0; }

@@ -228,8 +228,10 @@ void TrendVariables::whenThere(QFuture<Result> future, Use use)
 
 void TrendVariables::tell(const QList<int>& ids)
 {
-    const QPointer<TrendVariables> alive(this); // a host may delete the trend
-    for (qsizetype i = 0; alive && i < ids.size(); ++i)
+    // A host may delete the trend, or give it another session.
+    const QPointer<TrendVariables> alive(this);
+    const quint32 generation = m_generation;
+    for (qsizetype i = 0; alive && generation == m_generation && i < ids.size(); ++i)
         if (m_variables.contains(ids[i]))
             Q_EMIT described(ids[i], m_variables.value(ids[i]).description);
 }
@@ -256,9 +258,9 @@ void TrendVariables::describeNew()
     whenThere(m_session->read(items), [=](const QvelReadResult& read) {
         if (read.values.size() != items.size())
             return;
-        takeAttributes(ids, read.values);
         whenThere(m_session->translateBrowsePaths(paths),
                   [=](const QvelTranslateResult& translated) { readProperties(ids, translated); });
+        takeAttributes(ids, read.values);
     });
 }
 

@@ -80,16 +80,30 @@ TrendCurve* QvelTrendWidget::Private::make(const QString& name, const QString& u
     return curves.back().get();
 }
 
+// The longest series give, down to the next longest or by as much as each of them has to.
 void QvelTrendWidget::Private::keepToLimit()
 {
     while (total > maximum) {
-        const auto longest =
-            std::max_element(curves.begin(), curves.end(), [](const auto& a, const auto& b) {
-                return a->points.size() < b->points.size();
-            });
-        (*longest)->points.dropOldest();
-        --total;
-        ++dropped;
+        qsizetype longest = 0, next = 0, count = 0;
+        for (const auto& curve : curves) {
+            const qsizetype size = curve->points.size();
+            if (size > longest) {
+                next = std::exchange(longest, size);
+                count = 0;
+            } else if (size < longest) {
+                next = std::max(next, size);
+            }
+            count += size == longest;
+        }
+        const qsizetype each =
+            std::min(longest - next, std::max<qsizetype>((total - maximum) / count, 1));
+        for (const auto& curve : curves) {
+            if (curve->points.size() != longest || total == maximum)
+                continue;
+            curve->points.dropOldest(each);
+            total -= each;
+            dropped += each;
+        }
     }
 }
 
@@ -168,6 +182,7 @@ void QvelTrendWidget::Private::showConnection()
         curve->isStale = !isConnected;
         curve->isLive = isConnected && it->isMonitored;
         curve->arrivals = 0;
+        it->isReading = it->isReading && variables.session();
         if (it->status.isGood())
             curve->trouble = isConnected ? QString() : tr("not connected");
     }
@@ -252,11 +267,13 @@ void QvelTrendWidget::Private::finishView()
     follow();
     view.cursor = fixedCursor;
     view.hasFocus = q->hasFocus();
-    view.note = message;
+    const bool isReading =
+        std::any_of(nodes.cbegin(), nodes.cend(), [](const Variable& v) { return v.isReading; });
+    view.note = isReading ? tr("Reading the history ...") : message;
     if (dropped > 0)
         view.note =
             tr("The oldest values were dropped: %1 are kept.").arg(q->locale().toString(maximum)) +
-            (message.isEmpty() ? QString() : u' ' + message);
+            (view.note.isEmpty() ? QString() : u' ' + view.note);
     view.state = following > 0 ? tr("Live, %1").arg(durationText(following, q->locale()))
                                : tr("Paused (End: live)");
     view.hint = tr("Drop variables here, or paste them.");
@@ -287,6 +304,8 @@ QString QvelTrendWidget::Private::spoken() const
         }
     } else {
         parts.append(view.state);
+        if (!view.note.isEmpty())
+            parts.append(view.note);
         for (const auto& curve : curves)
             parts.append(
                 QStringLiteral("%1: %2").arg(curve->label, trendCurrentText(*curve, q->locale())));
@@ -360,6 +379,7 @@ QvelTrendWidget::QvelTrendWidget(QWidget* parent)
                         {timeOf(value).ticks(), number.value_or(qQNaN()), value.status().code()});
             }
             TrendCurve* curve = d->find(id);
+            d->nodes[id].isReading = false;
             QString& told = d->nodes[id].history;
             told =
                 status.isBad()
@@ -376,7 +396,7 @@ void QvelTrendWidget::setSession(QvelSession* session)
 {
     if (session != d->variables.session())
         for (Private::Variable& variable : d->nodes)
-            variable.isMonitored = false;
+            variable.isMonitored = variable.isReading = false;
     d->variables.setSession(session);
 }
 
@@ -670,7 +690,8 @@ void QvelTrendWidget::loadHistory()
             ids.append(it.key());
     if (ids.isEmpty() || !d->variables.isConnected())
         return;
-    d->message = tr("Reading the history ...");
+    for (const int id : std::as_const(ids))
+        d->nodes[id].isReading = true;
     d->changed();
     const auto [from, to] = timeRange();
     d->variables.loadHistory(ids, from, to, d->maximum);

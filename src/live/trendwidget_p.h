@@ -26,7 +26,8 @@ public:
         bool isMonitored = false; // or will be again once the connection is back
         bool hasHistory = false;
         bool isNamed = false; // by the link, not by the server
-        QString history;      // how the last reading of it went
+        bool isReading = false;
+        QString history; // how the last reading of it went
     };
     enum class Drag { None, Pan, Band, Scale, Legend };
     /// What the mouse holds, and how things were when it was pressed.

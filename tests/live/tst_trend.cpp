@@ -397,6 +397,18 @@ void tst_Trend::limit()
     trend.removeSeries(few);
     trend.append(trend.id, at(5000), 0);
     QCOMPARE(trend.pointCount(trend.id), 1000);
+    // Of many, all of a length, and many at a time.
+    trend.setMaximumPoints(2'000'000);
+    QList<int> ids;
+    for (int i = 0; i < 255; ++i) {
+        ids.append(trend.addSeries("Full"));
+        for (int k = 0; k < 4096 + (i < 2); ++k)
+            trend.append(ids.last(), at(k), k);
+    }
+    trend.setMaximumPoints(256 * 8 + 5);
+    QCOMPARE(trend.droppedPoints(), 4001 + 1000 + 255 * 4096 + 2 - 256 * 8 - 5);
+    for (int i = 0; i < 255; ++i)
+        QCOMPARE(trend.pointCount(ids[i]), 8 + (i >= 250));
 }
 
 // The axis runs with this computer's clock, or with that of the values.
