@@ -48,6 +48,15 @@ static quint32 spaceOfKey(QByteArrayView key)
     return space;
 }
 
+// Which of the types that count for the icons it is; 0 for none.
+static OpcUa_UInt32 standardNumber(const QByteArray& key)
+{
+    for (const OpcUa_UInt32 number : {folderType, propertyType, hasProperty})
+        if (key == keyOf(0, UaNodeId(number)))
+            return number;
+    return 0;
+}
+
 static UaNodeId idOfKey(QByteArrayView key, OpcUa_UInt16 index)
 {
     const QByteArrayView bytes = key.sliced(keyHead);
@@ -196,7 +205,7 @@ quint32 NodeTable::type(const QByteArray& key, bool isReferenceType)
     if (id(key).nodeId().isNull())
         return m_typeOf[key] = 0;
     const quint32 number = quint32(m_types.size());
-    m_types.append({key, {}, {}, isReferenceType});
+    m_types.append({key, {}, {}, standardNumber(key), isReferenceType});
     m_typeOf.insert(key, number);
     m_unnamed.append(number);
     // Those that come with it go with it, and those that could not be read before.
@@ -358,16 +367,13 @@ QString nodeClassName(OpcUa_UInt32 nodeClass)
 
 QIcon NodeTable::icon(const CompactNode& node)
 {
-    const auto isStandard = [this](quint32 type, OpcUa_UInt32 number) {
-        return m_types[type].key == keyOf(0, UaNodeId(number));
-    };
     const NodeClass* look = findNodeClass(node.nodeClass);
     if ((node.flags & CompactNode::Failed) != 0)
         look = &failureLook;
-    else if (look == &nodeClasses[0] && isStandard(node.typeDefinition, folderType))
+    else if (look == &nodeClasses[0] && m_types[node.typeDefinition].number == folderType)
         look = &folderLook;
-    else if (look == &nodeClasses[1] && (isStandard(node.typeDefinition, propertyType) ||
-                                         isStandard(node.referenceType, hasProperty)))
+    else if (look == &nodeClasses[1] && (m_types[node.typeDefinition].number == propertyType ||
+                                         m_types[node.referenceType].number == hasProperty))
         look = &propertyLook;
     if (!look)
         return {};

@@ -75,6 +75,7 @@ private:
         QByteArray key;
         QString name;
         QString inverseName;
+        OpcUa_UInt32 number = 0; ///< of those that count for the icons
         bool isReferenceType = false;
     };
     quint32 space(const UaString& uri, OpcUa_UInt32 server, OpcUa_UInt16 index);
