@@ -191,6 +191,15 @@ QString QvelModelDelegate::displayText(const QVariant& value, const QLocale& loc
     return QStyledItemDelegate::displayText(QString(text.left(length) + QChar(0x2026)), locale);
 }
 
+void QvelModelDelegate::initStyleOption(QStyleOptionViewItem* option,
+                                        const QModelIndex& index) const
+{
+    constexpr QChar firstStrongIsolate(0x2068), popDirectionalIsolate(0x2069);
+    QStyledItemDelegate::initStyleOption(option, index);
+    if (option->direction == Qt::RightToLeft && !option->text.isEmpty())
+        option->text = firstStrongIsolate + option->text + popDirectionalIsolate;
+}
+
 // A dialog at a cell that is only minimised with its window has not been closed.
 bool QvelModelDelegate::eventFilter(QObject* watched, QEvent* event)
 {

@@ -39,6 +39,8 @@ public:
     QString displayText(const QVariant& value, const QLocale& locale) const override;
 
 protected:
+    /// A text reads in its own direction, also in a window of the other one: "-1", not "1-".
+    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
