@@ -6,25 +6,6 @@
 
 #include <algorithm>
 
-namespace {
-
-// A DataType with its ValueRank, such as "Int32[3][]".
-QString typeText(const QString& name, const QvelArgument& argument)
-{
-    constexpr OpcUa_Int32 most = 8; // brackets
-    const OpcUa_Int32 rank = argument.valueRank;
-    if (rank == 0)
-        return name + QStringLiteral("[...]");
-    QString text = name;
-    for (OpcUa_Int32 i = 0; i < std::min(rank, most); ++i) {
-        const OpcUa_UInt32 length = argument.arrayDimensions.value(i);
-        text += length > 0 ? QStringLiteral("[%1]").arg(length) : QStringLiteral("[]");
-    }
-    return text;
-}
-
-} // namespace
-
 ArgumentsModel::ArgumentsModel(Direction direction, QObject* parent)
     : QAbstractTableModel(parent), m_direction(direction)
 {
@@ -33,7 +14,7 @@ ArgumentsModel::ArgumentsModel(Direction direction, QObject* parent)
 void ArgumentsModel::changed(int first, int last)
 {
     if (last >= first)
-        Q_EMIT dataChanged(index(first, 0), index(last, ColumnCount - 1));
+        Q_EMIT dataChanged(index(first, 0), index(last, columnCount() - 1));
 }
 
 void ArgumentsModel::setArguments(const QList<QvelArgument>& arguments)
@@ -54,7 +35,6 @@ void ArgumentsModel::setDataType(int row, const DataTypeInfo& info)
         return;
     Row& known = m_rows[std::size_t(row)];
     const ValueType type(info, known.argument.valueRank, known.argument.arrayDimensions);
-    known.typeName = typeText(info.name, known.argument);
     known.cell.setType(type);
     if (known.cell.value().isEmpty() && m_direction == Input)
         known.cell.setValue(type.emptyValue());
@@ -90,8 +70,8 @@ void ArgumentsModel::setValues(const QList<UaVariant>& values)
 void ArgumentsModel::setStatuses(const QList<UaStatusCode>& statuses)
 {
     for (int i = 0; i < rowCount(); ++i)
-        m_rows[std::size_t(i)].status =
-            i < statuses.size() ? statusInWords(statuses[i]) : QString();
+        if (Row& row = m_rows[std::size_t(i)]; !row.isInvalid) // else it was typed since
+            row.status = i < statuses.size() ? statusInWords(statuses[i]) : QString();
     changed(0, rowCount() - 1);
 }
 
@@ -107,7 +87,7 @@ int ArgumentsModel::rowCount(const QModelIndex& parent) const
 
 int ArgumentsModel::columnCount(const QModelIndex& parent) const
 {
-    return parent.isValid() ? 0 : int(ColumnCount);
+    return parent.isValid() ? 0 : m_direction == Output ? int(StatusColumn) : int(ColumnCount);
 }
 
 QVariant ArgumentsModel::data(const QModelIndex& index, int role) const
@@ -124,10 +104,12 @@ QVariant ArgumentsModel::data(const QModelIndex& index, int role) const
             text = tr("Argument %1").arg(index.row() + 1);
         break;
     case TypeColumn:
-        text = row.typeName;
+        text = row.cell.type().text();
         if (const OpcUaTypeInfo* type = opcUaTypeInfo(OpcUa_Byte(row.cell.value().type()));
             text.isEmpty() && type)
             text = QString::fromLatin1(type->name);
+        if (const QString other = row.cell.otherType(); !other.isEmpty())
+            text = tr("%1, not %2").arg(other, text);
         break;
     case StatusColumn:
         text = row.status;
@@ -137,9 +119,9 @@ QVariant ArgumentsModel::data(const QModelIndex& index, int role) const
             return isReadOnly;
         if (role == ElementValueRole && isReadOnly)
             return QVariant::fromValue(row.cell.value());
-        if (role != Qt::ToolTipRole)
+        if (role != Qt::ToolTipRole && role != Qt::DisplayRole)
             return row.cell.data(role);
-        text = row.cell.data(Qt::DisplayRole).toString();
+        text = row.isInvalid ? row.cell.attemptText() : row.cell.data(Qt::DisplayRole).toString();
     }
     if (role == Qt::DisplayRole)
         return text;
@@ -174,7 +156,7 @@ bool ArgumentsModel::setData(const QModelIndex& index, const QVariant& value, in
 QVariant ArgumentsModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole || section < 0 ||
-        section >= ColumnCount)
+        section >= columnCount())
         return QAbstractTableModel::headerData(section, orientation, role);
     const QString titles[] = {tr("Argument"), tr("Data Type"), tr("Value"), tr("Status")};
     return titles[section];

@@ -7,7 +7,8 @@
 
 #include <vector>
 
-/// The arguments of a method, a row each: what goes in is edited, what came out is looked at.
+/// The arguments of a method, a row each: what goes in is edited, what came out is looked at and
+/// has no status.
 class ArgumentsModel : public QAbstractTableModel
 {
     Q_OBJECT
@@ -42,7 +43,6 @@ private:
     struct Row
     {
         QvelArgument argument;
-        QString typeName;
         ValueCell cell;
         QString status;
         bool isInvalid = false;

@@ -488,6 +488,7 @@ QvelCallDialog::QvelCallDialog(QWidget* parent) : QDialog(parent), m_widget(new 
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close);
     buttons->button(QDialogButtonBox::Close)->setAutoDefault(false);
     auto* layout = new QVBoxLayout(this);
+    m_widget->layout()->setContentsMargins(0, 0, 0, 0); // those of the dialog are enough
     layout->addWidget(m_widget);
     layout->addWidget(buttons);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);

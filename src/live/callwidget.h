@@ -34,8 +34,10 @@ public:
     UaExpandedNodeId method() const;
 
     bool isCalling() const;
-    /// The arguments, a row each: name, data type, value, status.
+    /// The arguments, a row each: name, data type, value, status. What was typed and is no value of
+    /// its argument stays, with the reason as its status.
     QAbstractItemModel* inputModel() const;
+    /// What came out: name, data type, value.
     QAbstractItemModel* outputModel() const;
 
 public Q_SLOTS:

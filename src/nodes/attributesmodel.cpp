@@ -1,10 +1,12 @@
 #include "attributesmodel.h"
 
 #include "base/showntext_p.h"
+#include "nodes/nodetable_p.h"
 #include "nodes/statustext_p.h"
 #include "nodes/structures.h"
 #include "nodes/valuecell_p.h"
 #include "platform/stack/opcuastatuscodes.h"
+#include "platform/stack/opcuatypetable_p.h"
 #include "session/session.h"
 #include "session/whendone_p.h"
 #include "values/maskeditors.h"
@@ -20,31 +22,6 @@ namespace {
 constexpr OpcUa_UInt32 hasProperty = 46;
 constexpr OpcUa_StatusCode badAttributeIdInvalid = 0x80350000u; // such a node does not have it
 
-// Names of numbers: of bits, of node classes, of ranks; null for a bit that has none.
-struct Names
-{
-    QvelEnumInfo::Kind kind;
-    int (*number)(int place);
-    const char* const* names;
-    int count;
-
-    QvelEnumInfo info() const
-    {
-        QvelEnumInfo info;
-        info.kind = kind;
-        for (int i = 0; i < count; ++i)
-            if (names[i])
-                info.values.insert(number(i), QString::fromLatin1(names[i]));
-        return info;
-    }
-};
-
-int bit(int place)
-{
-    return int(1u << place);
-}
-constexpr const char* nodeClassNames[] = {"Object",       "Variable",      "Method",   "ObjectType",
-                                          "VariableType", "ReferenceType", "DataType", "View"};
 constexpr const char* rankNames[] = {"ScalarOrOneDimension", "Any",          "Scalar",
                                      "OneOrMoreDimensions",  "OneDimension", "TwoDimensions",
                                      "ThreeDimensions"};
@@ -82,12 +59,36 @@ constexpr const char* writeNames[] = {"AccessLevel",
                                       "AccessRestrictions",
                                       "AccessLevelEx"};
 
-template <const auto& names, QvelEnumInfo::Kind kind = QvelEnumInfo::EnumerationFlags>
-constexpr Names bits = {kind, bit, names, int(std::size(names))};
-constexpr Names nodeClasses = bits<nodeClassNames, QvelEnumInfo::Enumeration>;
-constexpr Names ranks = {QvelEnumInfo::Enumeration, [](int place) { return place - 3; }, rankNames,
-                         int(std::size(rankNames))};
-constexpr Names accessLevels = {QvelEnumInfo::EnumerationFlags, bit, accessNames, 7};
+// The names of an attribute's numbers.
+using Names = QvelEnumInfo();
+
+template <const auto& names, int count = int(std::size(names))>
+QvelEnumInfo bits()
+{
+    QvelEnumInfo info;
+    info.kind = QvelEnumInfo::EnumerationFlags;
+    for (int i = 0; i < count; ++i)
+        if (names[i])
+            info.values.insert(int(1u << i), QString::fromLatin1(names[i]));
+    return info;
+}
+QvelEnumInfo ranks()
+{
+    QvelEnumInfo info;
+    info.kind = QvelEnumInfo::Enumeration;
+    for (int i = 0; i < int(std::size(rankNames)); ++i)
+        info.values.insert(i - 3, QString::fromLatin1(rankNames[i]));
+    return info;
+}
+QvelEnumInfo nodeClasses()
+{
+    QvelEnumInfo info;
+    info.kind = QvelEnumInfo::Enumeration;
+    for (OpcUa_UInt32 each = 1; !nodeClassName(each).isEmpty(); each *= 2)
+        info.values.insert(int(each), nodeClassName(each));
+    return info;
+}
+constexpr Names* accessLevels = bits<accessNames, 7>;
 
 constexpr OpcUa_UInt32 noBit = 0;
 
@@ -98,28 +99,28 @@ struct Attribute
     OpcUa_BuiltInType type;
     OpcUa_Int32 rank;
     OpcUa_UInt32 writeBit;
-    const Names* names = nullptr;
+    Names* names = nullptr;
 };
 using Mask = QvelAttributeWriteMask;
 constexpr Attribute attributes[] = {
     {QvelAttribute::NodeId, OpcUaType_NodeId, -1, Mask::NodeId},
-    {QvelAttribute::NodeClass, OpcUaType_Int32, -1, Mask::NodeClass, &nodeClasses},
+    {QvelAttribute::NodeClass, OpcUaType_Int32, -1, Mask::NodeClass, nodeClasses},
     {QvelAttribute::BrowseName, OpcUaType_QualifiedName, -1, Mask::BrowseName},
     {QvelAttribute::DisplayName, OpcUaType_LocalizedText, -1, Mask::DisplayName},
     {QvelAttribute::Description, OpcUaType_LocalizedText, -1, Mask::Description},
-    {QvelAttribute::WriteMask, OpcUaType_UInt32, -1, Mask::WriteMask, &bits<writeNames>},
-    {QvelAttribute::UserWriteMask, OpcUaType_UInt32, -1, Mask::UserWriteMask, &bits<writeNames>},
+    {QvelAttribute::WriteMask, OpcUaType_UInt32, -1, Mask::WriteMask, bits<writeNames>},
+    {QvelAttribute::UserWriteMask, OpcUaType_UInt32, -1, Mask::UserWriteMask, bits<writeNames>},
     {QvelAttribute::IsAbstract, OpcUaType_Boolean, -1, Mask::IsAbstract},
     {QvelAttribute::Symmetric, OpcUaType_Boolean, -1, Mask::Symmetric},
     {QvelAttribute::InverseName, OpcUaType_LocalizedText, -1, Mask::InverseName},
     {QvelAttribute::ContainsNoLoops, OpcUaType_Boolean, -1, Mask::ContainsNoLoops},
-    {QvelAttribute::EventNotifier, OpcUaType_Byte, -1, Mask::EventNotifier, &bits<eventNames>},
+    {QvelAttribute::EventNotifier, OpcUaType_Byte, -1, Mask::EventNotifier, bits<eventNames>},
     {QvelAttribute::Value, OpcUaType_Null, -2, Mask::ValueForVariableType},
     {QvelAttribute::DataType, OpcUaType_NodeId, -1, Mask::DataType},
-    {QvelAttribute::ValueRank, OpcUaType_Int32, -1, Mask::ValueRank, &ranks},
+    {QvelAttribute::ValueRank, OpcUaType_Int32, -1, Mask::ValueRank, ranks},
     {QvelAttribute::ArrayDimensions, OpcUaType_UInt32, 1, Mask::ArrayDimensions},
-    {QvelAttribute::AccessLevel, OpcUaType_Byte, -1, Mask::AccessLevel, &accessLevels},
-    {QvelAttribute::UserAccessLevel, OpcUaType_Byte, -1, Mask::UserAccessLevel, &accessLevels},
+    {QvelAttribute::AccessLevel, OpcUaType_Byte, -1, Mask::AccessLevel, accessLevels},
+    {QvelAttribute::UserAccessLevel, OpcUaType_Byte, -1, Mask::UserAccessLevel, accessLevels},
     {QvelAttribute::MinimumSamplingInterval, OpcUaType_Double, -1, Mask::MinimumSamplingInterval},
     {QvelAttribute::Historizing, OpcUaType_Boolean, -1, Mask::Historizing},
     {QvelAttribute::Executable, OpcUaType_Boolean, -1, Mask::Executable},
@@ -127,17 +128,19 @@ constexpr Attribute attributes[] = {
     {QvelAttribute::DataTypeDefinition, OpcUaType_ExtensionObject, -1, 0x400000},
     {QvelAttribute::RolePermissions, OpcUaType_ExtensionObject, 1, 0x800000},
     {QvelAttribute::UserRolePermissions, OpcUaType_ExtensionObject, 1, noBit},
-    {QvelAttribute::AccessRestrictions, OpcUaType_UInt16, -1, 0x1000000, &bits<restrictionNames>},
-    {QvelAttribute::AccessLevelEx, OpcUaType_UInt32, -1, 0x2000000, &bits<accessNames>},
+    {QvelAttribute::AccessRestrictions, OpcUaType_UInt16, -1, 0x1000000, bits<restrictionNames>},
+    {QvelAttribute::AccessLevelEx, OpcUaType_UInt32, -1, 0x2000000, bits<accessNames>},
 };
 
 ValueType typeOf(const Attribute& attribute)
 {
     ValueType type;
     type.builtInType = type.emptyType = attribute.type;
+    if (const OpcUaTypeInfo* info = opcUaTypeInfo(OpcUa_Byte(attribute.type)))
+        type.name = QString::fromLatin1(info->name);
     type.valueRank = attribute.rank;
     if (attribute.names)
-        type.enumInfo = attribute.names->info();
+        type.enumInfo = attribute.names();
     return type;
 }
 
@@ -211,6 +214,11 @@ public:
     void allChanged();
     UaVariant valueOf(OpcUa_UInt32 attributeId) const;
     bool mayWrite(const Row& row) const;
+    bool mayEdit(const Row& row) const
+    {
+        return isConnected() && mayWrite(row) && row.cell.isEditable();
+    }
+    QString otherType(const Row& row) const;
 
     void clear();
     void unsubscribe();
@@ -312,6 +320,16 @@ bool QvelAttributesModel::Private::mayWrite(const Row& row) const
     return std::any_of(std::begin(attributes), std::end(attributes), [&](const Attribute& a) {
         return a.id == row.attributeId && (a.writeBit & mask) != 0;
     });
+}
+
+// A sentence about a value of another type than is declared; empty for all others.
+QString QvelAttributesModel::Private::otherType(const Row& row) const
+{
+    const QString other = row.cell.otherType(), declared = row.cell.type().text();
+    if (other.isEmpty())
+        return {};
+    const QString text = tr("The value is %1, but %2 is declared.").arg(other, declared);
+    return mayEdit(row) ? text + u' ' + tr("An edit sends %1.").arg(declared) : text;
 }
 
 void QvelAttributesModel::Private::unsubscribe()
@@ -687,15 +705,19 @@ QVariant QvelAttributesModel::data(const QModelIndex& index, int role) const
         text = row.name;
         break;
     case StatusColumn:
-        if (row.attributeId != 0)
-            text = role == Qt::ToolTipRole ? statusInWords(row.status)
-                                           : row.status.toString().toQString();
+        if (row.attributeId == 0)
+            break;
+        text = row.status.toString().toQString();
+        if (const QString other = row.cell.otherType(); !other.isEmpty())
+            text = tr("%1, but %2").arg(text, other);
+        if (role == Qt::ToolTipRole)
+            text = statusInWords(row.status);
         break;
     case ResultColumn:
         text = row.result;
         break;
     default: {
-        const bool isReadOnly = !d->isConnected() || !d->mayWrite(row) || !row.cell.isEditable();
+        const bool isReadOnly = !d->mayEdit(row);
         if (role == ValueReadOnlyRole)
             return isReadOnly;
         if (role == ElementValueRole && isReadOnly)
@@ -709,6 +731,8 @@ QVariant QvelAttributesModel::data(const QModelIndex& index, int role) const
         return text;
     if (role != Qt::ToolTipRole || text.isEmpty())
         return QVariant();
+    if (const QString other = d->otherType(row); !other.isEmpty())
+        text += QLatin1Char('\n') + other;
     if (!d->isConnected())
         text += QLatin1Char('\n') + staleSentence();
     return plainToolTip(text);
@@ -749,8 +773,8 @@ Qt::ItemFlags QvelAttributesModel::flags(const QModelIndex& index) const
     if (!index.isValid() || index.column() != ValueColumn)
         return flags;
     const Private::Row& row = d->rows[std::size_t(index.row())];
-    const bool mayEdit = d->isConnected() && d->mayWrite(row) && row.cell.isEditable();
     // An array opens in its dialog also to be looked at.
-    flags.setFlag(Qt::ItemIsEditable, row.attributeId != 0 && (mayEdit || row.cell.isArray()));
+    flags.setFlag(Qt::ItemIsEditable,
+                  row.attributeId != 0 && (d->mayEdit(row) || row.cell.isArray()));
     return flags;
 }

@@ -17,7 +17,8 @@ class QvelSession;
 ///
 /// The value column is edited by a QvelModelDelegate, whose roles it offers, where the user may
 /// write: by UserAccessLevel for Value, else by UserWriteMask. What is sent is the bare value, in
-/// the node's DataType and ValueRank. The result stays in the row until the next edit; what could
+/// the node's DataType and ValueRank; a value of another type is shown as what it is, which its
+/// status tells, and not sent as that. The result stays in the row until the next edit; what could
 /// not be written stays as the beginning of the next edit. User-interface thread only.
 class KESTREL_EXPORT QvelAttributesModel : public QAbstractTableModel
 {

@@ -2,6 +2,7 @@
 
 #include "nodes/attributesmodel.h"
 #include "nodes/valuedelegate_p.h"
+#include "session/sessiontypes.h"
 
 #include <QtGui/QAction>
 #include <QtGui/QClipboard>
@@ -9,21 +10,26 @@
 #include <QtWidgets/QHeaderView>
 #include <QtWidgets/QVBoxLayout>
 
+#include <algorithm>
+
 QvelAttributesWidget::QvelAttributesWidget(QWidget* parent)
     : QWidget(parent), m_model(new QvelAttributesModel(this)),
       m_view(new ValueList(QvelAttributesModel::ValueColumn))
 {
-    constexpr int nameWidth = 26; // average characters
-    constexpr int valueWidth = 40;
+    constexpr int valueWidth = 40; // average characters
     constexpr int statusWidth = 14;
     m_view->setModel(m_model);
     m_view->setAccessibleName(tr("Attributes"));
     m_view->setHint(tr("Select a node to see its attributes."));
     m_view->setContextMenuPolicy(Qt::ActionsContextMenu);
+    int names = 0;
+    for (OpcUa_UInt32 id = QvelAttribute::NodeId; id <= QvelAttribute::AccessLevelEx; ++id)
+        names = std::max(
+            names, fontMetrics().horizontalAdvance(QString::fromLatin1(QvelAttribute::name(id))));
     const int average = fontMetrics().averageCharWidth();
     int column = 0;
-    for (int width : {nameWidth, valueWidth, statusWidth})
-        m_view->header()->resizeSection(column++, width * average);
+    for (int width : {names + 2 * average, valueWidth * average, statusWidth * average})
+        m_view->header()->resizeSection(column++, width);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_view);

@@ -2,6 +2,8 @@
 
 #include "base/showntext_p.h"
 #include "platform/stack/opcuastatuscodes.h"
+#include "platform/stack/opcuatypetable_p.h"
+#include "platform/types/uastacktypearray.h"
 #include "platform/types/uastring.h"
 
 #include <algorithm>
@@ -57,6 +59,19 @@ bool ValueType::takes(const UaVariant& value) const
     return false;
 }
 
+QString ValueType::text() const
+{
+    constexpr OpcUa_Int32 most = 8; // brackets
+    if (valueRank == 0)
+        return name + QStringLiteral("[...]");
+    QString text = name;
+    for (OpcUa_Int32 i = 0; i < std::min(valueRank, most); ++i) {
+        const OpcUa_UInt32 length = dimensions.value(i);
+        text += length > 0 ? QStringLiteral("[%1]").arg(length) : QStringLiteral("[]");
+    }
+    return text;
+}
+
 QString editedText(const UaVariant& value)
 {
     if (value.arrayType() == OpcUa_VariantArrayType_Scalar) {
@@ -107,6 +122,30 @@ void ValueCell::setValue(const UaVariant& value)
 {
     m_value = value;
     m_shown.clear();
+}
+
+QString ValueCell::otherType() const
+{
+    const OpcUaTypeInfo* info = opcUaTypeInfo(OpcUa_Byte(m_value.type()));
+    if (!info || m_type.name.isEmpty() || m_value.isEmpty() || m_type.takes(m_value))
+        return {};
+    ValueType actual;
+    actual.name = QString::fromLatin1(info->name);
+    if (m_value.arrayType() == OpcUa_VariantArrayType_Array)
+        actual.valueRank = 1;
+    UaStackTypeArray<OpcUa_UInt32> lengths;
+    m_value.arrayDimensions(lengths);
+    if (lengths.length() > 0)
+        actual.valueRank = OpcUa_Int32(lengths.length());
+    return actual.text();
+}
+
+QString ValueCell::attemptText() const
+{
+    if (!m_attempt)
+        return {};
+    return m_attempt->text.isNull() ? shownValue(m_attempt->value, m_type.enumInfo)
+                                    : shownText(m_attempt->text);
 }
 
 // What an editor begins with.

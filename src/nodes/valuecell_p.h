@@ -16,15 +16,18 @@ struct ValueType
 {
     ValueType() = default;
     ValueType(const DataTypeInfo& info, OpcUa_Int32 rank, const QList<OpcUa_UInt32>& lengths = {})
-        : builtInType(info.builtInType), emptyType(info.emptyType), valueRank(rank),
-          dimensions(lengths), enumInfo(info.enumInfo)
+        : name(info.name), builtInType(info.builtInType), emptyType(info.emptyType),
+          valueRank(rank), dimensions(lengths), enumInfo(info.enumInfo)
     {
     }
 
     /// The value where there is none to begin with.
     UaVariant emptyValue() const;
     bool takes(const UaVariant& value) const;
+    /// The name with the rank, such as "Int32[3][]".
+    QString text() const;
 
+    QString name;                                   ///< empty as long as it is not known
     OpcUa_BuiltInType builtInType = OpcUaType_Null; ///< Null for any
     OpcUa_BuiltInType emptyType = OpcUaType_Null;
     OpcUa_Int32 valueRank = -2; ///< OPC 10000-3, 5.6.2
@@ -49,6 +52,8 @@ public:
     const UaVariant& value() const { return m_value; }
     void setValue(const UaVariant& value);
 
+    /// What the value is, such as "String[]", where that is not what is declared; else empty.
+    QString otherType() const;
     /// False for structures and the like.
     bool isEditable() const { return isEditableType(edited().type()); }
     /// True for what opens in a dialog of its own, also when it may not be edited.
@@ -60,6 +65,8 @@ public:
     /// BadOutOfRange. What was typed is kept as the next edit's beginning until clearAttempt().
     OpcUa_StatusCode take(const QVariant& written, int role, UaVariant* value);
     void clearAttempt() { m_attempt.reset(); }
+    /// That, as it is shown.
+    QString attemptText() const;
 
 private:
     struct Attempt

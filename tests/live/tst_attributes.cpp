@@ -124,6 +124,11 @@ private Q_SLOTS:
     void shown();
     void live();
     void refused();
+    void otherType();
+    void otherAttributes();
+    void longArray();
+    void rightToLeft();
+    void dropped_data();
     void dropped();
     void called();
     void cancelled();
@@ -391,24 +396,119 @@ void tst_Attributes::refused()
     QTRY_COMPARE_WITH_TIMEOUT(text("Value"), "2 (Green)", timeout);
 }
 
+// What is not of the declared type is shown as what it is, and edited in the declared one.
+void tst_Attributes::otherType()
+{
+    show("ns=1;s=Odd");
+    QTRY_COMPARE_WITH_TIMEOUT(text("Value", Model::StatusColumn), "Good, but String", timeout);
+    QCOMPARE(text("Value"), "forty");
+    QVERIFY(cell("Value")
+                .data(Qt::ToolTipRole)
+                .toString()
+                .endsWith("The value is String, but Double is declared. An edit sends Double."));
+    QVERIFY(type(m_widget->view(), cell("Value"), "")); // nothing was changed
+    QCOMPARE(text("Value", Model::ResultColumn), QString());
+    QVERIFY(type(m_widget->view(), cell("Value"), "-1.5"));
+    QTRY_VERIFY_WITH_TIMEOUT(text("Value", Model::ResultColumn).startsWith("BadTypeMismatch"),
+                             timeout);
+    QCOMPARE(text("Value"), "forty");
+    auto* edit = qobject_cast<QLineEdit*>(open(m_widget->view(), cell("Value")));
+    QVERIFY(edit && edit->text() == "-1.5");
+}
+
+void tst_Attributes::otherAttributes()
+{
+    show("ns=1;s=Named");
+    QCOMPARE(text("UserWriteMask"), "96 (Description | DisplayName)");
+    QVERIFY(type(m_widget->view(), cell("DisplayName"), "Pump"));
+    QTRY_VERIFY_WITH_TIMEOUT(text("DisplayName", Model::ResultColumn).startsWith("Good"), timeout);
+    QTRY_COMPARE_WITH_TIMEOUT(text("DisplayName"), "Pump", timeout);
+    QVERIFY(type(m_widget->view(), cell("Description"), "of water"));
+    QTRY_VERIFY_WITH_TIMEOUT(
+        text("Description", Model::ResultColumn).startsWith("BadNotWritable: "), timeout);
+    QCOMPARE(cell("Description").data(Qt::UserRole).value<V>().toLocalizedText().text(),
+             UaString("of water")); // to be tried again
+    QVERIFY(!open(m_widget->view(), cell("BrowseName")));
+}
+
+// Ten million elements are shown in part, and opened.
+void tst_Attributes::longArray()
+{
+    show("ns=1;s=Long", false);
+    QTRY_VERIFY_WITH_TIMEOUT(text("Value").startsWith("{0, 0, "), timeout);
+    QVERIFY(text("Value").size() < 300);
+    QVERIFY(open(m_widget->view(), cell("Value")));
+    const QPointer<QWidget> array = m_widget->view()->indexWidget(cell("Value"));
+    auto* table = array->findChild<QTableView*>();
+    QCOMPARE(table->model()->rowCount(), 10'000'000);
+    QVERIFY(type(table, table->model()->index(9'999'999, 0), "-7"));
+    QTest::keyClick(array, Qt::Key_Escape);
+    QTRY_VERIFY(!array);
+}
+
+// A sign stands before its number.
+void tst_Attributes::rightToLeft()
+{
+    m_widget->setLayoutDirection(Qt::RightToLeft);
+    show("ns=1;s=Odd");
+    const QRect rect = m_widget->view()->visualRect(cell("ValueRank")); // -1 (Scalar)
+    const QImage image = m_widget->view()->viewport()->grab(rect).toImage();
+    int left = image.width(), height = 0;
+    for (int x = 0; x < image.width() && height == 0; ++x)
+        for (int y = 0; y < image.height(); ++y)
+            if (image.pixelColor(x, y).lightness() < 128) {
+                left = x;
+                ++height;
+            }
+    QVERIFY(left < image.width() - 20);
+    QVERIFY2(height <= 3, QByteArray::number(height));
+    // The longest name has room.
+    const QModelIndex longest = cell("MinimumSamplingInterval", 0);
+    QVERIFY(m_widget->view()->sizeHintForIndex(longest).width() <=
+            m_widget->view()->visualRect(longest).width());
+}
+
+void tst_Attributes::dropped_data()
+{
+    QTest::addColumn<bool>("isKilled");
+    QTest::addRow("closed") << false;
+    QTest::addRow("killed") << true;
+}
+
 void tst_Attributes::dropped()
 {
-    const QString id = "ns=1;s=ScalarString";
-    show(id);
+    QFETCH(bool, isKilled);
+    const QStringList command = {PEERS "/sessionserver.mjs", "--pki", m_user.folder.path()};
+    std::optional<PeerProcess> server;
+    const QString url = m_url;
+    const auto restore = qScopeGuard([&] { m_url = url; });
+    if (isKilled) {
+        m_session->disconnectFromServer();
+        m_url = server.emplace().start(NODE, command);
+        QTRY_COMPARE_WITH_TIMEOUT(m_session->state(), QvelSession::Disconnected, timeout);
+        connectSession();
+    }
+    show("ns=1;s=ScalarString");
     QWidget* edit = open(m_widget->view(), cell("Value"));
     QVERIFY(edit);
     QTest::keyClicks(edit, "typed while the cable was pulled");
-    m_session->disconnectFromServer();
-    QTRY_COMPARE_WITH_TIMEOUT(m_session->state(), QvelSession::Disconnected, timeout);
+    if (isKilled)
+        server->kill();
+    else
+        m_session->disconnectFromServer();
+    QTRY_VERIFY_WITH_TIMEOUT(m_session->state() != QvelSession::Connected, timeout);
     QTest::keyClick(edit, Qt::Key_Return);
     QTRY_COMPARE_WITH_TIMEOUT(text("Value", Model::ResultColumn),
                               "BadSessionClosed: There is no connection to the server.", timeout);
-    connectSession();
-    QTRY_VERIFY_WITH_TIMEOUT(cell("Value").flags() & Qt::ItemIsEditable, timeout);
+    if (isKilled)
+        server.emplace().start(NODE, command + QStringList{"--port", m_url.section(':', -1)});
+    else
+        connectSession();
+    QTRY_VERIFY_WITH_TIMEOUT(cell("Value").flags() & Qt::ItemIsEditable, 3 * timeout);
     // Enter alone sends it.
     QVERIFY(type(m_widget->view(), cell("Value"), ""));
     QTRY_VERIFY_WITH_TIMEOUT(text("Value", Model::ResultColumn).startsWith("Good"), timeout);
-    QCOMPARE(readBack(id), V("typed while the cable was pulled"));
+    QTRY_COMPARE_WITH_TIMEOUT(text("Value"), "typed while the cable was pulled", timeout);
 }
 
 void tst_Attributes::called()
@@ -417,6 +517,7 @@ void tst_Attributes::called()
     QVERIFY(type(arguments(), argument(0, 2), "1.5"));
     QVERIFY(type(arguments(), argument(1, 2), "x"));
     QVERIFY(argument(1, 3).data().toString().startsWith("Not taken. BadTypeMismatch: "));
+    QCOMPARE(argument(1, 2).data().toString(), "x"); // to be corrected
     QTest::mouseClick(button(m_call.get(), "Call"), Qt::LeftButton);
     QVERIFY(result().startsWith("Not called"));
     QVERIFY(type(arguments(), argument(1, 2), "2"));
@@ -456,6 +557,22 @@ void tst_Attributes::called()
         return m_call->outputModel()->index(row, 2).data().toString();
     };
     QCOMPARE(output(0) + output(1) + output(2), "{-7, 7}1 (Failed)of any type");
+    QCOMPARE(m_call->outputModel()->columnCount(), 3);
+
+    // What the server says about each of them stands beside what was typed, which stays.
+    QVERIFY(type(arguments(), argument(2, 2), "-1"));
+    QTest::keyClick(m_call.get(), Qt::Key_Return, Qt::ControlModifier);
+    QTRY_VERIFY_WITH_TIMEOUT(result().startsWith("BadInvalidArgument: "), timeout);
+    QVERIFY(argument(2, 3).data().toString().startsWith("BadOutOfRange: "));
+    QCOMPARE(argument(1, 3).data().toString() + argument(2, 2).data().toString(), "Good-1");
+    // ...but for what is typed while it answers.
+    QVERIFY(type(arguments(), argument(2, 2), "2000"));
+    QCOMPARE(argument(2, 2).data().toString() + argument(2, 3).data().toString(), "2000");
+    QTest::mouseClick(button(m_call.get(), "Call"), Qt::LeftButton);
+    QVERIFY(type(arguments(), argument(2, 2), "y"));
+    QVERIFY2(m_call->isCalling(), qPrintable(result() + argument(2, 2).data().toString()));
+    QTRY_COMPARE_WITH_TIMEOUT(result(), "Good", timeout);
+    QVERIFY(argument(2, 3).data().toString().startsWith("Not taken."));
 
     // Calls of before can be had again.
     setMethod("ns=1;s=Add");

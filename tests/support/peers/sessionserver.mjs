@@ -6,7 +6,7 @@ import { createHash } from "node:crypto";
 import { once } from "node:events";
 import { parseArgs } from "node:util";
 import {
-    addAggregateSupport, addEveryType, certificateManager, coerceNodeId, DataType,
+    addAggregateSupport, addEveryType, AttributeIds, certificateManager, coerceNodeId, DataType,
     installAggregateConfigurationOptions, makeServer, MessageSecurityMode, nodesets, OPCUAServer,
     samples, SecurityPolicy, StatusCodes, temporaryFolder, UserTokenPolicy, UserTokenType,
     VariantArrayType,
@@ -80,6 +80,9 @@ if (values.huge)
     own.addVariable({ componentOf: moving, browseName: "Huge", nodeId: "s=Huge", dataType: "Double",
         valueRank: 1, arrayDimensions: [0], value: { dataType: DataType.Double,
             arrayType: VariantArrayType.Array, value: new Float64Array(8000000) } });
+own.addVariable({ componentOf: moving, browseName: "Long", nodeId: "s=Long", dataType: "Int16",
+    valueRank: 1, arrayDimensions: [0],
+    value: { dataType: DataType.Int16, arrayType: VariantArrayType.Array, value: new Int16Array(10000000) } });
 
 const machine = own.addObject({ organizedBy: objects, browseName: "Machine", nodeId: "s=Machine", eventNotifier: 1 });
 const method = own.addMethod(machine, { browseName: "Add", nodeId: "s=Add",
@@ -87,7 +90,18 @@ const method = own.addMethod(machine, { browseName: "Add", nodeId: "s=Add",
     outputArguments: [{ name: "sum", dataType: DataType.Double }] });
 method.bindMethod(([a, b], context, callback) => callback(null, { statusCode: StatusCodes.Good,
     outputArguments: [{ dataType: DataType.Double, value: a.value + b.value }] }));
-// Arguments of other kinds; it takes its time, as asked.
+// A value of another type than is declared, and attributes that may be written, but for one.
+own.addVariable({ componentOf: machine, browseName: "Odd", nodeId: "s=Odd", dataType: "String",
+    value: { dataType: DataType.String, value: "forty" } }).dataType = coerceNodeId("i=11");
+const named = own.addVariable({ componentOf: machine, browseName: "Named", nodeId: "s=Named", dataType: "Double",
+    value: { dataType: DataType.Double, value: 0 } });
+named.getWriteMask = named.getUserWriteMask = () => 0x60; // Description, DisplayName
+named.writeAttribute = (context, { attributeId, value }, callback) => {
+    if (attributeId !== AttributeIds.DisplayName) return callback(null, StatusCodes.BadNotWritable);
+    named.setDisplayName(value.value.value);
+    callback(null, StatusCodes.Good);
+};
+// Arguments of other kinds; it takes its time, as asked, but no negative one.
 const sort = own.addMethod(machine, { browseName: "Sort", nodeId: "s=Sort",
     inputArguments: [
         { name: "numbers", dataType: DataType.Int32, valueRank: 1, description: { text: "in any order" } },
@@ -95,9 +109,12 @@ const sort = own.addMethod(machine, { browseName: "Sort", nodeId: "s=Sort",
         { name: "any", dataType: DataType.Variant }],
     outputArguments: [{ name: "sorted", dataType: DataType.Int32, valueRank: 1 },
         { name: "state", dataType: coerceNodeId("i=852") }, { name: "any", dataType: DataType.Variant }] });
-sort.bindMethod(([numbers, state, delay, any], context, callback) => setTimeout(() => callback(null, {
-    statusCode: StatusCodes.Good, outputArguments: [{ dataType: DataType.Int32, arrayType: VariantArrayType.Array,
-        value: numbers.value.slice().sort((a, b) => a - b) }, state, any] }), delay.value));
+sort.bindMethod(([numbers, state, delay, any], context, callback) => delay.value < 0
+    ? callback(null, { statusCode: StatusCodes.BadInvalidArgument, inputArgumentResults:
+        [StatusCodes.Good, StatusCodes.Good, StatusCodes.BadOutOfRange, StatusCodes.Good] })
+    : setTimeout(() => callback(null, {
+        statusCode: StatusCodes.Good, outputArguments: [{ dataType: DataType.Int32, arrayType: VariantArrayType.Array,
+            value: numbers.value.slice().sort((a, b) => a - b) }, state, any] }), delay.value));
 const events = setInterval(() => space.rootFolder.objects.server.raiseEvent("BaseEventType", {
     message: { dataType: DataType.LocalizedText, value: { text: `tick ${tick}` } },
     severity: { dataType: DataType.UInt16, value: 100 } }), 500).unref();
