@@ -326,7 +326,7 @@ bool QvelAttributesModel::Private::mayWrite(const Row& row) const
 QString QvelAttributesModel::Private::otherType(const Row& row) const
 {
     const QString other = row.cell.otherType(), declared = row.cell.type().text();
-    if (other.isEmpty())
+    if (other.isEmpty() || row.status.isBad())
         return {};
     const QString text = tr("The value is %1, but %2 is declared.").arg(other, declared);
     return mayEdit(row) ? text + u' ' + tr("An edit sends %1.").arg(declared) : text;
@@ -708,8 +708,8 @@ QVariant QvelAttributesModel::data(const QModelIndex& index, int role) const
         if (row.attributeId == 0)
             break;
         text = row.status.toString().toQString();
-        if (const QString other = row.cell.otherType(); !other.isEmpty())
-            text = tr("%1, but %2").arg(text, other);
+        if (!d->otherType(row).isEmpty())
+            text = tr("%1, but %2").arg(text, row.cell.otherType());
         if (role == Qt::ToolTipRole)
             text = statusInWords(row.status);
         break;
