@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """check.py ROOT BUILD CLASS... -- what doxygen does not look at: every public class has a page with
-a text and is named in docs/classes.md, and no link leads nowhere, neither in BUILD/html nor in a
-Markdown file of the tree ROOT."""
+a text and is named in docs/classes.md, every widget has a picture, an example and its place in
+docs/widgets.md, and no link leads nowhere, neither in BUILD/html nor in a Markdown file of the tree
+ROOT."""
 
 import re
 import subprocess
@@ -67,7 +68,7 @@ names = files.stdout.split("\n") if files.returncode == 0 else \
 check_links(tree, {tree / name: markdown(tree / name) for name in names if name})
 
 # What has a header of its name may also be an alias, or the header's functions and structures.
-compounds = {}
+compounds, bases = {}, {}
 for compound in ElementTree.parse(build / "xml/index.xml").iter("compound"):
     kind, name, page = compound.get("kind"), compound.findtext("name"), compound.get("refid")
     if kind not in ("class", "struct", "file"):
@@ -76,9 +77,25 @@ for compound in ElementTree.parse(build / "xml/index.xml").iter("compound"):
     for alias in compound.iterfind("member[@kind='typedef']/name"):
         compounds.setdefault(alias.text, page)
     definition = ElementTree.parse(build / f"xml/{page}.xml").find("compounddef")
+    bases[name] = [re.sub("<.*", "", base.text) for base in definition.iterfind("basecompoundref")]
     text = (definition.find(part) for part in ("briefdescription", "detaileddescription"))
     if kind != "file" and not any("".join(part.itertext()).strip() for part in text):
         faults.append(f"{name} has no documentation")
+
+def is_widget(name):
+    return re.match(r"Q(Widget|Dialog|ComboBox|\w+View)$", name) or \
+        any(is_widget(base) for base in bases.get(name, []))
+
+
+gallery = (root / "docs/widgets.md").read_text(encoding="utf-8")
+for name in classes:
+    if not is_widget(name) or name.endswith("Base"): # an abstract one
+        continue
+    page = (html / f"{compounds[name]}.html").read_text(encoding="utf-8")
+    if f'src="{name}.png"' not in page or 'class="fragment"' not in page:
+        faults.append(f"{name} has no picture or no example")
+    if f"`{name}`" not in gallery:
+        faults.append(f"{name} is not in docs/widgets.md")
 
 overview = (root / "docs/classes.md").read_text(encoding="utf-8")
 for name in classes:
