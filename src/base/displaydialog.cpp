@@ -11,42 +11,50 @@
 
 QvelDisplayDialog::QvelDisplayDialog(QvelDisplayDialogFlags flags, QWidget* parent,
                                      Qt::WindowFlags windowFlags)
-    : QDialog(parent, windowFlags), m_textEdit(new QTextEdit), m_flags(flags)
+    : QDialog(parent, windowFlags), m_textEdit(new QTextEdit),
+      m_buttons(new QDialogButtonBox(Qt::Horizontal))
 {
     setWindowFlags(Qt::Window | Qt::CustomizeWindowHint);
 
     m_textEdit->setTabChangesFocus(true);
-    m_textEdit->setReadOnly(m_flags.testFlag(ReadOnly));
-    if (m_flags.testFlag(WrapAnywhere))
-        m_textEdit->setWordWrapMode(QTextOption::WrapAnywhere);
-    else
-        m_textEdit->setLineWrapMode(QTextEdit::NoWrap);
-
-    auto* buttons =
-        new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, Qt::Horizontal);
-    if (m_flags.testFlag(ReadOnly))
-        buttons->button(QDialogButtonBox::Ok)->hide();
-    retranslated(buttons, [this, buttons] {
-        m_textEdit->setAccessibleName(tr("Text"));
-        if (m_flags.testFlag(ReadOnly))
-            buttons->button(QDialogButtonBox::Cancel)->setText(tr("Close"));
-        else
-            buttons->button(QDialogButtonBox::Ok)->setText(tr("Write"));
-    });
-
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_textEdit);
-    layout->addWidget(buttons);
-    if (m_flags.testFlag(ReadOnly)) // the hidden button would stop Tab
-        setTabOrder(m_textEdit, buttons->button(QDialogButtonBox::Cancel));
+    layout->addWidget(m_buttons);
+    setFlags(flags);
+    retranslated(m_buttons, [this] { setTexts(); });
 
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    connect(m_buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(m_buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(m_textEdit, &QTextEdit::textChanged, this, &QvelDisplayDialog::textChanged);
 }
 
 QvelDisplayDialog::~QvelDisplayDialog() = default;
+
+void QvelDisplayDialog::setFlags(QvelDisplayDialogFlags flags)
+{
+    m_flags = flags;
+    const bool readOnly = flags.testFlag(ReadOnly);
+    m_textEdit->setReadOnly(readOnly);
+    const bool wraps = flags.testFlag(WrapAnywhere);
+    m_textEdit->setLineWrapMode(wraps ? QTextEdit::WidgetWidth : QTextEdit::NoWrap);
+    m_textEdit->setWordWrapMode(wraps ? QTextOption::WrapAnywhere
+                                      : QTextOption::WrapAtWordBoundaryOrAnywhere);
+    m_buttons->setStandardButtons(QDialogButtonBox::Ok | QDialogButtonBox::Cancel); // as new
+    m_buttons->button(QDialogButtonBox::Ok)->setVisible(!readOnly);
+    if (readOnly) // the hidden button would stop Tab
+        setTabOrder(m_textEdit, m_buttons->button(QDialogButtonBox::Cancel));
+    setTexts();
+}
+
+void QvelDisplayDialog::setTexts()
+{
+    m_textEdit->setAccessibleName(tr("Text"));
+    if (m_flags.testFlag(ReadOnly))
+        m_buttons->button(QDialogButtonBox::Cancel)->setText(tr("Close"));
+    else
+        m_buttons->button(QDialogButtonBox::Ok)->setText(tr("Write"));
+}
 
 void QvelDisplayDialog::setText(const QString& text)
 {

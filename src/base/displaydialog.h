@@ -4,6 +4,7 @@
 
 #include <QtWidgets/QDialog>
 
+class QDialogButtonBox;
 class QTextEdit;
 
 /// A dialog around a multi-line text, to read or to edit. It opens inside the available area of its
@@ -25,6 +26,9 @@ public:
                                Qt::WindowFlags windowFlags = {});
     ~QvelDisplayDialog() override;
 
+    QvelDisplayDialogFlags flags() const { return m_flags; }
+    void setFlags(QvelDisplayDialogFlags flags);
+
     /// Shows a text; rich text is detected as QTextEdit::setText() does.
     void setText(const QString& text);
     /// The plain text.
@@ -37,7 +41,10 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
+    void setTexts();
+
     QTextEdit* m_textEdit;
-    const QvelDisplayDialogFlags m_flags;
+    QDialogButtonBox* m_buttons;
+    QvelDisplayDialogFlags m_flags;
 };
 Q_DECLARE_OPERATORS_FOR_FLAGS(QvelDisplayDialog::QvelDisplayDialogFlags)

@@ -1,6 +1,8 @@
 #include "editorbases.h"
 
+#include "base/editorhelpers_p.h"
 #include "base/retranslate_p.h"
+#include "base/valueline_p.h"
 #include "base/windowplace_p.h"
 
 #include <QtCore/QCoreApplication>
@@ -111,3 +113,73 @@ UaVariant QvelEditWidgetBase::validValue() const
 {
     return validValueOf(*this);
 }
+
+// Tells what `visit` needs of each control: its class.
+template <class Visit>
+static void visitControls(const QWidget* editor, Visit visit)
+{
+    const auto children = editor->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
+    for (QWidget* child : children) {
+        if (auto* line = qobject_cast<QLineEdit*>(child))
+            visit(line);
+        else if (auto* spin = qobject_cast<QAbstractSpinBox*>(child))
+            visit(spin);
+        else if (auto* combo = qobject_cast<QComboBox*>(child))
+            visit(combo);
+    }
+}
+
+void QvelWidgetBase::updateControls()
+{
+    visitControls(this, [this](auto* control) { showFlags(control, m_flags); });
+}
+
+void QvelDialogWidgetBase::updateControls()
+{
+    visitControls(this,
+                  [this](auto* control) { lockControl(control, m_flags.testFlag(ReadOnly)); });
+}
+
+void QvelEditWidgetBase::updateControls() {}
+
+// The two shapes that stand on forms share what they say of their value.
+template <class Editor>
+static QString valueTextOf(const Editor& editor)
+{
+    bool ok = false;
+    const UaVariant value = editor.value(&ok);
+    return ok ? valueLine(value) : QString();
+}
+
+template <class Editor>
+static void setValueTextOf(Editor& editor, const QString& text)
+{
+    // Without `ok`, also invalid input has the editor's type.
+    if (const auto value = valueOfLine(editor.value().type(), text))
+        editor.setValue(*value);
+}
+
+#define KESTREL_EDITOR_BASE_FLAGS(Base, Flags)                                                     \
+    void Base::setFlags(Flags flags)                                                               \
+    {                                                                                              \
+        if (m_flags == flags)                                                                      \
+            return;                                                                                \
+        m_flags = flags;                                                                           \
+        updateControls();                                                                          \
+        Q_EMIT flagsChanged();                                                                     \
+    }
+#define KESTREL_EDITOR_BASE_TEXT(Base)                                                             \
+    QString Base::valueText() const                                                                \
+    {                                                                                              \
+        return valueTextOf(*this);                                                                 \
+    }                                                                                              \
+    void Base::setValueText(const QString& text)                                                   \
+    {                                                                                              \
+        setValueTextOf(*this, text);                                                               \
+    }
+
+KESTREL_EDITOR_BASE_FLAGS(QvelWidgetBase, QvelWidgetFlags)
+KESTREL_EDITOR_BASE_TEXT(QvelWidgetBase)
+KESTREL_EDITOR_BASE_FLAGS(QvelDialogWidgetBase, QvelDialogWidgetFlags)
+KESTREL_EDITOR_BASE_FLAGS(QvelEditWidgetBase, QvelEditWidgetFlags)
+KESTREL_EDITOR_BASE_TEXT(QvelEditWidgetBase)

@@ -25,12 +25,17 @@ class QVBoxLayout;
 /// The user property `value` is the same for QDataWidgetMapper and item delegates, over a model
 /// whose edit role holds a UaVariant. Read as a property, invalid input is an empty variant; a cell
 /// without a value leaves the editor as it is.
+///
+/// Forms have properties of texts and flags instead: `valueText`, the value as one line, and
+/// `flags`, which may change at any time; a cell or dialog that is open takes them the next time.
 
 /// An inline editor: a plain widget, placed where the value is typed.
 class KESTREL_EXPORT QvelWidgetBase : public QWidget
 {
     Q_OBJECT
-    Q_PROPERTY(UaVariant value READ validValue WRITE setValue USER true)
+    Q_PROPERTY(UaVariant value READ validValue WRITE setValue DESIGNABLE false USER true)
+    Q_PROPERTY(QvelWidgetFlags flags READ flags WRITE setFlags NOTIFY flagsChanged)
+    Q_PROPERTY(QString valueText READ valueText WRITE setValueText NOTIFY valueTextChanged)
 public:
     /// The numbers differ from those of the dialogs and edit fields: translate bit by bit.
     enum QvelWidgetFlag {
@@ -48,6 +53,21 @@ public:
     virtual void setValue(const UaVariant& value) = 0;
 
     QvelWidgetFlags flags() const { return m_flags; }
+    void setFlags(QvelWidgetFlags flags);
+
+    /// The value as one line: what UaVariant::toFullString() gives, but for a StatusCode, which is
+    /// hexadecimal after "0x". A LocalizedText reads "locale:text"; without a locale, its first
+    /// colon comes after another one. An editor of any type has the reversible JSON encoding of its
+    /// value. Empty while the input is invalid.
+    virtual QString valueText() const;
+    /// Shows the value that a text stands for, the type's null value for an empty one. A text that
+    /// stands for none changes nothing.
+    virtual void setValueText(const QString& text);
+
+Q_SIGNALS:
+    void flagsChanged();
+    /// Before the signals that carry the value.
+    void valueTextChanged();
 
 protected:
     explicit QvelWidgetBase(QvelWidgetFlags flags = {}, QWidget* parent = nullptr,
@@ -56,11 +76,14 @@ protected:
     /// Passes a focus-out of the watched control on to the editor itself, so that an owner who
     /// watches the editor, such as the delegate of a view, sees the focus leave.
     bool eventFilter(QObject* watched, QEvent* event) override;
+    /// Gives the controls what the flags ask for, after these have changed. Those that
+    /// are the editor's own children are known.
+    virtual void updateControls();
 
 private:
     UaVariant validValue() const;
 
-    const QvelWidgetFlags m_flags;
+    QvelWidgetFlags m_flags;
 };
 Q_DECLARE_OPERATORS_FOR_FLAGS(QvelWidgetBase::QvelWidgetFlags)
 
@@ -69,7 +92,8 @@ Q_DECLARE_OPERATORS_FOR_FLAGS(QvelWidgetBase::QvelWidgetFlags)
 class KESTREL_EXPORT QvelDialogWidgetBase : public QDialog
 {
     Q_OBJECT
-    Q_PROPERTY(UaVariant value READ validValue WRITE setValue USER true)
+    Q_PROPERTY(UaVariant value READ validValue WRITE setValue DESIGNABLE false USER true)
+    Q_PROPERTY(QvelDialogWidgetFlags flags READ flags WRITE setFlags NOTIFY flagsChanged)
 public:
     enum QvelDialogWidgetFlag { NoFlags = 0, ReadOnly = 1, NoResize = 2 };
     Q_DECLARE_FLAGS(QvelDialogWidgetFlags, QvelDialogWidgetFlag)
@@ -82,6 +106,10 @@ public:
     virtual void setValue(const UaVariant& value) = 0;
 
     QvelDialogWidgetFlags flags() const { return m_flags; }
+    void setFlags(QvelDialogWidgetFlags flags);
+
+Q_SIGNALS:
+    void flagsChanged();
 
 public Q_SLOTS:
     void accept() override;
@@ -95,6 +123,9 @@ protected:
     /// larger than the area ends at the right and bottom edges. The first control gets the focus;
     /// Tab reaches the buttons last.
     void showEvent(QShowEvent* event) override;
+    /// Gives the controls what the flags ask for, after these have changed. As that of
+    /// QvelWidgetBase.
+    virtual void updateControls();
 
     QDialogButtonBox* buttonBox() const { return m_buttonBox; }
     /// Holds the button box; editors insert their controls at index 0.
@@ -105,7 +136,7 @@ private:
 
     QDialogButtonBox* m_buttonBox;
     QVBoxLayout* m_layout;
-    const QvelDialogWidgetFlags m_flags;
+    QvelDialogWidgetFlags m_flags;
 };
 Q_DECLARE_OPERATORS_FOR_FLAGS(QvelDialogWidgetBase::QvelDialogWidgetFlags)
 
@@ -113,7 +144,9 @@ Q_DECLARE_OPERATORS_FOR_FLAGS(QvelDialogWidgetBase::QvelDialogWidgetFlags)
 class KESTREL_EXPORT QvelEditWidgetBase : public QWidget
 {
     Q_OBJECT
-    Q_PROPERTY(UaVariant value READ validValue WRITE setValue USER true)
+    Q_PROPERTY(UaVariant value READ validValue WRITE setValue DESIGNABLE false USER true)
+    Q_PROPERTY(QvelEditWidgetFlags flags READ flags WRITE setFlags NOTIFY flagsChanged)
+    Q_PROPERTY(QString valueText READ valueText WRITE setValueText NOTIFY valueTextChanged)
 public:
     enum QvelEditWidgetFlag { NoFlags = 0, ReadOnly = 1, NoResize = 2 };
     Q_DECLARE_FLAGS(QvelEditWidgetFlags, QvelEditWidgetFlag)
@@ -126,6 +159,16 @@ public:
     virtual void setValue(const UaVariant& value) = 0;
 
     QvelEditWidgetFlags flags() const { return m_flags; }
+    void setFlags(QvelEditWidgetFlags flags);
+
+    /// As those of QvelWidgetBase.
+    virtual QString valueText() const;
+    virtual void setValueText(const QString& text);
+
+Q_SIGNALS:
+    void flagsChanged();
+    /// Before the signals that carry the value.
+    void valueTextChanged();
 
 protected Q_SLOTS:
     /// Takes the dialog's value as the last accepted one and shows it.
@@ -140,10 +183,12 @@ protected:
 
     /// Lets the button open the dialog, and follows what becomes of it.
     void connectDialog(const QAbstractButton* button, const QDialog* dialog);
+    /// Gives the controls what the flags ask for, after these have changed.
+    virtual void updateControls();
 
 private:
     UaVariant validValue() const;
 
-    const QvelEditWidgetFlags m_flags;
+    QvelEditWidgetFlags m_flags;
 };
 Q_DECLARE_OPERATORS_FOR_FLAGS(QvelEditWidgetBase::QvelEditWidgetFlags)

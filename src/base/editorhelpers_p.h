@@ -14,6 +14,8 @@
 #include <QtWidgets/QToolButton>
 #include <QtWidgets/QVBoxLayout>
 
+#include <type_traits>
+
 /// Shows the text of a value whole: the limit of a line edit is one for typing and pasting. The
 /// limit of an input mask stays. What may not fit is shown from its beginning; after a short text
 /// typing goes on at its end.
@@ -34,27 +36,36 @@ void registerValueTypes()
     (qRegisterMetaType<T>(), ...);
 }
 
-inline void setControlReadOnly(QLineEdit* control, bool readOnly)
-{
-    control->setReadOnly(readOnly);
-    tellWhenCut(control);
-}
-inline void setControlReadOnly(QAbstractSpinBox* control, bool readOnly)
+inline void lockControl(QLineEdit* control, bool readOnly)
 {
     control->setReadOnly(readOnly);
 }
-inline void setControlReadOnly(QComboBox* control, bool readOnly)
+inline void lockControl(QAbstractSpinBox* control, bool readOnly)
+{
+    control->setReadOnly(readOnly);
+}
+inline void lockControl(QComboBox* control, bool readOnly)
 {
     control->setDisabled(readOnly);
 }
 
-/// Applies an inline editor's flags to one of its controls. The frame goes only when the flags are
+/// Shows an inline editor's flags in one of its controls. The frame goes only when the flags are
 /// HideFrame and nothing else.
+template <class Control>
+void showFlags(Control* control, QvelWidgetBase::QvelWidgetFlags flags)
+{
+    lockControl(control, flags.testFlag(QvelWidgetBase::ReadOnly));
+    control->setFrame(flags != QvelWidgetBase::HideFrame);
+}
+
+inline void tellWhenCut(const QWidget* /*control*/) {} // no line, or one within a spin box
+
+/// Makes a control one of an inline editor's.
 template <class Control>
 void applyFlags(Control* control, QvelWidgetBase::QvelWidgetFlags flags)
 {
-    setControlReadOnly(control, flags.testFlag(QvelWidgetBase::ReadOnly));
-    control->setFrame(flags != QvelWidgetBase::HideFrame);
+    showFlags(control, flags);
+    tellWhenCut(control);
 }
 
 /// Selects the entry whose item data is `number`, and none if there is no such entry.
@@ -83,7 +94,8 @@ void addDialogRow(QGridLayout* grid, const QString& text, Control* control,
 {
     auto* label = new QLabel(text);
     label->setBuddy(control);
-    setControlReadOnly(control, flags.testFlag(QvelDialogWidgetBase::ReadOnly));
+    lockControl(control, flags.testFlag(QvelDialogWidgetBase::ReadOnly));
+    tellWhenCut(control);
     const int row = grid->count() == 0 ? 0 : grid->rowCount();
     grid->addWidget(label, row, 0);
     grid->addWidget(control, row, 1);
@@ -109,10 +121,12 @@ inline bool isScalarOf(const UaVariant& value, OpcUa_BuiltInType type)
     return value.type() == type && value.arrayType() == OpcUa_VariantArrayType_Scalar;
 }
 
-/// What an editor tells of each change: the value, then the typed value.
+/// What an editor tells of each change: its text, the value, then the typed value.
 template <class Editor, class T, class Signal>
 void emitChanged(Editor* editor, T (Editor::*getter)(bool*) const, void (Editor::*changed)(Signal))
 {
+    if constexpr (!std::is_base_of_v<QvelDialogWidgetBase, Editor>)
+        Q_EMIT editor->valueTextChanged();
     Q_EMIT editor->valueChanged(editor->value(nullptr));
     Q_EMIT(editor->*changed)((editor->*getter)(nullptr));
 }

@@ -41,6 +41,14 @@ public:
         return current(CertificateColumn::FileName, Qt::DisplayRole).toString();
     }
     void fitColumns();
+    /// There is something to do once there is a store.
+    void enableButtons() const
+    {
+        for (QAbstractButton* button : std::initializer_list<QAbstractButton*>{
+                 ui.pushButton_OpenCertLocation, ui.pushButton_CopyCertificateTo,
+                 ui.pushButton_CreateNewCertificate, ui.toolButton_Refresh})
+            button->setEnabled(model != nullptr);
+    }
     void readStore(const std::function<QString(const QString&)>& read);
     bool changeStore(bool (QvelCertificateModel::*change)(QModelIndex),
                      const QString& directory = {});
@@ -51,7 +59,7 @@ public:
     QString rejectedPath;
     QString ownCertificateFile;
     QString ownPrivateKeyFile;
-    bool passwordOption;
+    bool passwordOption = false;
     Ui::CertificateManager ui = {};
     std::unique_ptr<QvelCertificateModel> model = nullptr;
     QSortFilterProxyModel* proxy = nullptr;
@@ -137,26 +145,29 @@ static void prefill(QvelNewCertificateDlg& dialog, const UaPkiCertificate& certi
 
 QvelCertificateManager::QvelCertificateManager(
     const QString& applicationName, const QString& applicationUriPart, const QString& trustedPath,
-    const QString& secondPath, const QString& thirdPath, const QString& rejectedPath,
+    const QString& /*secondPath*/, const QString& /*thirdPath*/, const QString& rejectedPath,
     const QString& ownCertificateFile, const QString& ownPrivateKeyFile,
     const QIcon& ownCertificateIcon, bool passwordOption, QWidget* parent)
-    : QWidget(parent), d(new Private{applicationName, applicationUriPart, trustedPath, rejectedPath,
-                                     ownCertificateFile, ownPrivateKeyFile, passwordOption})
+    : QvelCertificateManager(parent)
+{
+    d->applicationName = applicationName;
+    d->applicationUriPart = applicationUriPart;
+    d->passwordOption = passwordOption;
+    setStore(trustedPath, rejectedPath, ownCertificateFile, ownPrivateKeyFile, ownCertificateIcon);
+}
+
+QvelCertificateManager::QvelCertificateManager(QWidget* parent) : QWidget(parent), d(new Private)
 {
     initKestrelImages();
     d->ui.setupUi(this);
     setObjectName("QvelCertificateManager");
 
-    d->model =
-        std::make_unique<QvelCertificateModel>(trustedPath, secondPath, thirdPath, rejectedPath,
-                                               ownCertificateFile, ownCertificateIcon, true);
     d->proxy = new QSortFilterProxyModel(this);
-    d->proxy->setSourceModel(d->model.get());
     QTreeView* view = d->ui.treeView;
     view->setModel(d->proxy);
+    d->enableButtons();
 
     view->setContextMenuPolicy(Qt::CustomContextMenu);
-    d->fitColumns();
     view->installEventFilter(this);
 
     using Self = QvelCertificateManager;
@@ -188,6 +199,54 @@ QvelCertificateManager::QvelCertificateManager(
 
 QvelCertificateManager::~QvelCertificateManager() = default;
 
+void QvelCertificateManager::setStore(const QString& trustedPath, const QString& rejectedPath,
+                                      const QString& ownCertificateFile,
+                                      const QString& ownPrivateKeyFile,
+                                      const QIcon& ownCertificateIcon)
+{
+    d->trustedPath = trustedPath;
+    d->rejectedPath = rejectedPath;
+    d->ownCertificateFile = ownCertificateFile;
+    d->ownPrivateKeyFile = ownPrivateKeyFile;
+    auto model =
+        std::make_unique<QvelCertificateModel>(trustedPath, QString(), QString(), rejectedPath,
+                                               ownCertificateFile, ownCertificateIcon, true);
+    d->proxy->setSourceModel(model.get());
+    d->model = std::move(model);
+    d->fitColumns();
+    d->enableButtons();
+}
+
+QString QvelCertificateManager::applicationName() const
+{
+    return d->applicationName;
+}
+
+void QvelCertificateManager::setApplicationName(const QString& name)
+{
+    d->applicationName = name;
+}
+
+QString QvelCertificateManager::applicationUriPart() const
+{
+    return d->applicationUriPart;
+}
+
+void QvelCertificateManager::setApplicationUriPart(const QString& part)
+{
+    d->applicationUriPart = part;
+}
+
+bool QvelCertificateManager::passwordOption() const
+{
+    return d->passwordOption;
+}
+
+void QvelCertificateManager::setPasswordOption(bool on)
+{
+    d->passwordOption = on;
+}
+
 void QvelCertificateManager::setRSAKeyStrengths(const QList<int>& bits)
 {
     d->keyStrengths = bits;
@@ -210,11 +269,15 @@ int QvelCertificateManager::clockTolerance() const
 
 void QvelCertificateManager::sltOpenCertLocation()
 {
+    if (!d->model)
+        return;
     QDesktopServices::openUrl(QUrl::fromLocalFile(QDir(d->trustedPath).absolutePath()));
 }
 
 void QvelCertificateManager::sltCopyCertificateTo()
 {
+    if (!d->model)
+        return;
     if (!QFile::exists(d->ownCertificateFile)) {
         runMessageBox(
             this, QMessageBox::Information, tr("Certificate Not Found"),
@@ -238,6 +301,8 @@ void QvelCertificateManager::sltCopyCertificateTo()
 
 void QvelCertificateManager::sltCreateNewCertificate()
 {
+    if (!d->model)
+        return;
     const QPointer<QvelNewCertificateDlg> dialog = new QvelNewCertificateDlg(
         d->applicationName, d->applicationUriPart, false, d->passwordOption, this);
     dialog->setClockTolerance(d->clockTolerance);
@@ -302,6 +367,8 @@ void QvelCertificateManager::sltViewContextMenu(QPoint pos)
 
 void QvelCertificateManager::sltTrustCertificate()
 {
+    if (!d->model)
+        return;
     const QString fileName = d->currentFileName();
     if (!d->changeStore(&QvelCertificateModel::sltTrust, d->trustedPath))
         warn(this, tr("Could not move certificate %1 to the trusted directory").arg(fileName));
@@ -309,6 +376,8 @@ void QvelCertificateManager::sltTrustCertificate()
 
 void QvelCertificateManager::sltRejectCertificate()
 {
+    if (!d->model)
+        return;
     const QString fileName = d->currentFileName();
     if (!d->changeStore(&QvelCertificateModel::sltReject, d->rejectedPath))
         warn(this, tr("Could not move certificate %1 to the rejected directory").arg(fileName));
@@ -316,6 +385,8 @@ void QvelCertificateManager::sltRejectCertificate()
 
 void QvelCertificateManager::sltDeleteCertificate()
 {
+    if (!d->model)
+        return;
     const QPointer<QvelCertificateManager> self(this);
     const QMessageBox::StandardButton answer =
         runMessageBox(this, QMessageBox::Question, tr("Delete Trusted Certificate"),
@@ -337,6 +408,8 @@ void QvelCertificateManager::sltOpenCertificate()
 
 void QvelCertificateManager::sltReload()
 {
+    if (!d->model)
+        return;
     d->readStore([this](const QString& path) {
         d->model->reload();
         return path;

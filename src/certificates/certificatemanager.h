@@ -14,7 +14,13 @@
 class KESTREL_EXPORT QvelCertificateManager : public QWidget
 {
     Q_OBJECT
+    Q_PROPERTY(QString applicationName READ applicationName WRITE setApplicationName)
+    Q_PROPERTY(QString applicationUriPart READ applicationUriPart WRITE setApplicationUriPart)
+    Q_PROPERTY(bool passwordOption READ passwordOption WRITE setPasswordOption)
+    Q_PROPERTY(int clockTolerance READ clockTolerance WRITE setClockTolerance)
 public:
+    /// Without a store until setStore(): nothing is read or written, and the buttons are disabled.
+    explicit QvelCertificateManager(QWidget* parent = nullptr);
     /// `applicationName` and `applicationUriPart` go into the URI "urn:host:part:name" of a new
     /// certificate. `trustedPath` and `rejectedPath` end with a separator; `secondPath` and
     /// `thirdPath` are not read, see QvelCertificateModel. A new certificate is written to
@@ -29,6 +35,17 @@ public:
                            QWidget* parent = nullptr);
     ~QvelCertificateManager() override;
 
+    /// The store, as the other constructor takes it.
+    void setStore(const QString& trustedPath, const QString& rejectedPath,
+                  const QString& ownCertificateFile, const QString& ownPrivateKeyFile,
+                  const QIcon& ownCertificateIcon);
+
+    QString applicationName() const;
+    void setApplicationName(const QString& name);
+    QString applicationUriPart() const;
+    void setApplicationUriPart(const QString& part);
+    bool passwordOption() const;
+    void setPasswordOption(bool on);
     /// The key sizes that the dialog for a new certificate offers, in bits; see
     /// QvelNewCertificateDlg::setRSAKeyStrengths(). Empty is the dialog's default.
     void setRSAKeyStrengths(const QList<int>& bits);

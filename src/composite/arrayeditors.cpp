@@ -1,6 +1,7 @@
 #include "arrayeditors.h"
 
 #include "base/ownmodal_p.h"
+#include "base/valueline_p.h"
 #include "composite/elementdialog_p.h"
 #include "composite/elementstore_p.h"
 
@@ -81,6 +82,11 @@ QvelDialogWidgetArray::QvelDialogWidgetArray(const UaVariant& value, QvelDialogW
 }
 
 QvelDialogWidgetArray::~QvelDialogWidgetArray() = default;
+
+void QvelDialogWidgetArray::updateControls()
+{
+    d->updateFlags();
+}
 
 UaVariant QvelDialogWidgetArray::value(bool* ok) const
 {
@@ -169,6 +175,22 @@ QvelEditWidgetArray::QvelEditWidgetArray(QvelEditWidgetFlags flags, QWidget* par
 }
 
 QvelEditWidgetArray::~QvelEditWidgetArray() = default;
+
+void QvelEditWidgetArray::updateControls()
+{
+    d->updateFlags();
+}
+
+QString QvelEditWidgetArray::valueText() const
+{
+    return jsonLine(value());
+}
+
+void QvelEditWidgetArray::setValueText(const QString& text)
+{
+    if (const auto value = valueOfJsonLine(text))
+        setValue(*value);
+}
 
 UaVariant QvelEditWidgetArray::value(bool* ok) const
 {

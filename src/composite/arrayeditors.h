@@ -41,7 +41,8 @@ private:
 class KESTREL_EXPORT QvelDialogWidgetArray : public QvelDialogWidgetBase
 {
     Q_OBJECT
-    Q_PROPERTY(UaVariant value READ value WRITE setValue NOTIFY valueChanged USER true)
+    Q_PROPERTY(
+        UaVariant value READ value WRITE setValue NOTIFY valueChanged DESIGNABLE false USER true)
 public:
     explicit QvelDialogWidgetArray(const UaVariant& value, QvelDialogWidgetFlags flags = {},
                                    QWidget* parent = nullptr, Qt::WindowFlags windowFlags = {});
@@ -70,6 +71,8 @@ private Q_SLOTS:
 private:
     void change(bool (QvelArrayModel::*change)());
 
+    void updateControls() override;
+
     const std::unique_ptr<ElementDialog> d;
     QvelArrayModel* m_model;
 };
@@ -78,15 +81,22 @@ private:
 class KESTREL_EXPORT QvelEditWidgetArray : public QvelEditWidgetBase
 {
     Q_OBJECT
-    Q_PROPERTY(UaVariant value READ value WRITE setValue NOTIFY valueChanged USER true)
+    Q_PROPERTY(
+        UaVariant value READ value WRITE setValue NOTIFY valueChanged DESIGNABLE false USER true)
 public:
     explicit QvelEditWidgetArray(QvelEditWidgetFlags flags = {}, QWidget* parent = nullptr,
                                  Qt::WindowFlags windowFlags = {});
+    explicit QvelEditWidgetArray(QWidget* parent)
+        : QvelEditWidgetArray(QvelEditWidgetFlags(), parent)
+    {
+    }
     ~QvelEditWidgetArray() override;
 
     /// What the dialog holds, also while it is open.
     UaVariant value(bool* ok = nullptr) const override;
     void setValue(const UaVariant& value) override;
+    QString valueText() const override;
+    void setValueText(const QString& text) override;
     /// As the dialog's.
     void setInitialValue(OpcUa_Byte builtInType, OpcUa_UInt32 length);
     /// Names for the elements. From then on, the line does not show the array.
@@ -103,5 +113,7 @@ private Q_SLOTS:
     void sltShowDialogWidget() override;
 
 private:
+    void updateControls() override;
+
     const std::unique_ptr<ElementField<QvelDialogWidgetArray>> d;
 };

@@ -47,19 +47,24 @@ void ElementDialog::layOut(QVBoxLayout* layout, QDialogButtonBox* box, QvelEleme
         last = next;
     }
 
-    const auto flags = m_dialog->flags();
+    updateFlags();
+}
+
+void ElementDialog::updateFlags()
+{
+    const bool isFixed = isReadOnly() || m_dialog->flags().testFlag(QvelDialogWidgetBase::NoResize);
     for (QAbstractButton* button : m_buttons)
-        button->setDisabled(flags.testFlag(QvelDialogWidgetBase::ReadOnly) ||
-                            flags.testFlag(QvelDialogWidgetBase::NoResize));
-    if (isReadOnly())
-        m_ok->setEnabled(false);
+        button->setDisabled(isFixed);
+    m_ok->setEnabled(!isReadOnly() && !m_isRefused);
+    m_model->setReadOnly(isReadOnly());
 }
 
 void ElementDialog::take(const UaVariant& taken)
 {
     value = taken;
     const bool isEditable = isEditableType(value.type());
-    if (!isEditable)
+    m_isRefused = m_isRefused || !isEditable;
+    if (m_isRefused)
         m_ok->setEnabled(false);
     m_unsupported->setVisible(!isEditable);
     for (QAbstractButton* button : m_buttons)

@@ -40,6 +40,8 @@ public:
         QObject::connect(model, &QAbstractItemModel::modelReset, dialog, resize);
         QObject::connect(model, &QAbstractItemModel::dataChanged, dialog, changed);
     }
+    /// Follows the dialog's flags.
+    void updateFlags();
     /// Takes a value, before the model does. A type that cannot be written disables "Write", and
     /// does so for good.
     void take(const UaVariant& taken);
@@ -57,6 +59,7 @@ private:
     QLabel* m_unsupported = nullptr;
     QAbstractButton* m_ok = nullptr;
     bool m_isNamed = false;
+    bool m_isRefused = false; // a value that cannot be written was here
 };
 
 /// The edit field over one of these dialogs: the last accepted value, and its text.
@@ -80,6 +83,7 @@ public:
     }
 
     Dialog* dialog() const { return m_dialog; }
+    void updateFlags() { m_dialog->setFlags(dialogFlags(m_field->flags())); }
 
     UaVariant value(bool* ok) const
     {
@@ -98,6 +102,7 @@ public:
     void take()
     {
         m_value = m_dialog->value();
+        Q_EMIT m_field->valueTextChanged();
         if (m_showsEnum)
             return;
         showWhole(m_edit, m_value.toFullString().toQString());

@@ -33,3 +33,8 @@ void QvelElementModel::setEnumInfo(const QvelEnumInfo& info)
 {
     d->setEnumInfo(info);
 }
+
+void QvelElementModel::setReadOnly(bool readOnly)
+{
+    d->setReadOnly(readOnly);
+}

@@ -25,6 +25,7 @@ public:
     Qt::ItemFlags flags(const QModelIndex& index) const override;
 
     void setEnumInfo(const QvelEnumInfo& info);
+    void setReadOnly(bool readOnly);
 
 protected:
     /// `value` is not owned and must outlive the model. It is detached from its copies before it

@@ -44,6 +44,7 @@ public:
     bool isArray() const { return m_value->arrayType() == OpcUa_VariantArrayType_Array; }
     bool isMatrix() const { return m_value->arrayType() == OpcUa_VariantArrayType_Matrix; }
     bool isEditable() const { return isEditableType(m_value->type()); }
+    void setReadOnly(bool readOnly) { m_readOnly = readOnly; }
     void setEnumInfo(const QvelEnumInfo& info) { m_enumInfo = info; }
 
     /// What a model answers for one of its cells; an invalid QVariant, or false, for an element
@@ -62,6 +63,6 @@ private:
     bool isShownAs(const QModelIndex& index, const UaVariant& scalar) const;
 
     UaVariant* const m_value;
-    const bool m_readOnly;
+    bool m_readOnly;
     QvelEnumInfo m_enumInfo;
 };

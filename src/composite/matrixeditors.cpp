@@ -1,6 +1,7 @@
 #include "matrixeditors.h"
 
 #include "base/ownmodal_p.h"
+#include "base/valueline_p.h"
 #include "composite/elementdialog_p.h"
 #include "composite/elementstore_p.h"
 #include "platform/types/uastacktypearray.h"
@@ -114,6 +115,11 @@ QvelDialogWidgetMatrix::QvelDialogWidgetMatrix(const UaVariant& value, QvelDialo
 
 QvelDialogWidgetMatrix::~QvelDialogWidgetMatrix() = default;
 
+void QvelDialogWidgetMatrix::updateControls()
+{
+    d->updateFlags();
+}
+
 UaVariant QvelDialogWidgetMatrix::value(bool* ok) const
 {
     if (ok)
@@ -220,6 +226,22 @@ QvelEditWidgetMatrix::QvelEditWidgetMatrix(QvelEditWidgetFlags flags, QWidget* p
 }
 
 QvelEditWidgetMatrix::~QvelEditWidgetMatrix() = default;
+
+void QvelEditWidgetMatrix::updateControls()
+{
+    d->updateFlags();
+}
+
+QString QvelEditWidgetMatrix::valueText() const
+{
+    return jsonLine(value());
+}
+
+void QvelEditWidgetMatrix::setValueText(const QString& text)
+{
+    if (const auto value = valueOfJsonLine(text))
+        setValue(*value);
+}
 
 UaVariant QvelEditWidgetMatrix::value(bool* ok) const
 {

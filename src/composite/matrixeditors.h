@@ -48,7 +48,8 @@ private:
 class KESTREL_EXPORT QvelDialogWidgetMatrix : public QvelDialogWidgetBase
 {
     Q_OBJECT
-    Q_PROPERTY(UaVariant value READ value WRITE setValue NOTIFY valueChanged USER true)
+    Q_PROPERTY(
+        UaVariant value READ value WRITE setValue NOTIFY valueChanged DESIGNABLE false USER true)
 public:
     explicit QvelDialogWidgetMatrix(const UaVariant& value, QvelDialogWidgetFlags flags = {},
                                     QWidget* parent = nullptr, Qt::WindowFlags windowFlags = {});
@@ -76,6 +77,8 @@ private Q_SLOTS:
 private:
     void askForDimensions();
 
+    void updateControls() override;
+
     const std::unique_ptr<ElementDialog> d;
     QvelMatrixModel* m_model;
 };
@@ -84,15 +87,22 @@ private:
 class KESTREL_EXPORT QvelEditWidgetMatrix : public QvelEditWidgetBase
 {
     Q_OBJECT
-    Q_PROPERTY(UaVariant value READ value WRITE setValue NOTIFY valueChanged USER true)
+    Q_PROPERTY(
+        UaVariant value READ value WRITE setValue NOTIFY valueChanged DESIGNABLE false USER true)
 public:
     explicit QvelEditWidgetMatrix(QvelEditWidgetFlags flags = {}, QWidget* parent = nullptr,
                                   Qt::WindowFlags windowFlags = {});
+    explicit QvelEditWidgetMatrix(QWidget* parent)
+        : QvelEditWidgetMatrix(QvelEditWidgetFlags(), parent)
+    {
+    }
     ~QvelEditWidgetMatrix() override;
 
     /// What the dialog holds, also while it is open.
     UaVariant value(bool* ok = nullptr) const override;
     void setValue(const UaVariant& value) override;
+    QString valueText() const override;
+    void setValueText(const QString& text) override;
     /// As the dialog's.
     void setInitialValue(OpcUa_Byte builtInType, const UaStackTypeArray<OpcUa_UInt32>& dimensions);
     /// Names for the elements. From then on, the line does not show the matrix.
@@ -109,5 +119,7 @@ private Q_SLOTS:
     void sltShowDialogWidget() override;
 
 private:
+    void updateControls() override;
+
     const std::unique_ptr<ElementField<QvelDialogWidgetMatrix>> d;
 };

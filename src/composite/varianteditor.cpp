@@ -1,6 +1,7 @@
 #include "varianteditor.h"
 
 #include "base/editorhelpers_p.h"
+#include "base/valueline_p.h"
 #include "composite/arrayeditors.h"
 #include "composite/matrixeditors.h"
 #include "composite/typeeditors_p.h"
@@ -68,8 +69,8 @@ QvelWidgetVariant::QvelWidgetVariant(QvelWidgetFlags flags, QWidget* parent,
     arrayTypeLabel->setBuddy(m_arrayType);
     for (QComboBox* box : {m_dataType, m_arrayType}) {
         box->setSizePolicy(QSizePolicy::MinimumExpanding, QSizePolicy::Fixed);
-        box->setDisabled(flags.testFlag(ReadOnly));
     }
+    QvelWidgetVariant::updateControls();
     updateValueWidget();
 
     connect(m_dataType, &QComboBox::currentIndexChanged, this,
@@ -81,6 +82,12 @@ QvelWidgetVariant::QvelWidgetVariant(QvelWidgetFlags flags, QWidget* parent,
 }
 
 QvelWidgetVariant::~QvelWidgetVariant() = default;
+
+void QvelWidgetVariant::updateControls()
+{
+    for (QComboBox* box : {m_dataType, m_arrayType})
+        lockControl(box, flags().testFlag(ReadOnly));
+}
 
 QWidget* QvelWidgetVariant::valueWidget() const
 {
@@ -152,6 +159,19 @@ void QvelWidgetVariant::setValue(const UaVariant& value)
         editor.setValue(valueWidget(), value);
 }
 
+QString QvelWidgetVariant::valueText() const
+{
+    bool ok = false;
+    const UaVariant shown = value(&ok);
+    return ok ? jsonLine(shown) : QString();
+}
+
+void QvelWidgetVariant::setValueText(const QString& text)
+{
+    if (const auto value = valueOfJsonLine(text))
+        setValue(*value);
+}
+
 void QvelWidgetVariant::showEvent(QShowEvent* event)
 {
     QvelWidgetBase::showEvent(event);
@@ -170,5 +190,6 @@ void QvelWidgetVariant::sltArrayTypeChanged(int /*iIndex*/)
 
 void QvelWidgetVariant::sltValueChanged()
 {
+    Q_EMIT valueTextChanged();
     Q_EMIT valueChanged(value());
 }

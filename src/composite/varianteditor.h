@@ -19,17 +19,21 @@ class KESTREL_EXPORT QvelWidgetVariant : public QvelWidgetBase
 public:
     explicit QvelWidgetVariant(QvelWidgetFlags flags = {}, QWidget* parent = nullptr,
                                Qt::WindowFlags windowFlags = {});
+    explicit QvelWidgetVariant(QWidget* parent) : QvelWidgetVariant(QvelWidgetFlags(), parent) {}
     ~QvelWidgetVariant() override;
 
     UaVariant value(bool* ok = nullptr) const override;
     /// Chooses the value's types and shows it. A type that is not offered leaves no choice.
     void setValue(const UaVariant& value) override;
+    QString valueText() const override;
+    void setValueText(const QString& text) override;
 
 Q_SIGNALS:
     void valueChanged(UaVariant value);
 
 protected:
     void showEvent(QShowEvent* event) override;
+    void updateControls() override;
 
 private Q_SLOTS:
     void sltDataTypeChanged(int iIndex);

@@ -3,6 +3,7 @@
 #include "discovery/discoverycbinterface.h"
 #include "discovery/discoverymodel.h"
 #include "discovery/discoverynodes_p.h"
+#include "images/images_p.h"
 
 #include <QtCore/QPointer>
 #include <QtGui/QAction>
@@ -84,13 +85,16 @@ std::optional<QString> ask(UrlDialog* dialog)
 class QvelDiscoveryWidget::Private
 {
 public:
-    Private(QvelDiscoveryCBInterface* callback, OpcType opcType)
-        : callback(callback), opcType(opcType)
+    /// Null while there is no model, or only one of someone else's.
+    QvelDiscoveryNode* node(const QModelIndex& index) const
     {
+        return model && index.model() == model ? nodeAt(index) : nullptr;
     }
 
-    QvelDiscoveryCBInterface* const callback;
-    const OpcType opcType;
+    QvelDiscoveryCBInterface* callback = nullptr;
+    OpcType opcType = OpcUa;
+    int timeout = 10000;
+    QString sessionName;
     QvelDiscoveryModel* model = nullptr;
     QAction* rebrowse = nullptr;
     QAction* remove = nullptr;
@@ -103,16 +107,21 @@ public:
 
 QvelDiscoveryWidget::QvelDiscoveryWidget(OpcType opcType, QvelDiscoveryCBInterface* callback,
                                          int timeout, const QString& sessionName, QWidget* parent)
-    : QTreeView(parent), d(new Private(callback, opcType))
+    : QvelDiscoveryWidget(parent)
 {
-    d->model = new QvelDiscoveryModel(opcType, callback, timeout, sessionName, this);
-    setModel(d->model);
+    d->opcType = opcType;
+    d->timeout = timeout;
+    d->sessionName = sessionName;
+    start(callback);
+}
+
+QvelDiscoveryWidget::QvelDiscoveryWidget(QWidget* parent) : QTreeView(parent), d(new Private)
+{
+    initKestrelImages();
     setHeaderHidden(true);
     header()->setResizeContentsPrecision(rowsToFit);
     setUniformRowHeights(true); // every text is one line
     setContextMenuPolicy(Qt::CustomContextMenu);
-    for (int row = 1; row <= 3; ++row)
-        expand(d->model->index(row, 0));
 
     d->rebrowse = new QAction(QIcon(":/kestrel/images/rebrowse.png"), tr("Rebrowse"), this);
     d->remove = new QAction(QIcon(":/kestrel/images/clearlog.png"), tr("Remove"), this);
@@ -124,12 +133,7 @@ QvelDiscoveryWidget::QvelDiscoveryWidget(OpcType opcType, QvelDiscoveryCBInterfa
     connect(d->rebrowse, &QAction::triggered, this, &QvelDiscoveryWidget::sltRebrowse);
     connect(d->edit, &QAction::triggered, this, &QvelDiscoveryWidget::sltEditUrl);
     connect(this, &QWidget::customContextMenuRequested, this, &QvelDiscoveryWidget::sltContextMenu);
-    connect(selectionModel(), &QItemSelectionModel::currentChanged, this,
-            &QvelDiscoveryWidget::sltCurrentChanged);
     connect(this, &QAbstractItemView::activated, this, &QvelDiscoveryWidget::sltActivated);
-
-    resizeColumnToContents(0);
-    readSettings();
 }
 
 QvelDiscoveryWidget::~QvelDiscoveryWidget()
@@ -141,14 +145,62 @@ QvelDiscoveryWidget::~QvelDiscoveryWidget()
     writeSettings();
 }
 
+void QvelDiscoveryWidget::start(QvelDiscoveryCBInterface* callback)
+{
+    writeSettings();
+    delete std::exchange(d->model, nullptr);
+    d->callback = callback;
+    d->model = new QvelDiscoveryModel(d->opcType, callback, d->timeout, d->sessionName, this);
+    delete selectionModel(); // it would go with the view only
+    setModel(d->model);
+    for (int row = 1; row <= 3; ++row)
+        expand(d->model->index(row, 0));
+    connect(selectionModel(), &QItemSelectionModel::currentChanged, this,
+            &QvelDiscoveryWidget::sltCurrentChanged);
+    resizeColumnToContents(0);
+    readSettings();
+}
+
+QvelDiscoveryWidget::OpcType QvelDiscoveryWidget::opcType() const
+{
+    return d->opcType;
+}
+
+void QvelDiscoveryWidget::setOpcType(OpcType type)
+{
+    d->opcType = type;
+}
+
+int QvelDiscoveryWidget::timeout() const
+{
+    return d->timeout;
+}
+
+void QvelDiscoveryWidget::setTimeout(int timeout)
+{
+    d->timeout = timeout;
+}
+
+QString QvelDiscoveryWidget::sessionName() const
+{
+    return d->sessionName;
+}
+
+void QvelDiscoveryWidget::setSessionName(const QString& name)
+{
+    d->sessionName = name;
+}
+
 QvelDiscoverySetting QvelDiscoveryWidget::currentConfiguration() const
 {
-    QvelDiscoveryNodeEndpoint* endpoint = toEndpoint(nodeAt(currentIndex()));
+    QvelDiscoveryNodeEndpoint* endpoint = toEndpoint(d->node(currentIndex()));
     return endpoint ? endpoint->configuration() : QvelDiscoverySetting();
 }
 
 bool QvelDiscoveryWidget::updateEndpointConfiguration(const QvelDiscoverySetting& setting)
 {
+    if (!d->model)
+        return false;
     const QPointer<QvelDiscoveryWidget> self(this); // the model may ask the user
     bool accepted = false;
     const QModelIndex index =
@@ -160,7 +212,7 @@ bool QvelDiscoveryWidget::updateEndpointConfiguration(const QvelDiscoverySetting
 
 int QvelDiscoveryWidget::noOfRecentNodes() const
 {
-    return d->model->getRecentNode()->childrenCount();
+    return d->model ? d->model->getRecentNode()->childrenCount() : 0;
 }
 
 void QvelDiscoveryWidget::rowsInserted(const QModelIndex& parent, int start, int end)
@@ -182,7 +234,7 @@ void QvelDiscoveryWidget::keyPressEvent(QKeyEvent* event)
 
 void QvelDiscoveryWidget::sltContextMenu(const QPoint& pos)
 {
-    QvelDiscoveryNode* node = nodeAt(indexAt(pos));
+    QvelDiscoveryNode* node = d->node(indexAt(pos));
     if (!node)
         return;
     QList<QAction*> actions;
@@ -213,7 +265,7 @@ void QvelDiscoveryWidget::sltContextMenu(const QPoint& pos)
 void QvelDiscoveryWidget::sltEditUrl()
 {
     const QPersistentModelIndex index = currentIndex();
-    QvelDiscoveryNodeDiscovery* node = toDiscovery(nodeAt(index));
+    QvelDiscoveryNodeDiscovery* node = toDiscovery(d->node(index));
     if (!node)
         return;
     const QPointer<QvelDiscoveryWidget> self(this);
@@ -230,19 +282,20 @@ void QvelDiscoveryWidget::sltEditUrl()
 void QvelDiscoveryWidget::sltRebrowse()
 {
     // A fixed entry holds what the user put there, and nothing could be found to replace it.
-    QvelDiscoveryNode* node = nodeAt(currentIndex());
+    QvelDiscoveryNode* node = d->node(currentIndex());
     if (node && node->type() != QvelDiscoveryNode::TypeGeneric)
         d->model->fetchMore(currentIndex());
 }
 
 void QvelDiscoveryWidget::sltRemove()
 {
-    d->model->remove(currentIndex());
+    if (d->node(currentIndex()))
+        d->model->remove(currentIndex());
 }
 
 void QvelDiscoveryWidget::sltCurrentChanged(const QModelIndex& index)
 {
-    QvelDiscoveryNodeEndpoint* endpoint = toEndpoint(nodeAt(index));
+    QvelDiscoveryNodeEndpoint* endpoint = toEndpoint(d->node(index));
     if (!endpoint)
         return;
     if (d->opcType == OpcUa)
@@ -272,7 +325,7 @@ bool QvelDiscoveryWidget::viewportEvent(QEvent* event)
 
 void QvelDiscoveryWidget::sltActivated(const QModelIndex& index)
 {
-    QvelDiscoveryNode* node = nodeAt(index);
+    QvelDiscoveryNode* node = d->node(index);
     if (!node)
         return;
     if (d->inViewportEvent) {
@@ -313,6 +366,8 @@ void QvelDiscoveryWidget::readSettings()
 
 void QvelDiscoveryWidget::writeSettings()
 {
+    if (!d->callback)
+        return;
     void* handle = d->callback->openSettings();
     const QModelIndex current = currentIndex();
     if (current.isValid())

@@ -11,10 +11,15 @@ class QvelDiscoveryCBInterface;
 
 /// A tree in which the user finds a server and picks one of its endpoints.
 ///
-/// The view creates and owns its model; the host owns the view. User-interface thread only.
+/// The view creates and owns its model; the host owns the view. User-interface thread only. In a
+/// form it is empty, and does nothing, until the program calls start().
 class KESTREL_EXPORT QvelDiscoveryWidget : public QTreeView
 {
     Q_OBJECT
+    /// These three are taken when the view starts.
+    Q_PROPERTY(OpcType opcType READ opcType WRITE setOpcType)
+    Q_PROPERTY(int timeout READ timeout WRITE setTimeout)
+    Q_PROPERTY(QString sessionName READ sessionName WRITE setSessionName)
 public:
     /// What is looked for.
     enum OpcType : int {
@@ -24,13 +29,27 @@ public:
     };
     Q_ENUM(OpcType)
 
-    /// `callback` is mandatory and must outlive the view. `timeout` is the milliseconds that each
-    /// service call may take; `sessionName` goes into every configuration that is found.
+    explicit QvelDiscoveryWidget(QWidget* parent = nullptr);
+    /// Starts at once. `callback` is mandatory and must outlive the view. `timeout` is the
+    /// milliseconds that each service call may take; `sessionName` goes into every configuration
+    /// that is found.
     QvelDiscoveryWidget(OpcType opcType, QvelDiscoveryCBInterface* callback, int timeout,
                         const QString& sessionName, QWidget* parent = nullptr);
     /// Writes the current node's name to the settings store; the model then writes the user's
     /// additions. Ends running requests at once.
     ~QvelDiscoveryWidget() override;
+
+    /// Looks for servers, anew if it has done so already, which then ends as in the destructor.
+    /// `callback` is mandatory and must outlive the view.
+    void start(QvelDiscoveryCBInterface* callback);
+
+    OpcType opcType() const;
+    void setOpcType(OpcType type);
+    /// Milliseconds; 10000 unless it is given.
+    int timeout() const;
+    void setTimeout(int timeout);
+    QString sessionName() const;
+    void setSessionName(const QString& name);
 
     /// The configuration of the current endpoint; a default record when the current node is none.
     QvelDiscoverySetting currentConfiguration() const;

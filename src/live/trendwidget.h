@@ -41,6 +41,10 @@ class KESTREL_EXPORT QvelTrendWidget : public QWidget
     Q_OBJECT
     /// How many seconds the axis shows while it runs along; 0 while it stands.
     Q_PROPERTY(double following READ following WRITE setFollowing NOTIFY followingChanged)
+    Q_PROPERTY(double samplingInterval READ samplingInterval WRITE setSamplingInterval)
+    Q_PROPERTY(double publishingInterval READ publishingInterval WRITE setPublishingInterval)
+    Q_PROPERTY(uint queueSize READ queueSize WRITE setQueueSize)
+    Q_PROPERTY(qlonglong maximumPoints READ maximumPoints WRITE setMaximumPoints)
 public:
     explicit QvelTrendWidget(QWidget* parent = nullptr);
     ~QvelTrendWidget() override;

@@ -24,7 +24,22 @@ const QStringList& defaultPolicies()
     return uris;
 }
 
-QString policyName(const QString& uri)
+QLatin1String standardPolicies()
+{
+    return QLatin1String(securityPolicyNone, qstrlen(securityPolicyNone) - qstrlen("None"));
+}
+
+QString shortPolicy(const QString& uri)
+{
+    return uri.startsWith(standardPolicies()) ? uri.mid(standardPolicies().size()) : uri;
+}
+
+QString wholePolicy(const QString& name)
+{
+    return name.isEmpty() || name.contains(u':') ? name : standardPolicies() + name;
+}
+
+QString shownPolicy(const QString& uri)
 {
     const QString name = uri.mid(uri.indexOf(QLatin1Char('#')) + 1);
     return QCoreApplication::translate("EndpointSettingsWidget",
@@ -285,6 +300,20 @@ void QvelEndpointSettingsWidget::setVisibleGuiElements(QFlags<GuiElement> elemen
         layout->addStretch(0);
     else if (!elements.testFlag(BottomStretch) && stretched)
         d->takenStretches.emplace_back(layout->takeAt(last));
+    Q_EMIT visibleGuiElementsChanged();
+}
+
+QvelEndpointSettingsWidget::GuiElements QvelEndpointSettingsWidget::visibleGuiElements() const
+{
+    const QVBoxLayout* layout = d->ui.mainLayout;
+    GuiElements elements;
+    elements.setFlag(ServerInformation, !d->ui.groupBox_ServerInformation->isHidden());
+    elements.setFlag(SecuritySettings, !d->ui.groupBox_SecuritySettings->isHidden());
+    elements.setFlag(AuthenticationSettings, !d->ui.groupBox_AuthenticationSettings->isHidden());
+    elements.setFlag(SessionSettings, !d->ui.groupBox_SessionSettings->isHidden());
+    elements.setFlag(BottomStretch, layout->itemAt(layout->count() - 1)->spacerItem());
+    elements.setFlag(StorePasswordOption, !d->ui.checkBox_StorePassword->isHidden());
+    return elements;
 }
 
 void QvelEndpointSettingsWidget::setSecurityPolicies(const QStringList& uris)
@@ -300,11 +329,39 @@ void QvelEndpointSettingsWidget::setSecurityPolicies(const QStringList& uris)
         const QSignalBlocker blocker(combo);
         combo->clear();
         for (const QString& uri : std::as_const(offered))
-            combo->addItem(policyName(uri), uri);
+            combo->addItem(shownPolicy(uri), uri);
         combo->setCurrentIndex(qMax(0, int(offered.indexOf(current))));
     }
-    if (securityPolicy() != current)
+    const QPointer<QvelEndpointSettingsWidget> self(this);
+    Q_EMIT securityPoliciesChanged();
+    if (self && securityPolicy() != current)
         sltSecurityPolicyChanged(combo->currentIndex());
+}
+
+QString QvelEndpointSettingsWidget::policyNames() const
+{
+    QStringList names;
+    for (const QString& uri : securityPolicies())
+        names.append(shortPolicy(uri));
+    return names.join(u'|');
+}
+
+void QvelEndpointSettingsWidget::setPolicyNames(const QString& names)
+{
+    QStringList uris;
+    for (const QString& name : names.split(u'|'))
+        uris.append(wholePolicy(name));
+    setSecurityPolicies(names.isEmpty() ? QStringList() : uris);
+}
+
+QString QvelEndpointSettingsWidget::policyName() const
+{
+    return shortPolicy(securityPolicy());
+}
+
+void QvelEndpointSettingsWidget::setPolicyName(const QString& name)
+{
+    setSecurityPolicy(wholePolicy(name));
 }
 
 void QvelEndpointSettingsWidget::sltEndpointUrlChanged(QString text)

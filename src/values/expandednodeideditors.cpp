@@ -53,6 +53,13 @@ void QvelDialogWidgetExpandedNodeId::sltComboIndexChanged(int iIndex)
     m_nodeId->setIdentifierType(iIndex);
 }
 
+static QvelDialogWidgetBase::QvelDialogWidgetFlags
+dialogFlags(QvelEditWidgetBase::QvelEditWidgetFlags flags)
+{
+    return flags.testFlag(QvelEditWidgetBase::ReadOnly) ? QvelDialogWidgetBase::ReadOnly
+                                                        : QvelDialogWidgetBase::NoFlags;
+}
+
 QvelEditWidgetExpandedNodeId::QvelEditWidgetExpandedNodeId(QvelEditWidgetFlags flags,
                                                            QWidget* parent,
                                                            Qt::WindowFlags windowFlags)
@@ -62,9 +69,7 @@ QvelEditWidgetExpandedNodeId::QvelEditWidgetExpandedNodeId(QvelEditWidgetFlags f
     const EditFieldControls controls = layOutEditField(this);
     m_edit = controls.edit;
     showInToolTip(m_edit);
-    m_dialog = new QvelDialogWidgetExpandedNodeId(
-        flags.testFlag(ReadOnly) ? QvelDialogWidgetBase::ReadOnly : QvelDialogWidgetBase::NoFlags,
-        this);
+    m_dialog = new QvelDialogWidgetExpandedNodeId(dialogFlags(flags), this);
     store(UaExpandedNodeId());
     connectDialog(controls.button, m_dialog);
     connect(m_edit, &QLineEdit::textChanged, this,
@@ -72,6 +77,11 @@ QvelEditWidgetExpandedNodeId::QvelEditWidgetExpandedNodeId(QvelEditWidgetFlags f
 }
 
 QvelEditWidgetExpandedNodeId::~QvelEditWidgetExpandedNodeId() = default;
+
+void QvelEditWidgetExpandedNodeId::updateControls()
+{
+    m_dialog->setFlags(dialogFlags(flags()));
+}
 
 UaVariant QvelEditWidgetExpandedNodeId::value(bool* ok) const
 {

@@ -51,6 +51,10 @@ class KESTREL_EXPORT QvelEditWidgetExpandedNodeId : public QvelEditWidgetBase
 public:
     explicit QvelEditWidgetExpandedNodeId(QvelEditWidgetFlags flags = {}, QWidget* parent = nullptr,
                                           Qt::WindowFlags windowFlags = {});
+    explicit QvelEditWidgetExpandedNodeId(QWidget* parent)
+        : QvelEditWidgetExpandedNodeId(QvelEditWidgetFlags(), parent)
+    {
+    }
     ~QvelEditWidgetExpandedNodeId() override;
 
     UaVariant value(bool* ok = nullptr) const override;
@@ -69,6 +73,7 @@ private Q_SLOTS:
     void sltExpandedNodeIdChanged();
 
 private:
+    void updateControls() override;
     void store(const UaExpandedNodeId& expandedNodeId);
 
     QvelDialogWidgetExpandedNodeId* m_dialog;

@@ -23,30 +23,36 @@ constexpr const char* saveKey = "LastSaveFilename";
 
 } // namespace
 
-FileField::FileField(QvelEditWidgetBase* field, const Facts& facts)
-    : m_field(field), m_facts(facts),
-      m_readOnly(field->flags().testFlag(QvelEditWidgetBase::ReadOnly))
+FileField::FileField(QvelEditWidgetBase* field, const Facts& facts) : m_field(field), m_facts(facts)
 {
     const EditFieldControls controls = layOutEditField(field);
     m_edit = controls.edit;
     tellWhenCut(m_edit);
-    m_edit->setReadOnly(m_readOnly || !facts.isTextEditable);
     m_showButton = controls.button;
     m_loadSaveButton = new QToolButton;
-    // These texts are the same in every language.
-    m_loadSaveButton->setText(m_readOnly ? QStringLiteral("Save as...")
-                                         : QStringLiteral("Load file..."));
-    m_loadSaveButton->setCheckable(!m_readOnly);
     field->layout()->addWidget(m_loadSaveButton);
-
-    auto dialogFlags = facts.dialogFlags;
-    dialogFlags.setFlag(QvelDisplayDialog::ReadOnly, m_readOnly);
-    m_dialog = new QvelDisplayDialog(dialogFlags, field);
+    m_dialog = new QvelDisplayDialog(facts.dialogFlags, field);
+    updateFlags();
 }
 
 FileField::~FileField()
 {
     closeSettings();
+}
+
+void FileField::updateFlags()
+{
+    m_readOnly = m_field->flags().testFlag(QvelEditWidgetBase::ReadOnly);
+    if (m_readOnly && m_fromFile)
+        enterManually();
+    m_edit->setReadOnly(m_readOnly || m_fromFile || !m_facts.isTextEditable);
+    // These texts are the same in every language.
+    m_loadSaveButton->setText(m_readOnly ? QStringLiteral("Save as...")
+                                         : QStringLiteral("Load file..."));
+    m_loadSaveButton->setCheckable(!m_readOnly);
+    auto dialogFlags = m_facts.dialogFlags;
+    dialogFlags.setFlag(QvelDisplayDialog::ReadOnly, m_readOnly);
+    m_dialog->setFlags(dialogFlags);
 }
 
 void FileField::setText(const QString& text)

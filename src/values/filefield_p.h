@@ -64,6 +64,10 @@ public:
     /// The contents of the file, or nothing when it cannot be read.
     std::optional<QByteArray> readFile() const;
 
+    /// Follows the field's flags. A file that a value is taken from is given up when the field
+    /// becomes read-only.
+    void updateFlags();
+
     void setSettings(QvelSettingsCBInterface* settings) { m_settings = settings; }
 
 private:
@@ -82,7 +86,7 @@ private:
 
     QvelEditWidgetBase* const m_field;
     const Facts m_facts;
-    const bool m_readOnly;
+    bool m_readOnly = false;
     QLineEdit* m_edit;
     QToolButton* m_showButton;
     QToolButton* m_loadSaveButton;

@@ -132,6 +132,10 @@ void QvelWidgetXmlElement::setXmlElement(const UaByteString& xmlElement)
         connect(d->edit(), &QLineEdit::textChanged, this, &Field::changedSlot);                    \
     }                                                                                              \
     Field::~Field() = default;                                                                     \
+    void Field::updateControls()                                                                   \
+    {                                                                                              \
+        d->updateFlags();                                                                          \
+    }                                                                                              \
     void Field::setSettingsCBInterface(QvelSettingsCBInterface* settings)                          \
     {                                                                                              \
         d->setSettings(settings);                                                                  \

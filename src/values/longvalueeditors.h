@@ -25,6 +25,9 @@ class KESTREL_EXPORT QvelWidgetByteString : public QvelWidgetBase
 public:
     explicit QvelWidgetByteString(QvelWidgetFlags flags = {}, QWidget* parent = nullptr,
                                   Qt::WindowFlags windowFlags = {});
+    explicit QvelWidgetByteString(QWidget* parent) : QvelWidgetByteString(QvelWidgetFlags(), parent)
+    {
+    }
     ~QvelWidgetByteString() override;
 
     UaVariant value(bool* ok = nullptr) const override;
@@ -50,6 +53,9 @@ class KESTREL_EXPORT QvelWidgetXmlElement : public QvelWidgetBase
 public:
     explicit QvelWidgetXmlElement(QvelWidgetFlags flags = {}, QWidget* parent = nullptr,
                                   Qt::WindowFlags windowFlags = {});
+    explicit QvelWidgetXmlElement(QWidget* parent) : QvelWidgetXmlElement(QvelWidgetFlags(), parent)
+    {
+    }
     ~QvelWidgetXmlElement() override;
 
     UaVariant value(bool* ok = nullptr) const override;
@@ -75,6 +81,10 @@ class KESTREL_EXPORT QvelEditWidgetByteString : public QvelEditWidgetBase
 public:
     explicit QvelEditWidgetByteString(QvelEditWidgetFlags flags = {}, QWidget* parent = nullptr,
                                       Qt::WindowFlags windowFlags = {});
+    explicit QvelEditWidgetByteString(QWidget* parent)
+        : QvelEditWidgetByteString(QvelEditWidgetFlags(), parent)
+    {
+    }
     ~QvelEditWidgetByteString() override;
 
     UaVariant value(bool* ok = nullptr) const override;
@@ -96,6 +106,8 @@ private Q_SLOTS:
     void sltByteStringChanged();
 
 private:
+    void updateControls() override;
+
     const std::unique_ptr<FileField> d;
     UaByteString m_stored;
 };
@@ -108,6 +120,10 @@ class KESTREL_EXPORT QvelEditWidgetXmlElement : public QvelEditWidgetBase
 public:
     explicit QvelEditWidgetXmlElement(QvelEditWidgetFlags flags = {}, QWidget* parent = nullptr,
                                       Qt::WindowFlags windowFlags = {});
+    explicit QvelEditWidgetXmlElement(QWidget* parent)
+        : QvelEditWidgetXmlElement(QvelEditWidgetFlags(), parent)
+    {
+    }
     ~QvelEditWidgetXmlElement() override;
 
     UaVariant value(bool* ok = nullptr) const override;
@@ -129,6 +145,8 @@ private Q_SLOTS:
     void sltXmlElementChanged();
 
 private:
+    void updateControls() override;
+
     const std::unique_ptr<FileField> d;
     UaByteString m_stored;
 };
@@ -141,6 +159,10 @@ class KESTREL_EXPORT QvelEditWidgetString : public QvelEditWidgetBase
 public:
     explicit QvelEditWidgetString(QvelEditWidgetFlags flags = {}, QWidget* parent = nullptr,
                                   Qt::WindowFlags windowFlags = {});
+    explicit QvelEditWidgetString(QWidget* parent)
+        : QvelEditWidgetString(QvelEditWidgetFlags(), parent)
+    {
+    }
     ~QvelEditWidgetString() override;
 
     UaVariant value(bool* ok = nullptr) const override;
@@ -162,5 +184,7 @@ private Q_SLOTS:
     void sltStringChanged();
 
 private:
+    void updateControls() override;
+
     const std::unique_ptr<FileField> d;
 };

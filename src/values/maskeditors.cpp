@@ -24,6 +24,7 @@ void setUp(Combo*& combo, Editor* editor, void (Editor::*changed)())
 template <class Editor, class T>
 void emitMask(Editor* editor, T (Editor::*getter)(bool*) const, void (Editor::*changed)(T))
 {
+    Q_EMIT editor->valueTextChanged();
     Q_EMIT(editor->*changed)((editor->*getter)(nullptr));
 }
 

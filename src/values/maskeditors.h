@@ -124,9 +124,14 @@ public:
 class KESTREL_EXPORT QvelWidgetWriteMask : public QvelWidgetBase
 {
     Q_OBJECT
+    Q_PROPERTY(QvelAttributeWriteMask::AttributeWriteMask attributeWriteMask READ flagsOfMask WRITE
+                   setAttributeWriteMask NOTIFY attributeWriteMaskChanged)
 public:
     explicit QvelWidgetWriteMask(QvelWidgetFlags flags = {}, QWidget* parent = nullptr,
                                  Qt::WindowFlags windowFlags = {});
+    explicit QvelWidgetWriteMask(QWidget* parent) : QvelWidgetWriteMask(QvelWidgetFlags(), parent)
+    {
+    }
     ~QvelWidgetWriteMask() override;
 
     UaVariant value(bool* ok = nullptr) const override;
@@ -141,6 +146,11 @@ private Q_SLOTS:
     void sltAttributeWriteMaskChanged();
 
 private:
+    QvelAttributeWriteMask::AttributeWriteMask flagsOfMask() const
+    {
+        return QvelAttributeWriteMask::AttributeWriteMask::fromInt(int(attributeWriteMask()));
+    }
+
     QvelFlagsComboBox<QvelAttributeWriteMask, QvelAttributeWriteMask::AttributeWriteMask>* m_combo;
 };
 
@@ -148,9 +158,15 @@ private:
 class KESTREL_EXPORT QvelWidgetBrowseResultMask : public QvelWidgetBase
 {
     Q_OBJECT
+    Q_PROPERTY(QvelBrowseResultMask::BrowseResultMask browseResultMask READ flagsOfMask WRITE
+                   setBrowseResultMask NOTIFY browseResultMaskChanged)
 public:
     explicit QvelWidgetBrowseResultMask(QvelWidgetFlags flags = {}, QWidget* parent = nullptr,
                                         Qt::WindowFlags windowFlags = {});
+    explicit QvelWidgetBrowseResultMask(QWidget* parent)
+        : QvelWidgetBrowseResultMask(QvelWidgetFlags(), parent)
+    {
+    }
     ~QvelWidgetBrowseResultMask() override;
 
     UaVariant value(bool* ok = nullptr) const override;
@@ -165,6 +181,11 @@ private Q_SLOTS:
     void sltBrowseResultMaskChanged();
 
 private:
+    QvelBrowseResultMask::BrowseResultMask flagsOfMask() const
+    {
+        return QvelBrowseResultMask::BrowseResultMask::fromInt(int(browseResultMask()));
+    }
+
     QvelFlagsComboBox<QvelBrowseResultMask, QvelBrowseResultMask::BrowseResultMask>* m_combo;
 };
 
@@ -172,9 +193,15 @@ private:
 class KESTREL_EXPORT QvelWidgetDiagnosticsMask : public QvelWidgetBase
 {
     Q_OBJECT
+    Q_PROPERTY(QvelDiagnosticsMask::DiagnosticsMask diagnosticsMask READ flagsOfMask WRITE
+                   setDiagnosticsMask NOTIFY diagnosticsMaskChanged)
 public:
     explicit QvelWidgetDiagnosticsMask(QvelWidgetFlags flags = {}, QWidget* parent = nullptr,
                                        Qt::WindowFlags windowFlags = {});
+    explicit QvelWidgetDiagnosticsMask(QWidget* parent)
+        : QvelWidgetDiagnosticsMask(QvelWidgetFlags(), parent)
+    {
+    }
     ~QvelWidgetDiagnosticsMask() override;
 
     UaVariant value(bool* ok = nullptr) const override;
@@ -189,6 +216,11 @@ private Q_SLOTS:
     void sltDiagnosticsMaskChanged();
 
 private:
+    QvelDiagnosticsMask::DiagnosticsMask flagsOfMask() const
+    {
+        return QvelDiagnosticsMask::DiagnosticsMask::fromInt(int(diagnosticsMask()));
+    }
+
     QvelFlagsComboBox<QvelDiagnosticsMask, QvelDiagnosticsMask::DiagnosticsMask>* m_combo;
 };
 
@@ -196,9 +228,15 @@ private:
 class KESTREL_EXPORT QvelWidgetEventNotifierMask : public QvelWidgetBase
 {
     Q_OBJECT
+    Q_PROPERTY(QvelEventNotifierMask::EventNotifierMask eventNotifierMask READ flagsOfMask WRITE
+                   setEventNotifierMask NOTIFY eventNotifierMaskChanged)
 public:
     explicit QvelWidgetEventNotifierMask(QvelWidgetFlags flags = {}, QWidget* parent = nullptr,
                                          Qt::WindowFlags windowFlags = {});
+    explicit QvelWidgetEventNotifierMask(QWidget* parent)
+        : QvelWidgetEventNotifierMask(QvelWidgetFlags(), parent)
+    {
+    }
     ~QvelWidgetEventNotifierMask() override;
 
     UaVariant value(bool* ok = nullptr) const override;
@@ -213,6 +251,11 @@ private Q_SLOTS:
     void sltEventNotifierMaskChanged();
 
 private:
+    QvelEventNotifierMask::EventNotifierMask flagsOfMask() const
+    {
+        return QvelEventNotifierMask::EventNotifierMask::fromInt(int(eventNotifierMask()));
+    }
+
     QvelFlagsComboBox<QvelEventNotifierMask, QvelEventNotifierMask::EventNotifierMask>* m_combo;
 };
 
@@ -220,9 +263,15 @@ private:
 class KESTREL_EXPORT QvelWidgetAccessLevelMask : public QvelWidgetBase
 {
     Q_OBJECT
+    Q_PROPERTY(QvelAccessLevelMask::AccessLevelMask accessLevelMask READ flagsOfMask WRITE
+                   setAccessLevelMask NOTIFY accessLevelMaskChanged)
 public:
     explicit QvelWidgetAccessLevelMask(QvelWidgetFlags flags = {}, QWidget* parent = nullptr,
                                        Qt::WindowFlags windowFlags = {});
+    explicit QvelWidgetAccessLevelMask(QWidget* parent)
+        : QvelWidgetAccessLevelMask(QvelWidgetFlags(), parent)
+    {
+    }
     ~QvelWidgetAccessLevelMask() override;
 
     UaVariant value(bool* ok = nullptr) const override;
@@ -237,5 +286,10 @@ private Q_SLOTS:
     void sltAccessLevelMaskChanged();
 
 private:
+    QvelAccessLevelMask::AccessLevelMask flagsOfMask() const
+    {
+        return QvelAccessLevelMask::AccessLevelMask::fromInt(int(accessLevelMask()));
+    }
+
     QvelFlagsComboBox<QvelAccessLevelMask, QvelAccessLevelMask::AccessLevelMask>* m_combo;
 };

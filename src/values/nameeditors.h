@@ -17,6 +17,10 @@ class KESTREL_EXPORT QvelWidgetQualifiedName : public QvelWidgetBase
 public:
     explicit QvelWidgetQualifiedName(QvelWidgetFlags flags = {}, QWidget* parent = nullptr,
                                      Qt::WindowFlags windowFlags = {});
+    explicit QvelWidgetQualifiedName(QWidget* parent)
+        : QvelWidgetQualifiedName(QvelWidgetFlags(), parent)
+    {
+    }
     ~QvelWidgetQualifiedName() override;
 
     UaVariant value(bool* ok = nullptr) const override;
@@ -74,6 +78,10 @@ class KESTREL_EXPORT QvelWidgetLocalizedText : public QvelWidgetBase
 public:
     explicit QvelWidgetLocalizedText(QvelWidgetFlags flags = {}, QWidget* parent = nullptr,
                                      Qt::WindowFlags windowFlags = {});
+    explicit QvelWidgetLocalizedText(QWidget* parent)
+        : QvelWidgetLocalizedText(QvelWidgetFlags(), parent)
+    {
+    }
     ~QvelWidgetLocalizedText() override;
 
     UaVariant value(bool* ok = nullptr) const override;

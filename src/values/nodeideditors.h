@@ -22,6 +22,7 @@ class KESTREL_EXPORT QvelWidgetNodeId : public QvelWidgetBase
 public:
     explicit QvelWidgetNodeId(QvelWidgetFlags flags = {}, QWidget* parent = nullptr,
                               Qt::WindowFlags windowFlags = {});
+    explicit QvelWidgetNodeId(QWidget* parent) : QvelWidgetNodeId(QvelWidgetFlags(), parent) {}
     ~QvelWidgetNodeId() override;
 
     UaVariant value(bool* ok = nullptr) const override;

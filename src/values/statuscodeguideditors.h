@@ -17,6 +17,9 @@ class KESTREL_EXPORT QvelWidgetStatusCode : public QvelWidgetBase
 public:
     explicit QvelWidgetStatusCode(QvelWidgetFlags flags = {}, QWidget* parent = nullptr,
                                   Qt::WindowFlags windowFlags = {});
+    explicit QvelWidgetStatusCode(QWidget* parent) : QvelWidgetStatusCode(QvelWidgetFlags(), parent)
+    {
+    }
     ~QvelWidgetStatusCode() override;
 
     UaVariant value(bool* ok = nullptr) const override;
@@ -42,6 +45,7 @@ class KESTREL_EXPORT QvelWidgetGuid : public QvelWidgetBase
 public:
     explicit QvelWidgetGuid(QvelWidgetFlags flags = {}, QWidget* parent = nullptr,
                             Qt::WindowFlags windowFlags = {});
+    explicit QvelWidgetGuid(QWidget* parent) : QvelWidgetGuid(QvelWidgetFlags(), parent) {}
     ~QvelWidgetGuid() override;
 
     UaVariant value(bool* ok = nullptr) const override;

@@ -9,9 +9,13 @@ class QComboBox;
 class KESTREL_EXPORT QvelWidgetValueRank : public QvelWidgetBase
 {
     Q_OBJECT
+    Q_PROPERTY(int valueRank READ valueRank WRITE setValueRank NOTIFY valueRankChanged)
 public:
     explicit QvelWidgetValueRank(QvelWidgetFlags flags = {}, QWidget* parent = nullptr,
                                  Qt::WindowFlags windowFlags = {});
+    explicit QvelWidgetValueRank(QWidget* parent) : QvelWidgetValueRank(QvelWidgetFlags(), parent)
+    {
+    }
     ~QvelWidgetValueRank() override;
 
     UaVariant value(bool* ok = nullptr) const override;
