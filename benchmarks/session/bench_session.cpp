@@ -9,6 +9,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <map>
 
 using namespace UaWire;
 
@@ -191,59 +192,26 @@ public:
         return cpu;
     }
 
-    double nodesMilliseconds(const Way& way, const char* scenario, int rounds) const
+    // The processor's milliseconds for rounds of some work, after one to warm up.
+    double work(const Way& way, const QString& scenario, int rounds)
     {
-        QProcess client;
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert("PEERS", PEERS);
-        client.setProcessEnvironment(environment);
-        client.start(NODE, {NODE_CLIENT, m_url, way.policy, way.modeName, scenario,
-                            QString::number(rounds)});
-        client.waitForFinished(-1);
-        const auto result = QJsonDocument::fromJson(client.readAllStandardOutput());
-        const double cpu = result["cpu"].toDouble();
-        if (cpu <= 0)
-            fail("node-opcua's client failed: " + client.readAllStandardError());
-        return cpu;
-    }
-
-    // One round of ours over one of node-opcua's client, after one to warm up on both sides.
-    template <class Work>
-    void report(Figures& figures, const char* name, const Way& way, const char* scenario,
-                double bound, int rounds, Work work)
-    {
-        work();
-        const double ours = cpuMilliseconds([&] {
+        if (scenario != QLatin1String("connect"))
+            connectTo(way);
+        if (scenario == QLatin1String("watch"))
+            return watch(rounds);
+        const std::map<QString, std::function<void()>> scenarios = {
+            {"read", [this] { read(); }},
+            {"browse", [this] { browse(); }},
+            {"one", [this] { readEach(); }},
+            {"sequence", [this] { readOneByOne(); }},
+            {"connect", [&] { connectAndRead(way); }},
+        };
+        const std::function<void()>& once = scenarios.at(scenario);
+        once();
+        return cpuMilliseconds([&] {
             for (int i = 0; i < rounds; ++i)
-                work();
+                once();
         });
-        reportRatio(figures, name, way, ours, nodesMilliseconds(way, scenario, rounds), bound,
-                    rounds);
-    }
-    static void reportRatio(Figures& figures, const char* name, const Way& way, double ours,
-                            double nodes, double bound, int rounds)
-    {
-        std::fprintf(stderr, "# %s-%s: %.2f ms, node-opcua %.2f ms\n", name, way.name,
-                     ours / rounds, nodes / rounds);
-        figures.report(qPrintable(QStringLiteral("%1-%2").arg(name, way.name)), ours / nodes,
-                       bound);
-    }
-
-    void report(Figures& figures, const Way& way)
-    {
-        connectTo(way);
-        report(figures, "read-1000", way, "read", 0.05, 100, [this] { read(); });
-        report(figures, "browse-10000", way, "browse", 0.3, 5, [this] { browse(); });
-        report(figures, "one-value-a-call", way, "one", 0.1, 3, [this] { readEach(); });
-        report(figures, "one-value-after-another", way, "sequence", 0.3, 3,
-               [this] { readOneByOne(); });
-        constexpr int seconds = 5;
-        const double ours = watch(seconds);
-        reportRatio(figures, "watch-10000-a-second", way, ours,
-                    nodesMilliseconds(way, "watch", seconds), 0.2, seconds);
-        close();
-        report(figures, "connect-and-read", way, "connect", 0.3, 10,
-               [&, this] { connectAndRead(way); });
     }
 
     // Bytes above those in use before, for each byte of an array of 64 MB.
@@ -296,6 +264,59 @@ private:
     std::unique_ptr<QvelSession> m_session;
 };
 
+struct Scenario
+{
+    const char* name;
+    const char* figure;
+    double bound;
+    int rounds; // seconds of "watch"
+};
+constexpr Scenario scenarios[] = {
+    {"read", "read-1000", 0.05, 100},          {"browse", "browse-10000", 0.3, 5},
+    {"one", "one-value-a-call", 0.1, 3},       {"sequence", "one-value-after-another", 0.3, 3},
+    {"watch", "watch-10000-a-second", 0.2, 5}, {"connect", "connect-and-read", 0.3, 10},
+};
+
+// What a process prints as {"cpu": milliseconds}.
+double millisecondsOf(const QString& program, const QStringList& arguments)
+{
+    QProcess client;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("PEERS", PEERS);
+    client.setProcessEnvironment(environment);
+    client.start(program, arguments);
+    client.waitForFinished(-1);
+    const double cpu = QJsonDocument::fromJson(client.readAllStandardOutput())["cpu"].toDouble();
+    if (cpu <= 0)
+        fail(program + " failed: " + client.readAllStandardError());
+    return cpu;
+}
+
+// One round of ours over one of node-opcua's client, each in a process of its own.
+void report(Figures& figures, const QString& self, const QString& url, const Way& way,
+            const Scenario& scenario)
+{
+    const QString rounds = QString::number(scenario.rounds);
+    const double ours = millisecondsOf(self, {"--work", url, way.name, scenario.name, rounds});
+    const double nodes =
+        millisecondsOf(NODE, {NODE_CLIENT, url, way.policy, way.modeName, scenario.name, rounds});
+    std::fprintf(stderr, "# %s-%s: %.2f ms, node-opcua %.2f ms\n", scenario.figure, way.name,
+                 ours / scenario.rounds, nodes / scenario.rounds);
+    figures.report(qPrintable(QStringLiteral("%1-%2").arg(scenario.figure, way.name)), ours / nodes,
+                   scenario.bound);
+}
+
+// The client's side of a scenario: URL WAY SCENARIO ROUNDS.
+int measureWork(const QStringList& arguments)
+{
+    const SessionUser user;
+    const Way& way = arguments.value(1) == QLatin1String(open.name) ? open : encrypted;
+    Services services(arguments.value(0), user);
+    std::printf("{\"cpu\": %.3f}\n",
+                services.work(way, arguments.value(2), arguments.value(3).toInt()));
+    return 0;
+}
+
 void reportServices(Figures& figures, const QString& self)
 {
     const SessionUser user;
@@ -305,7 +326,8 @@ void reportServices(Figures& figures, const QString& self)
     if (url.isEmpty())
         fail("the server does not come up");
     for (const Way& way : {open, encrypted})
-        Services(url, user).report(figures, way);
+        for (const Scenario& scenario : scenarios)
+            report(figures, self, url, way, scenario);
 
     double gap = 0;
     for (const Way& way : {open, encrypted}) {
@@ -351,6 +373,8 @@ int main(int argc, char** argv)
     QCoreApplication app(argc, argv);
     if (app.arguments().value(1) == QLatin1String("--peak"))
         return measurePeak();
+    if (app.arguments().value(1) == QLatin1String("--work"))
+        return measureWork(app.arguments().mid(2));
     Figures figures("session");
     reportDecoding(figures);
     reportServices(figures, app.applicationFilePath());

@@ -114,6 +114,7 @@ void SessionSubscriptions::addItems(quint32 id, OpcUa_UInt32 firstHandle,
     if (!s)
         return;
     for (const QvelMonitoredItem& wanted : items) {
+        s->last.insert(firstHandle, {});
         Item& item = s->items[firstHandle++];
         item.wanted = wanted;
         item.namespaceUri = namespaces.value(wanted.nodeId.namespaceIndex());
@@ -166,6 +167,7 @@ void SessionSubscriptions::removeItems(quint32 id, const QList<OpcUa_UInt32>& ha
         if (found->second.serverId != 0)
             s->toDelete.append(found->second.serverId);
         s->items.erase(found);
+        s->last.remove(handle);
     }
     sync(id);
 }
@@ -805,10 +807,10 @@ void SessionSubscriptions::removeRepeated(Subscription& s, QList<QvelDataChange>
 {
     const bool mayRepeat = m_clock.elapsed() < m_repeatsUntil;
     const auto isRepeated = [&](const QvelDataChange& change) {
-        const auto found = s.items.find(change.handle);
-        if (found == s.items.end())
+        const auto found = s.last.find(change.handle);
+        if (found == s.last.end())
             return true; // the host has removed it
-        UaDataValue& last = found->second.last;
+        UaDataValue& last = *found;
         const bool repeated = mayRepeat && !last.sourceTimestamp().isNull() &&
                               last.sourceTimestamp() == change.value.sourceTimestamp() &&
                               last.sourcePicoseconds() == change.value.sourcePicoseconds() &&

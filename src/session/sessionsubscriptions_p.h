@@ -38,7 +38,6 @@ private:
         QvelMonitoredItem wanted;
         QString namespaceUri;      // of the node, once it is known
         OpcUa_UInt32 serverId = 0; // 0 where the server has none
-        UaDataValue last;          // that was delivered
         bool failed = false;       // not asked for again before the next connection
         bool isChanged = false;
         bool isModeChanged = false;
@@ -56,6 +55,9 @@ private:
         bool wasLost = false;
         bool hasUnknownItems = false; // made by a request whose answer was lost
         std::map<OpcUa_UInt32, Item> items;
+        // What was delivered last of each item. Not among the items: it is looked up for each
+        // value that comes, and an item is large.
+        QHash<OpcUa_UInt32, UaDataValue> last;
         QList<OpcUa_UInt32> toDelete; // numbers of the server
 
         OpcUa_UInt32 lastSequence = 0;

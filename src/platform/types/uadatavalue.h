@@ -22,7 +22,7 @@ public:
     {
         UaVariant variant;
         variant.attach(&value->Value);
-        assign(*value, variant);
+        assign(*value, std::move(variant));
         *value = {};
     }
 
@@ -58,9 +58,9 @@ public:
     friend bool operator!=(const UaDataValue& a, const UaDataValue& b) { return !(a == b); }
 
 private:
-    void assign(const OpcUa_DataValue& value, const UaVariant& variant)
+    void assign(const OpcUa_DataValue& value, UaVariant&& variant)
     {
-        m_value = variant;
+        m_value = std::move(variant);
         m_status = value.Status;
         setSourceTimestamp(UaDateTime(value.SourceTimestamp), value.SourcePicoseconds);
         setServerTimestamp(UaDateTime(value.ServerTimestamp), value.ServerPicoseconds);
