@@ -22,17 +22,21 @@ Mailbox::~Mailbox()
 
 void Mailbox::post(std::function<void()> function)
 {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_functions.push_back(std::move(function));
-    wake();
+    bool isFirst;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_functions.push_back(std::move(function));
+        isFirst = !std::exchange(m_isPosted, true);
+    }
+    if (isFirst)
+        wake(); // without the lock, which the thread that wakes up takes first
 }
 
-// With the mutex locked. The event only says that there is something: what it is never passes by
-// way of the event queue, outside the lock.
+// The event only says that there is something: what it is never passes by way of the event queue,
+// outside the lock.
 void Mailbox::wake()
 {
-    if (!std::exchange(m_isPosted, true))
-        QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+    QCoreApplication::postEvent(this, new QEvent(QEvent::User));
 }
 
 bool Mailbox::event(QEvent* event)
@@ -44,6 +48,7 @@ bool Mailbox::event(QEvent* event)
     turn.start();
     for (bool isFirst = true; self; isFirst = false) {
         std::function<void()> function;
+        bool isMore = false;
         {
             const std::lock_guard<std::mutex> lock(m_mutex);
             if (isFirst)
@@ -53,9 +58,10 @@ bool Mailbox::event(QEvent* event)
             function.swap(m_functions.front());
             m_functions.pop_front();
             // The rest also comes where this one has an event loop of its own.
-            if (!m_functions.empty())
-                wake();
+            isMore = !m_functions.empty() && !std::exchange(m_isPosted, true);
         }
+        if (isMore)
+            wake();
         function();
         if (turn.elapsed() >= longestTurn)
             break; // the event for the rest is under way
