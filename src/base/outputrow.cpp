@@ -3,20 +3,27 @@
 #include "base/showntext_p.h"
 
 #include <QtWidgets/QFormLayout>
+#include <QtWidgets/QLabel>
 #include <QtWidgets/QLineEdit>
 
 QLineEdit* addOutputRow(QFormLayout* form, const QString& label, const char* objectName)
 {
     auto* line = new QLineEdit;
     line->setObjectName(QLatin1String(objectName));
-    line->setAccessibleName(label);
     line->setReadOnly(true);
     line->setFrame(false);
     QPalette palette; // no field to type into; all other colours stay those of the parent
     palette.setBrush(QPalette::Base, Qt::transparent);
     line->setPalette(palette);
-    form->addRow(label + QLatin1Char(':'), line);
+    form->addRow(QString(QLatin1Char(':')), line);
+    nameOutputRow(form, line, label);
     return line;
+}
+
+void nameOutputRow(QFormLayout* form, QLineEdit* line, const QString& label)
+{
+    line->setAccessibleName(label);
+    qobject_cast<QLabel*>(form->labelForField(line))->setText(label + QLatin1Char(':'));
 }
 
 void showOutput(QLineEdit* line, const QString& text)

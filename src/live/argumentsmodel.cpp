@@ -1,5 +1,6 @@
 #include "argumentsmodel_p.h"
 
+#include "base/retranslate_p.h"
 #include "base/showntext_p.h"
 #include "nodes/statustext_p.h"
 #include "platform/stack/opcuatypetable_p.h"
@@ -9,6 +10,10 @@
 ArgumentsModel::ArgumentsModel(Direction direction, QObject* parent)
     : QAbstractTableModel(parent), m_direction(direction)
 {
+    whenLanguageChanges(this, [this] {
+        changed(0, rowCount() - 1);
+        Q_EMIT headerDataChanged(Qt::Horizontal, 0, columnCount() - 1);
+    });
 }
 
 void ArgumentsModel::changed(int first, int last)
@@ -62,16 +67,21 @@ void ArgumentsModel::setValues(const QList<UaVariant>& values)
         row.cell.setValue(values.value(i));
         row.cell.clearAttempt();
         row.isInvalid = false;
-        row.status.clear();
+        row.status = nullptr;
     }
     changed(0, rowCount() - 1);
 }
 
 void ArgumentsModel::setStatuses(const QList<UaStatusCode>& statuses)
 {
-    for (int i = 0; i < rowCount(); ++i)
-        if (Row& row = m_rows[std::size_t(i)]; !row.isInvalid) // else it was typed since
-            row.status = i < statuses.size() ? statusInWords(statuses[i]) : QString();
+    for (int i = 0; i < rowCount(); ++i) {
+        Row& row = m_rows[std::size_t(i)];
+        if (row.isInvalid) // it was typed since
+            continue;
+        row.status = nullptr;
+        if (i < statuses.size())
+            row.status = [code = statuses[i]] { return statusInWords(code); };
+    }
     changed(0, rowCount() - 1);
 }
 
@@ -112,7 +122,7 @@ QVariant ArgumentsModel::data(const QModelIndex& index, int role) const
             text = tr("%1, not %2").arg(other, text);
         break;
     case StatusColumn:
-        text = row.status;
+        text = said(row.status);
         break;
     default:
         if (role == ValueReadOnlyRole)
@@ -144,7 +154,9 @@ bool ArgumentsModel::setData(const QModelIndex& index, const QVariant& value, in
     UaVariant taken;
     const UaStatusCode status = row.cell.take(value, role, &taken);
     row.isInvalid = status.isBad();
-    row.status = row.isInvalid ? tr("Not taken. %1").arg(statusInWords(status)) : QString();
+    row.status = nullptr;
+    if (row.isInvalid)
+        row.status = [status] { return tr("Not taken. %1").arg(statusInWords(status)); };
     if (!row.isInvalid) {
         row.cell.setValue(taken);
         row.cell.clearAttempt();

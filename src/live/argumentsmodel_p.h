@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/words_p.h"
 #include "nodes/structures.h"
 #include "nodes/valuecell_p.h"
 
@@ -44,7 +45,7 @@ private:
     {
         QvelArgument argument;
         ValueCell cell;
-        QString status;
+        Words status;
         bool isInvalid = false;
     };
     void changed(int first, int last);

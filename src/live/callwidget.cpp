@@ -1,6 +1,8 @@
 #include "callwidget.h"
 
+#include "base/retranslate_p.h"
 #include "base/showntext_p.h"
+#include "base/words_p.h"
 #include "live/argumentsmodel_p.h"
 #include "nodes/nodelink.h"
 #include "nodes/statustext_p.h"
@@ -71,7 +73,7 @@ public:
 
     bool isConnected() const { return session && session->state() == QvelSession::Connected; }
     QString methodKey() const { return qvelNodeIdText(object) + '\n' + qvelNodeIdText(method); }
-    ValueList* makeList(const QString& title, ArgumentsModel* model);
+    static ValueList* makeList(ArgumentsModel* model);
     void forget();
     void load();
     void takeMethod(const QvelReadResult& result);
@@ -80,8 +82,10 @@ public:
     void findTypes(ArgumentsModel* model, const QList<QvelArgument>& arguments);
     void finish(const QvelCallResult& result, const QList<UaVariant>& arguments);
     void showHistory();
+    QString pastTitle() const;
     void update();
-    void tell(const QString& text);
+    void tell(const Words& words);
+    void retranslate();
 
     QvelCallWidget* const q;
     QPointer<QvelSession> session;
@@ -92,7 +96,7 @@ public:
     UaVariant knownInputs; // InputArguments, as the server sent it
     UaVariant knownOutputs;
     QList<PastCall> history; // as the box shows it
-    QString message;         // what became of the last call
+    Words message;           // what became of the last call
     QFuture<QvelCallResult> pending;
     bool isKnown = false; // whether the server has told the arguments
     bool isAllowed = true;
@@ -102,8 +106,11 @@ public:
 
     QLabel* const name;
     QLabel* const description;
+    QLabel* const pastLabel;
     QComboBox* const past;
+    QLabel* const inputLabel;
     ValueList* const inputList;
+    QLabel* const outputLabel;
     ValueList* const outputList;
     QPushButton* const callButton;
     QPushButton* const cancelButton;
@@ -113,37 +120,28 @@ public:
 QvelCallWidget::Private::Private(QvelCallWidget* widget)
     : q(widget), inputs(new ArgumentsModel(ArgumentsModel::Input, widget)),
       outputs(new ArgumentsModel(ArgumentsModel::Output, widget)), name(plainLabel(false)),
-      description(plainLabel(true)), past(new QComboBox),
-      inputList(makeList(tr("Input arguments"), inputs)),
-      outputList(makeList(tr("Output arguments"), outputs)),
-      callButton(new QPushButton(tr("C&all"))), cancelButton(new QPushButton(tr("Ca&ncel Call"))),
+      description(plainLabel(true)), pastLabel(new QLabel), past(new QComboBox),
+      inputLabel(new QLabel), inputList(makeList(inputs)), outputLabel(new QLabel),
+      outputList(makeList(outputs)), callButton(new QPushButton), cancelButton(new QPushButton),
       status(plainLabel(true))
 {
     QFont bold = name->font();
     bold.setBold(true);
     name->setFont(bold);
     past->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    past->setAccessibleName(tr("Earlier calls"));
-    status->setAccessibleName(tr("Result"));
     // Enter in an argument's editor is not to call the method.
     callButton->setAutoDefault(false);
     cancelButton->setAutoDefault(false);
-    callButton->setShortcut(Qt::CTRL | Qt::Key_Return);
-    callButton->setToolTip(
-        tr("Call the method (%1)").arg(callButton->shortcut().toString(QKeySequence::NativeText)));
 
     auto* row = new QHBoxLayout;
     row->addWidget(callButton);
     row->addWidget(cancelButton);
     row->addWidget(status, 1);
-    auto* inputLabel = new QLabel(tr("&Input arguments:"));
     inputLabel->setBuddy(inputList);
-    auto* pastLabel = new QLabel(tr("&Earlier calls:"));
     pastLabel->setBuddy(past);
     auto* pastRow = new QHBoxLayout;
     pastRow->addWidget(pastLabel);
     pastRow->addWidget(past, 1);
-    auto* outputLabel = new QLabel(tr("&Output arguments:"));
     outputLabel->setBuddy(outputList);
     auto* layout = new QVBoxLayout(q);
     layout->addWidget(name);
@@ -164,14 +162,37 @@ QvelCallWidget::Private::Private(QvelCallWidget* widget)
     });
 }
 
-ValueList* QvelCallWidget::Private::makeList(const QString& title, ArgumentsModel* model)
+void QvelCallWidget::Private::retranslate()
+{
+    past->setAccessibleName(tr("Earlier calls"));
+    status->setAccessibleName(tr("Result"));
+    inputList->setAccessibleName(tr("Input arguments"));
+    outputList->setAccessibleName(tr("Output arguments"));
+    inputLabel->setText(tr("&Input arguments:"));
+    pastLabel->setText(tr("&Earlier calls:"));
+    outputLabel->setText(tr("&Output arguments:"));
+    callButton->setText(tr("C&all"));
+    callButton->setShortcut(Qt::CTRL | Qt::Key_Return); // a new text takes the old one away
+    callButton->setToolTip(
+        tr("Call the method (%1)").arg(callButton->shortcut().toString(QKeySequence::NativeText)));
+    cancelButton->setText(tr("Ca&ncel Call"));
+    if (past->count() > 0)
+        past->setItemText(0, pastTitle());
+    update();
+}
+
+QString QvelCallWidget::Private::pastTitle() const
+{
+    return history.isEmpty() ? tr("None yet") : tr("Choose one to fill in its arguments");
+}
+
+ValueList* QvelCallWidget::Private::makeList(ArgumentsModel* model)
 {
     auto* list = new ValueList(ArgumentsModel::ValueColumn);
     constexpr int nameWidth = 18; // average characters
     constexpr int typeWidth = 16;
     constexpr int valueWidth = 30;
     list->setModel(model);
-    list->setAccessibleName(title);
     const int average = list->fontMetrics().averageCharWidth();
     int column = 0;
     for (int width : {nameWidth, typeWidth, valueWidth})
@@ -190,7 +211,7 @@ void QvelCallWidget::Private::forget()
     knownOutputs.clear();
     inputs->setArguments({});
     outputs->setArguments({});
-    tell(QString());
+    tell(nullptr);
     name->setText(shownText(qvelNodeIdText(method)));
     description->clear();
 }
@@ -224,7 +245,7 @@ void QvelCallWidget::Private::takeMethod(const QvelReadResult& result)
 {
     const UaDataValue named = result.values.value(0, UaDataValue({}, result.status));
     if (named.status().isBad()) {
-        tell(statusInWords(named.status()));
+        tell([status = named.status()] { return statusInWords(status); });
         return;
     }
     const QString text = shownText(named.value().toLocalizedText().text().toQString());
@@ -237,9 +258,9 @@ void QvelCallWidget::Private::takeMethod(const QvelReadResult& result)
     };
     isAllowed = !isFalse(2) && !isFalse(3);
     if (isFalse(2))
-        tell(tr("The method cannot be called now."));
+        tell([] { return tr("The method cannot be called now."); });
     else if (isFalse(3))
-        tell(tr("This user may not call the method."));
+        tell([] { return tr("This user may not call the method."); });
     update();
     Q_EMIT q->methodNameChanged(text);
 }
@@ -249,7 +270,7 @@ void QvelCallWidget::Private::takeProperties(const QvelBrowseResult& result)
     const QvelBrowseNodeResult found = result.results.value(0);
     const UaStatusCode failure = result.status.isBad() ? result.status : found.status;
     if (failure.isBad()) {
-        tell(statusInWords(failure));
+        tell([failure] { return statusInWords(failure); });
         return;
     }
     QList<QvelReadItem> items;
@@ -271,14 +292,14 @@ void QvelCallWidget::Private::takeProperties(const QvelBrowseResult& result)
         for (qsizetype i = 0; i < targets.size(); ++i) {
             const UaDataValue value = read.values.value(i, UaDataValue({}, read.status));
             if (value.status().isBad()) {
-                tell(tr("The arguments cannot be read. %1").arg(statusInWords(value.status())));
+                tell([status = value.status()] {
+                    return tr("The arguments cannot be read. %1").arg(statusInWords(status));
+                });
                 return;
             }
             takeArguments(targets[i].first, targets[i].second, value.value());
         }
         isKnown = true;
-        inputList->setHint(tr("This method takes no arguments."));
-        outputList->setHint(tr("This method gives nothing back."));
         update();
     };
     if (items.isEmpty()) {
@@ -297,7 +318,7 @@ void QvelCallWidget::Private::takeArguments(ArgumentsModel* model, UaVariant* kn
 {
     const auto arguments = QvelArgument::listFromVariant(value);
     if (!arguments) {
-        tell(tr("The server's description of the arguments cannot be read."));
+        tell([] { return tr("The server's description of the arguments cannot be read."); });
         isAllowed = false;
         return;
     }
@@ -327,12 +348,13 @@ void QvelCallWidget::Private::finish(const QvelCallResult& result,
         result.results.value(0, QvelMethodResult{result.status, {}, {}});
     inputs->setStatuses(answer.inputArgumentResults);
     if (answer.status == UaStatusCode() && answer.outputArguments.isEmpty())
-        tell(tr("Good, no outputs"));
+        tell([] { return tr("Good, no outputs"); });
     else
-        tell(statusInWords(answer.status) +
-             (result.reason.isEmpty()
-                  ? QString()
-                  : QStringLiteral(" ") + shownText(result.reason.toQString())));
+        tell([status = answer.status, reason = result.reason] {
+            return statusInWords(status) +
+                   (reason.isEmpty() ? QString()
+                                     : QStringLiteral(" ") + shownText(reason.toQString()));
+        });
     if (!answer.status.isBad())
         outputs->setValues(answer.outputArguments);
     QStringList texts;
@@ -357,7 +379,7 @@ void QvelCallWidget::Private::showHistory()
 {
     history = session ? CallHistory::of(session)->calls(methodKey()) : QList<PastCall>();
     past->clear();
-    past->addItem(history.isEmpty() ? tr("None yet") : tr("Choose one to fill in its arguments"));
+    past->addItem(pastTitle());
     for (const PastCall& call : std::as_const(history))
         past->addItem(call.text);
     past->setDisabled(history.isEmpty());
@@ -367,28 +389,28 @@ void QvelCallWidget::Private::update()
 {
     callButton->setEnabled(isConnected() && isKnown && isAllowed && !isCalling);
     cancelButton->setEnabled(isCalling);
-    QString text = message;
+    QString text = said(message);
     if (session && isKnown && !isConnected())
         text += QLatin1Char(' ') + tr("There is no connection to the server.");
     status->setText(text.trimmed());
     description->setHidden(description->text().isEmpty());
-    if (!isKnown)
-        for (ValueList* list : {inputList, outputList})
-            list->setHint(method == UaExpandedNodeId() ? tr("Select a method.")
-                          : isConnected()              ? tr("Reading the arguments ...")
-                                          : tr("There is no connection to the server."));
+    const QString hint = method == UaExpandedNodeId() ? tr("Select a method.")
+                         : isConnected()              ? tr("Reading the arguments ...")
+                                                      : tr("There is no connection to the server.");
+    inputList->setHint(isKnown ? tr("This method takes no arguments.") : hint);
+    outputList->setHint(isKnown ? tr("This method gives nothing back.") : hint);
 }
 
-void QvelCallWidget::Private::tell(const QString& text)
+void QvelCallWidget::Private::tell(const Words& words)
 {
-    message = text;
+    message = words;
     update();
 }
 
 QvelCallWidget::QvelCallWidget(QWidget* parent) : QWidget(parent), d(new Private(this))
 {
-    d->update();
     d->showHistory();
+    retranslated(this, [this] { d->retranslate(); });
 }
 
 QvelCallWidget::~QvelCallWidget() = default;
@@ -453,13 +475,13 @@ void QvelCallWidget::call()
     if (!d->callButton->isEnabled())
         return;
     if (d->inputs->hasInvalidInput()) {
-        d->tell(tr("Not called: an argument is not valid, see there."));
+        d->tell([] { return tr("Not called: an argument is not valid, see there."); });
         return;
     }
     const QList<UaVariant> arguments = d->inputs->values();
     d->inputs->setStatuses({});
     d->outputs->setValues({});
-    d->tell(tr("Calling ..."));
+    d->tell([] { return tr("Calling ..."); });
     d->isCalling = true;
     d->update();
     d->pending = d->session->call(
@@ -477,14 +499,13 @@ void QvelCallWidget::cancel()
     ++d->turn;
     d->isCalling = false;
     d->pending.cancel();
-    d->tell(tr("Cancelled. Whether the server has carried it out is not known."));
+    d->tell([] { return tr("Cancelled. Whether the server has carried it out is not known."); });
     d->update();
 }
 
 QvelCallDialog::QvelCallDialog(QWidget* parent) : QDialog(parent), m_widget(new QvelCallWidget)
 {
     constexpr QSize room(640, 480);
-    setWindowTitle(tr("Call"));
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close);
     buttons->button(QDialogButtonBox::Close)->setAutoDefault(false);
     auto* layout = new QVBoxLayout(this);
@@ -492,8 +513,16 @@ QvelCallDialog::QvelCallDialog(QWidget* parent) : QDialog(parent), m_widget(new 
     layout->addWidget(m_widget);
     layout->addWidget(buttons);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    const auto showTitle = [this] {
+        setOwnText(this, "windowTitle",
+                   m_methodName.isEmpty() ? tr("Call") : tr("Call %1").arg(m_methodName));
+    };
     connect(m_widget, &QvelCallWidget::methodNameChanged, this,
-            [this](const QString& name) { setWindowTitle(tr("Call %1").arg(name)); });
+            [this, showTitle](const QString& name) {
+                m_methodName = name;
+                showTitle();
+            });
+    retranslated(this, showTitle);
     resize(room);
 }
 

@@ -70,4 +70,5 @@ public:
 
 private:
     QvelCallWidget* const m_widget;
+    QString m_methodName;
 };

@@ -20,11 +20,6 @@ constexpr qint64 mostWaiting = 256 * 1024 * 1024;
 constexpr qsizetype mostBuffered = 1024 * 1024;
 constexpr auto longestWait = std::chrono::seconds(30);
 
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("QvelDataViewModel", text);
-}
-
 QByteArray field(QByteArray text)
 {
     if (!text.isValidUtf8())
@@ -86,7 +81,9 @@ struct CsvRecorder::Shared
     qint64 waitingSize = 0; // with what is being written
     bool stops = false;
     bool isDone = false;
-    QString error;
+    bool isTooSlow = false;
+    QString error; // of the file
+    bool hasFailed() const { return isTooSlow || !error.isEmpty(); }
     quint64 lines = 0;
 };
 
@@ -115,10 +112,10 @@ void CsvRecorder::append(const QList<Line>& lines)
     for (const Line& line : lines)
         size += sizeOf(line.value.value());
     const std::lock_guard lock(m_shared->mutex);
-    if (m_shared->stops || !m_shared->error.isEmpty())
+    if (m_shared->stops || m_shared->hasFailed())
         return;
     if (m_shared->waitingSize + size > mostWaiting) {
-        m_shared->error = tr("The disk does not keep up with the values");
+        m_shared->isTooSlow = true;
         m_shared->stops = true;
     } else {
         m_shared->waiting += lines;
@@ -143,7 +140,10 @@ bool CsvRecorder::isDone() const
 QString CsvRecorder::error() const
 {
     const std::lock_guard lock(m_shared->mutex);
-    return m_shared->error;
+    return m_shared->isTooSlow
+               ? QCoreApplication::translate("QvelDataViewModel",
+                                             "The disk does not keep up with the values")
+               : m_shared->error;
 }
 
 quint64 CsvRecorder::lines() const
@@ -190,7 +190,7 @@ void CsvRecorder::run(const std::shared_ptr<Shared>& shared, const QString& file
         shared->lines += written;
         shared->waitingSize -= size;
     }
-    if (!ok && shared->error.isEmpty())
+    if (!ok && !shared->isTooSlow)
         shared->error = file.errorString();
     shared->waiting.clear();
     file.close();

@@ -1,5 +1,6 @@
 #include "dataviewmodel.h"
 
+#include "base/retranslate_p.h"
 #include "base/showntext_p.h"
 #include "live/csvrecorder_p.h"
 #include "live/lastingsubscription_p.h"
@@ -86,6 +87,7 @@ struct Row
     quint32 writes = 0; ///< a number for each
     UaStatusCode writeStatus;
     QString writeReason; ///< beside what the status says
+    bool wasSent = false;
 };
 using RowPointer = std::shared_ptr<Row>;
 
@@ -211,7 +213,7 @@ public:
     void lookAtRecorder();
 
     bool write(const RowPointer& row, const QVariant& input, int role);
-    void finishWrite(Row& row, UaStatusCode status, const QString& reason);
+    void finishWrite(Row& row, UaStatusCode status, const QString& reason, bool isSent);
 
     UaStatusCode statusOf(const Row& row) const
     {
@@ -595,11 +597,11 @@ bool QvelDataViewModel::Private::write(const RowPointer& row, const QVariant& in
     UaVariant value;
     const UaStatusCode status = row->cell.take(input, role, &value);
     if (status.isNotGood()) {
-        finishWrite(*row, status, tr("Nothing was sent."));
+        finishWrite(*row, status, {}, false);
         return false;
     }
     if (!isConnected()) {
-        finishWrite(*row, OpcUa_BadSessionClosed, tr("Nothing was sent."));
+        finishWrite(*row, OpcUa_BadSessionClosed, {}, false);
         return false;
     }
     row->writing = Writing::Waits;
@@ -610,16 +612,18 @@ bool QvelDataViewModel::Private::write(const RowPointer& row, const QVariant& in
                  const RowPointer written = weak.lock();
                  if (written && written->writes == number)
                      finishWrite(*written, result.results.value(0, result.status),
-                                 result.reason.toQString());
+                                 result.reason.toQString(), true);
              });
     return true;
 }
 
-void QvelDataViewModel::Private::finishWrite(Row& row, UaStatusCode status, const QString& reason)
+void QvelDataViewModel::Private::finishWrite(Row& row, UaStatusCode status, const QString& reason,
+                                             bool isSent)
 {
     row.writing = Writing::Done;
     row.writeStatus = status;
     row.writeReason = reason;
+    row.wasSent = isSent;
     if (status.isGood())
         row.cell.clearAttempt();
     emitRows({&row}, WriteResult, WriteResult);
@@ -709,8 +713,9 @@ QString QvelDataViewModel::Private::toolTip(const Row& row, int column) const
         tip = statusInWords(statusOf(row));
     if (column == WriteResult && row.writing == Writing::Done) {
         tip = statusInWords(row.writeStatus);
-        if (!row.writeReason.isEmpty())
-            tip += QLatin1Char(' ') + row.writeReason;
+        const QString reason = row.wasSent ? row.writeReason : tr("Nothing was sent.");
+        if (!reason.isEmpty())
+            tip += QLatin1Char(' ') + reason;
     }
     if (isConnected())
         return shownToolTip(tip);
@@ -735,6 +740,7 @@ struct ColumnTitle
     const char* title;
     const char* toolTip;
     bool isNumber = false;
+    const char* refusal = nullptr; ///< of what is typed
 };
 // In the order of the columns.
 constexpr ColumnTitle titles[] = {
@@ -753,16 +759,17 @@ constexpr ColumnTitle titles[] = {
      QT_TRANSLATE_NOOP("QvelDataViewModel", "Milliseconds between two looks of the server at the "
                                             "variable; -1 for the publishing interval, 0 for as "
                                             "fast as it can"),
-     true},
+     true, QT_TRANSLATE_NOOP("QvelDataViewModel", "\"%1\" is no sampling.")},
     {QT_TRANSLATE_NOOP("QvelDataViewModel", "Revised sampling"),
      QT_TRANSLATE_NOOP("QvelDataViewModel", "The sampling interval that the server keeps"), true},
     {QT_TRANSLATE_NOOP("QvelDataViewModel", "Publishing"),
-     QT_TRANSLATE_NOOP("QvelDataViewModel", "Milliseconds between two notifications"), true},
+     QT_TRANSLATE_NOOP("QvelDataViewModel", "Milliseconds between two notifications"), true,
+     QT_TRANSLATE_NOOP("QvelDataViewModel", "\"%1\" is no publishing.")},
     {QT_TRANSLATE_NOOP("QvelDataViewModel", "Revised publishing"),
      QT_TRANSLATE_NOOP("QvelDataViewModel", "The publishing interval that the server keeps"), true},
     {QT_TRANSLATE_NOOP("QvelDataViewModel", "Queue size"),
      QT_TRANSLATE_NOOP("QvelDataViewModel", "Values that the server keeps for a notification"),
-     true},
+     true, QT_TRANSLATE_NOOP("QvelDataViewModel", "\"%1\" is no queue size.")},
     {QT_TRANSLATE_NOOP("QvelDataViewModel", "Revised queue"),
      QT_TRANSLATE_NOOP("QvelDataViewModel", "The queue size that the server has"), true},
     {QT_TRANSLATE_NOOP("QvelDataViewModel", "Overflows"),
@@ -785,6 +792,10 @@ static_assert(std::size(titles) == QvelDataViewModel::ColumnCount);
 QvelDataViewModel::QvelDataViewModel(QObject* parent)
     : QAbstractTableModel(parent), d(std::make_unique<Private>(this))
 {
+    whenLanguageChanges(this, [this] {
+        d->emitAll();
+        Q_EMIT headerDataChanged(Qt::Horizontal, 0, ColumnCount - 1);
+    });
 }
 
 QvelDataViewModel::~QvelDataViewModel()
@@ -1156,8 +1167,7 @@ bool QvelDataViewModel::setData(const QModelIndex& index, const QVariant& value,
     const double number = text.toDouble(&ok);
     ok = ok && setParameter({index.row()}, Column(index.column()), number);
     if (!ok)
-        Q_EMIT inputRejected(tr("\"%1\" is no %2.")
-                                 .arg(shownText(text), tr(titles[index.column()].title).toLower()));
+        Q_EMIT inputRejected(tr(titles[index.column()].refusal).arg(shownText(text)));
     return ok;
 }
 

@@ -1,5 +1,6 @@
 #include "dataviewwidget.h"
 
+#include "base/retranslate_p.h"
 #include "base/settingscbinterface.h"
 #include "base/showntext_p.h"
 #include "live/dataviewmodel.h"
@@ -122,6 +123,7 @@ public:
     void reopenList();
     void addTyped();
     void record();
+    void retranslate();
     void update();
     void tabMenu(const QPoint& position);
     void tableMenu(const QPoint& position);
@@ -143,6 +145,7 @@ public:
     QAction* copy;
     QAction* paste;
     QAction* newList;
+    QToolButton* plus;
     QList<QJsonObject> closed; // the last one at the end
     QSet<int> hiddenColumns;
 
@@ -155,15 +158,12 @@ QvelDataViewWidget::Private::Private(QvelDataViewWidget* widget) : q(widget)
 {
     nodeId = new QLineEdit(q);
     nodeId->setObjectName(QStringLiteral("nodeId"));
-    nodeId->setPlaceholderText(tr("NodeId, such as nsu=urn:plant;s=Pump"));
-    nodeId->setAccessibleName(tr("NodeId of a variable to add"));
     nodeId->setClearButtonEnabled(true);
     auto* bar = new QHBoxLayout;
     bar->addWidget(nodeId, 1);
-    const auto addAction = [&](const QString& name, const QString& text, const QString& tip) {
-        auto* action = new QAction(text, q);
+    const auto addAction = [&](const QString& name) {
+        auto* action = new QAction(q);
         action->setObjectName(name);
-        action->setToolTip(tip);
         auto* button = new QToolButton(q);
         button->setDefaultAction(action);
         button->setFocusPolicy(Qt::StrongFocus);
@@ -171,17 +171,14 @@ QvelDataViewWidget::Private::Private(QvelDataViewWidget* widget) : q(widget)
         bar->addWidget(button);
         return action;
     };
-    add = addAction(QStringLiteral("add"), tr("Add"), tr("Add this variable to the list"));
-    pause = addAction(QStringLiteral("pause"), tr("Pause"),
-                      tr("Let what is shown stand still; a recording goes on"));
+    add = addAction(QStringLiteral("add"));
+    pause = addAction(QStringLiteral("pause"));
     pause->setCheckable(true);
-    recordAction = addAction(QStringLiteral("record"), tr("Record..."),
-                             tr("Write each value to a CSV file as it comes"));
+    recordAction = addAction(QStringLiteral("record"));
     recordAction->setCheckable(true);
-    remove = addAction(QStringLiteral("remove"), tr("Remove"),
-                       tr("Remove the selected rows from the list (Del)"));
-    copy = new QAction(tr("Copy"), q);
-    paste = new QAction(tr("Paste"), q);
+    remove = addAction(QStringLiteral("remove"));
+    copy = new QAction(q);
+    paste = new QAction(q);
 
     tabs = new QTabWidget(q);
     tabs->setDocumentMode(true);
@@ -190,14 +187,11 @@ QvelDataViewWidget::Private::Private(QvelDataViewWidget* widget) : q(widget)
     tabs->setElideMode(Qt::ElideRight);
     tabs->tabBar()->setContextMenuPolicy(Qt::CustomContextMenu);
     tabs->tabBar()->installEventFilter(this);
-    tabs->tabBar()->setAccessibleName(tr("Lists"));
     newList = new QAction(QStringLiteral("+"), q);
-    newList->setToolTip(tr("New list"));
-    auto* plus = new QToolButton(tabs);
+    plus = new QToolButton(tabs);
     plus->setDefaultAction(newList);
     plus->setAutoRaise(true);
     plus->setFocusPolicy(Qt::StrongFocus);
-    plus->setAccessibleName(newList->toolTip());
     plus->setObjectName(QStringLiteral("newListButton"));
     tabs->setCornerWidget(plus);
 
@@ -232,6 +226,28 @@ QvelDataViewWidget::Private::Private(QvelDataViewWidget* widget) : q(widget)
     connect(tabs, &QTabWidget::tabCloseRequested, this, &Private::closeList);
     connect(tabs, &QTabWidget::tabBarDoubleClicked, this, &Private::editName);
     connect(tabs->tabBar(), &QWidget::customContextMenuRequested, this, &Private::tabMenu);
+}
+
+void QvelDataViewWidget::Private::retranslate()
+{
+    nodeId->setPlaceholderText(tr("NodeId, such as nsu=urn:plant;s=Pump"));
+    nodeId->setAccessibleName(tr("NodeId of a variable to add"));
+    add->setText(tr("Add"));
+    add->setToolTip(tr("Add this variable to the list"));
+    pause->setText(tr("Pause"));
+    pause->setToolTip(tr("Let what is shown stand still; a recording goes on"));
+    recordAction->setToolTip(tr("Write each value to a CSV file as it comes"));
+    remove->setText(tr("Remove"));
+    remove->setToolTip(tr("Remove the selected rows from the list (Del)"));
+    copy->setText(tr("Copy"));
+    paste->setText(tr("Paste"));
+    tabs->tabBar()->setAccessibleName(tr("Lists"));
+    newList->setToolTip(tr("New list"));
+    plus->setAccessibleName(newList->toolTip());
+    for (int i = 0; i < tabs->count(); ++i)
+        showName(i);
+    setLine(message, {}); // it was said in the language before
+    update();
 }
 
 DataViewTable* QvelDataViewWidget::Private::insertList(const QString& name)
@@ -467,7 +483,7 @@ QvelDataViewWidget::QvelDataViewWidget(QWidget* parent)
     : QWidget(parent), d(std::make_unique<Private>(this))
 {
     d->insertList({});
-    d->update();
+    retranslated(this, [this] { d->retranslate(); });
 }
 
 QvelDataViewWidget::~QvelDataViewWidget() = default;

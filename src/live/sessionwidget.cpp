@@ -1,6 +1,7 @@
 #include "sessionwidget.h"
 
 #include "base/outputrow_p.h"
+#include "base/retranslate_p.h"
 #include "base/showntext_p.h"
 #include "session/session.h"
 
@@ -219,7 +220,6 @@ void QvelSessionWidget::Private::reconnect(QvelSessionWidget* widget)
 
 QvelSessionWidget::QvelSessionWidget(QWidget* parent) : QWidget(parent), d(new Private)
 {
-    setAccessibleName(tr("Session"));
     d->state = new QLabel;
     d->state->setObjectName(QStringLiteral("state"));
     QFont bold = d->state->font();
@@ -227,11 +227,9 @@ QvelSessionWidget::QvelSessionWidget(QWidget* parent) : QWidget(parent), d(new P
     d->state->setFont(bold);
     d->progress = new QProgressBar;
     d->progress->setObjectName(QStringLiteral("progress"));
-    d->progress->setAccessibleName(tr("Steps of the connection"));
     d->progress->setRange(0, steps);
     d->error = new QLabel;
     d->error->setObjectName(QStringLiteral("error"));
-    d->error->setAccessibleName(tr("Last error"));
     d->error->setTextFormat(Qt::PlainText);
     d->error->setWordWrap(true);
     d->error->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
@@ -239,7 +237,7 @@ QvelSessionWidget::QvelSessionWidget(QWidget* parent) : QWidget(parent), d(new P
     auto* form = new QFormLayout;
     form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
     for (std::size_t i = 0; i < std::size(rows); ++i)
-        d->outputs[i] = addOutputRow(form, tr(rows[i].label), rows[i].objectName);
+        d->outputs[i] = addOutputRow(form, QString(), rows[i].objectName);
 
     d->disconnect = new QPushButton;
     d->disconnect->setObjectName(QStringLiteral("disconnect"));
@@ -274,7 +272,14 @@ QvelSessionWidget::QvelSessionWidget(QWidget* parent) : QWidget(parent), d(new P
     connect(d->reconnectButton, &QAbstractButton::clicked, this, [this] { d->reconnect(this); });
     d->look.setInterval(lookInterval);
     connect(&d->look, &QTimer::timeout, this, [this] { d->refresh(); });
-    d->refresh();
+    retranslated(this, [this, form] {
+        setOwnText(this, "accessibleName", tr("Session"));
+        d->progress->setAccessibleName(tr("Steps of the connection"));
+        d->error->setAccessibleName(tr("Last error"));
+        for (std::size_t i = 0; i < std::size(rows); ++i)
+            nameOutputRow(form, d->outputs[i], tr(rows[i].label));
+        d->refresh();
+    });
 }
 
 QvelSessionWidget::~QvelSessionWidget() = default;

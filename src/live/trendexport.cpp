@@ -136,8 +136,10 @@ bool QvelTrendWidget::exportCsv(const QString& fileName, QString* error) const
 
 void QvelTrendWidget::Private::tellExported(const QString& file, const QString& error)
 {
-    message = error.isEmpty() ? tr("Exported to %1").arg(file)
-                              : tr("Not exported to %1: %2").arg(file, error);
+    message = [file, error] {
+        return error.isEmpty() ? tr("Exported to %1").arg(file)
+                               : tr("Not exported to %1: %2").arg(file, error);
+    };
     changed();
 }
 
@@ -145,7 +147,7 @@ void QvelTrendWidget::Private::tellExported(const QString& file, const QString& 
 void QvelTrendWidget::Private::exportCsvLater(const QString& file)
 {
     follow();
-    message = tr("Exporting to %1 ...").arg(file);
+    message = [file] { return tr("Exporting to %1 ...").arg(file); };
     changed();
     auto promise = std::make_shared<QPromise<QString>>();
     promise->start();

@@ -23,11 +23,6 @@ constexpr double lineWidth = 1.5;
 // Values beyond are drawn at the edge, so that sums of them stay numbers.
 constexpr double mostValue = 1e300;
 
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("QvelTrendWidget", text);
-}
-
 // WCAG 2.1, relative luminance.
 double luminance(const QColor& color)
 {
@@ -213,8 +208,8 @@ QString trendCurrentText(const TrendCurve& curve, const QLocale& locale)
     if (number || OpcUa_IsBad(point.status))
         return trendValueText(curve, point, locale);
     if (value.isEmpty())
-        return tr("no value");
-    return tr("%1 (not drawn)").arg(curve.currentText);
+        return QCoreApplication::translate("QvelTrendWidget", "no value");
+    return QCoreApplication::translate("QvelTrendWidget", "%1 (not drawn)").arg(curve.currentText);
 }
 
 TrendPicture::TrendPicture(const TrendCurves& curves, const TrendView& view, TrendLook look,
@@ -474,7 +469,9 @@ void TrendPicture::paintLegend(QPainter& painter) const
         painter.setPen(m_look.palette.color(QPalette::Text));
         painter.drawText(
             QRectF(0.5 * m_em, m_legendBottom - 1.4 * m_em, m_size.width() - m_em, 1.4 * m_em),
-            trail | Qt::AlignVCenter, tr("%1 more").arg(m_look.locale.toString(m_unlisted)));
+            trail | Qt::AlignVCenter,
+            QCoreApplication::translate("QvelTrendWidget", "%1 more")
+                .arg(m_look.locale.toString(m_unlisted)));
     }
 }
 

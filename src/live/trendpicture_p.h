@@ -38,6 +38,7 @@ struct TrendCurve
     bool isLive = false;    ///< the last value holds until now
     bool isStale = false;
     bool isGapPending = false;                      ///< values before the next one are missing
+    bool isNamedHere = false;                       ///< its values, in the user's language
     std::optional<std::pair<double, double>> range; ///< that the values should keep to
     TrendSeries points;
     UaDataValue current; ///< as it came last

@@ -1,5 +1,6 @@
 #include "trendwidget.h"
 
+#include "base/retranslate_p.h"
 #include "base/showntext_p.h"
 #include "live/trendwidget_p.h"
 #include "nodes/nodelink.h"
@@ -60,7 +61,9 @@ TrendCurve* QvelTrendWidget::Private::find(int id) const
 TrendCurve* QvelTrendWidget::Private::make(const QString& name, const QString& unit)
 {
     if (curves.size() >= mostSeries) {
-        message = tr("A trend takes %1 series.").arg(q->locale().toString(int(mostSeries)));
+        message = [this] {
+            return tr("A trend takes %1 series.").arg(q->locale().toString(int(mostSeries)));
+        };
         changed();
         return nullptr;
     }
@@ -130,6 +133,27 @@ static TrendPoint pointOf(const UaDataValue& value)
     return {time.ticks(), trendNumber(value.value()).value_or(qQNaN()), value.status().code()};
 }
 
+static QMap<int, QString> booleanNames()
+{
+    return {{0, QvelTrendWidget::tr("false")}, {1, QvelTrendWidget::tr("true")}};
+}
+
+void QvelTrendWidget::Private::retranslate()
+{
+    setOwnText(q, "accessibleName", tr("Trend"));
+    for (const auto& curve : curves) {
+        if (curve->isNamedHere)
+            curve->setNames(booleanNames());
+        const auto variable = nodes.constFind(curve->id);
+        if (variable != nodes.cend() && variable->status.isGood() && curve->isStale)
+            curve->trouble = tr("not connected");
+    }
+    finishView();
+    if (!q->accessibleDescription().isEmpty())
+        q->setAccessibleDescription(spoken());
+    q->update();
+}
+
 void QvelTrendWidget::Private::receive(TrendCurve& curve, const QList<UaDataValue>& values)
 {
     if (values.isEmpty())
@@ -147,8 +171,10 @@ void QvelTrendWidget::Private::receive(TrendCurve& curve, const QList<UaDataValu
         points.insert(points.begin(), gap);
     }
     const UaVariant& last = values.last().value();
-    if (last.type() == OpcUaType_Boolean && curve.names.isEmpty())
-        curve.setNames({{0, tr("false")}, {1, tr("true")}});
+    if (last.type() == OpcUaType_Boolean && curve.names.isEmpty()) {
+        curve.isNamedHere = true;
+        curve.setNames(booleanNames());
+    }
     curve.setCurrent(values.last());
     curve.arrivals += int(values.size());
     curve.lastTime = points.back().time;
@@ -166,8 +192,10 @@ void QvelTrendWidget::Private::describe(int id, const TrendVariables::Descriptio
         curve->setName(description.name);
     curve->setUnit(description.unit);
     curve->range = description.range;
-    if (!description.names.isEmpty())
+    if (!description.names.isEmpty()) {
+        curve->isNamedHere = false;
         curve->setNames(description.names);
+    }
     curve->isStepped = curve->isStepped || description.isDiscrete;
     variable.hasHistory = description.hasHistory;
     changed();
@@ -269,7 +297,7 @@ void QvelTrendWidget::Private::finishView()
     view.hasFocus = q->hasFocus();
     const bool isReading =
         std::any_of(nodes.cbegin(), nodes.cend(), [](const Variable& v) { return v.isReading; });
-    view.note = isReading ? tr("Reading the history ...") : message;
+    view.note = isReading ? tr("Reading the history ...") : said(message);
     if (dropped > 0)
         view.note =
             tr("The oldest values were dropped: %1 are kept.").arg(q->locale().toString(maximum)) +
@@ -330,8 +358,8 @@ QString QvelTrendWidget::Private::toolTip(const TrendCurve& curve) const
     lines.append(tr("%1 points").arg(q->locale().toString(curve.points.size())));
     if (!curve.trouble.isEmpty())
         lines.append(curve.trouble);
-    if (variable != nodes.cend() && !variable->history.isEmpty())
-        lines.append(variable->history);
+    if (variable != nodes.cend() && variable->history)
+        lines.append(said(variable->history));
     return plainToolTip(lines.join(u'\n'));
 }
 
@@ -342,7 +370,6 @@ QvelTrendWidget::QvelTrendWidget(QWidget* parent)
     setMouseTracking(true);
     setAcceptDrops(true);
     setAttribute(Qt::WA_OpaquePaintEvent);
-    setAccessibleName(tr("Trend"));
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     d->clock.start();
     d->painting.setSingleShot(true);
@@ -380,14 +407,19 @@ QvelTrendWidget::QvelTrendWidget(QWidget* parent)
             }
             TrendCurve* curve = d->find(id);
             d->nodes[id].isReading = false;
-            QString& told = d->nodes[id].history;
-            told =
-                status.isBad()
-                    ? tr("The history could not be read: %1").arg(status.toString().toQString())
-                    : tr("%1 values came from the history.").arg(locale().toString(values.size()));
-            d->message = curve->label + QLatin1String(": ") + told;
+            const Words told = [this, status, size = values.size()] {
+                return status.isBad()
+                           ? tr("The history could not be read: %1")
+                                 .arg(status.toString().toQString())
+                           : tr("%1 values came from the history.").arg(locale().toString(size));
+            };
+            d->nodes[id].history = told;
+            d->message = [label = curve->label, told] {
+                return label + QLatin1String(": ") + told();
+            };
             d->insert(*curve, std::move(points));
         });
+    retranslated(this, [this] { d->retranslate(); });
 }
 
 QvelTrendWidget::~QvelTrendWidget() = default;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/words_p.h"
 #include "live/trendcsv_p.h"
 #include "live/trendpicture_p.h"
 #include "live/trendvariables_p.h"
@@ -27,7 +28,7 @@ public:
         bool hasHistory = false;
         bool isNamed = false; // by the link, not by the server
         bool isReading = false;
-        QString history; // how the last reading of it went
+        Words history; // how the last reading of it went
     };
     enum class Drag { None, Pan, Band, Scale, Legend };
     /// What the mouse holds, and how things were when it was pressed.
@@ -51,6 +52,7 @@ public:
     void keepToLimit();
     void describe(int id, const TrendVariables::Description& description);
     void showConnection();
+    void retranslate();
     void changed();
     void tick();
 
@@ -92,7 +94,7 @@ public:
     qsizetype dropped = 0;
     double following = 60;
     double lastFollowing = 60;
-    QString message; // what happened last
+    Words message; // what happened last
     std::optional<qint64> fixedCursor;
     std::optional<double> hover; // the mouse, whose time moves with the axis
     QTimer painting;

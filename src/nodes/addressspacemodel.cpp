@@ -1,6 +1,8 @@
 #include "addressspacemodel.h"
 
+#include "base/retranslate_p.h"
 #include "base/showntext_p.h"
+#include "base/words_p.h"
 #include "nodes/nodetable_p.h"
 #include "nodes/statustext_p.h"
 #include "platform/stack/opcuastatuscodes.h"
@@ -55,7 +57,7 @@ struct Fetch
     Node* node = nullptr;
     bool isFirst = true; // nothing is shown yet, and each piece is shown when it is there
     bool isAnswered = false;
-    QString failure;
+    Words failure;
     bool isGone = false; // the node itself
     ReferenceIntake intake;
     Nodes fresh; // taken in and not shown yet
@@ -71,6 +73,7 @@ struct Branch
 {
     Nodes children; // the last of them may be a message
     std::shared_ptr<Fetch> fetch;
+    Words message;
 
     qsizetype nodeCount() const
     {
@@ -230,7 +233,8 @@ public:
     void finish(const std::shared_ptr<Fetch>& fetch);
     void insert(Node& parent, std::size_t row, Nodes nodes);
     void remove(Node& parent, std::size_t first, std::size_t last);
-    void say(Node& parent, const QString& message, bool isFailure);
+    void say(Node& parent, const Words& words, bool isFailure);
+    void retranslate();
     void merge(Node& parent, Nodes fresh);
     void exchange(Node& parent, std::size_t begin, std::size_t end, Nodes fresh);
 
@@ -265,6 +269,7 @@ public:
 QvelAddressSpaceModel::QvelAddressSpaceModel(QObject* parent)
     : QAbstractItemModel(parent), d(std::make_unique<Private>(this))
 {
+    whenLanguageChanges(this, [this] { d->retranslate(); });
 }
 
 QvelAddressSpaceModel::~QvelAddressSpaceModel() = default;
@@ -368,11 +373,12 @@ void QvelAddressSpaceModel::Private::fetch(Node& node)
     const UaExpandedNodeId id = table.id(node.key());
     const UaNodeId local = table.nodeId(node.key());
     if (local.isNull()) {
-        fetch->failure =
-            id.serverIndex() != 0
-                ? QvelAddressSpaceModel::tr("The node is on another server.")
-                : QvelAddressSpaceModel::tr("The server no longer has the namespace %1.")
-                      .arg(id.namespaceUri().toQString());
+        fetch->failure = [id] {
+            return id.serverIndex() != 0
+                       ? QvelAddressSpaceModel::tr("The node is on another server.")
+                       : QvelAddressSpaceModel::tr("The server no longer has the namespace %1.")
+                             .arg(id.namespaceUri().toQString());
+        };
         return enqueue(fetch);
     }
     const std::weak_ptr<Fetch> guard = fetch;
@@ -383,7 +389,8 @@ void QvelAddressSpaceModel::Private::fetch(Node& node)
     QTimer::singleShot(patience, this, [this, guard] {
         const auto asked = guard.lock();
         if (asked && !asked->isAnswered && asked->node->branch->children.empty())
-            say(*asked->node, QvelAddressSpaceModel::tr("Loading..."), false);
+            say(
+                *asked->node, [] { return QvelAddressSpaceModel::tr("Loading..."); }, false);
     });
 }
 
@@ -397,12 +404,16 @@ void QvelAddressSpaceModel::Private::answer(const std::shared_ptr<Fetch>& fetch,
         fetch->intake = ReferenceIntake(std::move(result.results[0].references));
     }
     if (status.isBad()) {
-        fetch->failure = statusInWords(status);
-        if (!result.reason.isEmpty())
-            fetch->failure += QStringLiteral(" (%1)").arg(result.reason.toQString());
-        if (fetch->intake.size() > 0)
-            fetch->failure += u' ' + QvelAddressSpaceModel::tr("%1 children came before that.")
-                                         .arg(QLocale().toString(fetch->intake.size()));
+        const auto size = fetch->intake.size();
+        fetch->failure = [status, reason = result.reason, size] {
+            QString text = statusInWords(status);
+            if (!reason.isEmpty())
+                text += QStringLiteral(" (%1)").arg(reason.toQString());
+            if (size > 0)
+                text += u' ' + QvelAddressSpaceModel::tr("%1 children came before that.")
+                                   .arg(QLocale().toString(size));
+            return text;
+        };
         if (!fetch->isFirst) // which of the others are gone is not known
             fetch->intake = ReferenceIntake();
     }
@@ -467,7 +478,7 @@ bool QvelAddressSpaceModel::Private::takeOf(const std::shared_ptr<Fetch>& fetch,
 void QvelAddressSpaceModel::Private::finish(const std::shared_ptr<Fetch>& fetch)
 {
     Node& node = *fetch->node;
-    if (!fetch->isFirst && fetch->failure.isEmpty())
+    if (!fetch->isFirst && !fetch->failure)
         merge(node, std::move(fetch->fresh));
     if (isDropped(fetch))
         return;
@@ -513,9 +524,23 @@ void QvelAddressSpaceModel::Private::remove(Node& parent, std::size_t first, std
     q->endRemoveRows();
 }
 
-// Replaces the message below a node; an empty one stands for none.
-void QvelAddressSpaceModel::Private::say(Node& parent, const QString& message, bool isFailure)
+// In another language than before: messages, and the names of classes.
+void QvelAddressSpaceModel::Private::retranslate()
 {
+    walk(root.get(), [](const Node& node) {
+        if (node.branch && node.branch->nodeCount() < qsizetype(node.branch->children.size()))
+            node.branch->children.back()->setMessage(said(node.branch->message));
+        return true;
+    });
+    touch(0, ColumnCount - 1);
+    Q_EMIT q->headerDataChanged(Qt::Horizontal, 0, ColumnCount - 1);
+}
+
+// Replaces the message below a node; an empty one stands for none.
+void QvelAddressSpaceModel::Private::say(Node& parent, const Words& words, bool isFailure)
+{
+    const QString message = said(words);
+    parent.branch->message = words;
     const std::weak_ptr<int> guard = tree;
     auto& children = parent.branch->children;
     if (!children.empty() && children.back()->isMessage()) {

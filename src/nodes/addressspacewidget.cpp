@@ -1,6 +1,8 @@
 #include "addressspacewidget.h"
 
+#include "base/retranslate_p.h"
 #include "base/showntext_p.h"
+#include "base/words_p.h"
 #include "images/images_p.h"
 #include "nodes/addressspacemodel.h"
 #include "nodes/nodesearch_p.h"
@@ -62,12 +64,13 @@ class QvelAddressSpaceWidget::Private
 public:
     explicit Private(QvelAddressSpaceWidget* widget);
 
-    QAction* addAction(const QString& text, const QKeySequence& shortcut,
-                       const std::function<void()>& function);
+    QAction* addAction(const QKeySequence& shortcut, const std::function<void()>& function);
     QToolButton* addButton(QLayout* layout, QAction* action);
     void turnArrows();
     void show(const QModelIndex& index);
-    void say(const QString& text, const QString& toolTip = {});
+    void retranslate();
+    void say(const Words& words);
+    void sayOnce(const QString& text);
     void remember(const QModelIndex& index);
     void travel(qsizetype steps);
     void enterField();
@@ -75,6 +78,7 @@ public:
     void nextHit();
     void previousHit();
     void tellSearch();
+    QString searchText() const;
     QModelIndexList selection() const;
     void copy(QString (Private::*text)(const QModelIndex&) const);
     QString nodeIdText(const QModelIndex& index) const { return model->nodeIdText(index); }
@@ -98,6 +102,7 @@ public:
     QAction* forward = nullptr;
     QAction* refresh = nullptr;
     QAction* cancel = nullptr;
+    QAction* find = nullptr;
     QAction* next = nullptr;
     QAction* previous = nullptr;
     QList<QAction*> copies;
@@ -105,6 +110,8 @@ public:
     QToolButton* forwardButton = nullptr;
     QToolButton* cancelButton = nullptr;
     QList<QWidget*> hitButtons;
+    Words told; // in the line below the tree
+    bool isToldOnce = false;
     QTimer searchTimer;
 
     QList<QList<UaExpandedNodeId>> places; // that were visited
@@ -119,28 +126,26 @@ QvelAddressSpaceWidget::Private::Private(QvelAddressSpaceWidget* widget)
     : q(widget), model(new QvelAddressSpaceModel(widget)), search(new NodeSearch(widget)),
       body(new QWidget(widget)), tree(new NodeTree(body)), field(new QLineEdit(body)),
       status(new QWidget(body)), statusText(new QLabel(status)), menu(new QMenu(widget)),
-      columns(new QMenu(tr("Columns"), menu))
+      columns(new QMenu(menu))
 {
     initKestrelImages();
-    back = addAction(tr("Back"), QKeySequence(Qt::ALT | Qt::Key_Left), [this] { travel(-1); });
-    forward =
-        addAction(tr("Forward"), QKeySequence(Qt::ALT | Qt::Key_Right), [this] { travel(1); });
-    refresh = addAction(tr("Refresh"), QKeySequence(Qt::Key_F5), [this] { model->refresh(); });
+    back = addAction(QKeySequence(Qt::ALT | Qt::Key_Left), [this] { travel(-1); });
+    forward = addAction(QKeySequence(Qt::ALT | Qt::Key_Right), [this] { travel(1); });
+    refresh = addAction(QKeySequence(Qt::Key_F5), [this] { model->refresh(); });
     refresh->setIcon(QIcon(QStringLiteral(":/kestrel/images/rebrowse.png")));
-    next = addAction(tr("Next Hit"), QKeySequence(Qt::Key_F3), [this] { nextHit(); });
-    previous = addAction(tr("Previous Hit"), QKeySequence(Qt::SHIFT | Qt::Key_F3),
-                         [this] { previousHit(); });
-    cancel = addAction(tr("Cancel"), QKeySequence(Qt::Key_Escape), [this] { search->cancel(); });
+    next = addAction(QKeySequence(Qt::Key_F3), [this] { nextHit(); });
+    previous = addAction(QKeySequence(Qt::SHIFT | Qt::Key_F3), [this] { previousHit(); });
+    cancel = addAction(QKeySequence(Qt::Key_Escape), [this] { search->cancel(); });
     cancel->setEnabled(false); // Escape is for others
-    addAction(tr("Find"), QKeySequence::Find, [this] {
+    find = addAction(QKeySequence::Find, [this] {
         field->setFocus();
         field->selectAll();
     });
     copies = {
-        addAction(tr("Copy NodeId"), QKeySequence::Copy, [this] { copy(&Private::nodeIdText); }),
-        addAction(tr("Copy NodeId with Namespace URI"), {}, [this] { copy(&Private::uriText); }),
-        addAction(tr("Copy Browse Path"), {}, [this] { copy(&Private::pathText); }),
-        addAction(tr("Copy Name"), {}, [this] { copy(&Private::nameText); }),
+        addAction(QKeySequence::Copy, [this] { copy(&Private::nodeIdText); }),
+        addAction({}, [this] { copy(&Private::uriText); }),
+        addAction({}, [this] { copy(&Private::pathText); }),
+        addAction({}, [this] { copy(&Private::nameText); }),
     };
 
     auto* top = new QHBoxLayout;
@@ -148,9 +153,6 @@ QvelAddressSpaceWidget::Private::Private(QvelAddressSpaceWidget* widget)
     forwardButton = addButton(top, forward);
     addButton(top, refresh);
     top->addWidget(field);
-    field->setPlaceholderText(tr("Find a name, or go to a NodeId or browse path"));
-    field->setAccessibleName(tr("Find or go to"));
-    field->setToolTip(field->placeholderText());
     field->setClearButtonEnabled(true);
     top->setSpacing(2);
 
@@ -185,7 +187,6 @@ QvelAddressSpaceWidget::Private::Private(QvelAddressSpaceWidget* widget)
     tree->setUniformRowHeights(true); // every text is one line
     tree->setSelectionMode(QAbstractItemView::ExtendedSelection);
     tree->setDragDropMode(QAbstractItemView::DragOnly);
-    tree->setAccessibleName(tr("Address space"));
     tree->setContextMenuPolicy(Qt::CustomContextMenu);
     QHeaderView* header = tree->header();
     header->setContextMenuPolicy(Qt::CustomContextMenu);
@@ -196,13 +197,42 @@ QvelAddressSpaceWidget::Private::Private(QvelAddressSpaceWidget* widget)
         header->hideSection(column);
     turnArrows();
     tellSearch();
+    retranslated(q, [this] { retranslate(); });
 }
 
-QAction* QvelAddressSpaceWidget::Private::addAction(const QString& text,
-                                                    const QKeySequence& shortcut,
+void QvelAddressSpaceWidget::Private::retranslate()
+{
+    const std::pair<QAction*, QString> texts[] = {
+        {back, tr("Back")},
+        {forward, tr("Forward")},
+        {refresh, tr("Refresh")},
+        {next, tr("Next Hit")},
+        {previous, tr("Previous Hit")},
+        {cancel, tr("Cancel")},
+        {find, tr("Find")},
+        {copies[0], tr("Copy NodeId")},
+        {copies[1], tr("Copy NodeId with Namespace URI")},
+        {copies[2], tr("Copy Browse Path")},
+        {copies[3], tr("Copy Name")},
+    };
+    for (const auto& [action, text] : texts)
+        action->setText(text);
+    const auto buttons = body->findChildren<QToolButton*>();
+    for (QToolButton* button : buttons)
+        if (button->defaultAction())
+            button->setAccessibleName(button->defaultAction()->text());
+    columns->setTitle(tr("Columns"));
+    field->setPlaceholderText(tr("Find a name, or go to a NodeId or browse path"));
+    field->setAccessibleName(tr("Find or go to"));
+    field->setToolTip(field->placeholderText());
+    tree->setAccessibleName(tr("Address space"));
+    say(isToldOnce ? Words() : Words(told));
+}
+
+QAction* QvelAddressSpaceWidget::Private::addAction(const QKeySequence& shortcut,
                                                     const std::function<void()>& function)
 {
-    auto* action = new QAction(text, body);
+    auto* action = new QAction(body);
     action->setShortcut(shortcut);
     action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
     body->addAction(action); // the actions of the widget itself are the host's
@@ -215,7 +245,6 @@ QToolButton* QvelAddressSpaceWidget::Private::addButton(QLayout* layout, QAction
     auto* button = new QToolButton(body);
     button->setDefaultAction(action);
     button->setAutoRaise(true);
-    button->setAccessibleName(action->text());
     layout->addWidget(button);
     return button;
 }
@@ -237,11 +266,21 @@ void QvelAddressSpaceWidget::Private::show(const QModelIndex& index)
     isRecording = true;
 }
 
-void QvelAddressSpaceWidget::Private::say(const QString& text, const QString& toolTip)
+void QvelAddressSpaceWidget::Private::say(const Words& words)
 {
+    told = words;
+    isToldOnce = false;
+    const QString text = said(told);
     statusText->setText(shownText(text));
-    statusText->setToolTip(shownToolTip(toolTip.isEmpty() ? text : toolTip));
+    statusText->setToolTip(shownToolTip(text));
     status->setVisible(!text.isEmpty());
+}
+
+// What cannot be said in another language.
+void QvelAddressSpaceWidget::Private::sayOnce(const QString& text)
+{
+    say([text] { return text; });
+    isToldOnce = true;
 }
 
 void QvelAddressSpaceWidget::Private::remember(const QModelIndex& index)
@@ -315,14 +354,19 @@ void QvelAddressSpaceWidget::Private::previousHit()
 
 void QvelAddressSpaceWidget::Private::tellSearch()
 {
-    const QLocale locale;
-    const auto number = [&locale](qsizetype n) { return locale.toString(n); };
     cancel->setEnabled(search->isRunning());
     cancelButton->setVisible(search->isRunning());
     for (QWidget* button : std::as_const(hitButtons))
         button->setVisible(search->count() > 0);
+    say([this] { return searchText(); });
+}
+
+QString QvelAddressSpaceWidget::Private::searchText() const
+{
+    const QLocale locale;
+    const auto number = [&locale](qsizetype n) { return locale.toString(n); };
     if (search->text().isEmpty())
-        return say({});
+        return {};
     QString text;
     if (search->isRunning())
         text =
@@ -337,7 +381,7 @@ void QvelAddressSpaceWidget::Private::tellSearch()
                         number(search->visited()));
     if (!search->failure().isEmpty())
         text += QStringLiteral(". ") + search->failure();
-    say(text);
+    return text;
 }
 
 QModelIndexList QvelAddressSpaceWidget::Private::selection() const
@@ -402,10 +446,10 @@ QvelAddressSpaceWidget::QvelAddressSpaceWidget(QWidget* parent)
             [this](const QModelIndex& index) { d->show(index); });
     connect(d->model, &QvelAddressSpaceModel::locateFailed, this, [this](const QString& reason) {
         d->isTravelling = false;
-        d->say(reason);
+        d->sayOnce(reason);
     });
     connect(d->model, &QvelAddressSpaceModel::staleChanged, this,
-            [this](bool isStale) { d->say(isStale ? staleSentence() : QString()); });
+            [this](bool isStale) { d->say(isStale ? Words(staleSentence) : Words()); });
     connect(d->model, &QAbstractItemModel::rowsInserted, this, [this](const QModelIndex& parent) {
         if (!parent.isValid())
             d->tree->expand(d->model->index(0, 0));

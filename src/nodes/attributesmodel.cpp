@@ -1,6 +1,8 @@
 #include "attributesmodel.h"
 
+#include "base/retranslate_p.h"
 #include "base/showntext_p.h"
+#include "base/words_p.h"
 #include "nodes/nodetable_p.h"
 #include "nodes/statustext_p.h"
 #include "nodes/structures.h"
@@ -170,6 +172,14 @@ QString textOf(const QvelEngineeringUnits& units)
                : QStringLiteral("%1 (%2)").arg(name, description);
 }
 
+QString rangeText(const UaVariant& value)
+{
+    const auto range = QvelRange::fromVariant(value);
+    return range ? QvelAttributesModel::tr("%1 to %2")
+                       .arg(shownValue(UaVariant(range->low)), shownValue(UaVariant(range->high)))
+                 : shownValue(value);
+}
+
 // The names of a definition's fields, as far as a line takes them.
 QString definitionText(const UaVariant& value)
 {
@@ -200,7 +210,7 @@ public:
         ValueCell cell;
         QString text; // shown instead of the cell's, where it is not null
         UaStatusCode status;
-        QString result;
+        Words result;
         int writes = 0; // of which only the last one counts
     };
 
@@ -241,6 +251,7 @@ public:
     UaNodeId nodeId; // on the server that is connected
     std::vector<Row> rows;
     DataTypeInfo dataType;
+    UaVariant euRange;
     QvelEnumInfo ownNames; // of the variable, which count before those of its DataType
     QPointer<QvelSubscription> subscription;
     bool isLive = false;
@@ -501,11 +512,8 @@ void QvelAttributesModel::Private::takeProperty(const QByteArray& name, const Ua
 {
     if (const auto units = QvelEngineeringUnits::fromVariant(value); name == "EngineeringUnits")
         setDetail(EngineeringUnits, units ? textOf(*units) : shownValue(value));
-    else if (const auto range = QvelRange::fromVariant(value); name == "EURange")
-        setDetail(EURange, range ? tr("%1 to %2")
-                                       .arg(shownValue(UaVariant(range->low)),
-                                            shownValue(UaVariant(range->high)))
-                                 : shownValue(value));
+    else if (name == "EURange")
+        setDetail(EURange, rangeText(euRange = value));
     else if (ownNames.kind == QvelEnumInfo::NoEnumeration)
         ownNames = namesOf(value, QvelEnumInfo::Enumeration);
 }
@@ -563,7 +571,7 @@ void QvelAttributesModel::Private::followValue()
 
 void QvelAttributesModel::Private::write(Row& row, const UaVariant& value)
 {
-    row.result = tr("Writing ...");
+    row.result = [] { return tr("Writing ..."); };
     changed(row);
     const auto finished = [this, at = row.place, turn = ++row.writes,
                            number = subject](const QvelWriteResult& result) {
@@ -572,8 +580,10 @@ void QvelAttributesModel::Private::write(Row& row, const UaVariant& value)
             return;
         Row& written = this->row(at);
         const UaStatusCode status = result.results.value(0, result.status);
-        written.result = status == UaStatusCode() ? tr("Good: The server has taken the value.")
-                                                  : statusInWords(status);
+        written.result = [status] {
+            return status == UaStatusCode() ? tr("Good: The server has taken the value.")
+                                            : statusInWords(status);
+        };
         if (!status.isBad())
             written.cell.clearAttempt();
         changed(written);
@@ -612,6 +622,12 @@ void QvelAttributesModel::Private::reread(OpcUa_UInt32 attributeId)
 QvelAttributesModel::QvelAttributesModel(QObject* parent)
     : QAbstractTableModel(parent), d(new Private(this))
 {
+    whenLanguageChanges(this, [this] {
+        if (d->find(place(QvelAttribute::Value, EURange)))
+            d->setDetail(EURange, rangeText(d->euRange));
+        d->allChanged();
+        Q_EMIT headerDataChanged(Qt::Horizontal, 0, ColumnCount - 1);
+    });
 }
 
 QvelAttributesModel::~QvelAttributesModel()
@@ -714,7 +730,7 @@ QVariant QvelAttributesModel::data(const QModelIndex& index, int role) const
             text = statusInWords(row.status);
         break;
     case ResultColumn:
-        text = row.result;
+        text = said(row.result);
         break;
     default: {
         const bool isReadOnly = !d->mayEdit(row);
@@ -750,7 +766,7 @@ bool QvelAttributesModel::setData(const QModelIndex& index, const QVariant& valu
     UaVariant sent;
     const UaStatusCode status = row.cell.take(value, role, &sent);
     if (status.isBad()) {
-        row.result = tr("Not sent. %1").arg(statusInWords(status));
+        row.result = [status] { return tr("Not sent. %1").arg(statusInWords(status)); };
         d->changed(row);
         return false;
     }

@@ -1,5 +1,6 @@
 #include "attributeswidget.h"
 
+#include "base/retranslate_p.h"
 #include "nodes/attributesmodel.h"
 #include "nodes/valuedelegate_p.h"
 #include "session/sessiontypes.h"
@@ -19,8 +20,6 @@ QvelAttributesWidget::QvelAttributesWidget(QWidget* parent)
     constexpr int valueWidth = 40; // average characters
     constexpr int statusWidth = 14;
     m_view->setModel(m_model);
-    m_view->setAccessibleName(tr("Attributes"));
-    m_view->setHint(tr("Select a node to see its attributes."));
     m_view->setContextMenuPolicy(Qt::ActionsContextMenu);
     int names = 0;
     for (OpcUa_UInt32 id = QvelAttribute::NodeId; id <= QvelAttribute::AccessLevelEx; ++id)
@@ -35,16 +34,24 @@ QvelAttributesWidget::QvelAttributesWidget(QWidget* parent)
     layout->addWidget(m_view);
     setFocusProxy(m_view);
 
-    const auto add = [this](const QString& text, const QKeySequence& key, auto slot) {
-        auto* action = new QAction(text, m_view);
+    const auto add = [this](const QKeySequence& key, auto slot) {
+        auto* action = new QAction(m_view);
         action->setShortcut(key);
         action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
         m_view->addAction(action);
         connect(action, &QAction::triggered, this, slot);
+        return action;
     };
-    add(tr("&Edit Value"), QKeySequence(), [this] { m_view->edit(m_view->currentIndex()); });
-    add(tr("&Copy Value"), QKeySequence::Copy, [this] { copy(); });
-    add(tr("&Refresh"), QKeySequence::Refresh, [this] { m_model->refresh(); });
+    QAction* edit = add(QKeySequence(), [this] { m_view->edit(m_view->currentIndex()); });
+    QAction* copyValue = add(QKeySequence::Copy, [this] { copy(); });
+    QAction* refresh = add(QKeySequence::Refresh, [this] { m_model->refresh(); });
+    retranslated(this, [=] {
+        m_view->setAccessibleName(tr("Attributes"));
+        m_view->setHint(tr("Select a node to see its attributes."));
+        edit->setText(tr("&Edit Value"));
+        copyValue->setText(tr("&Copy Value"));
+        refresh->setText(tr("&Refresh"));
+    });
 }
 
 QvelAttributesWidget::~QvelAttributesWidget() = default;

@@ -17,7 +17,7 @@ NodeSearch::NodeSearch(QObject* parent) : QObject(parent), m_table(nullptr)
     m_timer.callOnTimeout(this, &NodeSearch::takeSome);
     connect(&m_table, &NodeTable::lost, this, [this] {
         if (isRunning())
-            end(statusInWords(OpcUa_BadConnectionClosed));
+            end([] { return statusInWords(OpcUa_BadConnectionClosed); });
     });
 }
 
@@ -32,13 +32,13 @@ void NodeSearch::start(QvelSession* session, const UaExpandedNodeId& root, const
     if (m_table.isConnected())
         browseMore();
     else
-        end(statusInWords(OpcUa_BadSessionClosed));
+        end([] { return statusInWords(OpcUa_BadSessionClosed); });
 }
 
 void NodeSearch::cancel()
 {
     if (isRunning())
-        end(tr("Cancelled."));
+        end([] { return tr("Cancelled."); });
 }
 
 void NodeSearch::clear()
@@ -50,7 +50,7 @@ void NodeSearch::clear()
     m_frontier.clear();
     m_intakes.clear();
     m_hits.clear();
-    m_failure.clear();
+    m_failure = nullptr;
     m_underWay = 0;
     m_timer.stop();
 }
@@ -64,7 +64,7 @@ QList<UaExpandedNodeId> NodeSearch::path(qsizetype hit) const
     return path;
 }
 
-void NodeSearch::end(const QString& failure)
+void NodeSearch::end(const Words& failure)
 {
     ++m_search;
     m_failure = failure;
@@ -98,7 +98,7 @@ void NodeSearch::answer(const QList<quint32>& nodes, QvelBrowseResult result)
 {
     --m_underWay;
     if (result.status.isBad())
-        return end(statusInWords(result.status));
+        return end([status = result.status] { return statusInWords(status); });
     // A node that cannot be browsed has no children here; the tree tells why where it is opened.
     for (qsizetype i = 0; i < std::min(nodes.size(), result.results.size()); ++i)
         if (!result.results[i].references.isEmpty())
@@ -120,7 +120,7 @@ void NodeSearch::takeSome()
     if (m_intakes.isEmpty())
         m_timer.stop();
     if (m_nodes.size() > mostNodes || m_hits.size() >= mostHits)
-        return end(tr("That is enough: there may be more."));
+        return end([] { return tr("That is enough: there may be more."); });
     browseMore();
     Q_EMIT changed();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/words_p.h"
 #include "nodes/nodetable_p.h"
 
 #include <QtCore/QSet>
@@ -30,7 +31,7 @@ public:
     /// The nodes that lead to a hit, from the root node.
     QList<UaExpandedNodeId> path(qsizetype hit) const;
     /// Why it ended early, in words.
-    QString failure() const { return m_failure; }
+    QString failure() const { return said(m_failure); }
 
 Q_SIGNALS:
     /// It got on, or has ended.
@@ -51,7 +52,7 @@ private:
     void answer(const QList<quint32>& nodes, QvelBrowseResult result);
     void takeSome();
     void take(quint32 parent, const QvelReference& reference);
-    void end(const QString& failure);
+    void end(const Words& failure);
 
     NodeTable m_table;
     QString m_text;
@@ -61,7 +62,7 @@ private:
     QList<quint32> m_hits;
     QList<Intake> m_intakes;
     QTimer m_timer;
-    QString m_failure;
+    Words m_failure;
     int m_underWay = 0;
     quint32 m_search = 0; // answers to an earlier one are dropped
 };

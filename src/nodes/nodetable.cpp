@@ -267,7 +267,7 @@ CompactNode::CompactNode(NodeTable& table, const QvelReference& reference)
 CompactNode::CompactNode(const QString& message, bool isFailure)
     : flags(isFailure ? Message | Failed : Message)
 {
-    setTexts({}, {}, message.toUtf8());
+    setMessage(message);
 }
 
 void CompactNode::setTexts(QByteArrayView key, QByteArrayView browseName,

@@ -122,6 +122,8 @@ public:
     /// Keeps the key.
     void setNames(const UaQualifiedName& browseName, const UaLocalizedText& displayName,
                   NodeTable& table);
+    /// Of a message.
+    void setMessage(const QString& message) { setTexts({}, {}, message.toUtf8()); }
     bool isMessage() const { return (flags & Message) != 0; }
     bool isSame(const CompactNode& other) const
     {

@@ -1,5 +1,6 @@
 #include "referencesmodel.h"
 
+#include "base/retranslate_p.h"
 #include "base/showntext_p.h"
 #include "nodes/nodetable_p.h"
 #include "nodes/statustext_p.h"
@@ -55,7 +56,7 @@ public:
     std::vector<CompactNode> rows;
     std::vector<CompactNode> fresh; // taken in, to be compared with the rows
     ReferenceIntake intake;
-    QString failure;
+    UaStatusCode failure; // of the message at the end
     QTimer timer;
     quint32 question = 0; // answers to an earlier one are dropped
     bool isStale = false;
@@ -64,6 +65,12 @@ public:
 QvelReferencesModel::QvelReferencesModel(QObject* parent)
     : QAbstractTableModel(parent), d(std::make_unique<Private>(this))
 {
+    whenLanguageChanges(this, [this] {
+        if (!d->rows.empty() && d->rows.back().isMessage())
+            d->rows.back().setMessage(statusInWords(d->failure));
+        d->touch();
+        Q_EMIT headerDataChanged(Qt::Horizontal, 0, ColumnCount - 1);
+    });
 }
 
 QvelReferencesModel::~QvelReferencesModel() = default;
@@ -124,11 +131,12 @@ void QvelReferencesModel::Private::answer(QvelBrowseResult result)
         intake = ReferenceIntake(std::move(result.results[0].references));
     }
     if (status.isBad() && intake.size() == 0 && !rows.empty() && !rows.back().isMessage()) {
+        failure = status;
         std::vector<CompactNode> message; // below what is known of before
         message.emplace_back(statusInWords(status), true);
         return append(std::move(message));
     }
-    failure = status.isBad() ? statusInWords(status) : QString();
+    failure = status;
     timer.start(0);
 }
 
@@ -150,8 +158,8 @@ void QvelReferencesModel::Private::takeSome()
     if (!intake.isDone())
         return;
     timer.stop();
-    if (!failure.isEmpty())
-        fresh.emplace_back(failure, true);
+    if (failure.isBad())
+        fresh.emplace_back(statusInWords(failure), true);
     const auto isSame = [](const CompactNode& a, const CompactNode& b) {
         return !a.isMessage() && a.isSame(b);
     };

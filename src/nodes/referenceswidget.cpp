@@ -1,5 +1,6 @@
 #include "referenceswidget.h"
 
+#include "base/retranslate_p.h"
 #include "images/images_p.h"
 #include "nodes/referencesmodel.h"
 
@@ -52,7 +53,6 @@ QvelReferencesWidget::QvelReferencesWidget(QWidget* parent)
     setFocusProxy(d->table);
 
     d->table->setModel(d->model);
-    d->table->setAccessibleName(tr("References"));
     d->table->setSelectionBehavior(QAbstractItemView::SelectRows);
     d->table->setDragDropMode(QAbstractItemView::DragOnly);
     d->table->setShowGrid(false);
@@ -68,15 +68,21 @@ QvelReferencesWidget::QvelReferencesWidget(QWidget* parent)
     header->setDefaultAlignment(Qt::AlignLeading | Qt::AlignVCenter);
     header->setDefaultSectionSize(150);
 
-    const auto add = [this](const QString& text, const QKeySequence& shortcut, auto function) {
-        auto* action = new QAction(text, d->table);
+    const auto add = [this](const QKeySequence& shortcut, auto function) {
+        auto* action = new QAction(d->table);
         action->setShortcut(shortcut);
         action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
         connect(action, &QAction::triggered, this, function);
         d->table->addAction(action);
+        return action;
     };
-    add(tr("Copy NodeId"), QKeySequence::Copy, [this] { d->copy(); });
-    add(tr("Refresh"), QKeySequence(Qt::Key_F5), [this] { d->model->refresh(); });
+    QAction* copy = add(QKeySequence::Copy, [this] { d->copy(); });
+    QAction* refresh = add(QKeySequence(Qt::Key_F5), [this] { d->model->refresh(); });
+    retranslated(this, [=] {
+        d->table->setAccessibleName(tr("References"));
+        copy->setText(tr("Copy NodeId"));
+        refresh->setText(tr("Refresh"));
+    });
     connect(d->table, &QAbstractItemView::activated, this, [this](const QModelIndex& index) {
         if (d->model->flags(index).testFlag(Qt::ItemIsDragEnabled))
             QMetaObject::invokeMethod(

@@ -13,15 +13,16 @@ void SessionHost::tellState(const SessionWorker& worker, QvelSession::State stat
     worker.post([state](QvelSession& session) {
         session.d->state = state;
         if (state == QvelSession::Connected)
-            session.d->error = {};
+            session.d->failure = {};
         Q_EMIT session.stateChanged(state);
     });
 }
 
-void SessionHost::tellError(const SessionWorker& worker, const QvelSessionError& error)
+void SessionHost::tellError(const SessionWorker& worker, const SessionFailure& failure)
 {
-    worker.post([error](QvelSession& session) {
-        session.d->error = error;
+    worker.post([failure](QvelSession& session) {
+        session.d->failure = failure;
+        const QvelSessionError error = failure.said();
         const QPointer<QvelSession> self(&session);
         Q_EMIT session.logMessage(error.toString());
         if (self)
@@ -62,6 +63,19 @@ void SessionHost::tellSubscriptionState(const SessionWorker& worker, quint32 id,
         subscription.d->serverId = serverId;
         Q_EMIT subscription.changed(status);
     });
+}
+
+QString SessionText::said() const
+{
+    QString said = text ? QvelSession::tr(text) : QString();
+    for (const QString& argument : arguments)
+        said = said.arg(argument);
+    return said;
+}
+
+QvelSessionError SessionFailure::said() const
+{
+    return {step.said(), status, reason, advice.said()};
 }
 
 QString QvelSessionError::toString() const
@@ -123,7 +137,7 @@ void QvelSession::connectToServer(const QvelDiscoverySetting& setting)
     Secret password(setting.password().toUtf8());
     d->setting = setting;
     d->setting.setPassword(QString());
-    d->error = {};
+    d->failure = {};
     d->run([plain = d->setting, password, options = d->options](SessionWorker& worker) {
         worker.connectToServer(plain, password, options);
     });
@@ -146,7 +160,7 @@ QvelSession::State QvelSession::state() const
 
 QvelSessionError QvelSession::lastError() const
 {
-    return d->error;
+    return d->failure.said();
 }
 
 QvelDiscoverySetting QvelSession::setting() const

@@ -34,7 +34,7 @@ public:
     QvelSessionOptions options;
     QvelDiscoverySetting setting;
     QvelSession::State state = QvelSession::Disconnected;
-    QvelSessionError error;
+    SessionFailure failure;
     SessionHost::Connection connection;
     QvelSessionStatistics statistics;
     Mailbox mailbox;

@@ -35,30 +35,47 @@ struct Advice
 
 // What to do about a failure, by its status.
 constexpr Advice advices[] = {
-    {OpcUa_BadTcpEndpointUrlInvalid, "Give a URL of the form opc.tcp://host:port."},
-    {OpcUa_BadCommunicationError, "Check the host's name and the network."},
-    {OpcUa_BadConnectionRejected, "Check that the server runs, and its port."},
-    {OpcUa_BadConnectionClosed, "The server closed the connection: look into its log. It may not "
-                                "trust this application's certificate."},
-    {OpcUa_BadTimeout, "Check that the server can be reached and is not overloaded, or allow it "
-                       "more time."},
-    {OpcUa_BadSecurityChecksFailed, "The server may not trust this application's certificate: "
-                                    "trust it there, and connect again."},
-    {OpcUa_BadSecurityPolicyRejected, "Choose another security policy."},
-    {OpcUa_BadSecurityModeRejected, "Choose another message security mode."},
-    {OpcUa_BadCertificateUntrusted, "Trust the certificate, there where it was refused."},
-    {OpcUa_BadIdentityTokenRejected, "Check user name and password, or the user's certificate."},
-    {OpcUa_BadIdentityTokenInvalid, "Choose an identity that the server offers."},
-    {OpcUa_BadUserAccessDenied, "Check user name and password, and what the user may do."},
-    {OpcUa_BadTooManySessions, "Close another session of the server, or wait until one ends."},
+    {OpcUa_BadTcpEndpointUrlInvalid,
+     QT_TRANSLATE_NOOP("QvelSession", "Give a URL of the form opc.tcp://host:port.")},
+    {OpcUa_BadCommunicationError,
+     QT_TRANSLATE_NOOP("QvelSession", "Check the host's name and the network.")},
+    {OpcUa_BadConnectionRejected,
+     QT_TRANSLATE_NOOP("QvelSession", "Check that the server runs, and its port.")},
+    {OpcUa_BadConnectionClosed,
+     QT_TRANSLATE_NOOP("QvelSession",
+                       "The server closed the connection: look into its log. It may not "
+                       "trust this application's certificate.")},
+    {OpcUa_BadTimeout,
+     QT_TRANSLATE_NOOP("QvelSession",
+                       "Check that the server can be reached and is not overloaded, or allow it "
+                       "more time.")},
+    {OpcUa_BadSecurityChecksFailed,
+     QT_TRANSLATE_NOOP("QvelSession", "The server may not trust this application's certificate: "
+                                      "trust it there, and connect again.")},
+    {OpcUa_BadSecurityPolicyRejected,
+     QT_TRANSLATE_NOOP("QvelSession", "Choose another security policy.")},
+    {OpcUa_BadSecurityModeRejected,
+     QT_TRANSLATE_NOOP("QvelSession", "Choose another message security mode.")},
+    {OpcUa_BadCertificateUntrusted,
+     QT_TRANSLATE_NOOP("QvelSession", "Trust the certificate, there where it was refused.")},
+    {OpcUa_BadIdentityTokenRejected,
+     QT_TRANSLATE_NOOP("QvelSession", "Check user name and password, or the user's certificate.")},
+    {OpcUa_BadIdentityTokenInvalid,
+     QT_TRANSLATE_NOOP("QvelSession", "Choose an identity that the server offers.")},
+    {OpcUa_BadUserAccessDenied,
+     QT_TRANSLATE_NOOP("QvelSession", "Check user name and password, and what the user may do.")},
+    {OpcUa_BadTooManySessions,
+     QT_TRANSLATE_NOOP("QvelSession",
+                       "Close another session of the server, or wait until one ends.")},
 };
 
-QString adviceFor(OpcUa_StatusCode status)
+const char* adviceFor(OpcUa_StatusCode status)
 {
     const auto found = std::find_if(std::begin(advices), std::end(advices),
                                     [status](const Advice& a) { return a.status == status; });
-    return found == std::end(advices) ? QvelSession::tr("Look into the server's log.")
-                                      : QvelSession::tr(found->text);
+    return found == std::end(advices)
+               ? QT_TRANSLATE_NOOP("QvelSession", "Look into the server's log.")
+               : found->text;
 }
 
 // Failures that another attempt would meet again.
@@ -78,23 +95,23 @@ bool isSessionGone(OpcUa_StatusCode status)
     return std::find(std::begin(codes), std::end(codes), status) != std::end(codes);
 }
 
-QString stepName(QvelSession::State state)
+const char* stepName(QvelSession::State state)
 {
     switch (state) {
     case QvelSession::LookingUp:
-        return QvelSession::tr("Looking up the host");
+        return QT_TRANSLATE_NOOP("QvelSession", "Looking up the host");
     case QvelSession::Connecting:
-        return QvelSession::tr("Connecting");
+        return QT_TRANSLATE_NOOP("QvelSession", "Connecting");
     case QvelSession::OpeningChannel:
-        return QvelSession::tr("Opening the secure channel");
+        return QT_TRANSLATE_NOOP("QvelSession", "Opening the secure channel");
     case QvelSession::Creating:
-        return QvelSession::tr("Creating the session");
+        return QT_TRANSLATE_NOOP("QvelSession", "Creating the session");
     case QvelSession::Activating:
-        return QvelSession::tr("Activating the session");
+        return QT_TRANSLATE_NOOP("QvelSession", "Activating the session");
     case QvelSession::Connected:
-        return QvelSession::tr("Being connected");
+        return QT_TRANSLATE_NOOP("QvelSession", "Being connected");
     default:
-        return QvelSession::tr("Preparing the connection");
+        return QT_TRANSLATE_NOOP("QvelSession", "Preparing the connection");
     }
 }
 
@@ -117,9 +134,10 @@ bool isNonce(const QByteArray& bytes)
 {
     return bytes.size() >= nonceLength && bytes.size() <= longestNonce;
 }
-QString nonceAdvice()
+SessionText nonceAdvice()
 {
-    return QvelSession::tr("The server's random number is too short, or too long.");
+    return {
+        QT_TRANSLATE_NOOP("QvelSession", "The server's random number is too short, or too long.")};
 }
 
 QString hostOf(const QByteArray& url)
@@ -158,7 +176,8 @@ SessionWorker::SessionWorker(Post toHost)
     connect(&m_reconnectTimer, &QTimer::timeout, this, &SessionWorker::begin);
     connect(&m_keepAliveTimer, &QTimer::timeout, this, &SessionWorker::keepAlive);
     connect(&m_questionTimer, &QTimer::timeout, this, [this] {
-        fail(OpcUa_BadTimeout, {}, QvelSession::tr("Answer the question in time."), true);
+        fail(OpcUa_BadTimeout, {},
+             {QT_TRANSLATE_NOOP("QvelSession", "Answer the question in time.")}, true);
     });
     connect(&m_statisticsTimer, &QTimer::timeout, this, &SessionWorker::tellStatistics);
 }
@@ -227,7 +246,7 @@ void SessionWorker::begin()
         m_endpointKnown = policy() && endpoint().NoOfUserIdentityTokens > 0 &&
                           endpoint().UserIdentityTokens && (hasCertificate || !isSecure);
     }
-    m_step = QvelSession::tr("Preparing the identity");
+    m_step = QT_TRANSLATE_NOOP("QvelSession", "Preparing the identity");
     if (!loadUserIdentity() || (policy() && policy()->isSecure && !loadApplicationIdentity()))
         return;
     if (m_endpointKnown)
@@ -238,7 +257,7 @@ void SessionWorker::begin()
 
 void SessionWorker::useConnection(const QByteArray& url, const SecureChannel::Settings& settings)
 {
-    m_step.clear();
+    m_step = nullptr;
     setState(State::LookingUp);
     m_connection = std::make_unique<SessionConnection>();
     connect(m_connection.get(), &SessionConnection::hostFound, this,
@@ -314,8 +333,9 @@ void SessionWorker::takeEndpoints(UaStackTypeArray<OpcUa_EndpointDescription>& e
     }
     if (!best)
         return fail(OpcUa_BadSecurityPolicyRejected, {},
-                    QvelSession::tr("The server offers no endpoint with this security: choose "
-                                    "another policy or mode."),
+                    {QT_TRANSLATE_NOOP("QvelSession",
+                                       "The server offers no endpoint with this security: choose "
+                                       "another policy or mode.")},
                     true);
     m_setting.setEndpointDescription(best);
     m_setting.setDisplayName(m_wanted.displayName());
@@ -334,17 +354,20 @@ bool SessionWorker::loadApplicationIdentity()
     const UaPkiCertificate certificate = UaPkiCertificate::fromDER(UaByteString(der));
     OpcUa_StatusCode status = OpcUa_Good;
     const UaPkiPrivateKey key = UaPkiPrivateKey::fromFile(m_options.privateKeyFile, {}, &status);
-    QString advice;
+    SessionText advice;
     if (certificate.isNull())
-        advice = QvelSession::tr("Make a certificate for this application: %1 holds none.")
-                     .arg(m_options.certificateFile);
+        advice = {QT_TRANSLATE_NOOP("QvelSession",
+                                    "Make a certificate for this application: %1 holds none."),
+                  {m_options.certificateFile}};
     else if (key.isNull())
-        advice = QvelSession::tr("The private key of this application, %1, cannot be read.")
-                     .arg(m_options.privateKeyFile);
+        advice = {QT_TRANSLATE_NOOP("QvelSession",
+                                    "The private key of this application, %1, cannot be read."),
+                  {m_options.privateKeyFile}};
     else if (!key.matches(certificate.publicKey()))
-        advice = QvelSession::tr("Certificate and private key of this application do not match: "
-                                 "make both anew.");
-    if (!advice.isEmpty()) {
+        advice = {QT_TRANSLATE_NOOP(
+            "QvelSession",
+            "Certificate and private key of this application do not match: make both anew.")};
+    if (advice.text) {
         fail(OpcUa_BadCertificateInvalid, {}, advice, true);
         return false;
     }
@@ -363,10 +386,10 @@ bool SessionWorker::loadUserIdentity()
     const QByteArray der = readFile(m_wanted.certificateFile());
     const UaPkiCertificate certificate = UaPkiCertificate::fromDER(UaByteString(der));
     if (certificate.isNull()) {
-        fail(
-            OpcUa_BadIdentityTokenInvalid, {},
-            QvelSession::tr("%1 holds no certificate of the user.").arg(m_wanted.certificateFile()),
-            true);
+        fail(OpcUa_BadIdentityTokenInvalid, {},
+             {QT_TRANSLATE_NOOP("QvelSession", "%1 holds no certificate of the user."),
+              {m_wanted.certificateFile()}},
+             true);
         return false;
     }
     OpcUa_StatusCode status = OpcUa_Good;
@@ -381,9 +404,12 @@ bool SessionWorker::loadUserIdentity()
     }
     if (key.isNull() || !key.matches(certificate.publicKey())) {
         fail(OpcUa_BadIdentityTokenInvalid, {},
-             key.isNull() ? QvelSession::tr("The user's private key, %1, cannot be read.")
-                                .arg(m_wanted.privateKeyFile())
-                          : QvelSession::tr("The user's certificate and private key do not match."),
+             key.isNull()
+                 ? SessionText{QT_TRANSLATE_NOOP("QvelSession",
+                                                 "The user's private key, %1, cannot be read."),
+                               {m_wanted.privateKeyFile()}}
+                 : SessionText{QT_TRANSLATE_NOOP(
+                       "QvelSession", "The user's certificate and private key do not match.")},
              true);
         return false;
     }
@@ -400,7 +426,8 @@ void SessionWorker::answerPassword(quint32 question, const Secret& password, boo
     m_questionTimer.stop();
     if (!given)
         return fail(OpcUa_BadIdentityTokenRejected, {},
-                    QvelSession::tr("Give the password of the private key."), true);
+                    {QT_TRANSLATE_NOOP("QvelSession", "Give the password of the private key.")},
+                    true);
     m_keyPassword = password;
     m_keyPasswordGiven = true;
     begin();
@@ -412,10 +439,10 @@ void SessionWorker::checkServer()
 {
     const SecurityPolicy* p = policy();
     const QByteArray certificate = bytesOf(endpoint().ServerCertificate);
-    m_step = QvelSession::tr("Preparing the identity");
+    m_step = QT_TRANSLATE_NOOP("QvelSession", "Preparing the identity");
     if (p->isSecure && !loadApplicationIdentity())
         return;
-    m_step = QvelSession::tr("Checking the server's certificate");
+    m_step = QT_TRANSLATE_NOOP("QvelSession", "Checking the server's certificate");
     const bool encryptsPassword =
         m_wanted.userTokenType() == OpcUa_UserTokenType_UserName && !certificate.isEmpty();
     if (!p->isSecure && !encryptsPassword)
@@ -424,12 +451,12 @@ void SessionWorker::checkServer()
     const SharedKey key = publicKeyOf(certificate);
     if (p->isSecure && (!key || !isKeyAllowed(*p, key.get()) || !isKeyAllowed(*p, m_ownKey.get())))
         return fail(OpcUa_BadSecurityPolicyRejected, {},
-                    QvelSession::tr("The policy takes RSA keys of %1 to %2 bits; the server's "
-                                    "has %3, this application's %4.")
-                        .arg(p->smallestKey)
-                        .arg(p->largestKey)
-                        .arg(key ? EVP_PKEY_get_bits(key.get()) : 0)
-                        .arg(EVP_PKEY_get_bits(m_ownKey.get())),
+                    {QT_TRANSLATE_NOOP("QvelSession",
+                                       "The policy takes RSA keys of %1 to %2 bits; the server's "
+                                       "has %3, this application's %4."),
+                     {QString::number(p->smallestKey), QString::number(p->largestKey),
+                      QString::number(key ? EVP_PKEY_get_bits(key.get()) : 0),
+                      QString::number(EVP_PKEY_get_bits(m_ownKey.get()))}},
                     true);
     if (leafCertificate(certificate) == m_acceptedCertificate && !m_acceptedCertificate.isEmpty())
         return openChannel();
@@ -469,7 +496,8 @@ void SessionWorker::answerCertificate(quint32 question, QvelCertificateAnswer an
         if (!m_isFiledTrusted && !store.reject(certificate, &reason))
             log(QvelSession::tr("The rejected certificate cannot be filed: %1").arg(reason));
         return fail(OpcUa_BadCertificateUntrusted, {},
-                    QvelSession::tr("Trust the server's certificate, if it is the right one."),
+                    {QT_TRANSLATE_NOOP("QvelSession",
+                                       "Trust the server's certificate, if it is the right one.")},
                     true);
     }
     if (answer == QvelCertificateAnswer::AcceptAndTrust && !store.trust(certificate, &reason))
@@ -539,23 +567,26 @@ void SessionWorker::takeSession(CreateSessionResponse& response)
 {
     const SecurityPolicy* p = policy();
     const QByteArray certificate = bytesOf(endpoint().ServerCertificate);
-    const auto refuse = [this](OpcUa_StatusCode status, const QString& advice) {
+    const auto refuse = [this](OpcUa_StatusCode status, const SessionText& advice) {
         fail(status, {}, advice, true);
     };
     if (response.authenticationToken.isNull())
-        return refuse(OpcUa_BadUnknownResponse, QvelSession::tr("The server gave no session."));
+        return refuse(OpcUa_BadUnknownResponse,
+                      {QT_TRANSLATE_NOOP("QvelSession", "The server gave no session.")});
     if (p->isSecure) {
         if (leafCertificate(response.serverCertificate) != leafCertificate(certificate))
             return refuse(OpcUa_BadCertificateInvalid,
-                          QvelSession::tr("The session's certificate is not the one that the "
-                                          "endpoint announced: someone may be in between."));
+                          {QT_TRANSLATE_NOOP("QvelSession",
+                                             "The session's certificate is not the one that the "
+                                             "endpoint announced: someone may be in between.")});
         const SharedKey key = publicKeyOf(certificate);
         if (!key || response.serverSignature.algorithm != UaString(p->signatureUri) ||
             !verify(*p, key.get(), leafCertificate(m_ownCertificate) + m_clientNonce,
                     response.serverSignature.signature))
             return refuse(OpcUa_BadApplicationSignatureInvalid,
-                          QvelSession::tr("The server's signature is wrong: someone may be in "
-                                          "between."));
+                          {QT_TRANSLATE_NOOP("QvelSession",
+                                             "The server's signature is wrong: someone may be in "
+                                             "between.")});
         if (!isNonce(response.serverNonce))
             return refuse(OpcUa_BadNonceInvalid, nonceAdvice());
     }
@@ -565,8 +596,9 @@ void SessionWorker::takeSession(CreateSessionResponse& response)
             endpoints.begin(), endpoints.end(),
             [this](const OpcUa_EndpointDescription& e) { return sameEndpoint(e, endpoint()); }))
         return refuse(OpcUa_BadSecurityChecksFailed,
-                      QvelSession::tr("The server's endpoints are not those that it announced: "
-                                      "someone may be in between. Ask for them again."));
+                      {QT_TRANSLATE_NOOP("QvelSession",
+                                         "The server's endpoints are not those that it announced: "
+                                         "someone may be in between. Ask for them again.")});
     m_sessionId = response.sessionId;
     m_authenticationToken = response.authenticationToken;
     m_serverNonce = response.serverNonce;
@@ -591,15 +623,18 @@ bool SessionWorker::makeUserToken(ActivateSessionRequest& request)
         }
     }
     if (!token) {
-        fail(OpcUa_BadIdentityTokenInvalid, {},
-             QvelSession::tr("The endpoint does not take this kind of identity."), true);
+        fail(
+            OpcUa_BadIdentityTokenInvalid, {},
+            {QT_TRANSLATE_NOOP("QvelSession", "The endpoint does not take this kind of identity.")},
+            true);
         return false;
     }
     const UaString policyId(&token->PolicyId);
     const QByteArray certificate = leafCertificate(bytesOf(endpoint().ServerCertificate));
     if (!p) {
         fail(OpcUa_BadSecurityPolicyRejected, {},
-             QvelSession::tr("The identity's security policy is not supported."), true);
+             {QT_TRANSLATE_NOOP("QvelSession", "The identity's security policy is not supported.")},
+             true);
         return false;
     }
     if (type == OpcUa_UserTokenType_Anonymous) {
@@ -609,8 +644,10 @@ bool SessionWorker::makeUserToken(ActivateSessionRequest& request)
     if (type == OpcUa_UserTokenType_Certificate) {
         if (!p->isSecure) {
             fail(OpcUa_BadSecurityPolicyRejected, {},
-                 QvelSession::tr("The endpoint takes a user's certificate without security, which "
-                                 "proves nothing: choose a secure one."),
+                 {QT_TRANSLATE_NOOP(
+                     "QvelSession",
+                     "The endpoint takes a user's certificate without security, which "
+                     "proves nothing: choose a secure one.")},
                  true);
             return false;
         }
@@ -627,8 +664,9 @@ bool SessionWorker::makeUserToken(ActivateSessionRequest& request)
                              !policy()->isSecure;
         if (isClear && !m_options.allowsPlainPassword) {
             fail(OpcUa_BadSecurityPolicyRejected, {},
-                 QvelSession::tr("The password would travel in clear text: choose an endpoint "
-                                 "that encrypts, or allow it explicitly."),
+                 {QT_TRANSLATE_NOOP("QvelSession",
+                                    "The password would travel in clear text: choose an endpoint "
+                                    "that encrypts, or allow it explicitly.")},
                  true);
             return false;
         }
@@ -647,7 +685,9 @@ bool SessionWorker::makeUserToken(ActivateSessionRequest& request)
         wipe(plain);
         if (identity.password.isEmpty()) {
             fail(OpcUa_BadCertificateInvalid, {},
-                 QvelSession::tr("The server gives no certificate to encrypt the password with."),
+                 {QT_TRANSLATE_NOOP(
+                     "QvelSession",
+                     "The server gives no certificate to encrypt the password with.")},
                  true);
             return false;
         }
@@ -785,14 +825,14 @@ void SessionWorker::connectionLost(OpcUa_StatusCode status)
         fail(status);
 }
 
-void SessionWorker::fail(OpcUa_StatusCode status, const UaString& reason, const QString& advice,
+void SessionWorker::fail(OpcUa_StatusCode status, const UaString& reason, const SessionText& advice,
                          bool final)
 {
-    QvelSessionError error;
-    error.step = m_step.isEmpty() ? stepName(m_state) : m_step;
-    error.status = status;
-    error.reason = reason;
-    error.advice = advice.isEmpty() ? adviceFor(status) : advice;
+    SessionFailure failure;
+    failure.step = {m_step ? m_step : stepName(m_state)};
+    failure.status = status;
+    failure.reason = reason;
+    failure.advice = advice.text ? advice : SessionText{adviceFor(status)};
     m_keepAliveTimer.stop();
     m_questionTimer.stop();
     m_asksCertificate = false;
@@ -804,7 +844,7 @@ void SessionWorker::fail(OpcUa_StatusCode status, const UaString& reason, const 
     }
     abandonCalls(OpcUa_BadConnectionClosed);
     m_subscriptions->disconnected();
-    SessionHost::tellError(*this, error);
+    SessionHost::tellError(*this, failure);
     if (again)
         return waitToReconnect();
     m_authenticationToken = UaNodeId();

@@ -32,6 +32,26 @@ struct OperationLimits
 /// The same identifier in another namespace.
 UaNodeId withNamespace(const UaNodeId& id, OpcUa_UInt16 index);
 
+/// A text that is translated when somebody reads it. `text` is in the context "QvelSession".
+struct SessionText
+{
+    const char* text = nullptr;
+    QStringList arguments = {};
+
+    QString said() const;
+};
+
+/// A QvelSessionError that is in no language yet.
+struct SessionFailure
+{
+    SessionText step;
+    UaStatusCode status;
+    UaString reason;
+    SessionText advice;
+
+    QvelSessionError said() const;
+};
+
 class SessionSubscriptions;
 
 /// The half of a session that lives on the thread of its own: the connection, its life, and the
@@ -131,7 +151,7 @@ private:
     void useConnection(const QByteArray& url, const UaWire::SecureChannel::Settings& settings);
     void keepAlive();
     void setState(State state);
-    void fail(OpcUa_StatusCode status, const UaString& reason = {}, const QString& advice = {},
+    void fail(OpcUa_StatusCode status, const UaString& reason = {}, const SessionText& advice = {},
               bool final = false);
     void waitToReconnect();
     void stop(OpcUa_StatusCode status = OpcUa_BadConnectionClosed);
@@ -156,8 +176,8 @@ private:
     bool m_keyPasswordGiven = false;
 
     State m_state = State::Disconnected;
-    QString m_step;        // instead of the state's, where nothing is sent
-    bool m_lasted = false; // was Connected since connectToServer()
+    const char* m_step = nullptr; // instead of the state's, where nothing is sent
+    bool m_lasted = false;        // was Connected since connectToServer()
     bool m_endpointKnown = false;
     QByteArray m_usedUrl;
     std::unique_ptr<UaWire::SessionConnection> m_connection;
@@ -236,7 +256,7 @@ struct SessionHost
         QStringList servers;
     };
     static void tellState(const SessionWorker& worker, QvelSession::State state);
-    static void tellError(const SessionWorker& worker, const QvelSessionError& error);
+    static void tellError(const SessionWorker& worker, const SessionFailure& failure);
     template <class Question>
     static void ask(const SessionWorker& worker, quint32 number, const Question& question,
                     void (QvelSession::*signal)(const Question&));

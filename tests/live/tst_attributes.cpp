@@ -7,6 +7,7 @@
 #include <Kestrel/QvelAttributesModel>
 #include <Kestrel/QvelAttributesWidget>
 #include <Kestrel/QvelCallWidget>
+#include <Kestrel/QvelLanguage>
 #include <Kestrel/QvelNodeLink>
 
 #include <QtCore/QJsonArray>
@@ -500,6 +501,10 @@ void tst_Attributes::dropped()
     QTest::keyClick(edit, Qt::Key_Return);
     QTRY_COMPARE_WITH_TIMEOUT(text("Value", Model::ResultColumn),
                               "BadSessionClosed: There is no connection to the server.", timeout);
+    QVERIFY(qvelInstallLanguage(QLocale::German));
+    QCOMPARE(text("Value", Model::ResultColumn),
+             "BadSessionClosed: Es besteht keine Verbindung zum Server.");
+    QVERIFY(qvelInstallLanguage(QLocale::English));
     if (isKilled)
         server.emplace().start(NODE, command + QStringList{"--port", m_url.section(':', -1)});
     else

@@ -5,6 +5,7 @@
 
 #include <Kestrel/OpcUaStatusCodes>
 #include <Kestrel/QvelCertificateView>
+#include <Kestrel/QvelLanguage>
 #include <Kestrel/QvelSessionWidget>
 #include <Kestrel/QvelTrustDialog>
 
@@ -138,6 +139,10 @@ void tst_SessionWidget::states()
     session.connectToServer(setting("None", "opc.tcp://127.0.0.1:1"));
     QTRY_VERIFY(label("error").contains("failed: BadConnectionRejected"));
     QVERIFY(label("error").endsWith("\nCheck that the server runs, and its port."));
+    QVERIFY(qvelInstallLanguage(QLocale::German));
+    QTRY_COMPARE(label("error"), "Verbindungsaufbau ist fehlgeschlagen: BadConnectionRejected\n"
+                                 "Prüfen Sie, ob der Server läuft, und seinen Port.");
+    QVERIFY(qvelInstallLanguage(QLocale::English));
 
     QvelDiscoverySetting good = setting("None", m_url);
     good.setServerName("<b>Pump</b>\n" + QString(1 << 20, 'x'));

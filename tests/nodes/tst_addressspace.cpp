@@ -6,6 +6,7 @@
 
 #include <Kestrel/QvelAddressSpaceModel>
 #include <Kestrel/QvelAddressSpaceWidget>
+#include <Kestrel/QvelLanguage>
 #include <Kestrel/QvelReferencesModel>
 #include <Kestrel/QvelReferencesWidget>
 
@@ -367,6 +368,9 @@ void tst_AddressSpace::references()
     QTRY_VERIFY_WITH_TIMEOUT(
         widget.model()->index(0, 0).data().toString().contains("BadNodeIdUnknown"), patience);
     QVERIFY(widget.model()->index(0, 0).data(QvelReferencesModel::FailureRole).toBool());
+    QVERIFY(qvelInstallLanguage(QLocale::German));
+    QTRY_VERIFY(widget.model()->index(0, 0).data().toString().endsWith("oder nicht mehr."));
+    QVERIFY(qvelInstallLanguage(QLocale::English));
 }
 
 // With other namespaces, to the same rows.
@@ -515,6 +519,10 @@ void tst_AddressSpace::hostile()
     QVERIFY(at(3).data(Model::FailureRole).toBool() &&
             at(0, gone).data(Model::FailureRole).toBool());
     QVERIFY(tree.model()->nodeId(at(0, gone)) == UaExpandedNodeId());
+    QVERIFY(qvelInstallLanguage(QLocale::German));
+    QTRY_VERIFY(lastText(gone).contains("BadNodeIdUnknown: Der Server hat keinen"));
+    QVERIFY(qvelInstallLanguage(QLocale::English));
+    QTRY_VERIFY(lastText(gone).contains("BadNodeIdUnknown: The server has no"));
     isHealed = true;
     tree.press(Qt::Key_F5);
     QTRY_COMPARE_WITH_TIMEOUT(lastText(gone), QString("here"), patience);
