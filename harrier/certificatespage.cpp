@@ -1,6 +1,7 @@
 #include "certificatespage.h"
 
 #include "host.h"
+#include "language.h"
 
 #include <Kestrel/QvelCertificateManager>
 #include <Kestrel/QvelCertificateView>
@@ -42,8 +43,7 @@ QStringList localFiles(const QMimeData* data)
 } // namespace
 
 CertificatesPage::CertificatesPage(Host& host)
-    : m_host(host), m_nextStep(new QLabel), m_make(new QPushButton(tr("&Make One Now"))),
-      m_copy(new QPushButton(tr("Co&py harrier's Certificate..."))),
+    : m_host(host), m_nextStep(new QLabel), m_make(new QPushButton), m_copy(new QPushButton),
       m_details(new QvelCertificateView)
 {
     const CertificateStore& store = host.certificates();
@@ -55,9 +55,8 @@ CertificatesPage::CertificatesPage(Host& host)
     m_nextStep->setObjectName(QStringLiteral("nextStep"));
     m_make->setObjectName(QStringLiteral("make"));
     m_copy->setObjectName(QStringLiteral("copy"));
-    auto* import = new QPushButton(tr("&Import a Server's Certificate..."));
+    auto* import = new QPushButton;
     import->setObjectName(QStringLiteral("import"));
-    import->setToolTip(tr("Trusts the certificate of a server; files may be dropped here, too"));
     auto* buttons = new QHBoxLayout;
     for (QPushButton* button : {m_make, m_copy, import})
         buttons->addWidget(button);
@@ -80,7 +79,7 @@ CertificatesPage::CertificatesPage(Host& host)
     details->setWidgetResizable(true);
     details->setFrameShape(QFrame::NoFrame);
     details->setFocusPolicy(Qt::NoFocus);
-    m_group = new QGroupBox(tr("Selected certificate"));
+    m_group = new QGroupBox;
     (new QVBoxLayout(m_group))->addWidget(details);
     auto* halves = new QSplitter(Qt::Vertical);
     halves->addWidget(scroll);
@@ -102,7 +101,15 @@ CertificatesPage::CertificatesPage(Host& host)
     const QAbstractItemModel* rows = m_list->model();
     for (const auto change : {&QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved})
         connect(rows, change, this, &CertificatesPage::showNextStep, Qt::QueuedConnection);
-    showNextStep();
+    Language::follow(this, [this, import] {
+        m_make->setText(tr("&Make One Now"));
+        m_copy->setText(tr("Co&py harrier's Certificate..."));
+        import->setText(tr("&Import a Server's Certificate..."));
+        import->setToolTip(
+            tr("Trusts the certificate of a server; files may be dropped here, too"));
+        m_group->setTitle(tr("Selected certificate"));
+        showNextStep();
+    });
     showCurrent();
 }
 

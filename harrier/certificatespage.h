@@ -4,6 +4,7 @@
 
 class Host;
 class QAbstractItemView;
+class QGroupBox;
 class QLabel;
 class QPushButton;
 class QvelCertificateManager;
@@ -38,5 +39,5 @@ private:
     QvelCertificateManager* m_manager;
     QAbstractItemView* m_list;
     QvelCertificateView* m_details;
-    QWidget* m_group; // around the details
+    QGroupBox* m_group; // around the details
 };

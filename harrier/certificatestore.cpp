@@ -10,11 +10,6 @@
 
 namespace {
 
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("CertificateStore", text);
-}
-
 } // namespace
 
 CertificateStore::CertificateStore(const QString& path)
@@ -30,7 +25,8 @@ void CertificateStore::makeFolders(const std::function<void(const QString&)>& lo
 {
     for (const QString& path : {trusted, issuers, rejected, keys})
         if (!QDir().mkpath(path))
-            log(tr("The folder %1 cannot be created").arg(path));
+            log(QCoreApplication::translate("CertificateStore", "The folder %1 cannot be created")
+                    .arg(path));
     QFile::setPermissions(keys, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 }
 
@@ -41,7 +37,9 @@ bool CertificateStore::makeOwnCertificate(const std::function<void(const QString
     const QByteArray file = QFile::encodeName(certificate);
     const UaPkiCertificate old = UaPkiCertificate::fromDERFile(file);
     if (!old.isNull() && !old.isValid())
-        log(tr("The certificate %1 is not valid today; without it and its key, a new one is made")
+        log(QCoreApplication::translate(
+                "CertificateStore",
+                "The certificate %1 is not valid today; without it and its key, a new one is made")
                 .arg(certificate));
     if (QFile::exists(certificate) || QFile::exists(key))
         return false;
@@ -60,8 +58,10 @@ bool CertificateStore::makeOwnCertificate(const std::function<void(const QString
         made = UaPkiCertificate(info, identity, pair.publicKey(), identity, pair.privateKey());
     }
     const bool isMade = pair.toPEMFile(QFile::encodeName(key)) && made.toDERFile(file);
-    log((isMade ? tr("Made the certificate %1, which the server has to trust")
-                : tr("The certificate %1 cannot be made"))
+    log((isMade
+             ? QCoreApplication::translate("CertificateStore",
+                                           "Made the certificate %1, which the server has to trust")
+             : QCoreApplication::translate("CertificateStore", "The certificate %1 cannot be made"))
             .arg(certificate));
     return isMade;
 }

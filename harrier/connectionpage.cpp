@@ -1,6 +1,7 @@
 #include "connectionpage.h"
 
 #include "host.h"
+#include "language.h"
 
 #include <Kestrel/QvelEndpointSettingsWidget>
 
@@ -44,6 +45,16 @@ QString uriOf(const Policy& policy)
            QLatin1String(policy.name);
 }
 
+QStringList urisWith(const QString& policyOfServer)
+{
+    QStringList uris;
+    for (const Policy& policy : policies)
+        uris.append(uriOf(policy));
+    if (!policyOfServer.isEmpty() && policyOfServer.size() <= MaxUri)
+        uris.append(policyOfServer); // left out again if it is one of the above
+    return uris;
+}
+
 QString nameWith(const QString& server, const QvelDiscoverySetting& setting)
 {
     return QStringLiteral("%1 - %2").arg(server, setting.shortName());
@@ -59,14 +70,14 @@ bool hasNameOfItsOwn(const QvelDiscoverySetting& setting)
 } // namespace
 
 ConnectionPage::ConnectionPage(Host& host, QWidget* parent)
-    : QWidget(parent), m_host(host), m_form(new QvelEndpointSettingsWidget),
-      m_use(new QPushButton(tr("Use &Connection"))), m_connect(new QPushButton(tr("C&onnect")))
+    : QWidget(parent), m_host(host), m_form(new QvelEndpointSettingsWidget), m_use(new QPushButton),
+      m_connect(new QPushButton)
 {
     m_form->setCertificateFilePath(host.store().value(certificatePathKey).toString());
     m_form->setPrivateKeyFilePath(host.store().value(privateKeyPathKey).toString());
     // Below its preferred width the form would cut its labels; the page scrolls instead.
     m_form->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Preferred);
-    offerPolicies(QString());
+    m_form->setSecurityPolicies(urisWith(QString()));
 
     auto* content = new QWidget; // gives the form the margins of a page
     (new QVBoxLayout(content))->addWidget(m_form);
@@ -79,12 +90,10 @@ ConnectionPage::ConnectionPage(Host& host, QWidget* parent)
     content->setAutoFillBackground(false);
 
     m_use->setObjectName(QStringLiteral("useConnection"));
-    m_use->setToolTip(tr("Files the connection under \"Recently Used\" with these settings"));
     m_use->setEnabled(false);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(scroll);
     m_connect->setObjectName(QStringLiteral("connect"));
-    m_connect->setToolTip(tr("Opens a session with these settings"));
     m_connect->setEnabled(false);
     auto* buttons = new QHBoxLayout;
     buttons->addStretch();
@@ -103,6 +112,13 @@ ConnectionPage::ConnectionPage(Host& host, QWidget* parent)
             [this] { Q_EMIT m_host.useConnectionRequested(connection()); });
     connect(&host, &Host::endpointChanged, this, &ConnectionPage::setEndpoint);
     setEndpoint(host.endpoint());
+    Language::follow(this, [this] {
+        m_use->setText(tr("Use &Connection"));
+        m_use->setToolTip(tr("Files the connection under \"Recently Used\" with these settings"));
+        m_connect->setText(tr("C&onnect"));
+        m_connect->setToolTip(tr("Opens a session with these settings"));
+        describePolicies();
+    });
 }
 
 ConnectionPage::~ConnectionPage()
@@ -111,15 +127,8 @@ ConnectionPage::~ConnectionPage()
     m_host.store().setValue(privateKeyPathKey, m_form->privateKeyFilePath());
 }
 
-void ConnectionPage::offerPolicies(const QString& policyOfServer)
+void ConnectionPage::describePolicies()
 {
-    QStringList uris;
-    for (const Policy& policy : policies)
-        uris.append(uriOf(policy));
-    if (!policyOfServer.isEmpty() && policyOfServer.size() <= MaxUri)
-        uris.append(policyOfServer); // left out again if it is one of the above
-    m_form->setSecurityPolicies(uris);
-
     auto* combo = m_form->findChild<QComboBox*>(QStringLiteral("comboBox_SecurityPolicy"));
     const int known = int(std::size(policies));
     for (int i = 0; i < combo->count(); ++i) {
@@ -142,7 +151,8 @@ void ConnectionPage::setEndpoint(const QvelDiscoverySetting& endpoint)
         return;
     m_base = endpoint;
     m_form->setEndpointUrl(endpoint.endpointUrl());
-    offerPolicies(endpoint.securityPolicy());
+    m_form->setSecurityPolicies(urisWith(endpoint.securityPolicy()));
+    describePolicies();
     m_form->setSecurityPolicy(m_form->securityPolicies().first());
     m_form->setSecurityPolicy(endpoint.securityPolicy());
     if (m_form->securityPolicy() == endpoint.securityPolicy())

@@ -25,7 +25,8 @@ public:
 private:
     /// Fills the form when another endpoint became current; without one, the form stays.
     void setEndpoint(const QvelDiscoverySetting& endpoint);
-    void offerPolicies(const QString& policyOfServer);
+    /// By the tool tips of those that are offered.
+    void describePolicies();
 
     Host& m_host;
     QvelEndpointSettingsWidget* m_form;

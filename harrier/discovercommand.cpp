@@ -1,6 +1,7 @@
 #include "discovercommand.h"
 
 #include "endpointjson.h"
+#include "english.h"
 #include "treeexpander.h"
 
 #include <Kestrel/QvelDiscoveryCBInterface>
@@ -24,11 +25,6 @@ bool hasEndpoint(QvelDiscoveryNode* node)
     return std::any_of(children.begin(), children.end(), hasEndpoint);
 }
 
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("discover", text);
-}
-
 } // namespace
 
 ExitCode discover(const QStringList& urls, int timeout, QvelDiscoveryCBInterface& callback,
@@ -43,7 +39,7 @@ ExitCode discover(const QStringList& urls, int timeout, QvelDiscoveryCBInterface
         const int before = custom->childrenCount();
         model.addRemoteServer(url);
         if (custom->childrenCount() == before) {
-            callback.logMessage(tr("%1 is not an opc.tcp URL").arg(url));
+            callback.logMessage(english("%1 is not an opc.tcp URL").arg(url));
             return ExitUsage;
         }
         nodes.append(custom->at(before));

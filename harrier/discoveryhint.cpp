@@ -1,5 +1,6 @@
 #include "discoveryhint.h"
 
+#include "language.h"
 #include "plainline.h"
 
 #include <Kestrel/QvelDiscoveryModel>
@@ -110,7 +111,7 @@ DiscoveryHint::DiscoveryHint(QWidget* parent)
             modelOf(*m_tree)->addRemoteServer(m_url);
         m_look->hide();
     });
-    refresh();
+    Language::follow(this, [this] { refresh(); });
 }
 
 void DiscoveryHint::setTree(QvelDiscoveryWidget* tree)

@@ -1,10 +1,10 @@
 #include "endpointdetails.h"
 
+#include "language.h"
 #include "outputfield.h"
 #include "plainline.h"
 
 #include <Kestrel/QvelCertificateView>
-#include <Kestrel/QvelDiscoverySetting>
 #include <Kestrel/UaByteString>
 #include <Kestrel/UaPkiCertificate>
 #include <Kestrel/UaString>
@@ -27,13 +27,11 @@ QString text(const OpcUa_String& value)
     return UaString(&value).toQString();
 }
 
-OutputField* addField(QFormLayout* form, const QString& label, const char* name)
+struct Row
 {
-    auto* field = new OutputField(label);
-    field->setObjectName(QLatin1String(name));
-    form->addRow(label + QLatin1Char(':'), field);
-    return field;
-}
+    const char* label;
+    QWidget* field;
+};
 
 QString tokenTypeName(OpcUa_UserTokenType type)
 {
@@ -88,26 +86,41 @@ QString tokenLines(const OpcUa_EndpointDescription& endpoint)
 
 EndpointDetails::EndpointDetails(QWidget* parent) : QWidget(parent)
 {
-    auto* endpoint = new QGroupBox(tr("Endpoint"));
+    auto* endpoint = new QGroupBox;
     auto* form = new QFormLayout(endpoint);
     form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
-    m_server = addField(form, tr("Server"), "server");
-    m_server->setPlaceholderText(tr("Select an endpoint in the discovery tree"));
-    m_applicationUri = addField(form, tr("Application URI"), "applicationUri");
-    m_url = addField(form, tr("Endpoint URL"), "endpointUrl");
-    m_policy = addField(form, tr("Security policy"), "securityPolicy");
-    m_mode = addField(form, tr("Security mode"), "securityMode");
-    m_level = addField(form, tr("Security level"), "securityLevel");
-    m_transport = addField(form, tr("Transport profile"), "transportProfile");
+    const auto field = [](const char* name) {
+        auto* made = new OutputField;
+        made->setObjectName(QLatin1String(name));
+        return made;
+    };
+    m_server = field("server");
+    m_applicationUri = field("applicationUri");
+    m_url = field("endpointUrl");
+    m_policy = field("securityPolicy");
+    m_mode = field("securityMode");
+    m_level = field("securityLevel");
+    m_transport = field("transportProfile");
     m_tokens = new QPlainTextEdit;
     m_tokens->setReadOnly(true);
     m_tokens->setTabChangesFocus(true);
     m_tokens->setObjectName(QStringLiteral("tokens"));
-    m_tokens->setAccessibleName(tr("User identity tokens"));
     m_tokens->setFixedHeight(5 * fontMetrics().height());
-    form->addRow(tr("User identity tokens") + QLatin1Char(':'), m_tokens);
+    const QList<Row> rows = {{QT_TR_NOOP("Server"), m_server},
+                             {QT_TR_NOOP("Application URI"), m_applicationUri},
+                             {QT_TR_NOOP("Endpoint URL"), m_url},
+                             {QT_TR_NOOP("Security policy"), m_policy},
+                             {QT_TR_NOOP("Security mode"), m_mode},
+                             {QT_TR_NOOP("Security level"), m_level},
+                             {QT_TR_NOOP("Transport profile"), m_transport},
+                             {QT_TR_NOOP("User identity tokens"), m_tokens}};
+    for (const Row& row : rows) {
+        auto* label = new QLabel;
+        label->setBuddy(row.field);
+        form->addRow(label, row.field);
+    }
 
-    auto* certificate = new QGroupBox(tr("Server certificate"));
+    auto* certificate = new QGroupBox;
     m_noCertificate = new QLabel;
     m_noCertificate->setObjectName(QStringLiteral("noCertificate"));
     m_certificate = new QvelCertificateView;
@@ -128,17 +141,15 @@ EndpointDetails::EndpointDetails(QWidget* parent) : QWidget(parent)
     scroll->viewport()->setAutoFillBackground(false);
     fields->setAutoFillBackground(false);
 
-    m_use = new QPushButton(tr("&Use This Endpoint"));
+    m_use = new QPushButton;
     m_use->setObjectName(QStringLiteral("use"));
-    m_use->setToolTip(tr("Files the endpoint under \"Recently Used\""));
     connect(m_use, &QPushButton::clicked, this, &EndpointDetails::useRequested);
 
     layout->setContentsMargins({});
     layout = new QVBoxLayout(this);
     layout->addWidget(scroll);
-    m_connect = new QPushButton(tr("C&onnect"));
+    m_connect = new QPushButton;
     m_connect->setObjectName(QStringLiteral("connect"));
-    m_connect->setToolTip(tr("Opens a session with this endpoint"));
     connect(m_connect, &QPushButton::clicked, this, &EndpointDetails::connectRequested);
     auto* buttons = new QHBoxLayout;
     buttons->addStretch();
@@ -146,25 +157,51 @@ EndpointDetails::EndpointDetails(QWidget* parent) : QWidget(parent)
     buttons->addWidget(m_connect);
     layout->addLayout(buttons);
     setEndpoint(QvelDiscoverySetting());
+    Language::follow(this, [=] {
+        endpoint->setTitle(tr("Endpoint"));
+        certificate->setTitle(tr("Server certificate"));
+        for (const Row& row : rows) {
+            const QString label = tr(row.label);
+            static_cast<QLabel*>(form->labelForField(row.field))->setText(label + QLatin1Char(':'));
+            row.field->setAccessibleName(label);
+        }
+        m_server->setPlaceholderText(tr("Select an endpoint in the discovery tree"));
+        m_use->setText(tr("&Use This Endpoint"));
+        m_use->setToolTip(tr("Files the endpoint under \"Recently Used\""));
+        m_connect->setText(tr("C&onnect"));
+        m_connect->setToolTip(tr("Opens a session with this endpoint"));
+        showWords();
+    });
 }
 
 void EndpointDetails::setEndpoint(const QvelDiscoverySetting& endpoint)
 {
+    m_endpoint = endpoint;
     const bool empty = endpoint == QvelDiscoverySetting();
     const OpcUa_EndpointDescription& description = *endpoint.endpointDescription();
     m_server->showText(endpoint.serverName());
     m_applicationUri->showText(text(description.Server.ApplicationUri));
     m_url->showText(endpoint.endpointUrl());
     m_policy->showText(endpoint.securityPolicy());
-    m_mode->showText(empty ? QString() : modeName(endpoint.messageSecurityMode()));
     m_level->showText(empty ? QString() : QString::number(description.SecurityLevel));
     m_transport->showText(text(description.TransportProfileUri));
-    m_tokens->setPlainText(tokenLines(description));
     // A server may send its whole chain; its own certificate comes first.
     const UaByteString der(&description.ServerCertificate);
     m_certificate->setCertificate(UaPkiCertificate::fromDER(der));
-    m_noCertificate->setText(tr("Not a certificate (bytes: %1)").arg(der.length()));
     m_noCertificate->setVisible(der.length() > 0 && m_certificate->certificate().isNull());
     m_use->setEnabled(!empty);
     m_connect->setEnabled(!empty);
+    showWords();
+}
+
+void EndpointDetails::showWords()
+{
+    const bool empty = m_endpoint == QvelDiscoverySetting();
+    const OpcUa_EndpointDescription& description = *m_endpoint.endpointDescription();
+    m_mode->showText(empty ? QString() : modeName(m_endpoint.messageSecurityMode()));
+    const QString tokens = tokenLines(description);
+    if (tokens != m_tokens->toPlainText())
+        m_tokens->setPlainText(tokens);
+    m_noCertificate->setText(tr("Not a certificate (bytes: %1)")
+                                 .arg(UaByteString(&description.ServerCertificate).length()));
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Kestrel/QvelDiscoverySetting>
+
 #include <QtWidgets/QWidget>
 
 class OutputField;
@@ -7,7 +9,6 @@ class QLabel;
 class QPlainTextEdit;
 class QPushButton;
 class QvelCertificateView;
-class QvelDiscoverySetting;
 
 /// Shows one endpoint as its server described it.
 ///
@@ -27,6 +28,10 @@ Q_SIGNALS:
     void connectRequested();
 
 private:
+    /// What is said in the language of the window.
+    void showWords();
+
+    QvelDiscoverySetting m_endpoint;
     OutputField* m_server;
     OutputField* m_applicationUri;
     OutputField* m_url;

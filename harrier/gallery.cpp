@@ -1,6 +1,7 @@
 #include "gallery.h"
 
 #include "host.h"
+#include "language.h"
 #include "pages.h"
 
 #include <QtGui/QAction>
@@ -12,7 +13,7 @@ Gallery::Gallery(Host& host, QWidget* parent) : QMainWindow(parent), m_tabs(new 
 {
     setWindowIcon(QIcon(QStringLiteral(":/images/harrier.png")));
     setObjectName(QStringLiteral("gallery"));
-    setWindowTitle(tr("Gallery - harrier"));
+    Language::follow(this, [this] { setWindowTitle(tr("Gallery - harrier")); });
     addPages(host, galleryPages(), m_tabs);
     for (int i = 0; i < m_tabs->count(); ++i) {
         auto* go = new QAction(this);

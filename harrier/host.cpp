@@ -1,5 +1,7 @@
 #include "host.h"
 
+#include "language.h"
+
 Host::Host(SettingsStore& store, int timeout, const QString& dataFolder)
     : m_store(store), m_editorCallback(store, QStringLiteral("Editors"),
                                        [this](const QString& key, const QString& file) {
@@ -7,6 +9,7 @@ Host::Host(SettingsStore& store, int timeout, const QString& dataFolder)
                                        }),
       m_timeout(timeout), m_dataFolder(dataFolder)
 {
+    Language::install(store.value(Language::key).toString());
     if (dataFolder.isEmpty()) {
         m_temporaryFolder = std::make_unique<QTemporaryDir>();
         m_dataFolder = m_temporaryFolder->path();

@@ -2,6 +2,8 @@
 
 #include <QtWidgets/QDialog>
 
+#include <functional>
+
 class QLineEdit;
 
 /// Asks for a user's name and password, or for a password alone. Neither is kept anywhere.
@@ -12,7 +14,8 @@ public:
     /// Without a name, only a password is asked for.
     enum Kind { NameAndPassword, PasswordOnly };
 
-    LoginDialog(Kind kind, const QString& what, QWidget* parent = nullptr);
+    /// `what` says what the password is for.
+    LoginDialog(Kind kind, const std::function<QString()>& what, QWidget* parent = nullptr);
     ~LoginDialog() override;
 
     QString userName() const;

@@ -1,5 +1,6 @@
 #include "logview.h"
 
+#include "language.h"
 #include "logbuffer.h"
 
 #include <QtGui/QClipboard>
@@ -27,8 +28,10 @@ LogView::LogView(LogBuffer& buffer, QWidget* parent) : QPlainTextEdit(parent), m
     setUndoRedoEnabled(false);
     setLineWrapMode(NoWrap);
     setMaximumBlockCount(MaxLines);
-    setAccessibleName(tr("Log"));
-    setPlaceholderText(tr("Discovery reports here what it finds and what fails."));
+    Language::follow(this, [this] {
+        setAccessibleName(tr("Log"));
+        setPlaceholderText(tr("Discovery reports here what it finds and what fails."));
+    });
 
     m_delay.setSingleShot(true);
     m_delay.setInterval(DelayMs);

@@ -1,6 +1,8 @@
 #include "discovercommand.h"
+#include "english.h"
 #include "exitsignals.h"
 #include "host.h"
+#include "language.h"
 #include "mainwindow.h"
 #include "plainline.h"
 #include "projectcontrol.h"
@@ -29,11 +31,6 @@ namespace {
 
 constexpr int DefaultTimeoutMs = 5000;
 constexpr int MaxTimeoutMs = 3600 * 1000;
-
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("main", text);
-}
 
 /// Any thread. The text may hold terminal control sequences that a server sent.
 void printError(const QString& text)
@@ -76,7 +73,7 @@ QPalette darkPalette()
 int usageError(const QString& text)
 {
     printError(text);
-    printError(tr("Try 'harrier --help'."));
+    printError(english("Try 'harrier --help'."));
     return ExitUsage;
 }
 
@@ -91,7 +88,7 @@ int connectCommand(int argc, char** argv)
     const QString error = arguments.parse(QCoreApplication::arguments().mid(1));
     if (!error.isEmpty()) {
         printError(error);
-        printError(tr("Try 'harrier --connect --help'."));
+        printError(english("Try 'harrier --connect --help'."));
         return ExitUsage;
     }
     QFile out;
@@ -117,36 +114,42 @@ int main(int argc, char** argv)
     QApplication app(argc, argv);
 
     QCommandLineParser parser;
-    parser.setApplicationDescription(tr("Finds OPC UA servers and edits OPC UA values."));
+    parser.setApplicationDescription(english("Finds OPC UA servers and edits OPC UA values."));
     const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
-                                  tr("Show this help."));
+                                  english("Show this help."));
     const QCommandLineOption version = parser.addVersionOption();
     const QCommandLineOption settings(
         QStringLiteral("settings"),
-        tr("Keep the settings in <file> and other data in <file>.data."), tr("file"));
+        english("Keep the settings in <file> and other data in <file>.data."), english("file"));
     const QCommandLineOption timeout(QStringLiteral("timeout"),
-                                     tr("Milliseconds that each service call may take."), tr("ms"),
-                                     QString::number(DefaultTimeoutMs));
+                                     english("Milliseconds that each service call may take."),
+                                     english("ms"), QString::number(DefaultTimeoutMs));
     const QCommandLineOption discovery(
         QStringLiteral("discover"),
-        tr("Print all that is found under the given URLs as JSON, without a window."));
+        english("Print all that is found under the given URLs as JSON, without a window."));
     const QCommandLineOption connecting(
         QStringLiteral("connect"),
-        tr("Run commands over a session with a server; see 'harrier --connect --help'."),
-        tr("url"));
-    const QCommandLineOption rendering(
-        QStringLiteral("render"), tr("Draw each page into a PNG file in <folder>."), tr("folder"));
+        english("Run commands over a session with a server; see 'harrier --connect --help'."),
+        english("url"));
+    const QCommandLineOption rendering(QStringLiteral("render"),
+                                       english("Draw each page into a PNG file in <folder>."),
+                                       english("folder"));
     const QCommandLineOption opening(
         QStringLiteral("open"),
-        tr("Connect to <url>: with the best security that needs no question, or with none."),
-        tr("url"));
-    const QCommandLineOption dark(QStringLiteral("dark"), tr("Use dark colours."));
-    parser.addOptions({help, settings, timeout, discovery, connecting, opening, rendering, dark});
-    parser.addPositionalArgument(QStringLiteral("project"), tr("A project file to open."),
+        english("Connect to <url>: with the best security that needs no question, or with none."),
+        english("url"));
+    const QCommandLineOption dark(QStringLiteral("dark"), english("Use dark colours."));
+    const QCommandLineOption language(QStringLiteral("language"),
+                                      english("Speak <language> in this run: en or de."),
+                                      english("language"));
+    parser.addOptions(
+        {help, settings, timeout, discovery, connecting, opening, rendering, dark, language});
+    parser.addPositionalArgument(QStringLiteral("project"), english("A project file to open."),
                                  QStringLiteral("[project]"));
-    parser.addPositionalArgument(QStringLiteral("urls"),
-                                 tr("With --discover: URLs to look under, as opc.tcp://host:4840."),
-                                 QStringLiteral("[url...]"));
+    parser.addPositionalArgument(
+        QStringLiteral("urls"),
+        english("With --discover: URLs to look under, as opc.tcp://host:4840."),
+        QStringLiteral("[url...]"));
     if (!parser.parse(QCoreApplication::arguments()))
         return usageError(parser.errorText());
     if (parser.isSet(help))
@@ -157,23 +160,25 @@ int main(int argc, char** argv)
     bool isNumber = false;
     const int timeoutMs = parser.value(timeout).toInt(&isNumber);
     if (!isNumber || timeoutMs < 1 || timeoutMs > MaxTimeoutMs)
-        return usageError(tr("--timeout takes a number from 1 to %1").arg(MaxTimeoutMs));
+        return usageError(english("--timeout takes a number from 1 to %1").arg(MaxTimeoutMs));
     const QStringList urls = parser.positionalArguments();
     const bool discovering = parser.isSet(discovery);
     if (discovering && urls.isEmpty())
-        return usageError(tr("--discover needs a URL"));
+        return usageError(english("--discover needs a URL"));
     if (!discovering && urls.size() > 1)
-        return usageError(tr("Unexpected argument: %1").arg(urls.at(1)));
+        return usageError(english("Unexpected argument: %1").arg(urls.at(1)));
     if (!discovering && !urls.isEmpty() && !QFile::exists(urls.first()))
-        return usageError(tr("There is no project file %1").arg(urls.first()));
+        return usageError(english("There is no project file %1").arg(urls.first()));
     for (const QCommandLineOption& other : {rendering, opening})
         if (discovering && parser.isSet(other))
             return usageError(
-                tr("--discover and --%1 exclude each other").arg(other.names().first()));
+                english("--discover and --%1 exclude each other").arg(other.names().first()));
 
+    if (parser.isSet(language) && !Language::isKnown(parser.value(language)))
+        return usageError(english("--language takes en or de"));
     if (!discovering && !parser.isSet(rendering) && !display)
         return usageError(
-            tr("There is no display; without one, use --discover, --connect or --render"));
+            english("There is no display; without one, use --discover, --connect or --render"));
 
     // The commands leave the user's own settings and data alone.
     std::unique_ptr<SettingsStore> store;
@@ -198,7 +203,7 @@ int main(int argc, char** argv)
         }
         result = discover(urls, timeoutMs, callback, out);
         if (!out.flush()) {
-            printError(tr("The result cannot be written: %1").arg(out.errorString()));
+            printError(english("The result cannot be written: %1").arg(out.errorString()));
             result = ExitFailure;
         }
     } else {
@@ -207,6 +212,8 @@ int main(int argc, char** argv)
             QApplication::setPalette(darkPalette());
         }
         Host host(*store, timeoutMs, dataFolder);
+        if (parser.isSet(language))
+            Language::install(parser.value(language));
         MainWindow window(host);
         if (!urls.isEmpty())
             window.project().open(urls.first());
@@ -239,7 +246,7 @@ int main(int argc, char** argv)
     if (!store->save(&error)) {
         printError(error);
         if (!known && !discovering && !parser.isSet(rendering))
-            QMessageBox::warning(nullptr, tr("harrier"), error);
+            QMessageBox::warning(nullptr, QStringLiteral("harrier"), error);
     }
     return result;
 }

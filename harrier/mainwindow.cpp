@@ -3,6 +3,7 @@
 #include "discoveryhint.h"
 #include "gallery.h"
 #include "host.h"
+#include "language.h"
 #include "logview.h"
 #include "pages.h"
 #include "plainline.h"
@@ -17,6 +18,7 @@
 #include <QtCore/QEventLoop>
 #include <QtCore/QTimer>
 #include <QtGui/QAction>
+#include <QtGui/QActionGroup>
 #include <QtGui/QCloseEvent>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QDockWidget>
@@ -68,8 +70,8 @@ QString escaped(QString text)
 MainWindow::MainWindow(Host& host, QWidget* parent)
     : QMainWindow(parent), m_host(host), m_tabs(new QTabWidget), m_find(new QSplitter),
       m_discovery(new QvelToolBox), m_hint(new DiscoveryHint), m_pages(new QTabWidget),
-      m_status(new QLabel), m_use(new QAction(tr("&Use This Endpoint"), this)),
-      m_connect(new QAction(tr("&Connect"), this))
+      m_status(new QLabel), m_use(new QAction(this)), m_connect(new QAction(this)),
+      m_languages(new QActionGroup(this))
 {
     setWindowIcon(QIcon(QStringLiteral(":/images/harrier.png")));
     createDiscovery();
@@ -78,7 +80,7 @@ MainWindow::MainWindow(Host& host, QWidget* parent)
     m_tabs->setDocumentMode(true);
     m_tabs->setTabsClosable(true);
     m_tabs->setElideMode(Qt::ElideRight);
-    m_tabs->addTab(m_find, QIcon(QStringLiteral(":/images/globe.png")), tr("Find Servers"));
+    m_tabs->addTab(m_find, QIcon(QStringLiteral(":/images/globe.png")), QString());
     for (const auto side : {QTabBar::LeftSide, QTabBar::RightSide})
         m_tabs->tabBar()->setTabButton(0, side, nullptr); // it stays
     setCentralWidget(m_tabs);
@@ -90,6 +92,7 @@ MainWindow::MainWindow(Host& host, QWidget* parent)
     createMenus();
     m_status->setTextFormat(Qt::PlainText);
     statusBar()->addPermanentWidget(m_status);
+    Language::follow(this, [this] { retranslate(); });
     connect(m_project, &ProjectControl::titleChanged, this, &MainWindow::followTab);
     connect(&host, &Host::started, this, &MainWindow::start);
     followCurrent();
@@ -170,12 +173,9 @@ QList<SessionPage*> MainWindow::sessions() const
 
 void MainWindow::createDiscovery()
 {
-    m_discovery->setItemTexts(
-        QStringList{tr("&OPC UA"), tr("Data &Access"), tr("Ala&rms && Events")}.join(
-            QLatin1Char('|')));
-    addView(QvelDiscoveryWidget::OpcUa, QStringLiteral("Discovery.OpcUa"), tr("OPC UA"));
-    addView(QvelDiscoveryWidget::ComDa, QStringLiteral("Discovery.ComDa"), tr("Data Access"));
-    addView(QvelDiscoveryWidget::ComAe, QStringLiteral("Discovery.ComAe"), tr("Alarms & Events"));
+    addView(QvelDiscoveryWidget::OpcUa, QStringLiteral("Discovery.OpcUa"));
+    addView(QvelDiscoveryWidget::ComDa, QStringLiteral("Discovery.ComDa"));
+    addView(QvelDiscoveryWidget::ComAe, QStringLiteral("Discovery.ComAe"));
     auto* column = qobject_cast<QVBoxLayout*>(m_discovery->layout());
     for (int i = 0; column && i < m_discovery->count(); ++i) { // closed trees leave their room
         QWidget* place = m_discovery->widget(i)->parentWidget();
@@ -191,15 +191,13 @@ void MainWindow::createDiscovery()
     m_find->addWidget(m_discovery);
 }
 
-void MainWindow::addView(QvelDiscoveryWidget::OpcType type, const QString& group,
-                         const QString& title)
+void MainWindow::addView(QvelDiscoveryWidget::OpcType type, const QString& group)
 {
     LogBuffer& log = m_host.log();
     m_callbacks.push_back(std::make_unique<DiscoveryCallback>(
         m_host.store(), group, [&log](const QString& text) { log.append(text); }));
     auto* view = new QvelDiscoveryWidget(type, m_callbacks.back().get(), m_host.timeout(),
                                          QCoreApplication::applicationName());
-    view->setAccessibleName(tr("%1 servers").arg(title));
     qobject_cast<QvelDiscoveryModel*>(view->model())->setFailuresInToolTips(true);
     connect(view, &QvelDiscoveryWidget::endpointActivated, this, &MainWindow::connectTo);
     connect(view, &QvelDiscoveryWidget::comServerActivated, this, &MainWindow::useEndpoint);
@@ -316,13 +314,14 @@ void MainWindow::createPages()
 void MainWindow::createLog()
 {
     auto* view = new LogView(m_host.log());
-    auto* copy = new QAction(tr("&Copy Log"), this);
-    copy->setShortcut(tr("Ctrl+Shift+C"));
+    auto* copy = new QAction(this);
+    copy->setShortcut(Qt::CTRL | Qt::SHIFT | Qt::Key_C);
     connect(copy, &QAction::triggered, view, &LogView::copyLines);
-    auto* clear = new QAction(tr("C&lear Log"), this);
-    clear->setShortcut(tr("Ctrl+L"));
+    auto* clear = new QAction(this);
+    clear->setShortcut(Qt::CTRL | Qt::Key_L);
     connect(clear, &QAction::triggered, view, &LogView::clear);
     m_logActions = {copy, clear};
+    m_texts.append({{copy, QT_TR_NOOP("&Copy Log")}, {clear, QT_TR_NOOP("C&lear Log")}});
 
     auto* content = new QWidget;
     auto* buttons = new QHBoxLayout;
@@ -335,61 +334,118 @@ void MainWindow::createLog()
     layout->addLayout(buttons);
     layout->addWidget(view);
 
-    m_log = new QDockWidget(tr("Log"));
+    m_log = new QDockWidget;
     m_log->setObjectName(QStringLiteral("log"));
     m_log->setWidget(content);
     addDockWidget(Qt::BottomDockWidgetArea, m_log);
 }
 
+QMenu* MainWindow::addMenu(const char* text)
+{
+    auto* menu = new QMenu(this);
+    m_texts.append({menu->menuAction(), text});
+    menuBar()->addMenu(menu);
+    return menu;
+}
+
+QAction* MainWindow::addAction(QMenu* menu, const char* text, const QKeySequence& keys,
+                               const std::function<void()>& function)
+{
+    QAction* action = menu->addAction(QString(), this, function);
+    action->setShortcut(keys);
+    m_texts.append({action, text});
+    return action;
+}
+
 void MainWindow::createMenus()
 {
-    QMenu* menu = menuBar()->addMenu(tr("&File"));
+    QMenu* menu = addMenu(QT_TR_NOOP("&File"));
     m_project->fill(menu);
     menu->addSeparator();
-    QAction* quit = menu->addAction(tr("&Quit"), this, &QWidget::close);
-    quit->setShortcut(tr("Ctrl+Q"));
+    addAction(menu, QT_TR_NOOP("&Quit"), Qt::CTRL | Qt::Key_Q, [this] { close(); });
 
-    menu = menuBar()->addMenu(tr("&Server"));
-    m_connect->setShortcut(tr("Ctrl+Return"));
+    menu = addMenu(QT_TR_NOOP("&Server"));
+    m_connect->setShortcut(Qt::CTRL | Qt::Key_Return);
     connect(m_connect, &QAction::triggered, &m_host, &Host::connectRequested);
-    m_use->setShortcut(tr("Ctrl+U"));
+    m_use->setShortcut(Qt::CTRL | Qt::Key_U);
     connect(m_use, &QAction::triggered, &m_host, &Host::useEndpointRequested);
+    m_texts.append(
+        {{m_connect, QT_TR_NOOP("&Connect")}, {m_use, QT_TR_NOOP("&Use This Endpoint")}});
     menu->addActions({m_connect, m_use});
     menu->addSeparator();
-    const auto add = [&](const QString& text, const QKeySequence& keys, auto function) {
-        QAction* action = menu->addAction(text, this, function);
-        action->setShortcut(keys);
-        m_sessionActions.append(action);
+    m_sessionActions = {
+        addAction(menu, QT_TR_NOOP("&Disconnect"), Qt::CTRL | Qt::Key_D,
+                  [this] { currentSession()->disconnectFromServer(); }),
+        addAction(menu, QT_TR_NOOP("&Reconnect"), Qt::CTRL | Qt::Key_R,
+                  [this] { currentSession()->connectToServer(); }),
+        addAction(menu, QT_TR_NOOP("C&lose Server"), Qt::CTRL | Qt::Key_W,
+                  [this] { closeTab(m_tabs->currentIndex()); }),
     };
-    add(tr("&Disconnect"), tr("Ctrl+D"), [this] { currentSession()->disconnectFromServer(); });
-    add(tr("&Reconnect"), tr("Ctrl+R"), [this] { currentSession()->connectToServer(); });
-    add(tr("C&lose Server"), tr("Ctrl+W"), [this] { closeTab(m_tabs->currentIndex()); });
 
-    m_view = menuBar()->addMenu(tr("&View"));
+    m_view = addMenu(QT_TR_NOOP("&View"));
     connect(m_view, &QMenu::aboutToShow, this, &MainWindow::fillView);
     for (int i = 0; i < m_pages->count(); ++i) {
-        auto* action = new QAction(tr("&%1 %2").arg(i + 1).arg(m_pages->tabText(i)), this);
+        auto* action = new QAction(this);
         action->setShortcut(QKeySequence(Qt::ALT | Qt::Key(Qt::Key_1 + i)));
         connect(action, &QAction::triggered, this, [this, i] { showPage(i); });
-        addAction(action);
+        QMainWindow::addAction(action);
         m_view->addAction(action);
+        m_pageActions.append(action);
     }
     m_view->addSeparator();
-    QAction* log = m_log->toggleViewAction();
-    log->setText(tr("&Log"));
-    m_view->addAction(log);
-    m_view->addAction(tr("&Gallery"), this, [this] {
+    m_view->addAction(m_log->toggleViewAction());
+    addAction(m_view, QT_TR_NOOP("&Gallery"), {}, [this] {
         gallery().show();
         gallery().activateWindow();
     });
     m_view->addSeparator();
 
-    menu = menuBar()->addMenu(tr("&Log"));
-    menu->addActions(m_logActions);
-
-    menu = menuBar()->addMenu(tr("&Help"));
-    menu->addAction(tr("&About harrier"), this, &MainWindow::about);
+    addMenu(QT_TR_NOOP("&Log"))->addActions(m_logActions);
+    createLanguages();
+    menu = addMenu(QT_TR_NOOP("&Help"));
+    addAction(menu, QT_TR_NOOP("&About harrier"), {}, [this] { about(); });
     statusBar();
+}
+
+void MainWindow::createLanguages()
+{
+    const std::pair<const char*, const char*> languages[] = {
+        {"", QT_TR_NOOP("&System Default")}, {"en", "&English"}, {"de", "&Deutsch"}};
+    QMenu* menu = addMenu(QT_TR_NOOP("Lan&guage"));
+    for (const auto& [code, text] : languages) {
+        const QString name = QLatin1String(code);
+        QAction* action = addAction(menu, text, {}, [this, name] {
+            m_host.store().setValue(Language::key, name);
+            Language::install(name);
+        });
+        action->setCheckable(true);
+        action->setChecked(name == Language::current());
+        m_languages->addAction(action);
+    }
+    if (!m_languages->checkedAction())
+        m_languages->actions().constFirst()->setChecked(true);
+}
+
+void MainWindow::retranslate()
+{
+    m_tabs->setTabText(0, tr("Find Servers"));
+    const QStringList trees = {tr("OPC UA"), tr("Data Access"), tr("Alarms & Events")};
+    m_discovery->setItemTexts(
+        QStringList{tr("&OPC UA"), tr("Data &Access"), tr("Ala&rms && Events")}.join(
+            QLatin1Char('|')));
+    for (int i = 0; i < m_discovery->count(); ++i)
+        m_discovery->widget(i)->setAccessibleName(tr("%1 servers").arg(trees.at(i)));
+    m_log->setWindowTitle(tr("Log"));
+    m_log->toggleViewAction()->setText(tr("&Log"));
+    for (const auto& [action, text] : std::as_const(m_texts))
+        action->setText(tr(text));
+    for (int i = 0; i < m_pageActions.size(); ++i)
+        m_pageActions[i]->setText(tr("&%1 %2").arg(i + 1).arg(pages().at(i).shownTitle()));
+    const auto open = sessions();
+    for (SessionPage* page : open)
+        followSession(page);
+    followTab();
+    statusBar()->clearMessage(); // said in the language before
 }
 
 // The docks of the current server follow what is there always.

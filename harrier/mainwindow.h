@@ -8,7 +8,9 @@
 #include <QtCore/QJsonObject>
 #include <QtWidgets/QMainWindow>
 
+#include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 class DiscoveryHint;
@@ -16,6 +18,7 @@ class Gallery;
 class Host;
 class ProjectControl;
 class QAction;
+class QActionGroup;
 class QDockWidget;
 class QLabel;
 class QMenu;
@@ -67,7 +70,13 @@ private:
     void createPages();
     void createLog();
     void createMenus();
-    void addView(QvelDiscoveryWidget::OpcType type, const QString& group, const QString& title);
+    void createLanguages();
+    void retranslate();
+    void addView(QvelDiscoveryWidget::OpcType type, const QString& group);
+    /// A menu, or an action, that gets its text from retranslate().
+    QMenu* addMenu(const char* text);
+    QAction* addAction(QMenu* menu, const char* text, const QKeySequence& keys,
+                       const std::function<void()>& function);
     void followCurrent();
     void followFocus(const QWidget* widget);
     void useEndpoint(const QvelDiscoverySetting& endpoint);
@@ -98,6 +107,9 @@ private:
     QMenu* m_view = nullptr;
     QAction* m_use;
     QAction* m_connect;
+    QList<std::pair<QAction*, const char*>> m_texts; // of all actions and menus
+    QList<QAction*> m_pageActions;
+    QActionGroup* m_languages;
     QList<QAction*> m_sessionActions;
     QList<QAction*> m_logActions;
 };

@@ -1,5 +1,6 @@
 #include "nodeidpage.h"
 
+#include "language.h"
 #include "outputfield.h"
 #include "plainline.h"
 
@@ -23,17 +24,34 @@ QString text(const UaNodeId& nodeId)
     return plainLine(nodeId.toFullString().toQString(), MaxText);
 }
 
+QString validity(bool valid)
+{
+    return valid ? NodeIdPage::tr("ok") : NodeIdPage::tr("not valid");
+}
+
 } // namespace
 
+// The texts of a row, of which `show` shows the value.
+static void follow(const char* title, QWidget* shown, QLabel* label, OutputField* value, QLabel* ok,
+                   const std::function<void()>& show)
+{
+    Language::follow(shown, [=] {
+        const QString shownTitle = NodeIdPage::tr(title);
+        label->setText(shownTitle + QLatin1Char(':'));
+        value->setAccessibleName(NodeIdPage::tr("%1: value").arg(shownTitle));
+        ok->setAccessibleName(NodeIdPage::tr("%1: validity").arg(shownTitle));
+        shown->setAccessibleName(shownTitle);
+        show();
+    });
+}
+
 template <class Editor>
-void NodeIdPage::addRow(QGridLayout* grid, const QString& title, QWidget* shown, Editor* editor)
+void NodeIdPage::addRow(QGridLayout* grid, const char* title, QWidget* shown, Editor* editor)
 {
     const int row = grid->rowCount();
-    auto* label = new QLabel(title + QLatin1Char(':'));
-    auto* value = new OutputField(tr("%1: value").arg(title));
+    auto* label = new QLabel;
+    auto* value = new OutputField;
     auto* ok = new QLabel;
-    ok->setAccessibleName(tr("%1: validity").arg(title));
-    shown->setAccessibleName(title);
     grid->addWidget(label, row, 0);
     grid->addWidget(shown, row, 1);
     grid->addWidget(value, row, 2);
@@ -43,13 +61,14 @@ void NodeIdPage::addRow(QGridLayout* grid, const QString& title, QWidget* shown,
         bool valid = false;
         const UaNodeId nodeId = editor->nodeId(&valid);
         value->showText(valid ? text(nodeId) : QString(), MaxText);
-        ok->setText(valid ? tr("ok") : tr("not valid"));
+        ok->setText(validity(valid));
     };
-    show();
-    connect(editor, &Editor::valueChanged, this,
-            [this, title](const UaVariant&) { addSignal(tr("%1: valueChanged").arg(title)); });
+    follow(title, shown, label, value, ok, show);
+    connect(editor, &Editor::valueChanged, this, [this, title](const UaVariant&) {
+        addSignal(tr(title) + QStringLiteral(": valueChanged"));
+    });
     connect(editor, &Editor::nodeIdChanged, this, [this, title, show](const UaNodeId& nodeId) {
-        addSignal(tr("%1: nodeIdChanged(%2)").arg(title, text(nodeId)));
+        addSignal(QStringLiteral("%1: nodeIdChanged(%2)").arg(tr(title), text(nodeId)));
         show();
     });
 }
@@ -60,16 +79,16 @@ NodeIdPage::NodeIdPage(QWidget* parent) : QWidget(parent), m_signals(new QPlainT
     auto* readOnly = new QvelWidgetNodeId(QvelWidgetBase::ReadOnly);
     auto* frameless = new QvelWidgetNodeId(QvelWidgetBase::HideFrame);
     auto* dialog = new QvelDialogWidgetNodeId({}, this);
-    auto* open = new QPushButton(tr("Edit in &Dialog..."));
+    auto* open = new QPushButton;
 
-    auto* editors = new QGroupBox(tr("Editors"));
+    auto* editors = new QGroupBox;
     auto* grid = new QGridLayout(editors);
     grid->setColumnStretch(1, 3);
     grid->setColumnStretch(2, 2);
-    addRow(grid, tr("Inline"), normal, normal);
-    addRow(grid, tr("Read-only copy"), readOnly, readOnly);
-    addRow(grid, tr("Without frame"), frameless, frameless);
-    addRow(grid, tr("Dialog"), open, dialog);
+    addRow(grid, QT_TR_NOOP("Inline"), normal, normal);
+    addRow(grid, QT_TR_NOOP("Read-only copy"), readOnly, readOnly);
+    addRow(grid, QT_TR_NOOP("Without frame"), frameless, frameless);
+    addRow(grid, QT_TR_NOOP("Dialog"), open, dialog);
 
     connect(normal, &QvelWidgetNodeId::nodeIdChanged, this, [normal, readOnly] {
         bool valid = false;
@@ -92,15 +111,20 @@ NodeIdPage::NodeIdPage(QWidget* parent) : QWidget(parent), m_signals(new QPlainT
     m_signals->setTabChangesFocus(true);
     m_signals->setMaximumBlockCount(MaxSignals);
     m_signals->setObjectName(QStringLiteral("signals"));
-    m_signals->setAccessibleName(tr("Signals"));
-    m_signals->setPlaceholderText(tr("Edit a NodeId to see its signals."));
     m_signals->clear();
 
-    auto* last = new QGroupBox(tr("Last signals"));
+    auto* last = new QGroupBox;
     (new QVBoxLayout(last))->addWidget(m_signals);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(editors);
     layout->addWidget(last);
+    Language::follow(this, [=] {
+        open->setText(tr("Edit in &Dialog..."));
+        editors->setTitle(tr("Editors"));
+        m_signals->setAccessibleName(tr("Signals"));
+        m_signals->setPlaceholderText(tr("Edit a NodeId to see its signals."));
+        last->setTitle(tr("Last signals"));
+    });
 }
 
 void NodeIdPage::addSignal(const QString& line)

@@ -17,7 +17,7 @@ public:
 private:
     /// A row of the grid: `shown`, and beside it what `editor` holds.
     template <class Editor>
-    void addRow(QGridLayout* grid, const QString& title, QWidget* shown, Editor* editor);
+    void addRow(QGridLayout* grid, const char* title, QWidget* shown, Editor* editor);
     void addSignal(const QString& line);
 
     QPlainTextEdit* m_signals;

@@ -2,14 +2,13 @@
 
 #include "plainline.h"
 
-OutputField::OutputField(const QString& accessibleName, QWidget* parent) : QLineEdit(parent)
+OutputField::OutputField(QWidget* parent) : QLineEdit(parent)
 {
     setReadOnly(true);
     setFrame(false);
     QPalette flat = palette();
     flat.setColor(QPalette::Base, Qt::transparent); // does not look like an input
     setPalette(flat);
-    setAccessibleName(accessibleName);
 }
 
 void OutputField::showText(const QString& text, int limit)

@@ -7,7 +7,7 @@ class OutputField : public QLineEdit
 {
     Q_OBJECT
 public:
-    explicit OutputField(const QString& accessibleName, QWidget* parent = nullptr);
+    explicit OutputField(QWidget* parent = nullptr);
 
     /// Shows the beginning of `text`, at most `limit` characters of it, as one plain line.
     void showText(const QString& text, int limit = 1000);

@@ -4,6 +4,7 @@
 #include "connectionpage.h"
 #include "endpointdetails.h"
 #include "host.h"
+#include "language.h"
 #include "nodeidpage.h"
 #include "valuespage.h"
 #include "writevaluepage.h"
@@ -71,6 +72,11 @@ const QList<Page>& galleryPages()
     return all;
 }
 
+QString Page::shownTitle() const
+{
+    return QCoreApplication::translate("Page", title);
+}
+
 void addPages(Host& host, const QList<Page>& pages, QTabWidget* tabs)
 {
     QObject::connect(tabs, &QTabWidget::currentChanged, tabs, [&host, &pages, tabs](int index) {
@@ -81,6 +87,10 @@ void addPages(Host& host, const QList<Page>& pages, QTabWidget* tabs)
         layout->setContentsMargins({});
         layout->addWidget(pages.at(index).create(host));
     });
-    for (const Page& page : pages)
-        tabs->addTab(new QWidget, QCoreApplication::translate("Page", page.title));
+    for (qsizetype i = 0; i < pages.size(); ++i)
+        tabs->addTab(new QWidget, QString());
+    Language::follow(tabs, [tabs, pages] {
+        for (int i = 0; i < pages.size(); ++i)
+            tabs->setTabText(i, pages.at(i).shownTitle());
+    });
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QtCore/QList>
+#include <QtCore/QString>
 
 class Host;
 class QTabWidget;
@@ -12,6 +13,7 @@ struct Page
     const char* name;  ///< as in the file names of rendered pages
     const char* title; ///< English, context "Page"
     QWidget* (*create)(Host& host);
+    QString shownTitle() const;
 };
 
 /// The pages of the servers' tab, and of the gallery, in their order.

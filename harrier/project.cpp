@@ -16,11 +16,6 @@ const QString serversKey = QStringLiteral("servers");
 const QString versionKey = QStringLiteral("version");
 const QString policyStem = QStringLiteral("http://opcfoundation.org/UA/SecurityPolicy#");
 
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("Project", text);
-}
-
 struct Name
 {
     int value;
@@ -60,30 +55,37 @@ bool read(const QString& name, QJsonObject* content, QString* error)
 {
     QFile file(name);
     if (!file.open(QIODevice::ReadOnly)) {
-        *error = tr("%1 cannot be read: %2").arg(name, file.errorString());
+        *error = QCoreApplication::translate("Project", "%1 cannot be read: %2")
+                     .arg(name, file.errorString());
         return false;
     }
     const QByteArray bytes = file.read(maxSize + 1);
     QJsonParseError fault;
     const QJsonDocument document = QJsonDocument::fromJson(bytes, &fault);
     if (bytes.size() > maxSize) {
-        *error = tr("%1 is too large for a project.").arg(name);
+        *error = QCoreApplication::translate("Project", "%1 is too large for a project.").arg(name);
     } else if (fault.error != QJsonParseError::NoError) {
         const auto line = bytes.left(fault.offset).count('\n') + 1;
-        *error = tr("%1 is damaged at line %2: %3. It was not opened, and is left as it is.")
-                     .arg(name)
-                     .arg(line)
-                     .arg(fault.errorString());
+        *error =
+            QCoreApplication::translate(
+                "Project", "%1 is damaged at line %2: %3. It was not opened, and is left as it is.")
+                .arg(name)
+                .arg(line)
+                .arg(fault.errorString());
     } else if (document[formatKey].toString() != formatName) {
-        *error = tr("%1 is no project of harrier.").arg(name);
+        *error = QCoreApplication::translate("Project", "%1 is no project of harrier.").arg(name);
     } else if (document[versionKey].toInt(version + 1) > version) {
-        *error = tr("%1 was made by a later harrier, which writes version %2 of the format; this "
-                    "one knows version %3. It was not opened, and is left as it is.")
+        *error = QCoreApplication::translate(
+                     "Project",
+                     "%1 was made by a later harrier, which writes version %2 of the format; this "
+                     "one knows version %3. It was not opened, and is left as it is.")
                      .arg(name, document[versionKey].toVariant().toString())
                      .arg(version);
     } else if (!document[serversKey].isUndefined() && !document[serversKey].isArray()) {
-        *error = tr("%1 is damaged: its servers are no list. It was not opened, and is left as it "
-                    "is.")
+        *error = QCoreApplication::translate(
+                     "Project",
+                     "%1 is damaged: its servers are no list. It was not opened, and is left as it "
+                     "is.")
                      .arg(name);
     } else {
         *content = document.object();
@@ -102,7 +104,8 @@ bool write(const QString& name, const QJsonObject& content, QString* error)
                            file.write(QJsonDocument(whole).toJson(QJsonDocument::Indented)) >= 0 &&
                            file.commit();
     if (!isWritten)
-        *error = tr("%1 cannot be written: %2").arg(name, file.errorString());
+        *error = QCoreApplication::translate("Project", "%1 cannot be written: %2")
+                     .arg(name, file.errorString());
     return isWritten;
 }
 
@@ -128,7 +131,8 @@ bool get(const QJsonObject& json, QvelDiscoverySetting* setting, QString* error)
 {
     const QString url = json[QStringLiteral("url")].toString();
     if (url.isEmpty()) {
-        *error = tr("A server of the project has no URL. It is kept in the file.");
+        *error = QCoreApplication::translate(
+            "Project", "A server of the project has no URL. It is kept in the file.");
         return false;
     }
     const QString policy = json[QStringLiteral("securityPolicy")].toString();

@@ -1,6 +1,7 @@
 #include "projectcontrol.h"
 
 #include "host.h"
+#include "language.h"
 #include "project.h"
 
 #include <QtCore/QDir>
@@ -56,15 +57,24 @@ ProjectControl::ProjectControl(Host& host, const Window& window)
 
 void ProjectControl::fill(QMenu* menu)
 {
-    menu->addAction(tr("&New Project"), this, &ProjectControl::startNew);
-    menu->addAction(tr("&Open Project..."), this, &ProjectControl::askForFile)
-        ->setShortcut(QKeySequence::Open);
-    m_recent = menu->addMenu(tr("Open &Recent"));
+    const auto add = [this, menu](const QKeySequence& keys, auto slot) {
+        QAction* action = menu->addAction(QString(), this, slot);
+        action->setShortcut(keys);
+        return action;
+    };
+    QAction* fresh = add({}, &ProjectControl::startNew);
+    QAction* open = add(QKeySequence::Open, &ProjectControl::askForFile);
+    m_recent = menu->addMenu(QString());
     connect(m_recent, &QMenu::aboutToShow, this, &ProjectControl::fillRecent);
-    menu->addAction(tr("&Save Project"), this, &ProjectControl::save)
-        ->setShortcut(QKeySequence::Save);
-    menu->addAction(tr("Save Project &As..."), this, &ProjectControl::saveAs)
-        ->setShortcut(tr("Ctrl+Shift+S"));
+    QAction* save = add(QKeySequence::Save, &ProjectControl::save);
+    QAction* saveAs = add(Qt::CTRL | Qt::SHIFT | Qt::Key_S, &ProjectControl::saveAs);
+    Language::follow(menu, [=] {
+        fresh->setText(tr("&New Project"));
+        open->setText(tr("&Open Project..."));
+        m_recent->setTitle(tr("Open &Recent"));
+        save->setText(tr("&Save Project"));
+        saveAs->setText(tr("Save Project &As..."));
+    });
 }
 
 QString ProjectControl::title() const

@@ -1,5 +1,6 @@
 #include "rendercommand.h"
 
+#include "english.h"
 #include "gallery.h"
 #include "mainwindow.h"
 #include "pages.h"
@@ -80,11 +81,11 @@ bool render(MainWindow& window, const QString& folder, QString* error)
         const QString file = dir.filePath(name + QStringLiteral(".png"));
         if (widget->grab().save(file))
             return true;
-        *error = QCoreApplication::translate("render", "%1 cannot be written").arg(file);
+        *error = english("%1 cannot be written").arg(file);
         return false;
     };
     if (!dir.mkpath(QStringLiteral("."))) {
-        *error = QCoreApplication::translate("render", "%1 cannot be created").arg(folder);
+        *error = english("%1 cannot be created").arg(folder);
         return false;
     }
 

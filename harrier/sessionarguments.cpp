@@ -1,5 +1,6 @@
 #include "sessionarguments.h"
 
+#include "english.h"
 #include "valuejson.h"
 
 #include <Kestrel/QvelNodeLink>
@@ -21,11 +22,6 @@ constexpr const char* policyNames[] = {
     "Basic256Sha256", "Aes128_Sha256_RsaOaep", "Aes256_Sha256_RsaPss"};
 constexpr const char* modeNames[] = {"none", "sign", "encrypt"}; // by their number, from 1
 constexpr const char* trustNames[] = {"reject", "once", "always"};
-
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("session", text);
-}
 
 // The place of a name in a list, or -1.
 template <std::size_t size>
@@ -206,13 +202,15 @@ QString parseCommand(const Command& command, const QStringList& values, SessionC
     const qsizetype nodes =
         command.nodes < 0 ? std::max<qsizetype>(1, values.size()) : command.nodes;
     if (values.size() < nodes + command.leastValues || values.size() > nodes + command.mostValues)
-        return tr("--%1 takes %2").arg(QLatin1String(command.name), tr(command.arguments));
+        return english("--%1 takes %2")
+            .arg(QLatin1String(command.name), english(command.arguments));
     result.kind = command.kind;
     for (const QString& text : values.first(nodes)) {
         SessionCommand::Node node = splitNode(command.kind, text);
         const auto id = qvelParseNodeId(node.text);
         if (!id || id->serverIndex() != 0)
-            return tr("%1 is no NodeId; one looks like i=85, ns=2;s=Pump or nsu=urn:plant;s=Pump")
+            return english(
+                       "%1 is no NodeId; one looks like i=85, ns=2;s=Pump or nsu=urn:plant;s=Pump")
                 .arg(text);
         node.id = *id;
         result.nodes.append(node);
@@ -220,7 +218,7 @@ QString parseCommand(const Command& command, const QStringList& values, SessionC
     for (const QString& text : values.mid(nodes)) {
         const auto json = parseJson(text.toUtf8());
         if (!json)
-            return tr("%1 is no JSON; a text needs quotes that the shell leaves: '\"text\"'")
+            return english("%1 is no JSON; a text needs quotes that the shell leaves: '\"text\"'")
                 .arg(text);
         result.values.append(*json);
     }
@@ -235,26 +233,26 @@ QString checkTogether(SessionArguments& arguments)
     const bool hasPassword = !arguments.passwordFile.isEmpty();
     const QString none = QLatin1String(policyPrefix) + QLatin1String(policyNames[0]);
     if (arguments.url.isEmpty())
-        return tr("--connect URL is missing");
+        return english("--connect URL is missing");
     if (arguments.commands.isEmpty())
-        return tr("There is no command, such as --read or --browse");
+        return english("There is no command, such as --read or --browse");
     if (isUser && isCertificate)
-        return tr("--user and --certificate exclude each other");
+        return english("--user and --certificate exclude each other");
     if (isCertificate == arguments.keyFile.isEmpty())
-        return tr("--certificate and --key belong together");
+        return english("--certificate and --key belong together");
     if (isUser ? !hasPassword : hasPassword && !isCertificate)
-        return tr("--user and --password-file belong together");
+        return english("--user and --password-file belong together");
     if (arguments.mode == OpcUa_MessageSecurityMode_None && arguments.policyUri.isEmpty())
         arguments.policyUri = none;
     if (arguments.mode != OpcUa_MessageSecurityMode_Invalid && !arguments.policyUri.isEmpty() &&
         (arguments.mode == OpcUa_MessageSecurityMode_None) != (arguments.policyUri == none))
-        return tr("This policy and this mode exclude each other");
+        return english("This policy and this mode exclude each other");
     for (const SessionCommand& command : std::as_const(arguments.commands)) {
         if (command.kind == SessionCommand::Watch && command.duration == 0)
-            return tr("--watch needs --for SECONDS");
+            return english("--watch needs --for SECONDS");
         if (command.kind == SessionCommand::History &&
             (command.from.isNull() || command.to.isNull()))
-            return tr("--history needs --from TIME and --to TIME");
+            return english("--history needs --from TIME and --to TIME");
     }
     return {};
 }
@@ -279,7 +277,7 @@ QString SessionArguments::parse(const QStringList& arguments)
     for (auto next = arguments.begin(); next != arguments.end();) {
         const QString argument = *next++;
         if (!isOption(argument))
-            return tr("Unexpected argument: %1").arg(argument);
+            return english("Unexpected argument: %1").arg(argument);
         const qsizetype equals = argument.indexOf(QLatin1Char('='));
         const QString name = argument.mid(2, equals < 0 ? -1 : equals - 2);
         QStringList values;
@@ -289,7 +287,8 @@ QString SessionArguments::parse(const QStringList& arguments)
             values.append(*next++);
         if (const Option* option = find(options, name)) {
             if (values.size() != 1 || !option->take(*this, values.first()))
-                return tr("--%1 takes %2. %3").arg(name, tr(option->argument), tr(option->help));
+                return english("--%1 takes %2. %3")
+                    .arg(name, english(option->argument), english(option->help));
         } else if (const Command* command = find(::commands, name)) {
             SessionCommand result;
             const QString error = parseCommand(*command, values, result);
@@ -297,7 +296,7 @@ QString SessionArguments::parse(const QStringList& arguments)
                 return error;
             commands.append(result);
         } else {
-            return tr("Unknown option: --%1").arg(name);
+            return english("Unknown option: --%1").arg(name);
         }
     }
     return checkTogether(*this);
@@ -305,26 +304,28 @@ QString SessionArguments::parse(const QStringList& arguments)
 
 QString SessionArguments::helpText()
 {
-    QString text = tr("Usage: harrier --connect URL [options] COMMAND...\n"
-                      "Runs commands, one after the other, over a session with an OPC UA server.\n"
-                      "Prints one JSON object a line; the log goes to the standard error.\n");
+    QString text =
+        english("Usage: harrier --connect URL [options] COMMAND...\n"
+                "Runs commands, one after the other, over a session with an OPC UA server.\n"
+                "Prints one JSON object a line; the log goes to the standard error.\n");
     const auto add = [&text](const char* name, const char* argument, const char* what) {
         text += QStringLiteral("  --%1 %2\n      %3\n")
-                    .arg(QLatin1String(name), tr(argument), tr(what));
+                    .arg(QLatin1String(name), english(argument), english(what));
     };
-    text += tr("\nOptions:\n");
+    text += english("\nOptions:\n");
     for (const Option& option : options)
         add(option.name, option.argument, option.help);
-    text += tr("\nCommands:\n");
+    text += english("\nCommands:\n");
     for (const Command& command : ::commands)
         add(command.name, command.arguments, command.help);
-    text += tr("\nA value is printed in the reversible JSON of OPC 10000-6, 5.4, as "
-               "{\"Type\":6,\"Body\":-5}.\n"
-               "--write and --call take the Body alone, -5 or for 64 bits \"-5\", for a matrix an "
-               "object:\n"
-               "{\"Body\":[1,2,3,4],\"Dimensions\":[2,2]}. Where the type of the node is abstract, "
-               "a value\nhas the type of the one that it replaces, or names its own, as printed.\n"
-               "\nExit status: 0 when every status was Good, 1 when one was not, 2 for wrong\n"
-               "arguments, 3 when there was no session.\n");
+    text += english(
+        "\nA value is printed in the reversible JSON of OPC 10000-6, 5.4, as "
+        "{\"Type\":6,\"Body\":-5}.\n"
+        "--write and --call take the Body alone, -5 or for 64 bits \"-5\", for a matrix an "
+        "object:\n"
+        "{\"Body\":[1,2,3,4],\"Dimensions\":[2,2]}. Where the type of the node is abstract, "
+        "a value\nhas the type of the one that it replaces, or names its own, as printed.\n"
+        "\nExit status: 0 when every status was Good, 1 when one was not, 2 for wrong\n"
+        "arguments, 3 when there was no session.\n");
     return text;
 }

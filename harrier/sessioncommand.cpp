@@ -2,6 +2,7 @@
 
 #include "certificatestore.h"
 #include "discovercommand.h"
+#include "english.h"
 #include "valuejson.h"
 
 #include <Kestrel/OpcUaStatusCodes>
@@ -33,11 +34,6 @@ void interrupt(int number)
 {
     interruption = 1;
     std::signal(number, SIG_DFL);
-}
-
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("session", text);
 }
 
 void wipe(QString& text)
@@ -148,7 +144,7 @@ bool SessionRunner::readPassword()
     constexpr qint64 maxSize = 64 * 1024;
     QFile file(m_arguments.passwordFile);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        m_log(tr("Reading the password: %1: %2").arg(file.fileName(), file.errorString()));
+        m_log(english("Reading the password: %1: %2").arg(file.fileName(), file.errorString()));
         return false;
     }
     QByteArray bytes(maxSize, 0);
@@ -185,17 +181,18 @@ bool SessionRunner::connectSession()
                              ? m_session.cancelPassword()
                              : m_session.answerPassword(m_password);
                      });
-    QObject::connect(&m_session, &QvelSession::certificateQuestion,
-                     [this](const QvelCertificateQuestion& question) {
-                         constexpr QvelCertificateAnswer answers[] = {
-                             QvelCertificateAnswer::Reject, QvelCertificateAnswer::AcceptOnce,
-                             QvelCertificateAnswer::AcceptAndTrust};
-                         for (const UaPkiFinding& finding : question.findings)
-                             m_log(tr("The server's certificate: %1").arg(finding.text()));
-                         if (m_arguments.trust == SessionArguments::Reject)
-                             m_log(tr("It was not accepted; --trust once or always would do so"));
-                         m_session.answerCertificate(answers[m_arguments.trust]);
-                     });
+    QObject::connect(
+        &m_session, &QvelSession::certificateQuestion,
+        [this](const QvelCertificateQuestion& question) {
+            constexpr QvelCertificateAnswer answers[] = {QvelCertificateAnswer::Reject,
+                                                         QvelCertificateAnswer::AcceptOnce,
+                                                         QvelCertificateAnswer::AcceptAndTrust};
+            for (const UaPkiFinding& finding : question.findings)
+                m_log(english("The server's certificate: %1").arg(finding.text()));
+            if (m_arguments.trust == SessionArguments::Reject)
+                m_log(english("It was not accepted; --trust once or always would do so"));
+            m_session.answerCertificate(answers[m_arguments.trust]);
+        });
     m_session.connectToServer(setting);
     setting.setPassword(QString());
     const bool isConnected = waitForSession();
@@ -243,7 +240,7 @@ int SessionRunner::run(const QString& storeFolder)
         --left;
     }
     if (left > 0)
-        m_log(tr("Ended early; commands that were not run: %1").arg(left));
+        m_log(english("Ended early; commands that were not run: %1").arg(left));
     closeSession();
     return m_allGood && !m_isStopped && left == 0 ? ExitFound : ExitFailure;
 }
@@ -315,7 +312,7 @@ void SessionRunner::flush()
 void SessionRunner::stopWriting()
 {
     m_isStopped = true;
-    m_log(tr("The result cannot be written: %1").arg(m_out.errorString()));
+    m_log(english("The result cannot be written: %1").arg(m_out.errorString()));
 }
 
 void SessionRunner::printValue(const char* service, const SessionCommand::Node& node,
@@ -334,7 +331,7 @@ UaNodeId SessionRunner::nodeId(const SessionCommand::Node& node) const
 {
     const UaNodeId id = m_session.toNodeId(node.id);
     if (id.isNull() && !node.id.namespaceUri().isEmpty())
-        m_log(tr("The server has no namespace %1").arg(node.id.namespaceUri().toQString()));
+        m_log(english("The server has no namespace %1").arg(node.id.namespaceUri().toQString()));
     return id;
 }
 
@@ -369,7 +366,8 @@ void SessionRunner::browse(const SessionCommand& command)
     // Its lines have no place for a status.
     const UaStatusCode status = result.status.isBad() ? result.status : children.status;
     if (const UaString text = name(status); status.isNotGood())
-        m_log(tr("Browsing %1: %2 %3").arg(node.text, text.toQString(), result.reason.toQString()));
+        m_log(english("Browsing %1: %2 %3")
+                  .arg(node.text, text.toQString(), result.reason.toQString()));
 }
 
 void SessionRunner::read(const SessionCommand& command)
@@ -452,7 +450,7 @@ void SessionRunner::write(const SessionCommand& command)
         const Argument type{types.values[0].value().toNodeId(), types.values[1].value().toInt32()};
         status = convert(command.values.first(), type, id, value);
         if (status.isBad())
-            m_log(tr("The value does not fit the node's DataType %1 and ValueRank %2")
+            m_log(english("The value does not fit the node's DataType %1 and ValueRank %2")
                       .arg(type.dataType.toFullString().toQString())
                       .arg(type.valueRank));
     }
@@ -542,7 +540,7 @@ void SessionRunner::watch(const SessionCommand& command)
         [&](const QList<QvelDataChange>& changes) {
             for (const QvelDataChange& change : changes) {
                 if (change.hasOverflow())
-                    lost(tr("The server dropped values of %1").arg(nodes[change.handle].text));
+                    lost(english("The server dropped values of %1").arg(nodes[change.handle].text));
                 printValue("watch", nodes[change.handle], change.value);
             }
             flush();
@@ -557,11 +555,11 @@ void SessionRunner::watch(const SessionCommand& command)
                      });
     QObject::connect(subscription.get(), &QvelSubscription::changed, [&](UaStatusCode status) {
         if (status.isBad())
-            lost(tr("Subscribing: %1").arg(status.toString().toQString()));
+            lost(english("Subscribing: %1").arg(status.toString().toQString()));
     });
     QObject::connect(subscription.get(), &QvelSubscription::gap, [&](OpcUa_UInt32 count) {
-        lost(count > 0 ? tr("%1 notifications are missing").arg(count)
-                       : tr("Notifications are missing"));
+        lost(count > 0 ? english("%1 notifications are missing").arg(count)
+                       : english("Notifications are missing"));
     });
     constexpr OpcUa_UInt32 queueSize = 100; // for publishing that comes late
     QList<QvelMonitoredItem> items;

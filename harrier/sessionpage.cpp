@@ -1,6 +1,7 @@
 #include "sessionpage.h"
 
 #include "host.h"
+#include "language.h"
 #include "logindialog.h"
 #include "plainline.h"
 #include "project.h"
@@ -88,12 +89,8 @@ class ConnectionBar : public QFrame
 {
 public:
     ConnectionBar()
-        : text(new QLabel), progress(new QProgressBar),
-          cancel(add("cancel", SessionPage::tr("&Cancel"))),
-          retry(add("retry", SessionPage::tr("Try &Again"))),
-          login(add("login", SessionPage::tr("&Log In..."))),
-          certificates(add("certificates", SessionPage::tr("C&ertificates"))),
-          other(add("other", QString()))
+        : text(new QLabel), progress(new QProgressBar), cancel(add("cancel")), retry(add("retry")),
+          login(add("login")), certificates(add("certificates")), other(add("other"))
     {
         setFrameShape(QFrame::StyledPanel);
         setAutoFillBackground(true);
@@ -104,7 +101,6 @@ public:
         progress->setRange(0, QvelSessionWidget::stepCount());
         progress->setMaximumWidth(24 * fontMetrics().averageCharWidth());
         progress->setTextVisible(false);
-        progress->setAccessibleName(SessionPage::tr("Steps of the connection"));
         auto* layout = new QHBoxLayout(this);
         layout->addWidget(text, 1);
         layout->addWidget(progress);
@@ -119,9 +115,9 @@ public:
     }
 
 private:
-    QPushButton* add(const char* name, const QString& label)
+    QPushButton* add(const char* name)
     {
-        auto* button = new QPushButton(label);
+        auto* button = new QPushButton;
         button->setObjectName(QLatin1String(name));
         buttons.append(button);
         return button;
@@ -174,10 +170,10 @@ SessionPage::SessionPage(Host& host, const QvelDiscoverySetting& setting,
     connect(m_bar->other, &QPushButton::clicked, this, &SessionPage::useOtherUrl);
     createViews();
     createActions();
+    Language::follow(this, [this] { retranslate(); });
     arrange();
     m_firstLayout = saveState();
     restoreState(m_host.store().value(layoutKey).toByteArray());
-    tellState(m_session->state());
 }
 
 SessionPage::~SessionPage()
@@ -223,10 +219,9 @@ QIcon SessionPage::icon() const
     return QIcon(dot);
 }
 
-QDockWidget* SessionPage::addDock(const char* name, const QString& title, QWidget* widget,
-                                  Qt::DockWidgetArea area)
+QDockWidget* SessionPage::addDock(const char* name, QWidget* widget, Qt::DockWidgetArea area)
 {
-    auto* dock = new QDockWidget(title);
+    auto* dock = new QDockWidget;
     dock->setObjectName(QLatin1String(name));
     dock->setWidget(widget);
     addDockWidget(area, dock);
@@ -259,28 +254,45 @@ void SessionPage::createViews()
     m_dataView->fromJson(columns);
 
     const auto area = Qt::LeftDockWidgetArea;
-    addDock("addressspace", tr("Address Space"), m_space, area);
-    addDock("dataview", tr("Data View"), m_dataView, area);
-    addDock("attributes", tr("Attributes"), m_attributes, area);
-    addDock("references", tr("References"), m_references, area);
-    addDock("call", tr("Call"), m_call, area);
-    addDock("status", tr("Session"), status, area);
-    addDock("trend", tr("Trend"), m_trend, area);
+    addDock("addressspace", m_space, area);
+    addDock("dataview", m_dataView, area);
+    addDock("attributes", m_attributes, area);
+    addDock("references", m_references, area);
+    addDock("call", m_call, area);
+    addDock("status", status, area);
+    addDock("trend", m_trend, area);
+}
+
+void SessionPage::retranslate()
+{
+    const QString titles[] = {tr("Address Space"), tr("Data View"), tr("Attributes"),
+                              tr("References"),    tr("Call"),      tr("Session"),
+                              tr("Trend")};
+    for (int i = 0; i < m_docks.size(); ++i)
+        m_docks[i]->setWindowTitle(titles[i]);
+    m_watchAction->setText(tr("Add to &Data View"));
+    m_trendAction->setText(tr("Show in &Trend"));
+    m_callAction->setText(tr("&Call..."));
+    m_bar->progress->setAccessibleName(tr("Steps of the connection"));
+    m_bar->cancel->setText(tr("&Cancel"));
+    m_bar->login->setText(tr("&Log In..."));
+    m_bar->certificates->setText(tr("C&ertificates"));
+    showState();
 }
 
 void SessionPage::createActions()
 {
-    const auto add = [this](const QString& text, const QString& keys, auto slot) {
-        auto* action = new QAction(text, m_space);
+    const auto add = [this](const QKeySequence& keys, auto slot) {
+        auto* action = new QAction(m_space);
         action->setShortcut(keys);
         action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
         connect(action, &QAction::triggered, this, slot);
         m_space->addAction(action);
         return action;
     };
-    m_watchAction = add(tr("Add to &Data View"), tr("Ctrl+Shift+D"), &SessionPage::watchNode);
-    m_trendAction = add(tr("Show in &Trend"), tr("Ctrl+Shift+T"), &SessionPage::trendNode);
-    m_callAction = add(tr("&Call..."), tr("Ctrl+Shift+M"), &SessionPage::callNode);
+    m_watchAction = add(Qt::CTRL | Qt::SHIFT | Qt::Key_D, &SessionPage::watchNode);
+    m_trendAction = add(Qt::CTRL | Qt::SHIFT | Qt::Key_T, &SessionPage::trendNode);
+    m_callAction = add(Qt::CTRL | Qt::SHIFT | Qt::Key_M, &SessionPage::callNode);
     followNode({});
 }
 
@@ -427,8 +439,8 @@ void SessionPage::useOtherUrl()
 void SessionPage::askLogin()
 {
     m_setting.setUserTokenType(OpcUa_UserTokenType_UserName);
-    auto* dialog =
-        new LoginDialog(LoginDialog::NameAndPassword, tr("User of %1").arg(title()), this);
+    const auto what = [this] { return tr("User of %1").arg(title()); };
+    auto* dialog = new LoginDialog(LoginDialog::NameAndPassword, what, this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setUserName(m_setting.userName());
     connect(dialog, &QDialog::accepted, this, [this, dialog] {
@@ -454,10 +466,12 @@ void SessionPage::askCertificate(const QvelCertificateQuestion& question)
 
 void SessionPage::askKeyPassword(const QvelPasswordQuestion& question)
 {
-    const QString what = question.isRepeated
-                             ? tr("This password does not open the key %1. Try again.")
-                             : tr("The key %1 is locked by a password.");
-    auto* dialog = new LoginDialog(LoginDialog::PasswordOnly, what.arg(question.file), this);
+    const auto what = [question] {
+        return (question.isRepeated ? tr("This password does not open the key %1. Try again.")
+                                    : tr("The key %1 is locked by a password."))
+            .arg(question.file);
+    };
+    auto* dialog = new LoginDialog(LoginDialog::PasswordOnly, what, this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     connect(dialog, &QDialog::accepted, m_session,
             [this, dialog] { m_session->answerPassword(dialog->password()); });
@@ -478,9 +492,7 @@ void SessionPage::tellFailure(const QvelSessionError& error)
 
 void SessionPage::tellState(QvelSession::State state)
 {
-    const QvelSessionError error = m_session->lastError();
     if (state == QvelSession::Connected) {
-        m_bar->hide();
         if (m_setting.serverName().isEmpty())
             m_setting.setServerName(nameOfServer());
         m_host.log().append(tr("%1: connected to %2, %3")
@@ -490,6 +502,17 @@ void SessionPage::tellState(QvelSession::State state)
                                          : m_session->setting().shortName()));
         if (!std::exchange(m_hasLasted, true) && m_space->currentNode() == UaExpandedNodeId())
             showObjects();
+    }
+    showState();
+}
+
+// In the language of the window.
+void SessionPage::showState()
+{
+    const QvelSession::State state = m_session->state();
+    const QvelSessionError error = m_session->lastError();
+    if (state == QvelSession::Connected) {
+        m_bar->hide();
     } else if (state == QvelSession::Disconnected) {
         if (!error.isNull())
             m_bar->text->setText(failureText(error));

@@ -56,8 +56,7 @@ Q_SIGNALS:
 
 private:
     QString nameOfServer() const;
-    QDockWidget* addDock(const char* name, const QString& title, QWidget* widget,
-                         Qt::DockWidgetArea area);
+    QDockWidget* addDock(const char* name, QWidget* widget, Qt::DockWidgetArea area);
     void createViews();
     void createActions();
     void arrange();
@@ -76,6 +75,8 @@ private:
     void askKeyPassword(const QvelPasswordQuestion& question);
     void tellFailure(const QvelSessionError& error);
     void tellState(QvelSession::State state);
+    void showState();
+    void retranslate();
     void useOtherUrl();
 
     Host& m_host;

@@ -1,6 +1,7 @@
 #include "valuespage.h"
 
 #include "host.h"
+#include "language.h"
 #include "outputfield.h"
 
 #include <Kestrel/QvelDialogWidgetExpandedNodeId>
@@ -83,6 +84,13 @@ EditorHandle createInline(Shape shape, Host&, QWidget*)
         return handleOf(new Editor(flags));
 }
 
+QPushButton* openButton()
+{
+    auto* open = new QPushButton;
+    Language::follow(open, [open] { open->setText(ValuesPage::tr("Open...")); });
+    return open;
+}
+
 // Dialogs and edit fields have no frame to hide.
 template <class Editor>
 EditorHandle createDialog(Shape shape, Host&, QWidget* parent)
@@ -93,7 +101,7 @@ EditorHandle createDialog(Shape shape, Host&, QWidget* parent)
         shape == Shape::ReadOnly ? QvelDialogWidgetBase::ReadOnly : QvelDialogWidgetBase::NoFlags,
         parent));
     auto* dialog = static_cast<Editor*>(handle.editor);
-    auto* open = new QPushButton(ValuesPage::tr("Open..."));
+    auto* open = openButton();
     QObject::connect(open, &QPushButton::clicked, dialog, [open, dialog] {
         dialog->move(open->mapToGlobal(QPoint(0, open->height())));
         dialog->show();
@@ -195,12 +203,11 @@ QString shapeName(Shape shape)
 
 } // namespace
 
-EditorWatch::EditorWatch(const EditorHandle& handle, const QString& name, QGridLayout* grid,
-                         int row, int column, QObject* parent)
-    : QObject(parent), m_handle(handle), m_value(new OutputField(tr("%1: value").arg(name))),
-      m_ok(new QLabel), m_signals(new OutputField(tr("%1: last signals").arg(name)))
+EditorWatch::EditorWatch(const EditorHandle& handle, const std::function<QString()>& name,
+                         QGridLayout* grid, int row, int column, QObject* parent)
+    : QObject(parent), m_handle(handle), m_value(new OutputField), m_ok(new QLabel),
+      m_signals(new OutputField)
 {
-    m_ok->setAccessibleName(tr("%1: validity").arg(name));
     grid->addWidget(m_value, row, column);
     grid->addWidget(m_ok, row, column + 1);
     grid->addWidget(m_signals, row, column + 2);
@@ -212,7 +219,13 @@ EditorWatch::EditorWatch(const EditorHandle& handle, const QString& name, QGridL
         if (meta->method(i).methodType() == QMetaMethod::Signal)
             connect(handle.editor, meta->method(i), this, slot);
     }
-    refresh();
+    Language::follow(handle.shown, [this, name] {
+        m_handle.shown->setAccessibleName(name());
+        m_value->setAccessibleName(tr("%1: value").arg(name()));
+        m_ok->setAccessibleName(tr("%1: validity").arg(name()));
+        m_signals->setAccessibleName(tr("%1: last signals").arg(name()));
+        refresh();
+    });
 }
 
 void EditorWatch::refresh()
@@ -241,10 +254,11 @@ ValuesPage::ValuesPage(Host& host, QWidget* parent)
     : QWidget(parent), m_host(host), m_grid(new QGridLayout)
 {
     enum Column { ShapeColumn, EditorColumn, ValueColumn, OkColumn, SignalsColumn, ColumnCount };
-    const QStringList titles = {QString(), tr("Editor"), tr("Value"), QString(),
-                                tr("Last signals")};
-    for (int i = 0; i < titles.size(); ++i)
-        m_grid->addWidget(new QLabel(titles.at(i)), 0, i);
+    const std::pair<Column, const char*> titles[] = {{EditorColumn, QT_TR_NOOP("Editor")},
+                                                     {ValueColumn, QT_TR_NOOP("Value")},
+                                                     {SignalsColumn, QT_TR_NOOP("Last signals")}};
+    for (const auto& [column, text] : titles)
+        addLabel(0, column, [title = text] { return tr(title); });
     m_grid->setColumnStretch(EditorColumn, 3);
     m_grid->setColumnStretch(ValueColumn, 2);
     m_grid->setColumnStretch(SignalsColumn, 2);
@@ -262,10 +276,9 @@ ValuesPage::ValuesPage(Host& host, QWidget* parent)
             if (!handle.editor)
                 continue;
             const int row = m_grid->rowCount();
-            const QString title = tr("%1, %2").arg(name, shapeName(shape));
+            const auto title = [name, shape] { return tr("%1, %2").arg(name, shapeName(shape)); };
             handle.setValue(entry.example);
-            handle.shown->setAccessibleName(title);
-            m_grid->addWidget(new QLabel(shapeName(shape)), row, ShapeColumn);
+            addLabel(row, ShapeColumn, [shape] { return shapeName(shape); });
             m_grid->addWidget(handle.shown, row, EditorColumn);
             auto* watch = new EditorWatch(handle, title, m_grid, row, ValueColumn, this);
             if (shape == Shape::Normal) {
@@ -296,10 +309,17 @@ ValuesPage::ValuesPage(Host& host, QWidget* parent)
     scroll->setWidget(content);
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
-    scroll->setAccessibleName(tr("Value editors"));
+    Language::follow(scroll, [scroll] { scroll->setAccessibleName(tr("Value editors")); });
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins({});
     layout->addWidget(scroll);
+}
+
+void ValuesPage::addLabel(int row, int column, const std::function<QString()>& text)
+{
+    auto* label = new QLabel;
+    Language::follow(label, [label, text] { label->setText(text()); });
+    m_grid->addWidget(label, row, column);
 }
 
 // A field remembers the name of a file whether or not it could write it, so we look.

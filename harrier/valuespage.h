@@ -27,8 +27,8 @@ class EditorWatch : public QObject
 {
     Q_OBJECT
 public:
-    EditorWatch(const EditorHandle& handle, const QString& name, QGridLayout* grid, int row,
-                int column, QObject* parent);
+    EditorWatch(const EditorHandle& handle, const std::function<QString()>& name, QGridLayout* grid,
+                int row, int column, QObject* parent);
 
     /// Reads the value afresh.
     void refresh();
@@ -57,6 +57,7 @@ public:
     explicit ValuesPage(Host& host, QWidget* parent = nullptr);
 
 private:
+    void addLabel(int row, int column, const std::function<QString()>& text);
     void checkSavedFile(const QString& key, const QString& file);
 
     Host& m_host;

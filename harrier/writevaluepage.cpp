@@ -1,5 +1,7 @@
 #include "writevaluepage.h"
 
+#include "language.h"
+
 #include <Kestrel/QvelEditWidgetArray>
 #include <Kestrel/QvelEnumInfo>
 #include <Kestrel/QvelWidgetVariant>
@@ -127,24 +129,26 @@ WriteValuePage::WriteValuePage(QWidget* parent)
       m_variant(new QvelWidgetVariant), m_type(new QLabel), m_ok(new QLabel),
       m_text(new QPlainTextEdit)
 {
-    m_examples->setAccessibleName(tr("Examples"));
-    for (const Example& example : examples)
-        m_examples->addItem(tr(example.title));
+    for (std::size_t i = 0; i < std::size(examples); ++i)
+        m_examples->addItem(QString());
     m_text->setReadOnly(true);
-    m_text->setAccessibleName(tr("Full text"));
-    m_ok->setAccessibleName(tr("Validity"));
 
     auto* placeLayout = new QVBoxLayout(m_place);
     placeLayout->setContentsMargins({});
     placeLayout->addWidget(m_variant);
 
-    auto* editor = new QGroupBox(tr("Value to write"));
+    auto* editor = new QGroupBox;
     (new QVBoxLayout(editor))->addWidget(m_place);
-    auto* result = new QGroupBox(tr("Result"));
+    auto* result = new QGroupBox;
     auto* form = new QFormLayout(result);
-    form->addRow(tr("Type:"), m_type);
-    form->addRow(tr("Valid:"), m_ok);
-    form->addRow(tr("Text:"), m_text);
+    const std::pair<const char*, QWidget*> rows[] = {
+        {QT_TR_NOOP("Type:"), m_type}, {QT_TR_NOOP("Valid:"), m_ok}, {QT_TR_NOOP("Text:"), m_text}};
+    for (const auto& [text, field] : rows) {
+        auto* label = new QLabel;
+        label->setBuddy(field);
+        Language::follow(label, [label, title = text] { label->setText(tr(title)); });
+        form->addRow(label, field);
+    }
 
     auto* right = new QVBoxLayout;
     right->addWidget(editor);
@@ -156,6 +160,16 @@ WriteValuePage::WriteValuePage(QWidget* parent)
     connect(m_variant, &QvelWidgetVariant::valueChanged, this, &WriteValuePage::showValue);
     connect(m_examples, &QListWidget::currentRowChanged, this, &WriteValuePage::showExample);
     m_examples->setCurrentRow(0);
+    Language::follow(this, [=] {
+        m_examples->setAccessibleName(tr("Examples"));
+        for (int i = 0; i < m_examples->count(); ++i)
+            m_examples->item(i)->setText(tr(examples[i].title));
+        m_text->setAccessibleName(tr("Full text"));
+        m_ok->setAccessibleName(tr("Validity"));
+        editor->setTitle(tr("Value to write"));
+        result->setTitle(tr("Result"));
+        showValue();
+    });
 }
 
 void WriteValuePage::showExample(int index)

@@ -5,27 +5,31 @@
     <name>ArgumentsModel</name>
     <message>
         <source>Argument %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Argument %1</translation>
     </message>
     <message>
         <source>Not taken. %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Nicht übernommen. %1</translation>
     </message>
     <message>
         <source>Argument</source>
-        <translation type="unfinished"></translation>
+        <translation>Argument</translation>
     </message>
     <message>
         <source>Data Type</source>
-        <translation type="unfinished"></translation>
+        <translation>Datentyp</translation>
     </message>
     <message>
         <source>Value</source>
-        <translation type="unfinished"></translation>
+        <translation>Wert</translation>
     </message>
     <message>
         <source>Status</source>
-        <translation type="unfinished"></translation>
+        <translation>Status</translation>
+    </message>
+    <message>
+        <source>%1, not %2</source>
+        <translation>%1 statt %2</translation>
     </message>
 </context>
 <context>
@@ -44,7 +48,7 @@
     </message>
     <message>
         <source>Refresh</source>
-        <translation type="unfinished"></translation>
+        <translation type="unfinished">Aktualisieren</translation>
     </message>
     <message>
         <source>...</source>
@@ -100,25 +104,18 @@
     </message>
 </context>
 <context>
-    <name>CsvRecorder</name>
-    <message>
-        <source>The disk does not keep up with the values</source>
-        <translation type="unfinished"></translation>
-    </message>
-</context>
-<context>
     <name>DataViewTable</name>
     <message>
         <source>The clipboard holds no NodeIds.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Zwischenablage enthält keine NodeIds.</translation>
     </message>
     <message>
         <source>Drop variables here, paste NodeIds, or type one above.</source>
-        <translation type="unfinished"></translation>
+        <translation>Ziehen Sie Variablen hierher, fügen Sie NodeIds ein, oder tippen Sie oben eine.</translation>
     </message>
     <message>
         <source>Nothing was added.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es wurde nichts hinzugefügt.</translation>
     </message>
 </context>
 <context>
@@ -216,7 +213,7 @@
     </message>
     <message>
         <source>Anonymous</source>
-        <translation type="unfinished"></translation>
+        <translation type="unfinished">Anonym</translation>
     </message>
     <message>
         <source>Log on to the server using username / password authentication</source>
@@ -446,11 +443,11 @@ p, li { white-space: pre-wrap; }
     <name>NodeSearch</name>
     <message>
         <source>Cancelled.</source>
-        <translation type="unfinished"></translation>
+        <translation>Abgebrochen.</translation>
     </message>
     <message>
         <source>That is enough: there may be more.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das genügt: Es kann mehr geben.</translation>
     </message>
 </context>
 <context>
@@ -464,339 +461,351 @@ p, li { white-space: pre-wrap; }
     <name>QvelAddressSpaceModel</name>
     <message>
         <source>The session is not connected.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Sitzung ist nicht verbunden.</translation>
     </message>
     <message>
         <source>The node is on another server.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Knoten liegt auf einem anderen Server.</translation>
     </message>
     <message>
         <source>The server no longer has the namespace %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Server hat den Namensraum %1 nicht mehr.</translation>
     </message>
     <message>
         <source>Loading...</source>
-        <translation type="unfinished"></translation>
+        <translation>Wird geladen ...</translation>
     </message>
     <message>
         <source>%1 children came before that.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 Unterknoten kamen vorher an.</translation>
     </message>
     <message>
         <source>No hierarchical reference leads from %1 to %2.</source>
-        <translation type="unfinished"></translation>
+        <translation>Keine hierarchische Referenz führt von %1 zu %2.</translation>
     </message>
     <message>
         <source>The tree begins at another node.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Baum beginnt bei einem anderen Knoten.</translation>
     </message>
     <message>
         <source>There is no %1 below %2.</source>
-        <translation type="unfinished"></translation>
+        <translation>Unter %2 gibt es kein %1.</translation>
     </message>
     <message>
         <source>%1 is no NodeId and no browse path; one looks like i=85, nsu=urn:plant;s=Pump or /Objects/2:Plant.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 ist keine NodeId und kein BrowsePath; so sehen sie aus: i=85, nsu=urn:plant;s=Pump oder /Objects/2:Plant.</translation>
     </message>
     <message>
         <source>Name</source>
-        <translation type="unfinished"></translation>
+        <translation>Name</translation>
     </message>
     <message>
         <source>Browse Name</source>
-        <translation type="unfinished"></translation>
+        <translation>BrowseName</translation>
     </message>
     <message>
         <source>NodeId</source>
-        <translation type="unfinished"></translation>
+        <translation>NodeId</translation>
     </message>
     <message>
         <source>Class</source>
-        <translation type="unfinished"></translation>
+        <translation>Klasse</translation>
     </message>
     <message>
         <source>Type</source>
-        <translation type="unfinished"></translation>
+        <translation>Typ</translation>
     </message>
     <message>
         <source>Object</source>
-        <translation type="unfinished"></translation>
+        <translation>Object</translation>
     </message>
     <message>
         <source>Variable</source>
-        <translation type="unfinished"></translation>
+        <translation>Variable</translation>
     </message>
     <message>
         <source>Method</source>
-        <translation type="unfinished"></translation>
+        <translation>Method</translation>
     </message>
     <message>
         <source>ObjectType</source>
-        <translation type="unfinished"></translation>
+        <translation>ObjectType</translation>
     </message>
     <message>
         <source>VariableType</source>
-        <translation type="unfinished"></translation>
+        <translation>VariableType</translation>
     </message>
     <message>
         <source>ReferenceType</source>
-        <translation type="unfinished"></translation>
+        <translation>ReferenceType</translation>
     </message>
     <message>
         <source>DataType</source>
-        <translation type="unfinished"></translation>
+        <translation>DataType</translation>
     </message>
     <message>
         <source>View</source>
-        <translation type="unfinished"></translation>
+        <translation>View</translation>
     </message>
 </context>
 <context>
     <name>QvelAddressSpaceWidget</name>
     <message>
         <source>Columns</source>
-        <translation type="unfinished"></translation>
+        <translation>Spalten</translation>
     </message>
     <message>
         <source>Back</source>
-        <translation type="unfinished"></translation>
+        <translation>Zurück</translation>
     </message>
     <message>
         <source>Forward</source>
-        <translation type="unfinished"></translation>
+        <translation>Vorwärts</translation>
     </message>
     <message>
         <source>Refresh</source>
-        <translation type="unfinished"></translation>
+        <translation>Aktualisieren</translation>
     </message>
     <message>
         <source>Next Hit</source>
-        <translation type="unfinished"></translation>
+        <translation>Nächster Treffer</translation>
     </message>
     <message>
         <source>Previous Hit</source>
-        <translation type="unfinished"></translation>
+        <translation>Voriger Treffer</translation>
     </message>
     <message>
         <source>Cancel</source>
-        <translation type="unfinished"></translation>
+        <translation>Abbrechen</translation>
     </message>
     <message>
         <source>Find</source>
-        <translation type="unfinished"></translation>
+        <translation>Suchen</translation>
     </message>
     <message>
         <source>Copy NodeId</source>
-        <translation type="unfinished"></translation>
+        <translation>NodeId kopieren</translation>
     </message>
     <message>
         <source>Copy NodeId with Namespace URI</source>
-        <translation type="unfinished"></translation>
+        <translation>NodeId mit Namensraum-URI kopieren</translation>
     </message>
     <message>
         <source>Copy Browse Path</source>
-        <translation type="unfinished"></translation>
+        <translation>BrowsePath kopieren</translation>
     </message>
     <message>
         <source>Copy Name</source>
-        <translation type="unfinished"></translation>
+        <translation>Namen kopieren</translation>
     </message>
     <message>
         <source>Find a name, or go to a NodeId or browse path</source>
-        <translation type="unfinished"></translation>
+        <translation>Namen suchen, oder NodeId oder BrowsePath aufsuchen</translation>
     </message>
     <message>
         <source>Find or go to</source>
-        <translation type="unfinished"></translation>
+        <translation>Suchen oder aufsuchen</translation>
     </message>
     <message>
         <source>Address space</source>
-        <translation type="unfinished"></translation>
+        <translation>Adressraum</translation>
     </message>
     <message>
         <source>Looking for &quot;%1&quot; in %2 nodes: %3 found</source>
         <comment>2 and 3 are numbers</comment>
-        <translation type="unfinished"></translation>
+        <translation>Suche „%1“ in %2 Knoten: %3 gefunden</translation>
     </message>
     <message>
         <source>&quot;%1&quot; was not found in %2 nodes</source>
-        <translation type="unfinished"></translation>
+        <translation>„%1“ wurde in %2 Knoten nicht gefunden</translation>
     </message>
     <message>
         <source>&quot;%1&quot;: %2 of %3 hits in %4 nodes</source>
-        <translation type="unfinished"></translation>
+        <translation>„%1“: %2 von %3 Treffern in %4 Knoten</translation>
     </message>
 </context>
 <context>
     <name>QvelAttributesModel</name>
     <message>
         <source>%1 to %2</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 bis %2</translation>
     </message>
     <message>
         <source>Writing ...</source>
-        <translation type="unfinished"></translation>
+        <translation>Wird geschrieben ...</translation>
     </message>
     <message>
         <source>Good: The server has taken the value.</source>
-        <translation type="unfinished"></translation>
+        <translation>Good: Der Server hat den Wert übernommen.</translation>
     </message>
     <message>
         <source>Not sent. %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Nicht gesendet. %1</translation>
     </message>
     <message>
         <source>Attribute</source>
-        <translation type="unfinished"></translation>
+        <translation>Attribut</translation>
     </message>
     <message>
         <source>Value</source>
-        <translation type="unfinished"></translation>
+        <translation>Wert</translation>
     </message>
     <message>
         <source>Status</source>
-        <translation type="unfinished"></translation>
+        <translation>Status</translation>
     </message>
     <message>
         <source>Last Write</source>
-        <translation type="unfinished"></translation>
+        <translation>Letztes Schreiben</translation>
+    </message>
+    <message>
+        <source>The value is %1, but %2 is declared.</source>
+        <translation>Der Wert ist %1, deklariert ist aber %2.</translation>
+    </message>
+    <message>
+        <source>An edit sends %1.</source>
+        <translation>Beim Bearbeiten wird %1 gesendet.</translation>
+    </message>
+    <message>
+        <source>%1, but %2</source>
+        <translation>%1, aber %2</translation>
     </message>
 </context>
 <context>
     <name>QvelAttributesWidget</name>
     <message>
         <source>Attributes</source>
-        <translation type="unfinished"></translation>
+        <translation>Attribute</translation>
     </message>
     <message>
         <source>Select a node to see its attributes.</source>
-        <translation type="unfinished"></translation>
+        <translation>Wählen Sie einen Knoten aus, um seine Attribute zu sehen.</translation>
     </message>
     <message>
         <source>&amp;Edit Value</source>
-        <translation type="unfinished"></translation>
+        <translation>Wert &amp;bearbeiten</translation>
     </message>
     <message>
         <source>&amp;Copy Value</source>
-        <translation type="unfinished"></translation>
+        <translation>Wert &amp;kopieren</translation>
     </message>
     <message>
         <source>&amp;Refresh</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Aktualisieren</translation>
     </message>
 </context>
 <context>
     <name>QvelCallDialog</name>
     <message>
         <source>Call</source>
-        <translation type="unfinished"></translation>
+        <translation>Aufruf</translation>
     </message>
     <message>
         <source>Call %1</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 aufrufen</translation>
     </message>
 </context>
 <context>
     <name>QvelCallWidget</name>
     <message>
         <source>Input arguments</source>
-        <translation type="unfinished"></translation>
+        <translation>Eingangsargumente</translation>
     </message>
     <message>
         <source>Output arguments</source>
-        <translation type="unfinished"></translation>
+        <translation>Ausgangsargumente</translation>
     </message>
     <message>
         <source>C&amp;all</source>
-        <translation type="unfinished"></translation>
+        <translation>Auf&amp;rufen</translation>
     </message>
     <message>
         <source>Ca&amp;ncel Call</source>
-        <translation type="unfinished"></translation>
+        <translation>Aufruf a&amp;bbrechen</translation>
     </message>
     <message>
         <source>Earlier calls</source>
-        <translation type="unfinished"></translation>
+        <translation>Frühere Aufrufe</translation>
     </message>
     <message>
         <source>Result</source>
-        <translation type="unfinished"></translation>
+        <translation>Ergebnis</translation>
     </message>
     <message>
         <source>Call the method (%1)</source>
-        <translation type="unfinished"></translation>
+        <translation>Methode aufrufen (%1)</translation>
     </message>
     <message>
         <source>&amp;Input arguments:</source>
-        <translation type="unfinished"></translation>
+        <translation>E&amp;ingangsargumente:</translation>
     </message>
     <message>
         <source>&amp;Earlier calls:</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Frühere Aufrufe:</translation>
     </message>
     <message>
         <source>&amp;Output arguments:</source>
-        <translation type="unfinished"></translation>
+        <translation>A&amp;usgangsargumente:</translation>
     </message>
     <message>
         <source>The method cannot be called now.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Methode kann jetzt nicht aufgerufen werden.</translation>
     </message>
     <message>
         <source>This user may not call the method.</source>
-        <translation type="unfinished"></translation>
+        <translation>Dieser Benutzer darf die Methode nicht aufrufen.</translation>
     </message>
     <message>
         <source>The arguments cannot be read. %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Argumente können nicht gelesen werden. %1</translation>
     </message>
     <message>
         <source>This method takes no arguments.</source>
-        <translation type="unfinished"></translation>
+        <translation>Diese Methode nimmt keine Argumente.</translation>
     </message>
     <message>
         <source>This method gives nothing back.</source>
-        <translation type="unfinished"></translation>
+        <translation>Diese Methode gibt nichts zurück.</translation>
     </message>
     <message>
         <source>The server&apos;s description of the arguments cannot be read.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Beschreibung der Argumente vom Server kann nicht gelesen werden.</translation>
     </message>
     <message>
         <source>Good, no outputs</source>
-        <translation type="unfinished"></translation>
+        <translation>Good, keine Ausgaben</translation>
     </message>
     <message>
         <source>None yet</source>
-        <translation type="unfinished"></translation>
+        <translation>Noch keine</translation>
     </message>
     <message>
         <source>Choose one to fill in its arguments</source>
-        <translation type="unfinished"></translation>
+        <translation>Einen wählen, um seine Argumente einzutragen</translation>
     </message>
     <message>
         <source>There is no connection to the server.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es besteht keine Verbindung zum Server.</translation>
     </message>
     <message>
         <source>Select a method.</source>
-        <translation type="unfinished"></translation>
+        <translation>Wählen Sie eine Methode aus.</translation>
     </message>
     <message>
         <source>Reading the arguments ...</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Argumente werden gelesen ...</translation>
     </message>
     <message>
         <source>Not called: an argument is not valid, see there.</source>
-        <translation type="unfinished"></translation>
+        <translation>Nicht aufgerufen: Ein Argument ist ungültig, siehe dort.</translation>
     </message>
     <message>
         <source>Calling ...</source>
-        <translation type="unfinished"></translation>
+        <translation>Wird aufgerufen ...</translation>
     </message>
     <message>
         <source>Cancelled. Whether the server has carried it out is not known.</source>
-        <translation type="unfinished"></translation>
+        <translation>Abgebrochen. Ob der Server den Aufruf ausgeführt hat, ist nicht bekannt.</translation>
     </message>
 </context>
 <context>
@@ -866,11 +875,11 @@ p, li { white-space: pre-wrap; }
     </message>
     <message>
         <source>Status</source>
-        <translation type="unfinished"></translation>
+        <translation type="unfinished">Status</translation>
     </message>
     <message>
         <source>Name</source>
-        <translation type="unfinished"></translation>
+        <translation type="unfinished">Name</translation>
     </message>
     <message>
         <source>Valid From</source>
@@ -1000,254 +1009,266 @@ p, li { white-space: pre-wrap; }
     <name>QvelDataViewModel</name>
     <message>
         <source>Nothing was sent.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es wurde nichts gesendet.</translation>
     </message>
     <message>
         <source>Writing...</source>
-        <translation type="unfinished"></translation>
+        <translation>Wird geschrieben ...</translation>
     </message>
     <message>
         <source>Name</source>
-        <translation type="unfinished"></translation>
+        <translation>Name</translation>
     </message>
     <message>
         <source>NodeId</source>
-        <translation type="unfinished"></translation>
+        <translation>NodeId</translation>
     </message>
     <message>
         <source>Value</source>
-        <translation type="unfinished"></translation>
+        <translation>Wert</translation>
     </message>
     <message>
         <source>Data type</source>
-        <translation type="unfinished"></translation>
+        <translation>Datentyp</translation>
     </message>
     <message>
         <source>Source time (UTC)</source>
-        <translation type="unfinished"></translation>
+        <translation>Quellzeit (UTC)</translation>
     </message>
     <message>
         <source>When the source took the value; the date is left out where it is today</source>
-        <translation type="unfinished"></translation>
+        <translation>Wann die Quelle den Wert erfasst hat; ohne Datum, wenn es heute war</translation>
     </message>
     <message>
         <source>Server time (UTC)</source>
-        <translation type="unfinished"></translation>
+        <translation>Serverzeit (UTC)</translation>
     </message>
     <message>
         <source>When the server got the value; the date is left out where it is today</source>
-        <translation type="unfinished"></translation>
+        <translation>Wann der Server den Wert bekommen hat; ohne Datum, wenn es heute war</translation>
     </message>
     <message>
         <source>Status</source>
-        <translation type="unfinished"></translation>
+        <translation>Status</translation>
     </message>
     <message>
         <source>Sampling</source>
-        <translation type="unfinished"></translation>
+        <translation>Abtastung</translation>
     </message>
     <message>
         <source>Milliseconds between two looks of the server at the variable; -1 for the publishing interval, 0 for as fast as it can</source>
-        <translation type="unfinished"></translation>
+        <translation>Millisekunden zwischen zwei Abtastungen der Variablen durch den Server; -1 für das Publishing-Intervall, 0 für so schnell wie möglich</translation>
     </message>
     <message>
         <source>Revised sampling</source>
-        <translation type="unfinished"></translation>
+        <translation>Gewährte Abtastung</translation>
     </message>
     <message>
         <source>The sampling interval that the server keeps</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Abtastintervall, das der Server einhält</translation>
     </message>
     <message>
         <source>Publishing</source>
-        <translation type="unfinished"></translation>
+        <translation>Publishing</translation>
     </message>
     <message>
         <source>Milliseconds between two notifications</source>
-        <translation type="unfinished"></translation>
+        <translation>Millisekunden zwischen zwei Benachrichtigungen</translation>
     </message>
     <message>
         <source>Revised publishing</source>
-        <translation type="unfinished"></translation>
+        <translation>Gewährtes Publishing</translation>
     </message>
     <message>
         <source>The publishing interval that the server keeps</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Publishing-Intervall, das der Server einhält</translation>
     </message>
     <message>
         <source>Queue size</source>
-        <translation type="unfinished"></translation>
+        <translation>Queue-Größe</translation>
     </message>
     <message>
         <source>Values that the server keeps for a notification</source>
-        <translation type="unfinished"></translation>
+        <translation>Werte, die der Server für eine Benachrichtigung aufhebt</translation>
     </message>
     <message>
         <source>Revised queue</source>
-        <translation type="unfinished"></translation>
+        <translation>Gewährte Queue</translation>
     </message>
     <message>
         <source>The queue size that the server has</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Queue-Größe, die der Server hat</translation>
     </message>
     <message>
         <source>Overflows</source>
-        <translation type="unfinished"></translation>
+        <translation>Überläufe</translation>
     </message>
     <message>
         <source>How often the server dropped values because its queue was too short</source>
-        <translation type="unfinished"></translation>
+        <translation>Wie oft der Server Werte verworfen hat, weil seine Queue zu kurz war</translation>
     </message>
     <message>
         <source>Gaps</source>
-        <translation type="unfinished"></translation>
+        <translation>Lücken</translation>
     </message>
     <message>
         <source>How often notifications were lost, such as with the connection</source>
-        <translation type="unfinished"></translation>
+        <translation>Wie oft Benachrichtigungen verloren gingen, etwa mit der Verbindung</translation>
     </message>
     <message>
         <source>Last write</source>
-        <translation type="unfinished"></translation>
+        <translation>Letztes Schreiben</translation>
     </message>
     <message>
         <source>The server&apos;s answer to the last value written</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Antwort des Servers auf den zuletzt geschriebenen Wert</translation>
     </message>
     <message>
         <source>%1 nodes were not added: a list holds %2.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 Knoten wurden nicht hinzugefügt: Eine Liste fasst %2.</translation>
     </message>
     <message>
         <source>This is in the list already.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das steht schon in der Liste.</translation>
     </message>
     <message>
-        <source>&quot;%1&quot; is no %2.</source>
-        <translation type="unfinished"></translation>
+        <source>The disk does not keep up with the values</source>
+        <translation>Das Laufwerk kommt mit den Werten nicht mit</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is no sampling.</source>
+        <translation>„%1“ ist kein Abtastintervall.</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is no publishing.</source>
+        <translation>„%1“ ist kein Publishing-Intervall.</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is no queue size.</source>
+        <translation>„%1“ ist keine Queue-Größe.</translation>
     </message>
 </context>
 <context>
     <name>QvelDataViewWidget</name>
     <message>
         <source>NodeId, such as nsu=urn:plant;s=Pump</source>
-        <translation type="unfinished"></translation>
+        <translation>NodeId, etwa nsu=urn:plant;s=Pump</translation>
     </message>
     <message>
         <source>NodeId of a variable to add</source>
-        <translation type="unfinished"></translation>
+        <translation>NodeId einer Variablen, die hinzukommt</translation>
     </message>
     <message>
         <source>Add</source>
-        <translation type="unfinished"></translation>
+        <translation>Hinzufügen</translation>
     </message>
     <message>
         <source>Add this variable to the list</source>
-        <translation type="unfinished"></translation>
+        <translation>Diese Variable zur Liste hinzufügen</translation>
     </message>
     <message>
         <source>Pause</source>
-        <translation type="unfinished"></translation>
+        <translation>Anhalten</translation>
     </message>
     <message>
         <source>Let what is shown stand still; a recording goes on</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Anzeige anhalten; eine Aufzeichnung läuft weiter</translation>
     </message>
     <message>
         <source>Record...</source>
-        <translation type="unfinished"></translation>
+        <translation>Aufzeichnen...</translation>
     </message>
     <message>
         <source>Write each value to a CSV file as it comes</source>
-        <translation type="unfinished"></translation>
+        <translation>Jeden Wert bei seiner Ankunft in eine CSV-Datei schreiben</translation>
     </message>
     <message>
         <source>Remove</source>
-        <translation type="unfinished"></translation>
+        <translation>Entfernen</translation>
     </message>
     <message>
         <source>Remove the selected rows from the list (Del)</source>
-        <translation type="unfinished"></translation>
+        <translation>Die ausgewählten Zeilen aus der Liste entfernen (Entf)</translation>
     </message>
     <message>
         <source>Copy</source>
-        <translation type="unfinished"></translation>
+        <translation>Kopieren</translation>
     </message>
     <message>
         <source>Paste</source>
-        <translation type="unfinished"></translation>
+        <translation>Einfügen</translation>
     </message>
     <message>
         <source>Lists</source>
-        <translation type="unfinished"></translation>
+        <translation>Listen</translation>
     </message>
     <message>
         <source>New list</source>
-        <translation type="unfinished"></translation>
+        <translation>Neue Liste</translation>
     </message>
     <message>
         <source>List %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Liste %1</translation>
     </message>
     <message>
         <source>Values of %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Werte von %1</translation>
     </message>
     <message>
         <source>Name of the list</source>
-        <translation type="unfinished"></translation>
+        <translation>Name der Liste</translation>
     </message>
     <message>
         <source>&quot;%1&quot; is no NodeId. Examples: i=2258, ns=2;s=Pump, nsu=urn:plant;s=Pump</source>
-        <translation type="unfinished"></translation>
+        <translation>„%1“ ist keine NodeId. Beispiele: i=2258, ns=2;s=Pump, nsu=urn:plant;s=Pump</translation>
     </message>
     <message>
         <source>Record to a CSV file</source>
-        <translation type="unfinished"></translation>
+        <translation>In eine CSV-Datei aufzeichnen</translation>
     </message>
     <message>
         <source>CSV files (*.csv)</source>
-        <translation type="unfinished"></translation>
+        <translation>CSV-Dateien (*.csv)</translation>
     </message>
     <message>
         <source>All files (*)</source>
-        <translation type="unfinished"></translation>
+        <translation>Alle Dateien (*)</translation>
     </message>
     <message>
         <source>Recording stopped: %1. %2 lines are in %3</source>
-        <translation type="unfinished"></translation>
+        <translation>Aufzeichnung beendet: %1. %2 Zeilen sind in %3</translation>
     </message>
     <message>
         <source>Recording: %1 lines in %2</source>
-        <translation type="unfinished"></translation>
+        <translation>Aufzeichnung läuft: %1 Zeilen in %2</translation>
     </message>
     <message>
         <source>Recorded: %1 lines in %2</source>
-        <translation type="unfinished"></translation>
+        <translation>Aufgezeichnet: %1 Zeilen in %2</translation>
     </message>
     <message>
         <source>Stop recording</source>
-        <translation type="unfinished"></translation>
+        <translation>Aufzeichnung beenden</translation>
     </message>
     <message>
         <source>Rename</source>
-        <translation type="unfinished"></translation>
+        <translation>Umbenennen</translation>
     </message>
     <message>
         <source>Close</source>
-        <translation type="unfinished"></translation>
+        <translation>Schließen</translation>
     </message>
     <message>
         <source>Reopen closed list</source>
-        <translation type="unfinished"></translation>
+        <translation>Geschlossene Liste wieder öffnen</translation>
     </message>
     <message>
         <source>There are %1 lists, and no room for more.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es gibt %1 Listen, und keinen Platz für weitere.</translation>
     </message>
     <message>
         <source>The stored lists cannot be read; they are kept.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die gespeicherten Listen können nicht gelesen werden; sie bleiben erhalten.</translation>
     </message>
 </context>
 <context>
@@ -1513,7 +1534,7 @@ is currently not supported.</source>
     </message>
     <message>
         <source>Remove</source>
-        <translation type="unfinished"></translation>
+        <translation type="unfinished">Entfernen</translation>
     </message>
     <message>
         <source>Edit Discovery URL</source>
@@ -1562,7 +1583,7 @@ is currently not supported.</source>
     <name>QvelEditWidgetBase</name>
     <message>
         <source>Value</source>
-        <translation type="unfinished"></translation>
+        <translation type="unfinished">Wert</translation>
     </message>
     <message>
         <source>Edit value</source>
@@ -1698,336 +1719,388 @@ is currently not supported.</source>
     <name>QvelReferencesModel</name>
     <message>
         <source>%1 (inverse)</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 (invers)</translation>
     </message>
     <message>
         <source>From this node</source>
-        <translation type="unfinished"></translation>
+        <translation>Von diesem Knoten aus</translation>
     </message>
     <message>
         <source>To this node</source>
-        <translation type="unfinished"></translation>
+        <translation>Zu diesem Knoten hin</translation>
     </message>
     <message>
         <source>Reference</source>
-        <translation type="unfinished"></translation>
+        <translation>Referenz</translation>
     </message>
     <message>
         <source>Target</source>
-        <translation type="unfinished"></translation>
+        <translation>Ziel</translation>
     </message>
     <message>
         <source>NodeId</source>
-        <translation type="unfinished"></translation>
+        <translation>NodeId</translation>
     </message>
     <message>
         <source>Class</source>
-        <translation type="unfinished"></translation>
+        <translation>Klasse</translation>
     </message>
     <message>
         <source>Type</source>
-        <translation type="unfinished"></translation>
+        <translation>Typ</translation>
     </message>
 </context>
 <context>
     <name>QvelReferencesWidget</name>
     <message>
         <source>References</source>
-        <translation type="unfinished"></translation>
+        <translation>Referenzen</translation>
     </message>
     <message>
         <source>Copy NodeId</source>
-        <translation type="unfinished"></translation>
+        <translation>NodeId kopieren</translation>
     </message>
     <message>
         <source>Refresh</source>
-        <translation type="unfinished"></translation>
+        <translation>Aktualisieren</translation>
     </message>
 </context>
 <context>
     <name>QvelSession</name>
     <message>
         <source>Subscription %1 is lost, and made anew</source>
-        <translation type="unfinished"></translation>
+        <translation>Subscription %1 ist verloren und wird neu angelegt</translation>
     </message>
     <message>
         <source>Subscription %1: %2 messages are missing after number %3</source>
-        <translation type="unfinished"></translation>
+        <translation>Subscription %1: Nach Nummer %3 fehlen %2 Nachrichten</translation>
     </message>
     <message>
         <source>Look into the server&apos;s log.</source>
-        <translation type="unfinished"></translation>
+        <translation>Sehen Sie in das Protokoll des Servers.</translation>
     </message>
     <message>
         <source>Looking up the host</source>
-        <translation type="unfinished"></translation>
+        <translation>Suche des Rechners</translation>
     </message>
     <message>
         <source>Connecting</source>
-        <translation type="unfinished"></translation>
+        <translation>Verbindungsaufbau</translation>
     </message>
     <message>
         <source>Opening the secure channel</source>
-        <translation type="unfinished"></translation>
+        <translation>Öffnen des sicheren Kanals</translation>
     </message>
     <message>
         <source>Creating the session</source>
-        <translation type="unfinished"></translation>
+        <translation>Erzeugen der Sitzung</translation>
     </message>
     <message>
         <source>Activating the session</source>
-        <translation type="unfinished"></translation>
+        <translation>Aktivieren der Sitzung</translation>
     </message>
     <message>
         <source>Being connected</source>
-        <translation type="unfinished"></translation>
+        <translation>Die bestehende Verbindung</translation>
     </message>
     <message>
         <source>Preparing the connection</source>
-        <translation type="unfinished"></translation>
+        <translation>Vorbereiten der Verbindung</translation>
     </message>
     <message>
         <source>The server&apos;s random number is too short, or too long.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Zufallszahl des Servers ist zu kurz oder zu lang.</translation>
     </message>
     <message>
         <source>Answer the question in time.</source>
-        <translation type="unfinished"></translation>
+        <translation>Beantworten Sie die Frage rechtzeitig.</translation>
     </message>
     <message>
         <source>Preparing the identity</source>
-        <translation type="unfinished"></translation>
+        <translation>Vorbereiten der Anmeldung</translation>
     </message>
     <message>
         <source>The server offers no endpoint with this security: choose another policy or mode.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Server bietet keinen Endpunkt mit dieser Sicherheit an: Wählen Sie eine andere Richtlinie oder einen anderen Modus.</translation>
     </message>
     <message>
         <source>Make a certificate for this application: %1 holds none.</source>
-        <translation type="unfinished"></translation>
+        <translation>Erzeugen Sie ein Zertifikat für diese Anwendung: %1 enthält keines.</translation>
     </message>
     <message>
         <source>The private key of this application, %1, cannot be read.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der private Schlüssel dieser Anwendung, %1, kann nicht gelesen werden.</translation>
     </message>
     <message>
         <source>Certificate and private key of this application do not match: make both anew.</source>
-        <translation type="unfinished"></translation>
+        <translation>Zertifikat und privater Schlüssel dieser Anwendung passen nicht zusammen: Erzeugen Sie beide neu.</translation>
     </message>
     <message>
         <source>%1 holds no certificate of the user.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 enthält kein Zertifikat des Benutzers.</translation>
     </message>
     <message>
         <source>The user&apos;s private key, %1, cannot be read.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der private Schlüssel des Benutzers, %1, kann nicht gelesen werden.</translation>
     </message>
     <message>
         <source>The user&apos;s certificate and private key do not match.</source>
-        <translation type="unfinished"></translation>
+        <translation>Zertifikat und privater Schlüssel des Benutzers passen nicht zusammen.</translation>
     </message>
     <message>
         <source>Give the password of the private key.</source>
-        <translation type="unfinished"></translation>
+        <translation>Geben Sie das Passwort des privaten Schlüssels an.</translation>
     </message>
     <message>
         <source>Checking the server&apos;s certificate</source>
-        <translation type="unfinished"></translation>
+        <translation>Prüfen des Serverzertifikats</translation>
     </message>
     <message>
         <source>The policy takes RSA keys of %1 to %2 bits; the server&apos;s has %3, this application&apos;s %4.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Richtlinie erlaubt RSA-Schlüssel von %1 bis %2 Bit; der des Servers hat %3, der dieser Anwendung %4.</translation>
     </message>
     <message>
         <source>The rejected certificate cannot be filed: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Das abgelehnte Zertifikat kann nicht abgelegt werden: %1</translation>
     </message>
     <message>
         <source>Trust the server&apos;s certificate, if it is the right one.</source>
-        <translation type="unfinished"></translation>
+        <translation>Vertrauen Sie dem Zertifikat des Servers, wenn es das richtige ist.</translation>
     </message>
     <message>
         <source>The trusted certificate cannot be filed: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Das vertrauenswürdige Zertifikat kann nicht abgelegt werden: %1</translation>
     </message>
     <message>
         <source>The server gave no session.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Server hat keine Sitzung gegeben.</translation>
     </message>
     <message>
         <source>The session&apos;s certificate is not the one that the endpoint announced: someone may be in between.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Zertifikat der Sitzung ist nicht das, welches der Endpunkt angekündigt hat: Vielleicht ist jemand dazwischen.</translation>
     </message>
     <message>
         <source>The server&apos;s signature is wrong: someone may be in between.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Signatur des Servers ist falsch: Vielleicht ist jemand dazwischen.</translation>
     </message>
     <message>
         <source>The server&apos;s endpoints are not those that it announced: someone may be in between. Ask for them again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Endpunkte des Servers sind nicht die angekündigten: Vielleicht ist jemand dazwischen. Fragen Sie sie erneut ab.</translation>
     </message>
     <message>
         <source>The endpoint does not take this kind of identity.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Endpunkt nimmt diese Anmeldeart nicht an.</translation>
     </message>
     <message>
         <source>The identity&apos;s security policy is not supported.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Sicherheitsrichtlinie der Anmeldung wird nicht unterstützt.</translation>
     </message>
     <message>
         <source>The endpoint takes a user&apos;s certificate without security, which proves nothing: choose a secure one.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Endpunkt nimmt das Zertifikat eines Benutzers ohne Sicherheit an, was nichts beweist: Wählen Sie einen sicheren.</translation>
     </message>
     <message>
         <source>The password would travel in clear text: choose an endpoint that encrypts, or allow it explicitly.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Passwort würde im Klartext übertragen: Wählen Sie einen Endpunkt, der verschlüsselt, oder erlauben Sie es ausdrücklich.</translation>
     </message>
     <message>
         <source>The server gives no certificate to encrypt the password with.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Server gibt kein Zertifikat, mit dem das Passwort verschlüsselt werden könnte.</translation>
+    </message>
+    <message>
+        <source>Give a URL of the form opc.tcp://host:port.</source>
+        <translation>Geben Sie eine URL der Form opc.tcp://host:port an.</translation>
+    </message>
+    <message>
+        <source>Check the host&apos;s name and the network.</source>
+        <translation>Prüfen Sie den Rechnernamen und das Netzwerk.</translation>
+    </message>
+    <message>
+        <source>Check that the server runs, and its port.</source>
+        <translation>Prüfen Sie, ob der Server läuft, und seinen Port.</translation>
+    </message>
+    <message>
+        <source>The server closed the connection: look into its log. It may not trust this application&apos;s certificate.</source>
+        <translation>Der Server hat die Verbindung geschlossen: Sehen Sie in sein Protokoll. Vielleicht vertraut er dem Zertifikat dieser Anwendung nicht.</translation>
+    </message>
+    <message>
+        <source>Check that the server can be reached and is not overloaded, or allow it more time.</source>
+        <translation>Prüfen Sie, ob der Server erreichbar und nicht überlastet ist, oder lassen Sie ihm mehr Zeit.</translation>
+    </message>
+    <message>
+        <source>The server may not trust this application&apos;s certificate: trust it there, and connect again.</source>
+        <translation>Vielleicht vertraut der Server dem Zertifikat dieser Anwendung nicht: Vertrauen Sie ihm dort, und verbinden Sie sich erneut.</translation>
+    </message>
+    <message>
+        <source>Choose another security policy.</source>
+        <translation>Wählen Sie eine andere Sicherheitsrichtlinie.</translation>
+    </message>
+    <message>
+        <source>Choose another message security mode.</source>
+        <translation>Wählen Sie einen anderen Sicherheitsmodus.</translation>
+    </message>
+    <message>
+        <source>Trust the certificate, there where it was refused.</source>
+        <translation>Vertrauen Sie dem Zertifikat dort, wo es abgelehnt wurde.</translation>
+    </message>
+    <message>
+        <source>Check user name and password, or the user&apos;s certificate.</source>
+        <translation>Prüfen Sie Benutzername und Passwort oder das Zertifikat des Benutzers.</translation>
+    </message>
+    <message>
+        <source>Choose an identity that the server offers.</source>
+        <translation>Wählen Sie eine Anmeldeart, die der Server anbietet.</translation>
+    </message>
+    <message>
+        <source>Check user name and password, and what the user may do.</source>
+        <translation>Prüfen Sie Benutzername und Passwort, und was der Benutzer darf.</translation>
+    </message>
+    <message>
+        <source>Close another session of the server, or wait until one ends.</source>
+        <translation>Schließen Sie eine andere Sitzung des Servers, oder warten Sie, bis eine endet.</translation>
     </message>
 </context>
 <context>
     <name>QvelSessionWidget</name>
     <message>
         <source>Disconnected</source>
-        <translation type="unfinished"></translation>
+        <translation>Getrennt</translation>
     </message>
     <message>
         <source>Looking up the host</source>
-        <translation type="unfinished"></translation>
+        <translation>Rechner wird gesucht</translation>
     </message>
     <message>
         <source>Connecting</source>
-        <translation type="unfinished"></translation>
+        <translation>Verbindung wird aufgebaut</translation>
     </message>
     <message>
         <source>Opening the secure channel</source>
-        <translation type="unfinished"></translation>
+        <translation>Sicherer Kanal wird geöffnet</translation>
     </message>
     <message>
         <source>Creating the session</source>
-        <translation type="unfinished"></translation>
+        <translation>Sitzung wird erzeugt</translation>
     </message>
     <message>
         <source>Activating the session</source>
-        <translation type="unfinished"></translation>
+        <translation>Sitzung wird aktiviert</translation>
     </message>
     <message>
         <source>Connected</source>
-        <translation type="unfinished"></translation>
+        <translation>Verbunden</translation>
     </message>
     <message>
         <source>Waiting to reconnect</source>
-        <translation type="unfinished"></translation>
+        <translation>Warten auf neue Verbindung</translation>
     </message>
     <message>
         <source>%1 (announced as %2)</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 (angekündigt als %2)</translation>
     </message>
     <message>
         <source>The best that is offered</source>
-        <translation type="unfinished"></translation>
+        <translation>Die beste, die angeboten wird</translation>
     </message>
     <message>
         <source>Certificate %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Zertifikat %1</translation>
     </message>
     <message>
         <source>Anonymous</source>
-        <translation type="unfinished"></translation>
+        <translation>Anonym</translation>
     </message>
     <message>
         <source>None yet</source>
-        <translation type="unfinished"></translation>
+        <translation>Noch keine</translation>
     </message>
     <message>
         <source>%1 s ago</source>
-        <translation type="unfinished"></translation>
+        <translation>Vor %1 s</translation>
     </message>
     <message>
         <source>%1 sent, %2 received</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 gesendet, %2 empfangen</translation>
     </message>
     <message>
         <source>Server</source>
-        <translation type="unfinished"></translation>
+        <translation>Server</translation>
     </message>
     <message>
         <source>URL</source>
-        <translation type="unfinished"></translation>
+        <translation>URL</translation>
     </message>
     <message>
         <source>Security</source>
-        <translation type="unfinished"></translation>
+        <translation>Sicherheit</translation>
     </message>
     <message>
         <source>User</source>
-        <translation type="unfinished"></translation>
+        <translation>Benutzer</translation>
     </message>
     <message>
         <source>Session name</source>
-        <translation type="unfinished"></translation>
+        <translation>Sitzungsname</translation>
     </message>
     <message>
         <source>Last answer</source>
-        <translation type="unfinished"></translation>
+        <translation>Letzte Antwort</translation>
     </message>
     <message>
         <source>Requests</source>
-        <translation type="unfinished"></translation>
+        <translation>Anfragen</translation>
     </message>
     <message>
         <source>Bytes</source>
-        <translation type="unfinished"></translation>
+        <translation>Bytes</translation>
     </message>
     <message>
         <source>Renewals of the channel</source>
-        <translation type="unfinished"></translation>
+        <translation>Erneuerungen des Kanals</translation>
     </message>
     <message>
         <source>Reconnects</source>
-        <translation type="unfinished"></translation>
+        <translation>Neue Verbindungen</translation>
     </message>
     <message>
         <source>%1 failed: %2</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 ist fehlgeschlagen: %2</translation>
     </message>
     <message>
         <source>The server says: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Server sagt: %1</translation>
     </message>
     <message>
         <source>No session</source>
-        <translation type="unfinished"></translation>
+        <translation>Keine Sitzung</translation>
     </message>
     <message>
         <source>&amp;Cancel</source>
-        <translation type="unfinished"></translation>
+        <translation>A&amp;bbrechen</translation>
     </message>
     <message>
         <source>&amp;Disconnect</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Trennen</translation>
     </message>
     <message>
         <source>&amp;Reconnect Now</source>
-        <translation type="unfinished"></translation>
+        <translation>Jetzt &amp;neu verbinden</translation>
     </message>
     <message>
         <source>&amp;Reconnect</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Neu verbinden</translation>
     </message>
     <message>
         <source>Session</source>
-        <translation type="unfinished"></translation>
+        <translation>Sitzung</translation>
     </message>
     <message>
         <source>Steps of the connection</source>
-        <translation type="unfinished"></translation>
+        <translation>Schritte der Verbindung</translation>
     </message>
     <message>
         <source>Last error</source>
-        <translation type="unfinished"></translation>
+        <translation>Letzter Fehler</translation>
     </message>
 </context>
 <context>
@@ -2048,187 +2121,199 @@ is currently not supported.</source>
     <name>QvelTrendWidget</name>
     <message>
         <source>There is no memory for the picture.</source>
-        <translation type="unfinished"></translation>
+        <translation>Für das Bild ist kein Speicher da.</translation>
     </message>
     <message>
         <source>Trend</source>
-        <translation type="unfinished"></translation>
+        <translation>Trend</translation>
     </message>
     <message>
         <source>Exported to %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Exportiert nach %1</translation>
     </message>
     <message>
         <source>Not exported to %1: %2</source>
-        <translation type="unfinished"></translation>
+        <translation>Nicht nach %1 exportiert: %2</translation>
     </message>
     <message>
         <source>Exporting to %1 ...</source>
-        <translation type="unfinished"></translation>
+        <translation>Export nach %1 läuft ...</translation>
     </message>
     <message>
         <source>This trend was saved by a later version.</source>
-        <translation type="unfinished"></translation>
+        <translation>Dieser Trend wurde von einer neueren Version gespeichert.</translation>
     </message>
     <message>
         <source>This is no saved trend.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das ist kein gespeicherter Trend.</translation>
     </message>
     <message>
         <source>Not restored: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Nicht wiederhergestellt: %1</translation>
     </message>
     <message>
         <source>&amp;Live	End</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Live	Ende</translation>
     </message>
     <message>
         <source>Show &amp;everything	0</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Alles zeigen	0</translation>
     </message>
     <message>
         <source>Zoom &amp;in	+</source>
-        <translation type="unfinished"></translation>
+        <translation>Ver&amp;größern	+</translation>
     </message>
     <message>
         <source>Zoom &amp;out	-</source>
-        <translation type="unfinished"></translation>
+        <translation>Verkle&amp;inern	-</translation>
     </message>
     <message>
         <source>&amp;Reset scales</source>
-        <translation type="unfinished"></translation>
+        <translation>Skalen &amp;zurücksetzen</translation>
     </message>
     <message>
         <source>Load &amp;history of this range</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Historie dieses Bereichs laden</translation>
     </message>
     <message>
         <source>&amp;Series</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Kurven</translation>
     </message>
     <message>
         <source>&amp;Visible</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Sichtbar</translation>
     </message>
     <message>
         <source>&amp;Remove</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Entfernen</translation>
     </message>
     <message>
         <source>Export as &amp;PNG...</source>
-        <translation type="unfinished"></translation>
+        <translation>Als &amp;PNG exportieren...</translation>
     </message>
     <message>
         <source>Export as PNG</source>
-        <translation type="unfinished"></translation>
+        <translation>Als PNG exportieren</translation>
     </message>
     <message>
         <source>Pictures (*.png)</source>
-        <translation type="unfinished"></translation>
+        <translation>Bilder (*.png)</translation>
     </message>
     <message>
         <source>Export as S&amp;VG...</source>
-        <translation type="unfinished"></translation>
+        <translation>Als S&amp;VG exportieren...</translation>
     </message>
     <message>
         <source>Export as SVG</source>
-        <translation type="unfinished"></translation>
+        <translation>Als SVG exportieren</translation>
     </message>
     <message>
         <source>Drawings (*.svg)</source>
-        <translation type="unfinished"></translation>
+        <translation>Zeichnungen (*.svg)</translation>
     </message>
     <message>
         <source>Export values as &amp;CSV...</source>
-        <translation type="unfinished"></translation>
+        <translation>Werte als &amp;CSV exportieren...</translation>
     </message>
     <message>
         <source>Export values as CSV</source>
-        <translation type="unfinished"></translation>
+        <translation>Werte als CSV exportieren</translation>
     </message>
     <message>
         <source>Tables (*.csv)</source>
-        <translation type="unfinished"></translation>
+        <translation>Tabellen (*.csv)</translation>
     </message>
     <message>
         <source>%1 d</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 d</translation>
     </message>
     <message>
         <source>%1 h</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 h</translation>
     </message>
     <message>
         <source>%1 min</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 min</translation>
     </message>
     <message>
         <source>%1 s</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 s</translation>
     </message>
     <message>
         <source>%1 ms</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 ms</translation>
     </message>
     <message>
         <source>A trend takes %1 series.</source>
-        <translation type="unfinished"></translation>
+        <translation>Ein Trend fasst %1 Kurven.</translation>
     </message>
     <message>
         <source>false</source>
-        <translation type="unfinished"></translation>
+        <translation>false</translation>
     </message>
     <message>
         <source>true</source>
-        <translation type="unfinished"></translation>
+        <translation>true</translation>
     </message>
     <message>
         <source>not connected</source>
-        <translation type="unfinished"></translation>
+        <translation>nicht verbunden</translation>
     </message>
     <message>
         <source>The oldest values were dropped: %1 are kept.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die ältesten Werte wurden verworfen: %1 werden behalten.</translation>
     </message>
     <message>
         <source>Live, %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Live, %1</translation>
     </message>
     <message>
         <source>Paused (End: live)</source>
-        <translation type="unfinished"></translation>
+        <translation>Angehalten (Ende: live)</translation>
     </message>
     <message>
         <source>Drop variables here, or paste them.</source>
-        <translation type="unfinished"></translation>
+        <translation>Ziehen Sie Variablen hierher, oder fügen Sie sie ein.</translation>
     </message>
     <message>
         <source>Value: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Wert: %1</translation>
     </message>
     <message>
         <source>Status: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Status: %1</translation>
     </message>
     <message>
         <source>Time: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Zeit: %1</translation>
     </message>
     <message>
         <source>%1 points</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 Punkte</translation>
     </message>
     <message>
         <source>The history could not be read: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Historie konnte nicht gelesen werden: %1</translation>
     </message>
     <message>
         <source>%1 values came from the history.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 Werte kamen aus der Historie.</translation>
     </message>
     <message>
         <source>Reading the history ...</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Historie wird gelesen ...</translation>
+    </message>
+    <message>
+        <source>no value</source>
+        <translation>kein Wert</translation>
+    </message>
+    <message>
+        <source>%1 (not drawn)</source>
+        <translation>%1 (nicht gezeichnet)</translation>
+    </message>
+    <message>
+        <source>%1 more</source>
+        <translation>%1 weitere</translation>
     </message>
 </context>
 <context>
@@ -2296,7 +2381,7 @@ is currently not supported.</source>
     <name>QvelWidgetEnum</name>
     <message>
         <source>Value</source>
-        <translation type="unfinished"></translation>
+        <translation type="unfinished">Wert</translation>
     </message>
 </context>
 <context>
@@ -2321,7 +2406,7 @@ is currently not supported.</source>
     </message>
     <message>
         <source>Text</source>
-        <translation type="unfinished"></translation>
+        <translation type="unfinished">Text</translation>
     </message>
 </context>
 <context>
@@ -2363,7 +2448,7 @@ is currently not supported.</source>
     </message>
     <message>
         <source>Name</source>
-        <translation type="unfinished"></translation>
+        <translation type="unfinished">Name</translation>
     </message>
 </context>
 <context>
@@ -2476,7 +2561,7 @@ is currently not supported.</source>
     </message>
     <message>
         <source>NodeId</source>
-        <translation type="unfinished"></translation>
+        <translation type="unfinished">NodeId</translation>
     </message>
     <message>
         <source>ExpandedNodeId</source>
@@ -2520,7 +2605,7 @@ is currently not supported.</source>
     </message>
     <message>
         <source>Value</source>
-        <translation type="unfinished"></translation>
+        <translation type="unfinished">Wert</translation>
     </message>
 </context>
 <context>
@@ -2534,250 +2619,243 @@ is currently not supported.</source>
     <name>Status</name>
     <message>
         <source>The values do not go together.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Werte passen nicht zusammen.</translation>
     </message>
     <message>
         <source>The method takes more arguments.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Methode nimmt mehr Argumente.</translation>
     </message>
     <message>
         <source>The node has no such attribute.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Knoten hat kein solches Attribut.</translation>
     </message>
     <message>
         <source>The connection, or the one behind the server, failed.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Verbindung, oder die hinter dem Server, ist gestört.</translation>
     </message>
     <message>
         <source>The connection was lost before the server answered; whether it has carried this out is not known.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Verbindung ging verloren, bevor der Server geantwortet hat; ob er dies ausgeführt hat, ist nicht bekannt.</translation>
     </message>
     <message>
         <source>The server cannot send the value in this encoding.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Server kann den Wert nicht in dieser Kodierung senden.</translation>
     </message>
     <message>
         <source>What was sent could not be read.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Gesendete konnte nicht gelesen werden.</translation>
     </message>
     <message>
         <source>The device has a failure.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Gerät ist gestört.</translation>
     </message>
     <message>
         <source>The value cannot be sent.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Wert kann nicht gesendet werden.</translation>
     </message>
     <message>
         <source>The value is larger than one side takes.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Wert ist größer, als eine der Seiten annimmt.</translation>
     </message>
     <message>
         <source>The range of elements is not one.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Bereich von Elementen ist keiner.</translation>
     </message>
     <message>
         <source>There are no elements in this range.</source>
-        <translation type="unfinished"></translation>
+        <translation>In diesem Bereich gibt es keine Elemente.</translation>
     </message>
     <message>
         <source>The server failed at it: see its log.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Server ist daran gescheitert: siehe sein Protokoll.</translation>
     </message>
     <message>
         <source>An argument was not accepted; it is marked.</source>
-        <translation type="unfinished"></translation>
+        <translation>Ein Argument wurde nicht angenommen; es ist markiert.</translation>
     </message>
     <message>
         <source>This cannot be done in the state that the object is in.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das ist im jetzigen Zustand des Objekts nicht möglich.</translation>
     </message>
     <message>
         <source>The object has no such method.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Objekt hat keine solche Methode.</translation>
     </message>
     <message>
         <source>The server does not know this filter.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Server kennt diesen Filter nicht.</translation>
     </message>
     <message>
         <source>The server has no connection to where the value comes from.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Server hat keine Verbindung zur Quelle des Werts.</translation>
     </message>
     <message>
         <source>There is no value.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es gibt keinen Wert.</translation>
     </message>
     <message>
         <source>This is no NodeId that the server takes.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das ist keine NodeId, die der Server annimmt.</translation>
     </message>
     <message>
         <source>The server has no such node, or no longer.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Server hat keinen solchen Knoten, oder nicht mehr.</translation>
     </message>
     <message>
         <source>The variable is not connected to where its value comes from.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Variable ist nicht mit der Quelle ihres Werts verbunden.</translation>
     </message>
     <message>
         <source>The method cannot be called now.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Methode kann jetzt nicht aufgerufen werden.</translation>
     </message>
     <message>
         <source>The server has not implemented this.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Server hat das nicht implementiert.</translation>
     </message>
     <message>
         <source>The attribute may not be read, or not by this user.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Attribut darf nicht gelesen werden, oder nicht von diesem Benutzer.</translation>
     </message>
     <message>
         <source>The server does not support this.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Server unterstützt das nicht.</translation>
     </message>
     <message>
         <source>The attribute may not be written.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Attribut darf nicht geschrieben werden.</translation>
     </message>
     <message>
         <source>There was nothing to do.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es gab nichts zu tun.</translation>
     </message>
     <message>
         <source>There is not enough memory.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es ist nicht genug Speicher da.</translation>
     </message>
     <message>
         <source>The value is out of the range of its type, or of the node.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Wert liegt außerhalb des Bereichs seines Typs oder des Knotens.</translation>
     </message>
     <message>
         <source>The source of the value is out of service.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Quelle des Werts ist außer Betrieb.</translation>
     </message>
     <message>
         <source>It was cancelled here.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es wurde hier abgebrochen.</translation>
     </message>
     <message>
         <source>It is more than the server takes.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es ist mehr, als der Server annimmt.</translation>
     </message>
     <message>
         <source>The server needs something that it cannot get now.</source>
-        <translation type="unfinished"></translation>
+        <translation>Dem Server fehlt etwas, das er jetzt nicht bekommt.</translation>
     </message>
     <message>
         <source>The answer is larger than this application takes.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Antwort ist größer, als diese Anwendung annimmt.</translation>
     </message>
     <message>
         <source>The server allows this over an encrypted connection only.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Server erlaubt das nur über eine verschlüsselte Verbindung.</translation>
     </message>
     <message>
         <source>The sensor has a failure.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Sensor ist gestört.</translation>
     </message>
     <message>
         <source>The server does not do this at all.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Server kann das überhaupt nicht.</translation>
     </message>
     <message>
         <source>There is no connection to the server.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es besteht keine Verbindung zum Server.</translation>
     </message>
     <message>
         <source>The server does not know the session.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Server kennt die Sitzung nicht.</translation>
     </message>
     <message>
         <source>The session has ended.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Sitzung ist beendet.</translation>
     </message>
     <message>
         <source>The server did not answer in time.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Server hat nicht rechtzeitig geantwortet.</translation>
     </message>
     <message>
         <source>The method takes fewer arguments.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Methode nimmt weniger Argumente.</translation>
     </message>
     <message>
         <source>The server monitors no more values for anyone.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Server überwacht keine weiteren Werte mehr.</translation>
     </message>
     <message>
         <source>It is more at a time than the server takes.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es ist mehr auf einmal, als der Server annimmt.</translation>
     </message>
     <message>
         <source>The value is not of the data type that is asked for.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Wert hat nicht den verlangten Datentyp.</translation>
     </message>
     <message>
         <source>Something failed unexpectedly.</source>
-        <translation type="unfinished"></translation>
+        <translation>Etwas ist unerwartet fehlgeschlagen.</translation>
     </message>
     <message>
         <source>This user may not do that.</source>
-        <translation type="unfinished"></translation>
+        <translation>Dieser Benutzer darf das nicht.</translation>
     </message>
     <message>
         <source>The server has no value yet.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Server hat noch keinen Wert.</translation>
     </message>
     <message>
         <source>The server does not take this combination of value, status and times.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Server nimmt diese Kombination aus Wert, Status und Zeiten nicht an.</translation>
     </message>
     <message>
         <source>Taken, but limited to what the node can hold.</source>
-        <translation type="unfinished"></translation>
+        <translation>Übernommen, aber auf das begrenzt, was der Knoten fasst.</translation>
     </message>
     <message>
         <source>Taken; the server goes on with it.</source>
-        <translation type="unfinished"></translation>
+        <translation>Angenommen; der Server arbeitet daran weiter.</translation>
     </message>
     <message>
         <source>The value was put in by hand where it comes from.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Wert wurde an seiner Quelle von Hand eingegeben.</translation>
     </message>
     <message>
         <source>It is a value to begin with, from no source.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es ist ein Anfangswert, der von keiner Quelle kommt.</translation>
     </message>
     <message>
         <source>It is the last known value; its source does not update it.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es ist der letzte bekannte Wert; seine Quelle aktualisiert ihn nicht.</translation>
     </message>
     <message>
         <source>The sensor is at its limit or not calibrated.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Sensor ist an seiner Grenze oder nicht kalibriert.</translation>
     </message>
     <message>
         <source>Fewer sources than needed are good.</source>
-        <translation type="unfinished"></translation>
+        <translation>Weniger Quellen als nötig sind gut.</translation>
     </message>
     <message>
         <source>The server refused it.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Server hat es abgelehnt.</translation>
     </message>
     <message>
         <source>The value is not certain.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Wert ist nicht sicher.</translation>
     </message>
     <message>
         <source>Not connected: this is as it was seen last.</source>
-        <translation type="unfinished"></translation>
-    </message>
-</context>
-<context>
-    <name>TrendPicture</name>
-    <message>
-        <source>%1 more</source>
-        <translation type="unfinished"></translation>
+        <translation>Nicht verbunden: So wurde es zuletzt gesehen.</translation>
     </message>
 </context>
 <context>

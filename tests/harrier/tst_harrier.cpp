@@ -2,11 +2,13 @@
 
 #include "discovery/endpoints.h"
 #include "endpointjson.h"
+#include "language.h"
 #include "platform/stack/checkmemory_p.h"
 #include "projectcontrol.h"
 #include "run.h"
 #include "support/modaluser.h"
 #include "support/peerprocess.h"
+#include "support/showntexts.h"
 #include "support/warnings.h"
 
 #include <Kestrel/QvelDiscoveryModel>
@@ -32,6 +34,7 @@ private Q_SLOTS:
     void projects_data();
     void projects();
     void editsValues();
+    void speaksGerman();
     void hostileServer();
     void spoiltSettings();
     void failsToConnect();
@@ -210,6 +213,61 @@ void tst_Harrier::projects()
     QCOMPARE(saved["servers"][2]["url"].toString(), "opc.tcp://h:2");
     run.window.show();
     QVERIFY(run.window.close() && user.seen.size() == 1); // saved
+}
+
+// By the menu, with all that is open; and again at the next start.
+void tst_Harrier::speaksGerman()
+{
+    Run first(m_file);
+    first.galleryPage(1);
+    QvelDiscoverySetting setting;
+    setting.setEndpointUrl("opc.tcp://127.0.0.1:1");
+    SessionPage* page = first.window.addSession(setting);
+    type(page->findChild<QLineEdit*>("nodeId"), "i=22");
+    const auto choose = [&](Qt::Key menu, Qt::Key language) {
+        first.window.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&first.window));
+        QTest::keyClick(&first.window, menu, Qt::AltModifier);
+        QTRY_VERIFY(QApplication::activePopupWidget());
+        QTest::keyClick(QApplication::activePopupWidget(), language);
+        QCoreApplication::processEvents();
+    };
+    const auto texts = [&] {
+        return shownTexts(&first.window) + shownTexts(&first.window.gallery());
+    };
+    const auto difference = [&texts](const QStringList& expected) {
+        QStringList others = texts();
+        for (const QString& text : expected)
+            if (!others.removeOne(text))
+                others.append("missing: " + text);
+        return others.join('\n').toUtf8();
+    };
+    auto* trend = named<QWidget>(*page, "Trend");
+    QTRY_VERIFY(!trend->accessibleDescription().isEmpty());
+    choose(Qt::Key_G, Qt::Key_E);
+    const QStringList english = texts();
+    choose(Qt::Key_G, Qt::Key_D);
+    const QStringList german = texts();
+    QCOMPARE(page->docks()[0]->windowTitle() + first.window.serverTabs()->tabText(0),
+             "AdressraumServer suchen");
+    QCOMPARE(page->findChild<QLineEdit*>("nodeId")->text(), "i=22");
+    QCOMPARE(QLocale().language(), QLocale::German);
+    qsizetype objects = 0; // once all are there that a menu makes when it is first opened
+    for (int i = 0; i < 100; ++i) {
+        choose(Qt::Key_C, Qt::Key_E);
+        QCOMPARE(difference(english), "");
+        choose(Qt::Key_G, Qt::Key_D);
+        QCOMPARE(difference(german), "");
+        if (i == 10)
+            objects = first.window.findChildren<QObject*>().size();
+    }
+    QCOMPARE(first.window.findChildren<QObject*>().size(), objects);
+
+    QString error;
+    QVERIFY(first.store.save(&error));
+    Run second(m_file);
+    QCOMPARE(second.window.serverTabs()->tabText(0), "Server suchen");
+    Language::install({});
 }
 
 void tst_Harrier::editsValues()
