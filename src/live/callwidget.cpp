@@ -444,6 +444,26 @@ void QvelCallWidget::setMethod(const UaExpandedNodeId& object, const UaExpandedN
     d->load();
 }
 
+QString QvelCallWidget::objectId() const
+{
+    return qvelNodeIdText(d->object);
+}
+
+void QvelCallWidget::setObjectId(const QString& text)
+{
+    setMethod(qvelParseNodeId(text).value_or(UaExpandedNodeId()), d->method);
+}
+
+QString QvelCallWidget::methodId() const
+{
+    return qvelNodeIdText(d->method);
+}
+
+void QvelCallWidget::setMethodId(const QString& text)
+{
+    setMethod(d->object, qvelParseNodeId(text).value_or(UaExpandedNodeId()));
+}
+
 UaExpandedNodeId QvelCallWidget::object() const
 {
     return d->object;

@@ -21,6 +21,10 @@ class QvelSession;
 class KESTREL_EXPORT QvelCallWidget : public QWidget
 {
     Q_OBJECT
+    /// The object as a text, see qvelParseNodeId(); a text that is no NodeId is the null NodeId.
+    Q_PROPERTY(QString objectId READ objectId WRITE setObjectId)
+    /// As objectId, the method.
+    Q_PROPERTY(QString methodId READ methodId WRITE setMethodId)
 public:
     explicit QvelCallWidget(QWidget* parent = nullptr);
     ~QvelCallWidget() override;
@@ -32,6 +36,10 @@ public:
     void setMethod(const UaExpandedNodeId& object, const UaExpandedNodeId& method);
     UaExpandedNodeId object() const;
     UaExpandedNodeId method() const;
+    QString objectId() const;
+    void setObjectId(const QString& text);
+    QString methodId() const;
+    void setMethodId(const QString& text);
 
     bool isCalling() const;
     /// The arguments, a row each: name, data type, value, status. What was typed and is no value of

@@ -252,6 +252,7 @@ public:
     int generation = 0; // of the session
     QString name;
     std::vector<RowPointer> rows;
+    Row initial; ///< the parameters of those that come
     QHash<OpcUa_UInt32, Row*> byHandle;
     std::map<double, Group> groups;
     std::vector<Row*> dirty;   // each once
@@ -872,6 +873,8 @@ int QvelDataViewModel::insertNodes(int before, const QList<QvelNodeLink>& nodes)
     qsizetype doubles = 0;
     for (const QvelNodeLink& node : nodes) {
         auto row = std::make_shared<Row>();
+        for (const Parameter& parameter : parameters)
+            (*row).*parameter.member = d->initial.*parameter.member;
         d->setId(*row, d->expanded(node.nodeId));
         row->name = node.displayName;
         const qsizetype count = present.size();
@@ -990,6 +993,19 @@ bool QvelDataViewModel::setParameter(const QList<int>& rows, Column column, doub
     }
     d->emitRows(changed, SamplingInterval, RevisedQueueSize);
     return true;
+}
+
+void QvelDataViewModel::setInitialParameter(Column column, double value)
+{
+    const Parameter* parameter = parameterOf(column);
+    if (parameter && parameter->isValid(value))
+        d->initial.*parameter->member = value;
+}
+
+double QvelDataViewModel::initialParameter(Column column) const
+{
+    const Parameter* parameter = parameterOf(column);
+    return parameter ? d->initial.*parameter->member : 0;
 }
 
 void QvelDataViewModel::setPaused(bool paused)

@@ -81,6 +81,11 @@ public:
     /// changed, for a value that is none.
     bool setParameter(const QList<int>& rows, Column column, double value);
 
+    /// What nodes that are added from now on get; a value that is none changes nothing.
+    void setInitialParameter(Column column, double value);
+    /// 0 for another column.
+    double initialParameter(Column column) const;
+
     /// While paused, what is shown stands still; recording goes on.
     void setPaused(bool paused);
     bool isPaused() const;

@@ -25,6 +25,7 @@
 #include <QtWidgets/QTabWidget>
 #include <QtWidgets/QToolButton>
 
+#include <map>
 #include <utility>
 
 namespace {
@@ -117,6 +118,7 @@ public:
     }
     DataViewTable* current() const { return table(tabs->currentIndex()); }
     DataViewTable* insertList(const QString& name);
+    void setInitial(QvelDataViewModel::Column column, double value);
     void showName(int index);
     void editName(int index);
     void closeList(int index);
@@ -148,6 +150,7 @@ public:
     QToolButton* plus;
     QList<QJsonObject> closed; // the last one at the end
     QSet<int> hiddenColumns;
+    std::map<QvelDataViewModel::Column, double> initial; // of the lists
 
     QJsonObject saved; // as it was read
     QJsonArray unreadLists;
@@ -255,6 +258,8 @@ DataViewTable* QvelDataViewWidget::Private::insertList(const QString& name)
     auto* model = new QvelDataViewModel;
     auto* view = new DataViewTable(model, tabs);
     model->setSession(session);
+    for (const auto& [column, value] : initial)
+        model->setInitialParameter(column, value);
     QString text = name;
     for (int number = 1; text.isEmpty(); ++number) {
         text = tr("List %1").arg(number);
@@ -535,6 +540,43 @@ void QvelDataViewWidget::renameList(int index, const QString& name)
         return;
     d->table(index)->list()->setName(name);
     d->showName(index);
+}
+
+void QvelDataViewWidget::Private::setInitial(QvelDataViewModel::Column column, double value)
+{
+    for (QvelDataViewModel* each : q->models())
+        each->setInitialParameter(column, value);
+    initial[column] = q->model()->initialParameter(column);
+}
+
+double QvelDataViewWidget::samplingInterval() const
+{
+    return model()->initialParameter(QvelDataViewModel::SamplingInterval);
+}
+
+void QvelDataViewWidget::setSamplingInterval(double interval)
+{
+    d->setInitial(QvelDataViewModel::SamplingInterval, interval);
+}
+
+double QvelDataViewWidget::publishingInterval() const
+{
+    return model()->initialParameter(QvelDataViewModel::PublishingInterval);
+}
+
+void QvelDataViewWidget::setPublishingInterval(double interval)
+{
+    d->setInitial(QvelDataViewModel::PublishingInterval, interval);
+}
+
+quint32 QvelDataViewWidget::queueSize() const
+{
+    return quint32(model()->initialParameter(QvelDataViewModel::QueueSize));
+}
+
+void QvelDataViewWidget::setQueueSize(quint32 size)
+{
+    d->setInitial(QvelDataViewModel::QueueSize, size);
 }
 
 void QvelDataViewWidget::addNodes(const QList<QvelNodeLink>& nodes)

@@ -23,6 +23,11 @@ class QvelSettingsCBInterface;
 class KESTREL_EXPORT QvelDataViewWidget : public QWidget
 {
     Q_OBJECT
+    /// What variables that are added get, in milliseconds: see QvelDataViewModel.
+    Q_PROPERTY(double samplingInterval READ samplingInterval WRITE setSamplingInterval)
+    Q_PROPERTY(double publishingInterval READ publishingInterval WRITE setPublishingInterval)
+    /// As samplingInterval, a number of values.
+    Q_PROPERTY(uint queueSize READ queueSize WRITE setQueueSize)
 public:
     /// With one empty list.
     explicit QvelDataViewWidget(QWidget* parent = nullptr);
@@ -43,6 +48,14 @@ public:
     /// Ends its recording, too.
     void closeList(int index);
     void renameList(int index, const QString& name);
+
+    /// Of all lists.
+    double samplingInterval() const;
+    void setSamplingInterval(double interval);
+    double publishingInterval() const;
+    void setPublishingInterval(double interval);
+    quint32 queueSize() const;
+    void setQueueSize(quint32 size);
 
     /// To the list in front.
     void addNodes(const QList<QvelNodeLink>& nodes);

@@ -5,6 +5,7 @@
 #include "base/words_p.h"
 #include "images/images_p.h"
 #include "nodes/addressspacemodel.h"
+#include "nodes/nodelink.h"
 #include "nodes/nodesearch_p.h"
 #include "nodes/statustext_p.h"
 
@@ -504,6 +505,16 @@ void QvelAddressSpaceWidget::setSession(QvelSession* session)
 QvelSession* QvelAddressSpaceWidget::session() const
 {
     return d->model->session();
+}
+
+QString QvelAddressSpaceWidget::rootNodeId() const
+{
+    return qvelNodeIdText(model()->rootNode());
+}
+
+void QvelAddressSpaceWidget::setRootNodeId(const QString& text)
+{
+    model()->setRootNode(qvelParseNodeId(text).value_or(UaExpandedNodeId()));
 }
 
 QvelAddressSpaceModel* QvelAddressSpaceWidget::model() const

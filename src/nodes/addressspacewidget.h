@@ -24,6 +24,9 @@ class QvelSession;
 class KESTREL_EXPORT QvelAddressSpaceWidget : public QWidget
 {
     Q_OBJECT
+    /// The model's root node as a text, see qvelParseNodeId(); a text that is no NodeId is the null
+    /// NodeId.
+    Q_PROPERTY(QString rootNodeId READ rootNodeId WRITE setRootNodeId)
 public:
     explicit QvelAddressSpaceWidget(QWidget* parent = nullptr);
     ~QvelAddressSpaceWidget() override;
@@ -35,6 +38,8 @@ public:
     QTreeView* view() const;
     /// Null where there is none, and on a row that tells a failure.
     UaExpandedNodeId currentNode() const;
+    QString rootNodeId() const;
+    void setRootNodeId(const QString& text);
 
 public Q_SLOTS:
     /// Shows a node and makes it the current one; where that is not possible, it is said below the

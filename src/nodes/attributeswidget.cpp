@@ -2,6 +2,7 @@
 
 #include "base/retranslate_p.h"
 #include "nodes/attributesmodel.h"
+#include "nodes/nodelink.h"
 #include "nodes/valuedelegate_p.h"
 #include "session/sessiontypes.h"
 
@@ -64,6 +65,16 @@ void QvelAttributesWidget::setSession(QvelSession* session)
 QvelSession* QvelAttributesWidget::session() const
 {
     return m_model->session();
+}
+
+QString QvelAttributesWidget::nodeId() const
+{
+    return qvelNodeIdText(node());
+}
+
+void QvelAttributesWidget::setNodeId(const QString& text)
+{
+    setNode(qvelParseNodeId(text).value_or(UaExpandedNodeId()));
 }
 
 void QvelAttributesWidget::setNode(const UaExpandedNodeId& node)

@@ -17,6 +17,8 @@ class ValueList;
 class KESTREL_EXPORT QvelAttributesWidget : public QWidget
 {
     Q_OBJECT
+    /// The node as a text, see qvelParseNodeId(); a text that is no NodeId is the null NodeId.
+    Q_PROPERTY(QString nodeId READ nodeId WRITE setNodeId)
 public:
     explicit QvelAttributesWidget(QWidget* parent = nullptr);
     ~QvelAttributesWidget() override;
@@ -28,6 +30,8 @@ public:
     QvelAttributesModel* model() const { return m_model; }
     /// For the state of its header.
     QTreeView* view() const;
+    QString nodeId() const;
+    void setNodeId(const QString& text);
 
 public Q_SLOTS:
     /// A null NodeId for none.

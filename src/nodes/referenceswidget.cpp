@@ -2,6 +2,7 @@
 
 #include "base/retranslate_p.h"
 #include "images/images_p.h"
+#include "nodes/nodelink.h"
 #include "nodes/referencesmodel.h"
 
 #include <QtCore/QMimeData>
@@ -111,6 +112,16 @@ QvelReferencesModel* QvelReferencesWidget::model() const
 QTableView* QvelReferencesWidget::view() const
 {
     return d->table;
+}
+
+QString QvelReferencesWidget::nodeId() const
+{
+    return qvelNodeIdText(model()->node());
+}
+
+void QvelReferencesWidget::setNodeId(const QString& text)
+{
+    setNode(qvelParseNodeId(text).value_or(UaExpandedNodeId()));
 }
 
 void QvelReferencesWidget::setNode(const UaExpandedNodeId& id)

@@ -19,6 +19,8 @@ class QvelSession;
 class KESTREL_EXPORT QvelReferencesWidget : public QWidget
 {
     Q_OBJECT
+    /// The node as a text, see qvelParseNodeId(); a text that is no NodeId is the null NodeId.
+    Q_PROPERTY(QString nodeId READ nodeId WRITE setNodeId)
 public:
     explicit QvelReferencesWidget(QWidget* parent = nullptr);
     ~QvelReferencesWidget() override;
@@ -28,6 +30,8 @@ public:
     QvelSession* session() const;
     QvelReferencesModel* model() const;
     QTableView* view() const;
+    QString nodeId() const;
+    void setNodeId(const QString& text);
 
 public Q_SLOTS:
     /// Null for none.

@@ -41,6 +41,10 @@ const QMap<QByteArray, QVariant> others = {
     {"policyName", "Basic256Sha256"},
     {"valueNames", QStringList{"1=One", "4=Four", "10=Ten"}},
     {"enumValue", 4},
+    {"nodeId", "nsu=urn:plant;s=Pump"},
+    {"rootNodeId", "i=85"},
+    {"objectId", "ns=2;s=Pump"},
+    {"methodId", "ns=2;s=Pump.Start"},
     {"currentIndex", 0},
     {"following", 30.0}};
 
