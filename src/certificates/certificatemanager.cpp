@@ -160,6 +160,7 @@ QvelCertificateManager::QvelCertificateManager(QWidget* parent) : QWidget(parent
 {
     initKestrelImages();
     d->ui.setupUi(this);
+    d->ui.toolButton_Refresh->setIcon(paletteIcon(QStringLiteral(":/kestrel/images/refresh.png")));
     setObjectName("QvelCertificateManager");
 
     d->proxy = new QSortFilterProxyModel(this);

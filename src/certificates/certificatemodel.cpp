@@ -9,6 +9,9 @@
 #include <QtCore/QDir>
 #include <QtGui/QPainter>
 
+#include <algorithm>
+#include <utility>
+
 namespace {
 
 QString shown(const UaString& text)
@@ -37,7 +40,7 @@ QIcon withOverlay(const QIcon& base, const QString& overlay)
         QPainter painter(&image);
         painter.setRenderHint(QPainter::SmoothPixmapTransform);
         painter.drawImage(QRect(QPoint(0, 0), QPoint(image.width() - 1, image.height() - 1)),
-                          QIcon(overlay).pixmap(size).toImage());
+                          paletteIcon(overlay).pixmap(size).toImage());
     }
     image.setDevicePixelRatio(ratio);
     return QPixmap::fromImage(image);
@@ -56,6 +59,9 @@ const QvelCertificateEntry* QvelCertificateModel::Private::entryOf(const QModelI
 const QIcon& QvelCertificateModel::Private::icon(const QvelCertificateEntry& entry)
 {
     const QvelCertificateEntry::ValidState state = entry.validState(now());
+    if (const bool isDark = isDarkPalette(); isDark != std::exchange(wasDark, isDark))
+        for (QIcon(&each)[states] : icons)
+            std::fill(each + QvelCertificateEntry::Valid + 1, std::end(each), QIcon());
     QIcon& icon = icons[entry.kind][state];
     if (icon.isNull() && state != QvelCertificateEntry::Valid)
         icon = withOverlay(icons[entry.kind][QvelCertificateEntry::Valid],
@@ -72,12 +78,11 @@ QvelCertificateModel::QvelCertificateModel(const QString& trustedPath, const QSt
     : QAbstractItemModel(parent),
       d(new Private{trustedPath, secondPath, thirdPath, rejectedPath, ownCertificateFile})
 {
-    initKestrelImages();
     const auto setIcon = [this](QvelCertificateEntry::CertificateKind kind, const QIcon& icon) {
         d->icons[kind][QvelCertificateEntry::Valid] = icon;
     };
-    setIcon(QvelCertificateEntry::Untrusted, QIcon(":/kestrel/images/clearlog.png"));
-    setIcon(QvelCertificateEntry::Trusted, QIcon(":/kestrel/images/on.png"));
+    setIcon(QvelCertificateEntry::Untrusted, paletteIcon(":/kestrel/images/clearlog.png"));
+    setIcon(QvelCertificateEntry::Trusted, paletteIcon(":/kestrel/images/on.png"));
     setIcon(QvelCertificateEntry::OwnCertificate, ownCertificateIcon);
     initialize();
 }

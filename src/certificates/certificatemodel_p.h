@@ -29,5 +29,6 @@ public:
     std::unique_ptr<QvelCertificateEntry> root = nullptr;
     std::vector<Texts> texts = {}; // of the root's children
     QIcon icons[kinds][states] = {};
+    bool wasDark = false;                   // when those with an overlay were made
     UaDateTime (*now)() = &UaDateTime::now; // by which validity is judged
 };

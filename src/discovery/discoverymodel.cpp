@@ -286,7 +286,7 @@ QIcon QvelDiscoveryModel::image(const char* path) const
 {
     QIcon& icon = d->images[QString::fromLatin1(path)];
     if (icon.isNull())
-        icon = QIcon(QString::fromLatin1(path));
+        icon = paletteIcon(QString::fromLatin1(path));
     return icon;
 }
 

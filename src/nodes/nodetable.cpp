@@ -377,9 +377,9 @@ QIcon NodeTable::icon(const CompactNode& node)
         look = &propertyLook;
     if (!look)
         return {};
-    initKestrelImages();
     QIcon& icon = m_icons[look];
     if (icon.isNull())
-        icon = QIcon(QStringLiteral(":/kestrel/images/%1.png").arg(QLatin1String(look->icon)));
+        icon =
+            paletteIcon(QStringLiteral(":/kestrel/images/%1.png").arg(QLatin1String(look->icon)));
     return icon;
 }

@@ -2,7 +2,6 @@
 
 #include "images/images_p.h"
 
-#include <QtGui/QIcon>
 #include <QtWidgets/QHBoxLayout>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QToolButton>
@@ -28,7 +27,6 @@ QvelToolBoxPage::QvelToolBoxPage(QWidget* content, QWidget* parent)
       m_toggleButton(new QToolButton), m_headerLayout(new QHBoxLayout),
       m_pageLayout(new QVBoxLayout(this))
 {
-    initKestrelImages();
     setContentsMargins(0, 0, 0, 0);
 
     m_headerLabel->setAutoFillBackground(true);
@@ -39,14 +37,12 @@ QvelToolBoxPage::QvelToolBoxPage(QWidget* content, QWidget* parent)
     // A mnemonic in the title opens and closes the page; the title names the button, too.
     m_headerLabel->setBuddy(m_toggleButton);
 
-    QIcon icon;
-    icon.addFile(QStringLiteral(":/kestrel/images/showGroup.png"), {}, QIcon::Normal, QIcon::Off);
-    icon.addFile(QStringLiteral(":/kestrel/images/hideGroup.png"), {}, QIcon::Normal, QIcon::On);
     m_toggleButton->setObjectName(QStringLiteral("toggleButton"));
     m_toggleButton->setCheckable(true);
     m_toggleButton->setChecked(true);
     m_toggleButton->setAutoRaise(true);
-    m_toggleButton->setIcon(icon);
+    m_toggleButton->setIcon(paletteIcon(QStringLiteral(":/kestrel/images/showGroup.png"),
+                                        QStringLiteral(":/kestrel/images/hideGroup.png")));
     m_toggleButton->setToolTip(tr("Show or hide this page"));
 
     m_headerLayout->setContentsMargins(0, 0, 0, 0);
