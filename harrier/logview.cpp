@@ -3,8 +3,10 @@
 #include "language.h"
 #include "logbuffer.h"
 
+#include <QtCore/QEvent>
 #include <QtGui/QClipboard>
 #include <QtGui/QGuiApplication>
+#include <QtGui/QTextBlock>
 #include <QtGui/QTextCursor>
 #include <QtWidgets/QScrollBar>
 
@@ -46,6 +48,28 @@ void LogView::copyLines()
         copy();
     else
         QGuiApplication::clipboard()->setText(toPlainText());
+}
+
+void LogView::changeEvent(QEvent* event)
+{
+    QPlainTextEdit::changeEvent(event);
+    if (event->type() != QEvent::PaletteChange)
+        return;
+    QTextCharFormat failure;
+    failure.setForeground(failureColor(palette()));
+    QTextCursor cursor(document());
+    cursor.beginEditBlock();
+    for (QTextBlock block = document()->begin(); block.isValid(); block = block.next()) {
+        for (auto part = block.begin(); part != block.end(); ++part) {
+            const QTextFragment text = part.fragment();
+            if (!text.charFormat().hasProperty(QTextFormat::ForegroundBrush))
+                continue;
+            cursor.setPosition(text.position());
+            cursor.setPosition(text.position() + text.length(), QTextCursor::KeepAnchor);
+            cursor.setCharFormat(failure);
+        }
+    }
+    cursor.endEditBlock();
 }
 
 void LogView::showWaiting()

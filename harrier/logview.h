@@ -18,6 +18,9 @@ public Q_SLOTS:
     /// Puts the selected text on the clipboard, or everything when nothing is selected.
     void copyLines();
 
+protected:
+    void changeEvent(QEvent* event) override;
+
 private:
     void showWaiting();
 

@@ -271,7 +271,7 @@ void MainWindow::followSession(SessionPage* page)
 {
     const int index = m_tabs->indexOf(page);
     m_tabs->setTabText(index, escaped(page->title()));
-    m_tabs->setTabIcon(index, page->icon());
+    m_tabs->setTabIcon(index, SessionPage::icon(page->session()->state()));
     m_tabs->setTabToolTip(index, page->status().toHtmlEscaped());
     if (page == currentSession())
         followTab();

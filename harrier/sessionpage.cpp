@@ -20,8 +20,10 @@
 #include <Kestrel/UaPkiCertificate>
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QEvent>
 #include <QtCore/QJsonArray>
 #include <QtGui/QAction>
+#include <QtGui/QGuiApplication>
 #include <QtGui/QPainter>
 #include <QtWidgets/QDockWidget>
 #include <QtWidgets/QHBoxLayout>
@@ -202,20 +204,34 @@ QString SessionPage::status() const
     return tr("%1: %2").arg(title(), QvelSessionWidget::stateText(m_session->state()));
 }
 
-QIcon SessionPage::icon() const
+void SessionPage::changeEvent(QEvent* event)
 {
-    const QvelSession::State state = m_session->state();
-    const QColor color = state == QvelSession::Connected      ? QColor(0x2e, 0x9e, 0x4f)
-                         : state == QvelSession::Disconnected ? QColor(0xc6, 0x3d, 0x32)
-                                                              : QColor(0xe0, 0x9a, 0x1f);
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange)
+        Q_EMIT changed();
+}
+
+QIcon SessionPage::icon(QvelSession::State state)
+{
+    const QPalette palette = QGuiApplication::palette();
+    const bool isDark = palette.color(QPalette::Window).lightness() < 128;
+    const bool isOn = state == QvelSession::Connected, isOff = state == QvelSession::Disconnected;
+    const QColor color(isOn    ? (isDark ? 0x5cc87c : 0x1f7a3a)
+                       : isOff ? (isDark ? 0xff8a80 : 0xb3261e)
+                               : (isDark ? 0xf0b84a : 0x8a5a00));
     constexpr int size = 32; // of which less is shown
     QPixmap dot(size, size);
     dot.fill(Qt::transparent);
     QPainter painter(&dot);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(color);
-    painter.drawEllipse(QRect(0, 0, size, size).adjusted(6, 6, -6, -6));
+    painter.setPen(QPen(color, 4));
+    const QRect circle = QRect(0, 0, size, size).adjusted(7, 7, -7, -7);
+    painter.setBrush(isOn ? QBrush(color) : QBrush(Qt::NoBrush));
+    painter.drawEllipse(circle);
+    if (!isOn && !isOff) {
+        painter.setBrush(color);
+        painter.drawChord(circle, 90 * 16, 180 * 16);
+    }
     return QIcon(dot);
 }
 

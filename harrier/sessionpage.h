@@ -34,8 +34,8 @@ public:
     QString title() const;
     /// What the session is doing, on one line.
     QString status() const;
-    /// Green, amber or red.
-    QIcon icon() const;
+    /// A full, half or empty circle, in green, amber or red of the palette.
+    static QIcon icon(QvelSession::State state);
     QList<QDockWidget*> docks() const { return m_docks; }
     void resetLayout();
 
@@ -49,8 +49,11 @@ public:
     QJsonObject toJson() const;
     void restore(const QJsonObject& json);
 
+protected:
+    void changeEvent(QEvent* event) override;
+
 Q_SIGNALS:
-    /// Another title, state or failure.
+    /// Another title, state, failure or palette.
     void changed();
     void certificatesWanted();
 

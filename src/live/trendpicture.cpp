@@ -1,6 +1,8 @@
 #include "trendpicture_p.h"
 
+#include "base/contrast_p.h"
 #include "base/showntext_p.h"
+#include "nodes/statustext_p.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtGui/QPainter>
@@ -18,33 +20,9 @@ constexpr QRgb lightColors[colorCount] = {0xff1d5fbf, 0xffc2410c, 0xff15803d, 0x
                                           0xff0a91a8, 0xffd6246e, 0xff7a5c00, 0xff3f4a5a};
 constexpr QRgb darkColors[colorCount] = {0xff6aa8ff, 0xffff944d, 0xff4ade80, 0xffc79bff,
                                          0xff22d3ee, 0xffff7ab8, 0xfff5d04e, 0xffd5dce6};
-constexpr double leastContrast = 3;
 constexpr double lineWidth = 1.5;
 // Values beyond are drawn at the edge, so that sums of them stay numbers.
 constexpr double mostValue = 1e300;
-
-// WCAG 2.1, relative luminance.
-double luminance(const QColor& color)
-{
-    const auto linear = [](double part) {
-        return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
-           0.0722 * linear(color.blueF());
-}
-
-double contrast(const QColor& a, const QColor& b)
-{
-    const auto [low, high] = std::minmax({luminance(a), luminance(b)});
-    return (high + 0.05) / (low + 0.05);
-}
-
-QColor mixed(const QColor& a, const QColor& b, double part)
-{
-    const auto mix = [part](double x, double y) { return float(x + (y - x) * part); };
-    return QColor::fromRgbF(mix(a.redF(), b.redF()), mix(a.greenF(), b.greenF()),
-                            mix(a.blueF(), b.blueF()));
-}
 
 double bounded(double value)
 {
@@ -144,13 +122,9 @@ QColor TrendCurve::colorOn(const QPalette& palette) const
 
 QColor trendColor(int index, const QColor& base)
 {
-    const bool isDark = luminance(base) < 0.18;
+    const bool isDark = contrast(Qt::white, base) > contrast(Qt::black, base);
     const auto* const colors = isDark ? darkColors : lightColors;
-    QColor color(colors[index % colorCount]);
-    const QColor end = isDark ? Qt::white : Qt::black;
-    for (int i = 1; i <= 20 && contrast(color, base) < leastContrast; ++i)
-        color = mixed(color, end, i / 20.);
-    return color;
+    return readable(QColor(colors[index % colorCount]), base, leastGraphicsContrast);
 }
 
 std::optional<double> trendNumber(const UaVariant& value)
@@ -456,8 +430,8 @@ void TrendPicture::paintLegend(QPainter& painter) const
             painter.setPen(colorOf(curve));
             painter.drawRect(mark);
         }
-        const auto group = curve.isStale ? QPalette::Disabled : m_look.palette.currentColorGroup();
-        painter.setPen(m_look.palette.color(group, QPalette::Text));
+        const QColor ink = m_look.palette.color(QPalette::Text);
+        painter.setPen(curve.isStale ? staleColor(m_look.palette) : ink);
         const QString value = m_metrics.elidedText(trendCurrentText(curve, m_look.locale),
                                                    Qt::ElideRight, 0.62 * text.width());
         painter.drawText(text, trail | Qt::AlignVCenter | Qt::TextSingleLine, value);

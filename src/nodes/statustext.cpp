@@ -1,6 +1,9 @@
 #include "statustext_p.h"
 
+#include "base/contrast_p.h"
+
 #include <QtCore/QCoreApplication>
+#include <QtGui/QBrush>
 #include <QtGui/QGuiApplication>
 #include <QtGui/QPalette>
 
@@ -122,10 +125,16 @@ QString statusInWords(UaStatusCode status)
     return sentence.isEmpty() ? name : name + QLatin1String(": ") + sentence;
 }
 
+QColor staleColor(const QPalette& palette)
+{
+    // The ground of every other row is nearer to that of the windows.
+    return readable(palette.color(QPalette::Disabled, QPalette::Text),
+                    palette.color(QPalette::Active, QPalette::AlternateBase), leastTextContrast);
+}
+
 QVariant staleForeground(bool isStale)
 {
-    return isStale ? QGuiApplication::palette().brush(QPalette::Disabled, QPalette::Text)
-                   : QVariant();
+    return isStale ? QVariant(QBrush(staleColor(QGuiApplication::palette()))) : QVariant();
 }
 
 QString staleSentence()

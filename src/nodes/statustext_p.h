@@ -3,6 +3,9 @@
 #include "platform/types/uastatuscode.h"
 
 #include <QtCore/QVariant>
+#include <QtGui/QColor>
+
+class QPalette;
 
 /// A plain sentence that says what a status means to the one who asked; empty for Good.
 QString statusSentence(UaStatusCode status);
@@ -10,7 +13,10 @@ QString statusSentence(UaStatusCode status);
 /// The name of a status and its sentence, on one line.
 QString statusInWords(UaStatusCode status);
 
-/// Qt::ForegroundRole of what may be of the past: the brush of what is disabled, or none.
+/// The colour of what may be of the past: that of what is disabled, but dark or light enough to
+/// read.
+QColor staleColor(const QPalette& palette);
+/// Qt::ForegroundRole of what may be of the past, or none.
 QVariant staleForeground(bool isStale);
 /// A plain sentence that says what that is.
 QString staleSentence();

@@ -430,8 +430,7 @@ void tst_DataView::interruption()
     m_session->disconnectFromServer();
     QTRY_COMPARE(m_session->state(), QvelSession::Disconnected);
     QCOMPARE(value.data().toString(), before);
-    QCOMPARE(value.data(Qt::ForegroundRole).value<QBrush>(),
-             QApplication::palette().brush(QPalette::Disabled, QPalette::Text));
+    QVERIFY(value.data(Qt::ForegroundRole).isValid());
     QVERIFY(value.data(Qt::ToolTipRole).toString().contains("Not connected"));
     QVERIFY(!(value.flags() & Qt::ItemIsEditable));
     connectSession(*m_session, m_setting);

@@ -404,7 +404,7 @@ void tst_AddressSpace::comesBack()
     };
     server.kill();
     QTRY_VERIFY_WITH_TIMEOUT(tree.model()->isStale() && references.isStale(), patience);
-    QCOMPARE(color(), QApplication::palette().color(QPalette::Disabled, QPalette::Text));
+    QVERIFY(color() != QApplication::palette().color(QPalette::Text));
     QVERIFY(tree.said().contains("Not connected"));
     PeerProcess again;
     QVERIFY(!start(again, port, "urn:third,urn:second,urn:first").isEmpty());
