@@ -103,6 +103,7 @@ EndpointDetails::EndpointDetails(QWidget* parent) : QWidget(parent)
     m_transport = field("transportProfile");
     m_tokens = new QPlainTextEdit;
     m_tokens->setReadOnly(true);
+    m_tokens->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     m_tokens->setTabChangesFocus(true);
     m_tokens->setObjectName(QStringLiteral("tokens"));
     m_tokens->setFixedHeight(5 * fontMetrics().height());

@@ -62,6 +62,7 @@ void NodeIdPage::addRow(QGridLayout* grid, const char* title, QWidget* shown, Ed
         const UaNodeId nodeId = editor->nodeId(&valid);
         value->showText(valid ? text(nodeId) : QString(), MaxText);
         ok->setText(validity(valid));
+        ok->setAccessibleDescription(ok->text());
     };
     follow(title, shown, label, value, ok, show);
     connect(editor, &Editor::valueChanged, this, [this, title](const UaVariant&) {
@@ -108,6 +109,7 @@ NodeIdPage::NodeIdPage(QWidget* parent) : QWidget(parent), m_signals(new QPlainT
     normal->setNodeId(UaNodeId(UaString("Pump.Speed"), 2));
 
     m_signals->setReadOnly(true);
+    m_signals->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     m_signals->setTabChangesFocus(true);
     m_signals->setMaximumBlockCount(MaxSignals);
     m_signals->setObjectName(QStringLiteral("signals"));

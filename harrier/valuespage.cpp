@@ -234,6 +234,7 @@ void EditorWatch::refresh()
     const UaVariant value = m_handle.value(&valid);
     m_value->showText(value.toFullString().toQString());
     m_ok->setText(valid ? tr("ok") : tr("not valid"));
+    m_ok->setAccessibleDescription(m_ok->text());
 }
 
 void EditorWatch::signalled()
@@ -309,6 +310,7 @@ ValuesPage::ValuesPage(Host& host, QWidget* parent)
     scroll->setWidget(content);
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setFocusPolicy(Qt::NoFocus);
     Language::follow(scroll, [scroll] { scroll->setAccessibleName(tr("Value editors")); });
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins({});

@@ -132,6 +132,7 @@ WriteValuePage::WriteValuePage(QWidget* parent)
     for (std::size_t i = 0; i < std::size(examples); ++i)
         m_examples->addItem(QString());
     m_text->setReadOnly(true);
+    m_text->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
 
     auto* placeLayout = new QVBoxLayout(m_place);
     placeLayout->setContentsMargins({});
@@ -205,5 +206,6 @@ void WriteValuePage::showValue()
         type = tr("%1 of %n element(s)", nullptr, value.arraySize()).arg(type);
     m_type->setText(type);
     m_ok->setText(ok ? tr("ok") : tr("not valid"));
+    m_ok->setAccessibleDescription(m_ok->text());
     m_text->setPlainText(value.toFullString().toQString().left(maxText));
 }

@@ -1270,6 +1270,10 @@ p, li { white-space: pre-wrap; }
         <source>The stored lists cannot be read; they are kept.</source>
         <translation>Die gespeicherten Listen können nicht gelesen werden; sie bleiben erhalten.</translation>
     </message>
+    <message>
+        <source>Columns</source>
+        <translation>Spalten</translation>
+    </message>
 </context>
 <context>
     <name>QvelDialogWidgetArray</name>
@@ -1555,6 +1559,10 @@ is currently not supported.</source>
     <message>
         <source>Enter the Url of a computer with discovery service running:</source>
         <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Servers</source>
+        <translation>Server</translation>
     </message>
 </context>
 <context>

@@ -66,6 +66,7 @@ void QvelDialogWidgetBase::showEvent(QShowEvent* event)
     const auto buttons = m_buttonBox->buttons();
     for (auto it = buttons.crbegin(); it != buttons.crend(); ++it)
         setTabOrder(last, *it);
+    m_buttonBox->setFocusProxy(nullptr); // Tab would come back to the buttons over the box
     for (QWidget* w = nextInFocusChain(); w != this; w = w->nextInFocusChain()) {
         if (!(w->focusPolicy() & Qt::TabFocus) || !w->isEnabledTo(this) || !w->isVisibleTo(this))
             continue;

@@ -5,6 +5,7 @@
 #include <QtCore/QCoreApplication>
 #include <QtCore/QLocale>
 #include <QtGui/QAccessible>
+#include <QtWidgets/QLabel>
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QSpinBox>
 #include <QtWidgets/QToolTip>
@@ -24,6 +25,19 @@ void tellWhenCut(QLineEdit* edit)
     };
     // Queued, since a validator may still refuse all of it.
     QObject::connect(edit, &QLineEdit::inputRejected, edit, tell, Qt::QueuedConnection);
+}
+
+void announce(QLabel* label, const QString& text)
+{
+    if (label->text() == text)
+        return;
+    label->setText(text);
+    if (!label->accessibleName().isEmpty()) // which stands for the text
+        label->setAccessibleDescription(text);
+    if (text.isEmpty())
+        return;
+    QAccessibleEvent alert(label, QAccessible::Alert);
+    QAccessible::updateAccessibility(&alert);
 }
 
 template <class Control, class Changed>

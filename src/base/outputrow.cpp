@@ -12,6 +12,7 @@ QLineEdit* addOutputRow(QFormLayout* form, const QString& label, const char* obj
     line->setObjectName(QLatin1String(objectName));
     line->setReadOnly(true);
     line->setFrame(false);
+    line->setFocusPolicy(Qt::NoFocus);
     QPalette palette; // no field to type into; all other colours stay those of the parent
     palette.setBrush(QPalette::Base, Qt::transparent);
     line->setPalette(palette);
@@ -33,5 +34,6 @@ void showOutput(QLineEdit* line, const QString& text)
         return; // a selection stays
     line->setText(shown);
     line->setCursorPosition(0);
+    line->setFocusPolicy(shown.isEmpty() ? Qt::NoFocus : Qt::StrongFocus); // nothing to read
     line->setToolTip(plainToolTip(shown));
 }

@@ -1,5 +1,6 @@
 #include "newcertificatedialog.h"
 
+#include "base/linehints_p.h"
 #include "base/showntext_p.h"
 #include "images/images_p.h"
 #include "platform/pki/certificatetexts_p.h"
@@ -81,8 +82,8 @@ public:
 
     Ui::NewCertificateDialog ui = {};
     std::array<Field, fieldCount> fields = {};
-    const QIcon on = QIcon(QStringLiteral(":/kestrel/images/on.png"));
-    const QIcon off = QIcon(QStringLiteral(":/kestrel/images/clearlog.png"));
+    const QIcon on = paletteIcon(QStringLiteral(":/kestrel/images/on.png"));
+    const QIcon off = paletteIcon(QStringLiteral(":/kestrel/images/clearlog.png"));
     std::unique_ptr<UaPkiCertificate> certificate;
     std::unique_ptr<UaPkiRsaKeyPair> keyPair;
     QList<int> keyStrengths = defaultKeyStrengths();
@@ -159,8 +160,8 @@ void QvelNewCertificateDlg::Private::showFault(Text text)
         faulty.input->setToolTip(faultReason());
         message += u'\n' + faulty.label->text() + u' ' + faultReason();
     }
-    ui.lblFault->setText(message);
     ui.lblFault->show();
+    announce(ui.lblFault, message);
     describe();
 }
 
@@ -169,7 +170,6 @@ QvelNewCertificateDlg::QvelNewCertificateDlg(const QString& applicationName,
                                              bool passwordOption, QWidget* parent)
     : QDialog(parent, Qt::WindowTitleHint | Qt::WindowSystemMenuHint), d(new Private)
 {
-    initKestrelImages();
     d->mandatory = mandatory;
     Ui::NewCertificateDialog& ui = d->ui;
     ui.setupUi(this);
@@ -187,8 +187,10 @@ QvelNewCertificateDlg::QvelNewCertificateDlg(const QString& applicationName,
         {ui.lblPassword, ui.txtPassword, ui.lblStatPassword},
         {ui.lblPasswordRepeat, ui.txtPasswordRepeat, ui.lblStatPasswordRepeat},
     }};
-    for (Field& field : d->fields)
+    for (Field& field : d->fields) {
         d->setStatus(field, false);
+        whenPaletteChanges(field.status, [this, &field] { d->setStatus(field, field.good); });
+    }
     if (!passwordOption) {
         for (QWidget* widget : std::initializer_list<QWidget*>{
                  ui.chkPassword, ui.txtPassword, ui.txtPasswordRepeat, ui.lblPassword,

@@ -108,6 +108,12 @@ QvelTrustDialog::QvelTrustDialog(const QvelCertificateQuestion& question, QWidge
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(scroll);
     layout->addWidget(buttons);
+    buttons->setFocusProxy(
+        nullptr); // Tab would pass over the first button, which stands for the box
+    QWidget* last = view;
+    for (int i = 0; i < buttons->layout()->count(); ++i) // in the order of the style
+        if (QWidget* next = buttons->layout()->itemAt(i)->widget())
+            setTabOrder(std::exchange(last, next), next);
     reject->setFocus();
     // All of it at once where the screen has room, with the longest thumbprint in full.
     const QString digits(125, QLatin1Char('0'));

@@ -1,5 +1,6 @@
 #include "discoverywidget.h"
 
+#include "base/retranslate_p.h"
 #include "discovery/discoverycbinterface.h"
 #include "discovery/discoverymodel.h"
 #include "discovery/discoverynodes_p.h"
@@ -119,14 +120,15 @@ QvelDiscoveryWidget::QvelDiscoveryWidget(QWidget* parent) : QTreeView(parent), d
 {
     initKestrelImages();
     setHeaderHidden(true);
+    retranslated(this, [this] { setOwnText(this, "accessibleName", tr("Servers")); });
     header()->setResizeContentsPrecision(rowsToFit);
     setUniformRowHeights(true); // every text is one line
     setContextMenuPolicy(Qt::CustomContextMenu);
 
-    d->rebrowse = new QAction(QIcon(":/kestrel/images/rebrowse.png"), tr("Rebrowse"), this);
-    d->remove = new QAction(QIcon(":/kestrel/images/clearlog.png"), tr("Remove"), this);
-    d->edit = new QAction(QIcon(":/kestrel/images/settingsconfigure.png"), tr("Edit Discovery URL"),
-                          this);
+    d->rebrowse = new QAction(paletteIcon(":/kestrel/images/rebrowse.png"), tr("Rebrowse"), this);
+    d->remove = new QAction(paletteIcon(":/kestrel/images/clearlog.png"), tr("Remove"), this);
+    d->edit = new QAction(paletteIcon(":/kestrel/images/settingsconfigure.png"),
+                          tr("Edit Discovery URL"), this);
     d->menu = new QMenu(this);
 
     connect(d->remove, &QAction::triggered, this, &QvelDiscoveryWidget::sltRemove);

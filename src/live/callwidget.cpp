@@ -1,5 +1,7 @@
 #include "callwidget.h"
 
+#include "base/focus_p.h"
+#include "base/linehints_p.h"
 #include "base/retranslate_p.h"
 #include "base/showntext_p.h"
 #include "base/words_p.h"
@@ -152,7 +154,7 @@ QvelCallWidget::Private::Private(QvelCallWidget* widget)
     layout->addLayout(row);
     layout->addWidget(outputLabel);
     layout->addWidget(outputList, 1);
-    q->setFocusProxy(inputList);
+    passFocusOn(q, inputList);
 
     QObject::connect(callButton, &QPushButton::clicked, q, &QvelCallWidget::call);
     QObject::connect(cancelButton, &QPushButton::clicked, q, &QvelCallWidget::cancel);
@@ -392,7 +394,7 @@ void QvelCallWidget::Private::update()
     QString text = said(message);
     if (session && isKnown && !isConnected())
         text += QLatin1Char(' ') + tr("There is no connection to the server.");
-    status->setText(text.trimmed());
+    announce(status, text.trimmed());
     description->setHidden(description->text().isEmpty());
     const QString hint = method == UaExpandedNodeId() ? tr("Select a method.")
                          : isConnected()              ? tr("Reading the arguments ...")
@@ -532,6 +534,7 @@ QvelCallDialog::QvelCallDialog(QWidget* parent) : QDialog(parent), m_widget(new 
     m_widget->layout()->setContentsMargins(0, 0, 0, 0); // those of the dialog are enough
     layout->addWidget(m_widget);
     layout->addWidget(buttons);
+    m_widget->setFocus();
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     const auto showTitle = [this] {
         setOwnText(this, "windowTitle",

@@ -344,6 +344,11 @@ void DataViewTable::paintEvent(QPaintEvent* event)
     painter.setPen(palette().color(QPalette::PlaceholderText));
     painter.drawText(viewport()->rect().adjusted(8, 8, -8, -8), Qt::AlignCenter | Qt::TextWordWrap,
                      tr("Drop variables here, paste NodeIds, or type one above."));
+    if (hasFocus()) { // there is no row that would show it
+        QStyleOptionFocusRect focus;
+        focus.initFrom(viewport());
+        style()->drawPrimitive(QStyle::PE_FrameFocusRect, &focus, &painter, this);
+    }
 }
 
 void DataViewTable::dropEvent(QDropEvent* event)

@@ -1,5 +1,6 @@
 #include "dataviewwidget.h"
 
+#include "base/linehints_p.h"
 #include "base/retranslate_p.h"
 #include "base/settingscbinterface.h"
 #include "base/showntext_p.h"
@@ -52,7 +53,7 @@ QLabel* createLine(QWidget* parent)
 
 void setLine(QLabel* label, const QString& text)
 {
-    label->setText(shownText(text));
+    announce(label, shownText(text));
     label->setToolTip(shownToolTip(text));
     label->setVisible(!text.isEmpty());
 }
@@ -129,6 +130,7 @@ public:
     void update();
     void tabMenu(const QPoint& position);
     void tableMenu(const QPoint& position);
+    void fillColumns(QMenu* menu);
     void columnMenu(const QPoint& position);
     void hideColumn(int column, bool hidden);
     QString recordingText() const;
@@ -453,6 +455,8 @@ void QvelDataViewWidget::Private::tableMenu(const QPoint& position)
     menu->addActions({copy, paste, remove});
     menu->addSeparator();
     menu->addActions({pause, recordAction});
+    menu->addSeparator();
+    fillColumns(menu->addMenu(tr("Columns")));
     menu->popup(current()->viewport()->mapToGlobal(position));
 }
 
@@ -460,6 +464,12 @@ void QvelDataViewWidget::Private::columnMenu(const QPoint& position)
 {
     auto* menu = new QMenu(q);
     menu->setAttribute(Qt::WA_DeleteOnClose);
+    fillColumns(menu);
+    menu->popup(current()->horizontalHeader()->mapToGlobal(position));
+}
+
+void QvelDataViewWidget::Private::fillColumns(QMenu* menu)
+{
     for (int column = 0; column < QvelDataViewModel::ColumnCount; ++column) {
         QAction* action =
             menu->addAction(current()->list()->headerData(column, Qt::Horizontal).toString());
@@ -469,7 +479,6 @@ void QvelDataViewWidget::Private::columnMenu(const QPoint& position)
         connect(action, &QAction::triggered, this,
                 [this, column](bool shown) { hideColumn(column, !shown); });
     }
-    menu->popup(current()->horizontalHeader()->mapToGlobal(position));
 }
 
 void QvelDataViewWidget::Private::hideColumn(int column, bool hidden)

@@ -1,5 +1,6 @@
 #include "sessionwidget.h"
 
+#include "base/linehints_p.h"
 #include "base/outputrow_p.h"
 #include "base/retranslate_p.h"
 #include "base/showntext_p.h"
@@ -186,13 +187,13 @@ void QvelSessionWidget::Private::refresh()
     const int now = session ? int(session->state()) : int(QvelSession::Disconnected);
     const bool isUnderWay =
         session && now != QvelSession::Disconnected && now != QvelSession::Connected;
-    state->setText(session ? stateText(now) : QvelSessionWidget::tr("No session"));
+    announce(state, session ? stateText(now) : QvelSessionWidget::tr("No session"));
     progress->setVisible(isUnderWay);
     progress->setValue(step(now));
     progress->setFormat(stateText(now));
     for (std::size_t i = 0; i < std::size(rows); ++i)
         showOutput(outputs[i], session ? rows[i].text(*session) : QString());
-    error->setText(session ? errorText(session->lastError()) : QString());
+    announce(error, session ? errorText(session->lastError()) : QString());
     error->setVisible(!error->text().isEmpty());
     disconnect->setEnabled(session && now != QvelSession::Disconnected);
     disconnect->setText(isUnderWay && now != QvelSession::WaitingToReconnect

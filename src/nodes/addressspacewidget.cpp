@@ -1,5 +1,7 @@
 #include "addressspacewidget.h"
 
+#include "base/focus_p.h"
+#include "base/linehints_p.h"
 #include "base/retranslate_p.h"
 #include "base/showntext_p.h"
 #include "base/words_p.h"
@@ -129,11 +131,10 @@ QvelAddressSpaceWidget::Private::Private(QvelAddressSpaceWidget* widget)
       status(new QWidget(body)), statusText(new QLabel(status)), menu(new QMenu(widget)),
       columns(new QMenu(menu))
 {
-    initKestrelImages();
     back = addAction(QKeySequence(Qt::ALT | Qt::Key_Left), [this] { travel(-1); });
     forward = addAction(QKeySequence(Qt::ALT | Qt::Key_Right), [this] { travel(1); });
     refresh = addAction(QKeySequence(Qt::Key_F5), [this] { model->refresh(); });
-    refresh->setIcon(QIcon(QStringLiteral(":/kestrel/images/rebrowse.png")));
+    refresh->setIcon(paletteIcon(QStringLiteral(":/kestrel/images/rebrowse.png")));
     next = addAction(QKeySequence(Qt::Key_F3), [this] { nextHit(); });
     previous = addAction(QKeySequence(Qt::SHIFT | Qt::Key_F3), [this] { previousHit(); });
     cancel = addAction(QKeySequence(Qt::Key_Escape), [this] { search->cancel(); });
@@ -152,7 +153,7 @@ QvelAddressSpaceWidget::Private::Private(QvelAddressSpaceWidget* widget)
     auto* top = new QHBoxLayout;
     backButton = addButton(top, back);
     forwardButton = addButton(top, forward);
-    addButton(top, refresh);
+    QToolButton* refreshButton = addButton(top, refresh);
     top->addWidget(field);
     field->setClearButtonEnabled(true);
     top->setSpacing(2);
@@ -198,6 +199,10 @@ QvelAddressSpaceWidget::Private::Private(QvelAddressSpaceWidget* widget)
         header->hideSection(column);
     turnArrows();
     tellSearch();
+    QWidget* last = backButton;
+    for (QWidget* next : std::initializer_list<QWidget*>{forwardButton, refreshButton, field, tree,
+                                                         up, down, cancelButton})
+        QWidget::setTabOrder(std::exchange(last, next), next);
     retranslated(q, [this] { retranslate(); });
 }
 
@@ -272,7 +277,7 @@ void QvelAddressSpaceWidget::Private::say(const Words& words)
     told = words;
     isToldOnce = false;
     const QString text = said(told);
-    statusText->setText(shownText(text));
+    announce(statusText, shownText(text));
     statusText->setToolTip(shownToolTip(text));
     status->setVisible(!text.isEmpty());
 }
@@ -441,7 +446,7 @@ void QvelAddressSpaceWidget::Private::popUp(const QPoint& position)
 QvelAddressSpaceWidget::QvelAddressSpaceWidget(QWidget* parent)
     : QWidget(parent), d(std::make_unique<Private>(this))
 {
-    setFocusProxy(d->tree);
+    passFocusOn(this, d->tree);
     connect(d->field, &QLineEdit::returnPressed, this, [this] { d->enterField(); });
     connect(d->model, &QvelAddressSpaceModel::located, this,
             [this](const QModelIndex& index) { d->show(index); });

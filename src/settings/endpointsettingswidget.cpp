@@ -1,6 +1,7 @@
 #include "endpointsettingswidget.h"
 
 #include "base/ownmodal_p.h"
+#include "base/retranslate_p.h"
 #include "platform/stack/securitypolicies_p.h"
 #include "ui_endpointsettingswidget.h"
 
@@ -8,6 +9,7 @@
 #include <QtCore/QPointer>
 #include <QtCore/QSignalBlocker>
 #include <QtGui/QStandardItemModel>
+#include <QtGui/QTextDocumentFragment>
 #include <QtWidgets/QFileDialog>
 
 #include <vector>
@@ -110,6 +112,13 @@ QvelEndpointSettingsWidget::QvelEndpointSettingsWidget(QWidget* parent, Qt::Wind
     connect(ui.toolButton_PrivateKey, &QAbstractButton::clicked, this,
             &Self::sltBrowsePrivateKeyFile);
     sltSecurityPolicyChanged(ui.comboBox_SecurityPolicy->currentIndex());
+    retranslated(this, [this] {
+        const auto all = findChildren<QWidget*>();
+        for (QWidget* each : all) // a screen reader would read the tags, too
+            if (const QString tip = each->toolTip(); Qt::mightBeRichText(tip))
+                each->setAccessibleDescription(
+                    QTextDocumentFragment::fromHtml(tip).toPlainText().simplified());
+    });
 }
 
 QvelEndpointSettingsWidget::~QvelEndpointSettingsWidget() = default;

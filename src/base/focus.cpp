@@ -1,0 +1,32 @@
+#include "focus_p.h"
+
+#include <QtGui/QFocusEvent>
+#include <QtWidgets/QWidget>
+
+namespace {
+
+class FocusPasser : public QObject
+{
+public:
+    FocusPasser(QWidget* widget, QWidget* control) : QObject(control), m_control(control)
+    {
+        widget->installEventFilter(this);
+    }
+
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        if (event->type() == QEvent::FocusIn)
+            m_control->setFocus(static_cast<QFocusEvent*>(event)->reason());
+        return false;
+    }
+
+private:
+    QWidget* const m_control;
+};
+
+} // namespace
+
+void passFocusOn(QWidget* widget, QWidget* control)
+{
+    new FocusPasser(widget, control);
+}
