@@ -151,7 +151,7 @@ QByteArray SessionConnection::send(const QByteArray& body, int timeout, bool isS
 QByteArray SessionConnection::flush()
 {
     const QByteArray bytes = m_channel ? m_channel->takeOutput() : QByteArray();
-    if (bytes.isEmpty())
+    if (bytes.isEmpty() || !m_socket->isOpen()) // its end is told in a moment
         return {};
     m_sent += quint64(bytes.size());
     m_socket->write(bytes);
