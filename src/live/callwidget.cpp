@@ -4,6 +4,7 @@
 #include "base/linehints_p.h"
 #include "base/retranslate_p.h"
 #include "base/showntext_p.h"
+#include "base/viewhint_p.h"
 #include "base/words_p.h"
 #include "live/argumentsmodel_p.h"
 #include "nodes/nodelink.h"
@@ -392,15 +393,15 @@ void QvelCallWidget::Private::update()
     callButton->setEnabled(isConnected() && isKnown && isAllowed && !isCalling);
     cancelButton->setEnabled(isCalling);
     QString text = said(message);
-    if (session && isKnown && !isConnected())
+    if (isKnown && !isConnected())
         text += QLatin1Char(' ') + tr("There is no connection to the server.");
     announce(status, text.trimmed());
     description->setHidden(description->text().isEmpty());
     const QString hint = method == UaExpandedNodeId() ? tr("Select a method.")
                          : isConnected()              ? tr("Reading the arguments ...")
                                                       : tr("There is no connection to the server.");
-    inputList->setHint(isKnown ? tr("This method takes no arguments.") : hint);
-    outputList->setHint(isKnown ? tr("This method gives nothing back.") : hint);
+    setViewHint(inputList, isKnown ? tr("This method takes no arguments.") : hint);
+    setViewHint(outputList, isKnown ? tr("This method gives nothing back.") : hint);
 }
 
 void QvelCallWidget::Private::tell(const Words& words)

@@ -1,5 +1,7 @@
 #include "dataviewtable_p.h"
 
+#include "base/retranslate_p.h"
+#include "base/viewhint_p.h"
 #include "nodes/valuedelegate_p.h"
 #include "platform/types/uavariant.h"
 
@@ -212,6 +214,9 @@ DataViewTable::DataViewTable(QvelDataViewModel* model, QWidget* parent)
     // What changes all the time stands together: one rectangle is painted faster than two.
     horizontalHeader()->moveSection(Model::DataType, Model::Value);
     horizontalHeader()->setContextMenuPolicy(Qt::CustomContextMenu);
+    retranslated(this, [this] {
+        setViewHint(this, tr("Drop variables here, paste NodeIds, or type one above."));
+    });
     for (int column = 0; column < Model::ColumnCount; ++column)
         setColumnWidth(column, horizontalHeader()->sectionSizeHint(column));
     const int margins = 2 * style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 4;
@@ -338,13 +343,9 @@ void DataViewTable::paintEvent(QPaintEvent* event)
         QPaintEvent partEvent(part);
         QTableView::paintEvent(&partEvent);
     }
-    if (m_list->rowCount() > 0)
-        return;
-    QPainter painter(viewport());
-    painter.setPen(palette().color(QPalette::PlaceholderText));
-    painter.drawText(viewport()->rect().adjusted(8, 8, -8, -8), Qt::AlignCenter | Qt::TextWordWrap,
-                     tr("Drop variables here, paste NodeIds, or type one above."));
-    if (hasFocus()) { // there is no row that would show it
+    paintViewHint(this);
+    if (m_list->rowCount() == 0 && hasFocus()) { // there is no row that would show it
+        QPainter painter(viewport());
         QStyleOptionFocusRect focus;
         focus.initFrom(viewport());
         style()->drawPrimitive(QStyle::PE_FrameFocusRect, &focus, &painter, this);

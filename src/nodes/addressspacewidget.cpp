@@ -4,6 +4,7 @@
 #include "base/linehints_p.h"
 #include "base/retranslate_p.h"
 #include "base/showntext_p.h"
+#include "base/viewhint_p.h"
 #include "base/words_p.h"
 #include "images/images_p.h"
 #include "nodes/addressspacemodel.h"
@@ -48,6 +49,11 @@ protected:
         isMovedByKey = true;
         QTreeView::keyPressEvent(event);
         isMovedByKey = false;
+    }
+    void paintEvent(QPaintEvent* event) override
+    {
+        QTreeView::paintEvent(event);
+        paintViewHint(this);
     }
     // The line below comes and goes, and does not cover the row that it speaks of.
     void resizeEvent(QResizeEvent* event) override
@@ -232,6 +238,7 @@ void QvelAddressSpaceWidget::Private::retranslate()
     field->setAccessibleName(tr("Find or go to"));
     field->setToolTip(field->placeholderText());
     tree->setAccessibleName(tr("Address space"));
+    setViewHint(tree, tr("Not connected to a server."));
     say(isToldOnce ? Words() : Words(told));
 }
 

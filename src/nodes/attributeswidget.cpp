@@ -1,6 +1,7 @@
 #include "attributeswidget.h"
 
 #include "base/retranslate_p.h"
+#include "base/viewhint_p.h"
 #include "nodes/attributesmodel.h"
 #include "nodes/nodelink.h"
 #include "nodes/valuedelegate_p.h"
@@ -13,6 +14,13 @@
 #include <QtWidgets/QVBoxLayout>
 
 #include <algorithm>
+
+static void tellWhyEmpty(QAbstractItemView* view, const UaExpandedNodeId& node)
+{
+    setViewHint(view, node == UaExpandedNodeId()
+                          ? QvelAttributesWidget::tr("Select a node to see its attributes.")
+                          : QvelAttributesWidget::tr("Waiting for the server ..."));
+}
 
 QvelAttributesWidget::QvelAttributesWidget(QWidget* parent)
     : QWidget(parent), m_model(new QvelAttributesModel(this)),
@@ -48,7 +56,7 @@ QvelAttributesWidget::QvelAttributesWidget(QWidget* parent)
     QAction* refresh = add(QKeySequence::Refresh, [this] { m_model->refresh(); });
     retranslated(this, [=] {
         m_view->setAccessibleName(tr("Attributes"));
-        m_view->setHint(tr("Select a node to see its attributes."));
+        tellWhyEmpty(m_view, m_model->node());
         edit->setText(tr("&Edit Value"));
         copyValue->setText(tr("&Copy Value"));
         refresh->setText(tr("&Refresh"));
@@ -80,6 +88,7 @@ void QvelAttributesWidget::setNodeId(const QString& text)
 void QvelAttributesWidget::setNode(const UaExpandedNodeId& node)
 {
     m_model->setNode(node);
+    tellWhyEmpty(m_view, node);
 }
 
 UaExpandedNodeId QvelAttributesWidget::node() const

@@ -1,6 +1,7 @@
 #include "referenceswidget.h"
 
 #include "base/retranslate_p.h"
+#include "base/viewhint_p.h"
 #include "images/images_p.h"
 #include "nodes/nodelink.h"
 #include "nodes/referencesmodel.h"
@@ -13,11 +14,28 @@
 #include <QtWidgets/QTableView>
 #include <QtWidgets/QVBoxLayout>
 
+namespace {
+
+class ReferencesTable : public QTableView
+{
+public:
+    using QTableView::QTableView;
+
+protected:
+    void paintEvent(QPaintEvent* event) override
+    {
+        QTableView::paintEvent(event);
+        paintViewHint(this);
+    }
+};
+
+} // namespace
+
 class QvelReferencesWidget::Private
 {
 public:
     explicit Private(QvelReferencesWidget* q)
-        : model(new QvelReferencesModel(q)), table(new QTableView(q))
+        : model(new QvelReferencesModel(q)), table(new ReferencesTable(q))
     {
     }
     void copy() const
@@ -43,6 +61,13 @@ public:
     QvelReferencesModel* const model;
     QTableView* const table;
 };
+
+static void tellWhyEmpty(QAbstractItemView* view, const UaExpandedNodeId& node)
+{
+    setViewHint(view, node == UaExpandedNodeId()
+                          ? QvelReferencesWidget::tr("Select a node to see its references.")
+                          : QvelReferencesWidget::tr("Waiting for the server ..."));
+}
 
 QvelReferencesWidget::QvelReferencesWidget(QWidget* parent)
     : QWidget(parent), d(std::make_unique<Private>(this))
@@ -81,6 +106,7 @@ QvelReferencesWidget::QvelReferencesWidget(QWidget* parent)
     QAction* refresh = add(QKeySequence(Qt::Key_F5), [this] { d->model->refresh(); });
     retranslated(this, [=] {
         d->table->setAccessibleName(tr("References"));
+        tellWhyEmpty(d->table, d->model->node());
         copy->setText(tr("Copy NodeId"));
         refresh->setText(tr("Refresh"));
     });
@@ -127,4 +153,5 @@ void QvelReferencesWidget::setNodeId(const QString& text)
 void QvelReferencesWidget::setNode(const UaExpandedNodeId& id)
 {
     d->model->setNode(id);
+    tellWhyEmpty(d->table, id);
 }

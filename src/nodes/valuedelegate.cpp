@@ -1,12 +1,12 @@
 #include "valuedelegate_p.h"
 
+#include "base/viewhint_p.h"
 #include "composite/arrayeditors.h"
 #include "composite/celleditor_p.h"
 #include "composite/matrixeditors.h"
 #include "composite/varianteditor.h"
 #include "nodes/valuecell_p.h"
 
-#include <QtGui/QPainter>
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QVBoxLayout>
 
@@ -101,13 +101,6 @@ bool ValueList::edit(const QModelIndex& index, EditTrigger trigger, QEvent* even
     return CellEditingView::edit(index.siblingAtColumn(m_valueColumn), trigger, event);
 }
 
-void ValueList::setHint(const QString& hint)
-{
-    m_hint = hint;
-    setAccessibleDescription(hint);
-    viewport()->update();
-}
-
 void ValueList::finishEdit()
 {
     QWidget* editor = m_editor;
@@ -120,11 +113,5 @@ void ValueList::finishEdit()
 void ValueList::paintEvent(QPaintEvent* event)
 {
     CellEditingView::paintEvent(event);
-    if (m_hint.isEmpty() || !model() || model()->rowCount() > 0)
-        return;
-    constexpr int margin = 8;
-    QPainter painter(viewport());
-    painter.setPen(palette().color(QPalette::Disabled, QPalette::Text));
-    painter.drawText(viewport()->rect().adjusted(margin, margin, -margin, -margin),
-                     Qt::AlignCenter | Qt::TextWordWrap, m_hint);
+    paintViewHint(this);
 }

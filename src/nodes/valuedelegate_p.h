@@ -20,14 +20,13 @@ public:
 };
 
 /// A list of rows with one column of such cells, in which a row is edited, wherever it is clicked.
+/// Paints its hint (setViewHint()).
 class ValueList : public CellEditingView<QTreeView>
 {
 public:
     explicit ValueList(int valueColumn, QWidget* parent = nullptr);
 
     using CellEditingView::edit;
-    /// What is shown where there are no rows.
-    void setHint(const QString& hint);
     /// Takes what is typed in an open cell, as if it were left.
     void finishEdit();
 
@@ -37,5 +36,4 @@ protected:
 
 private:
     const int m_valueColumn;
-    QString m_hint;
 };
