@@ -609,7 +609,13 @@ void QvelAttributesModel::Private::reread(OpcUa_UInt32 attributeId)
                      return;
                  const UaDataValue value = result.values.value(0, UaDataValue({}, result.status));
                  if (attributeId == QvelAttribute::Value) {
-                     takeValue(value);
+                     const Row* known = find(place(QvelAttribute::Value));
+                     if (known && result.status.isBad()) { // nobody has answered
+                         row(known->place).status = result.status;
+                         changed(*known);
+                     } else {
+                         takeValue(value);
+                     }
                      return;
                  }
                  for (const Attribute& attribute : attributes)
