@@ -334,9 +334,12 @@ QString QvelTrendWidget::Private::spoken() const
         parts.append(view.state);
         if (!view.note.isEmpty())
             parts.append(view.note);
-        for (const auto& curve : curves)
-            parts.append(
-                QStringLiteral("%1: %2").arg(curve->label, trendCurrentText(*curve, q->locale())));
+        for (const auto& curve : curves) {
+            QString text = trendCurrentText(*curve, q->locale());
+            if (curve->hasCurrent && !curve->trouble.isEmpty())
+                text += QStringLiteral(" (%1)").arg(curve->trouble);
+            parts.append(QStringLiteral("%1: %2").arg(curve->label, text));
+        }
     }
     return parts.join(QLatin1String("; "));
 }
