@@ -280,8 +280,9 @@ DataViewTable* QvelDataViewWidget::Private::insertList(const QString& name)
     connect(model, &QvelDataViewModel::recordingChanged, this, &Private::update);
     const auto activate = [this](const QModelIndex& index) {
         const auto id = index.data(QvelDataViewModel::NodeIdRole).value<UaExpandedNodeId>();
-        if (!id.nodeId().isNull())
-            Q_EMIT q->variableActivated(id);
+        if (!id.nodeId().isNull()) // once the table is done with it: the host may delete it
+            QMetaObject::invokeMethod(
+                q, [this, id] { Q_EMIT q->variableActivated(id); }, Qt::QueuedConnection);
     };
     connect(view, &QAbstractItemView::activated, this, activate);
     connect(view->selectionModel(), &QItemSelectionModel::currentRowChanged, this, activate);

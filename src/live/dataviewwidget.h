@@ -76,7 +76,8 @@ public:
     bool restoreState(QvelSettingsCBInterface* settings, const QString& group);
 
 Q_SIGNALS:
-    /// The row that the user has gone to, or has activated by Enter or a double click.
+    /// The row that the user has gone to, or has activated by Enter or a double click. Sent once
+    /// the table is done with that.
     void variableActivated(const UaExpandedNodeId& nodeId);
 
 private:
