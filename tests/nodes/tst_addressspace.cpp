@@ -391,25 +391,16 @@ void tst_AddressSpace::comesBack()
     auto session = std::make_unique<QvelSession>(m_user.options);
     Tree tree(session.get());
     QCOMPARE(tree.model()->rowCount(), 0);
-    QvelReferencesModel references;
-    references.setSession(session.get());
     connectSession(*session, settingOf(url));
     QVERIFY2(tree.goTo("nsu=urn:first;s=Further"), qPrintable(tree.said()));
-    references.setNode(tree.widget.currentNode());
-    QTRY_VERIFY_WITH_TIMEOUT(references.rowCount() > 0, patience);
     const QPersistentModelIndex current = tree.view()->currentIndex();
     const int siblings = tree.model()->rowCount(current.parent());
-    const auto color = [&current] {
-        return QModelIndex(current).data(Qt::ForegroundRole).value<QBrush>().color();
-    };
     server.kill();
-    QTRY_VERIFY_WITH_TIMEOUT(tree.model()->isStale() && references.isStale(), patience);
-    QVERIFY(color() != QApplication::palette().color(QPalette::Text));
+    QTRY_VERIFY_WITH_TIMEOUT(tree.model()->isStale(), patience);
     QVERIFY(tree.said().contains("Not connected"));
     PeerProcess again;
     QVERIFY(!start(again, port, "urn:third,urn:second,urn:first").isEmpty());
     QTRY_VERIFY_WITH_TIMEOUT(tree.model()->rowCount(current.parent()) == siblings + 1, 60000);
-    QVERIFY(!tree.model()->isStale() && !references.isStale());
     QCOMPARE(rowText(current),
              QString("urn:first|4:urn:first|ns=4;s=Further|Variable|BaseDataVariableType"));
     QCOMPARE(QModelIndex(current), tree.view()->currentIndex());

@@ -18,6 +18,8 @@ public:
     quint16 port() const { return m_port; }
     QString url() const { return QStringLiteral("opc.tcp://127.0.0.1:%1").arg(m_port); }
     int connections() const { return m_connections; }
+    /// New connections are to another server.
+    void setServer(quint16 port) { m_serverPort = port; }
 
     /// What is connected falls silent: nothing is passed on, and nobody is told. New connections
     /// are silent, too.
