@@ -13,8 +13,6 @@
 #include <QFuture>
 #include <QTextStream>
 
-static QTextStream out(stdout);
-
 static void fail(const QString& what, const QString& why)
 {
     QTextStream(stderr) << what << ": " << why << "\n";
@@ -36,10 +34,10 @@ static void readNames(QvelSession* session, const QList<QvelReference>& referenc
     session->read(items).then(session, [](const QvelReadResult& result) {
         if (result.status.isBad()) // the call as a whole
             return fail("Read", wordsOf(result));
+        QTextStream out(stdout);
         for (const UaDataValue& name : result.values) // each item on its own
             out << name.status().toString().toQString() << " "
                 << name.value().toString().toQString() << "\n";
-        out.flush();
         QCoreApplication::exit(0);
     });
 }

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """check.py ROOT BUILD CLASS... -- what doxygen does not look at: every public class has a page with
 a text and is named in docs/classes.md, every widget has a picture, an example and its place in
-docs/widgets.md, and no link leads nowhere, neither in BUILD/html nor in a Markdown file of the tree
+docs/widgets.md, what pages show of C++ stands in an example, and no link leads nowhere, neither in BUILD/html nor in a Markdown file of the tree
 ROOT."""
 
 import re
@@ -56,6 +56,21 @@ def check_links(folder, pages):
                     unquote(parts.fragment) not in pages[target].anchors:
                 faults.append(f"{path.relative_to(folder)}: {link} has no such place")
 
+
+# Code in a page stands in an example, which is compiled and run: each run of lines between blank ones.
+def lines_of(text):
+    return "\n".join(line.strip() for line in text.split("\n") if line.strip())
+
+
+examples = "\n\n".join("\n" + lines_of(path.read_text(encoding="utf-8")) + "\n"
+                       for path in (root / "examples").rglob("*.cpp"))
+for path in [root / "README.md", *(root / "docs").glob("*.md")]:
+    for block in re.findall(r"^```cpp$(.*?)^```$", path.read_text(encoding="utf-8"),
+                            flags=re.M | re.S):
+        for piece in block.strip().split("\n\n"):
+            if f"\n{lines_of(piece)}\n" not in examples:
+                first = piece.split("\n")[0]
+                faults.append(f"{path.relative_to(root)}: in no example: {first} ...")
 
 html = (build / "html").resolve()
 check_links(html, {path: Page(path) for path in html.rglob("*.html")})

@@ -22,7 +22,8 @@ class QvelSession;
 ///
 /// A node that is its own ancestor is shown again below itself, and browsed when it is opened.
 ///
-/// The model does not own the session, which may be deleted at any time.
+/// The model does not own the session, which may be deleted at any time. User-interface thread
+/// only.
 class KESTREL_EXPORT QvelAddressSpaceModel : public QAbstractItemModel
 {
     Q_OBJECT

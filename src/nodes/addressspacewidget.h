@@ -21,6 +21,7 @@ class QvelSession;
 /// context menu.
 ///
 /// The session is not owned and may be deleted at any time; see QvelAddressSpaceModel.
+/// User-interface thread only.
 class KESTREL_EXPORT QvelAddressSpaceWidget : public QWidget
 {
     Q_OBJECT

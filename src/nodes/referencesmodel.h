@@ -16,7 +16,8 @@ class QvelSession;
 /// nodeId() is null. While the session is not connected, what is there stays and looks disabled;
 /// it is read again once the session is connected again.
 ///
-/// The model does not own the session, which may be deleted at any time.
+/// The model does not own the session, which may be deleted at any time. User-interface thread
+/// only.
 class KESTREL_EXPORT QvelReferencesModel : public QAbstractTableModel
 {
     Q_OBJECT

@@ -16,6 +16,7 @@ class QvelSession;
 /// can be dragged, see qvelNodeMimeData().
 ///
 /// The session is not owned and may be deleted at any time; see QvelReferencesModel.
+/// User-interface thread only.
 class KESTREL_EXPORT QvelReferencesWidget : public QWidget
 {
     Q_OBJECT
