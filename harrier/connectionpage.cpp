@@ -153,7 +153,7 @@ void ConnectionPage::setEndpoint(const QvelDiscoverySetting& endpoint)
     m_form->setEndpointUrl(endpoint.endpointUrl());
     m_form->setSecurityPolicies(urisWith(endpoint.securityPolicy()));
     describePolicies();
-    m_form->setSecurityPolicy(m_form->securityPolicies().first());
+    m_form->setSecurityPolicy(m_form->securityPolicies().constFirst());
     m_form->setSecurityPolicy(endpoint.securityPolicy());
     if (m_form->securityPolicy() == endpoint.securityPolicy())
         m_form->setSecurityMode(endpoint.messageSecurityMode());

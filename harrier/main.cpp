@@ -161,7 +161,7 @@ int main(int argc, char** argv)
     for (const QCommandLineOption& other : {rendering, opening})
         if (discovering && parser.isSet(other))
             return usageError(
-                english("--discover and --%1 exclude each other").arg(other.names().first()));
+                english("--discover and --%1 exclude each other").arg(other.names().constFirst()));
 
     if (parser.isSet(language) && !Language::isKnown(parser.value(language)))
         return usageError(english("--language takes en or de"));

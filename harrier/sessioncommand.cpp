@@ -175,7 +175,7 @@ bool SessionRunner::connectSession()
         setting.setPrivateKeyFile(m_arguments.keyFile);
     }
     QObject::connect(&m_session, &QvelSession::logMessage, m_log);
-    QObject::connect(&m_session, &QvelSession::passwordQuestion,
+    QObject::connect(&m_session, &QvelSession::passwordQuestion, &m_session,
                      [this](const QvelPasswordQuestion& question) {
                          question.isRepeated || m_arguments.passwordFile.isEmpty()
                              ? m_session.cancelPassword()
@@ -536,7 +536,7 @@ void SessionRunner::watch(const SessionCommand& command)
         m_log(what);
     };
     QObject::connect(
-        subscription.get(), &QvelSubscription::dataChanged,
+        subscription.get(), &QvelSubscription::dataChanged, subscription.get(),
         [&](const QList<QvelDataChange>& changes) {
             for (const QvelDataChange& change : changes) {
                 if (change.hasOverflow())
@@ -545,7 +545,7 @@ void SessionRunner::watch(const SessionCommand& command)
             }
             flush();
         });
-    QObject::connect(subscription.get(), &QvelSubscription::itemsChanged,
+    QObject::connect(subscription.get(), &QvelSubscription::itemsChanged, subscription.get(),
                      [&](const QList<QvelItemState>& items) {
                          for (const QvelItemState& item : items)
                              if (item.status.isBad())

@@ -43,9 +43,9 @@ constexpr double longest = 1e10;                    // ms
 constexpr OpcUa_StatusCode idInvalid = 0x80330000u; // BadNodeIdInvalid
 constexpr OpcUa_Byte canWrite = 0x2;                // of UserAccessLevel
 
-const QString idKey = QStringLiteral("nodeId");
-const QString nameKey = QStringLiteral("name");
-const QString rowsKey = QStringLiteral("items");
+constexpr QLatin1String idKey("nodeId");
+constexpr QLatin1String nameKey("name");
+constexpr QLatin1String rowsKey("items");
 
 // What changes with each notification.
 struct Sample
@@ -67,8 +67,8 @@ struct Row
     double publishing = 500;
     double sampling = -1;
     double queueSize = 10;
-    QJsonObject saved;        ///< as it was read
-    QSet<QString> unreadKeys; ///< parts of that which are no parameters
+    QJsonObject saved;              ///< as it was read
+    QSet<QLatin1String> unreadKeys; ///< parts of that which are no parameters
 
     int position = 0;
     OpcUa_UInt32 handle = 0; ///< 0 while it is not monitored
@@ -96,18 +96,18 @@ struct Parameter
 {
     QvelDataViewModel::Column column;
     QvelDataViewModel::Column revised;
-    QString key;
+    QLatin1String key;
     double Row::*member;
     bool (*isValid)(double value);
 };
-const Parameter parameters[] = {
+constexpr Parameter parameters[] = {
     {QvelDataViewModel::PublishingInterval, QvelDataViewModel::RevisedPublishingInterval,
-     QStringLiteral("publishingInterval"), &Row::publishing,
+     QLatin1String("publishingInterval"), &Row::publishing,
      [](double value) { return value >= 0 && value <= longest; }},
     {QvelDataViewModel::SamplingInterval, QvelDataViewModel::RevisedSamplingInterval,
-     QStringLiteral("samplingInterval"), &Row::sampling,
+     QLatin1String("samplingInterval"), &Row::sampling,
      [](double value) { return value == -1 || (value >= 0 && value <= longest); }},
-    {QvelDataViewModel::QueueSize, QvelDataViewModel::RevisedQueueSize, QStringLiteral("queueSize"),
+    {QvelDataViewModel::QueueSize, QvelDataViewModel::RevisedQueueSize, QLatin1String("queueSize"),
      &Row::queueSize,
      [](double value) { return value >= 0 && value <= 0xffffffffu && value == std::floor(value); }},
 };
@@ -898,7 +898,7 @@ static void sortUnique(QList<int>& rows, int count)
 {
     rows.removeIf([count](int row) { return row < 0 || row >= count; });
     std::sort(rows.begin(), rows.end());
-    rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
+    rows.resize(std::unique(rows.begin(), rows.end()) - rows.begin());
 }
 
 void QvelDataViewModel::moveRowsTo(QList<int> moved, int before)
@@ -1074,7 +1074,7 @@ QJsonObject QvelDataViewModel::toJson() const
         }
         items.append(item);
     }
-    for (const QJsonValue entry : d->unread)
+    for (const QJsonValue entry : std::as_const(d->unread))
         items.append(entry);
     QJsonObject json = d->saved;
     json.insert(nameKey, d->name);

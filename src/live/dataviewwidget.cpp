@@ -36,10 +36,10 @@ constexpr qsizetype mostClosed = 10;
 constexpr qsizetype mostStored = 64 * 1024 * 1024; // characters
 constexpr int mostAside = 9;
 
-const QString versionKey = QStringLiteral("version");
-const QString currentKey = QStringLiteral("current");
-const QString listsKey = QStringLiteral("lists");
-const QString hiddenKey = QStringLiteral("hiddenColumns");
+constexpr QLatin1String versionKey("version");
+constexpr QLatin1String currentKey("current");
+constexpr QLatin1String listsKey("lists");
+constexpr QLatin1String hiddenKey("hiddenColumns");
 
 // A line of text that does not ask for room.
 QLabel* createLine(QWidget* parent)
@@ -599,7 +599,7 @@ QJsonObject QvelDataViewWidget::toJson() const
     QJsonArray lists;
     for (const QvelDataViewModel* model : models())
         lists.append(model->toJson());
-    for (const QJsonValue list : d->unreadLists)
+    for (const QJsonValue list : std::as_const(d->unreadLists))
         lists.append(list);
     QJsonArray hidden = d->unreadColumns;
     for (int column = 0; column < QvelDataViewModel::ColumnCount; ++column) {

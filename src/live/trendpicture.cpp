@@ -103,7 +103,8 @@ void TrendCurve::setNames(QMap<int, QString> texts)
     for (QString& text : texts)
         text = shownText(text);
     names = std::move(texts);
-    scaleKey = names.isEmpty() ? unit : u'\n' + names.values().join(u'\n');
+    scaleKey =
+        names.isEmpty() ? unit : u'\n' + QStringList(names.cbegin(), names.cend()).join(u'\n');
     isStepped = isStepped || !names.isEmpty();
 }
 

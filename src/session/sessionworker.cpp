@@ -321,7 +321,6 @@ void SessionWorker::takeEndpoints(UaStackTypeArray<OpcUa_EndpointDescription>& e
     for (const OpcUa_EndpointDescription& e : endpoints) {
         const QByteArray uri = bytesOf(e.SecurityPolicyUri);
         const SecurityPolicy* p = securityPolicy(uri);
-        const QByteArray transport = bytesOf(e.TransportProfileUri);
         if (!p || (!wantedPolicy.isEmpty() && uri != wantedPolicy) ||
             (mode != OpcUa_MessageSecurityMode_Invalid && e.SecurityMode != mode) ||
             !hasMode(*p, e.SecurityMode) ||

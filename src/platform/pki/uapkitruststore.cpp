@@ -83,8 +83,15 @@ QString texts(const UaString& list)
 
 // --- Files ---------------------------------------------------------------------------------------
 
-const QStringList certificateNames{"*.der", "*.cer", "*.crt"};
-const QStringList crlNames{"*.crl"};
+QStringList certificateNames()
+{
+    return {"*.der", "*.cer", "*.crt"};
+}
+
+QStringList crlNames()
+{
+    return {"*.crl"};
+}
 
 // Hands the content of each file to `take`, until that gives false.
 template <class Take>
@@ -175,14 +182,15 @@ public:
     bool hasTrusted() const
     {
         bool found = false;
-        eachFile(m_folders.trusted, certificateNames, [&](const QByteArray& bytes, const QString&) {
-            const X509Ptr trusted = decodeCertificate(bytes);
-            found = trusted && std::any_of(m_certificates.begin(), m_certificates.end(),
-                                           [&](const X509Ptr& each) {
-                                               return X509_cmp(each.get(), trusted.get()) == 0;
-                                           });
-            return !found;
-        });
+        eachFile(
+            m_folders.trusted, certificateNames(), [&](const QByteArray& bytes, const QString&) {
+                const X509Ptr trusted = decodeCertificate(bytes);
+                found = trusted && std::any_of(m_certificates.begin(), m_certificates.end(),
+                                               [&](const X509Ptr& each) {
+                                                   return X509_cmp(each.get(), trusted.get()) == 0;
+                                               });
+                return !found;
+            });
         return found;
     }
 
@@ -215,7 +223,7 @@ private:
         for (const QString& folder : {m_folders.trusted, m_folders.issuers}) {
             if (issuer)
                 break;
-            eachFile(folder, certificateNames, [&](const QByteArray& bytes, const QString&) {
+            eachFile(folder, certificateNames(), [&](const QByteArray& bytes, const QString&) {
                 X509Ptr candidate = decodeCertificate(bytes);
                 if (candidate && fits(candidate.get()))
                     issuer = std::move(candidate);
@@ -279,9 +287,9 @@ Revocation revocation(const UaPkiTrustStore::Folders& folders, X509* certificate
         }
         return true;
     };
-    eachFile(folders.trustedCrl, crlNames, take);
+    eachFile(folders.trustedCrl, crlNames(), take);
     if (result != Revocation::Revoked)
-        eachFile(folders.issuersCrl, crlNames, take);
+        eachFile(folders.issuersCrl, crlNames(), take);
     return result;
 }
 
@@ -411,7 +419,7 @@ bool file(const UaPkiCertificate& certificate, const QString& to, const QString&
     if (!replaceFile(path, der.constData(), der.size(), FileReplacement::Access::Usual))
         return fail(tr("The file %1 cannot be written.").arg(path));
     // Whatever its file is called there.
-    eachFile(from, certificateNames, [&](const QByteArray& bytes, const QString& other) {
+    eachFile(from, certificateNames(), [&](const QByteArray& bytes, const QString& other) {
         const X509Ptr each = decodeCertificate(bytes);
         if (each && derOf(each.get()) == der)
             QFile::remove(other);
