@@ -404,7 +404,9 @@ class CompositeTest : public QObject
         const QString resizer = Shape::isMatrix ? "Set Dimensions" : "-";
         const bool isEditable = type < OpcUaType_ExtensionObject;
         const bool readOnly = flags & QvelEditWidgetBase::ReadOnly;
-        typename Shape::Field field{QvelEditWidgetBase::QvelEditWidgetFlags(flags)};
+        using Flags = QvelEditWidgetBase::QvelEditWidgetFlags;
+        typename Shape::Field field{Flags(flags % 2 ? flags : 3 - flags)};
+        field.setFlags(Flags(flags)); // or from the beginning
         field.setValue(zeros(type, 2, Shape::isMatrix));
         auto* dialog = field.template findChild<typename Shape::Dialog*>();
         dialog->show();

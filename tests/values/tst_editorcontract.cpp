@@ -71,8 +71,10 @@ private Q_SLOTS:
     {
         const EditorCase& c = current();
         const V& first = c.first;
-        for (int flags = 0; flags < 4; ++flags) {
-            Editor editor(c.create(flags));
+        for (int i = 0; i < 8; ++i) {
+            const int flags = i % 4;
+            Editor editor(c.create(i < 4 ? flags : 3 - flags));
+            QVERIFY(editor.widget->setProperty("flags", flags)); // or from the beginning
             const bool isInline = editor.widget->inherits("QvelWidgetBase");
             const bool readOnly = flags & (isInline ? 2 : 1);
             const bool framed = !isInline || flags != 1;
@@ -201,8 +203,10 @@ private Q_SLOTS:
     void fields()
     {
         const V& first = current().first;
-        for (int flags : {0, 3}) {
-            Editor editor(current().create(flags));
+        for (int start : {0, 3, 4, 7}) {
+            const int flags = start % 4;
+            Editor editor(current().create(start < 4 ? flags : 3 - flags));
+            QVERIFY(editor.widget->setProperty("flags", flags));
             auto* dialog = editor.widget->findChild<QDialog*>();
             auto* buttons = dialog->findChild<QDialogButtonBox*>();
             auto* area = dialog->findChild<QTextEdit*>();
