@@ -36,71 +36,71 @@
     <name>CertificateManager</name>
     <message>
         <source>Manage Certificates</source>
-        <translation type="unfinished"></translation>
+        <translation>Zertifikate verwalten</translation>
     </message>
     <message>
         <source>&lt;html&gt;&lt;head/&gt;&lt;body&gt;&lt;p&gt;&lt;span style=&quot; font-weight:600;&quot;&gt;Manage Certificates&lt;/span&gt;&lt;br/&gt;Displays information about all certificates in the Applications certificate store. Trust, reject, view and delete certificates by using the context menu.&lt;/p&gt;&lt;/body&gt;&lt;/html&gt;</source>
-        <translation type="unfinished"></translation>
+        <translation>&lt;html&gt;&lt;head/&gt;&lt;body&gt;&lt;p&gt;&lt;span style=&quot; font-weight:600;&quot;&gt;Zertifikate verwalten&lt;/span&gt;&lt;br/&gt;Zeigt alle Zertifikate im Zertifikatsspeicher der Anwendung. Über das Kontextmenü kann ihnen vertraut werden, und sie können abgelehnt, angezeigt und gelöscht werden.&lt;/p&gt;&lt;/body&gt;&lt;/html&gt;</translation>
     </message>
     <message>
         <source>Certificates</source>
-        <translation type="unfinished"></translation>
+        <translation>Zertifikate</translation>
     </message>
     <message>
         <source>Refresh</source>
-        <translation type="unfinished">Aktualisieren</translation>
+        <translation>Aktualisieren</translation>
     </message>
     <message>
         <source>...</source>
-        <translation type="unfinished"></translation>
+        <translation>...</translation>
     </message>
     <message>
         <source>Open Certificate Location</source>
-        <translation type="unfinished"></translation>
+        <translation>Zertifikatsordner öffnen</translation>
     </message>
     <message>
         <source>Copy Application Certificate To...</source>
-        <translation type="unfinished"></translation>
+        <translation>Anwendungszertifikat kopieren nach...</translation>
     </message>
     <message>
         <source>Create new Application Certificate...</source>
-        <translation type="unfinished"></translation>
+        <translation>Neues Anwendungszertifikat erstellen...</translation>
     </message>
     <message>
         <source>Trust</source>
-        <translation type="unfinished"></translation>
+        <translation>Vertrauen</translation>
     </message>
     <message>
         <source>Set the state of this certificate to Trusted</source>
-        <translation type="unfinished"></translation>
+        <translation>Dieses Zertifikat als vertrauenswürdig einstufen</translation>
     </message>
     <message>
         <source>Reject</source>
-        <translation type="unfinished"></translation>
+        <translation>Ablehnen</translation>
     </message>
     <message>
         <source>Set the state of this certificate to Rejected</source>
-        <translation type="unfinished"></translation>
+        <translation>Dieses Zertifikat als abgelehnt einstufen</translation>
     </message>
     <message>
         <source>Open...</source>
-        <translation type="unfinished"></translation>
+        <translation>Öffnen...</translation>
     </message>
     <message>
         <source>Open Certificate in External Viewer</source>
-        <translation type="unfinished"></translation>
+        <translation>Zertifikat in einem anderen Programm anzeigen</translation>
     </message>
     <message>
         <source>Create New...</source>
-        <translation type="unfinished"></translation>
+        <translation>Neu erstellen...</translation>
     </message>
     <message>
         <source>Delete</source>
-        <translation type="unfinished"></translation>
+        <translation>Löschen</translation>
     </message>
     <message>
         <source>Delete the certificate</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Zertifikat löschen</translation>
     </message>
 </context>
 <context>
@@ -122,106 +122,106 @@
     <name>ElementTable</name>
     <message>
         <source>Elements</source>
-        <translation type="unfinished"></translation>
+        <translation>Elemente</translation>
     </message>
     <message>
         <source>The value was replaced while one of its elements was edited. The edit was dropped.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Wert wurde ersetzt, während eines seiner Elemente bearbeitet wurde. Die Eingabe wurde verworfen.</translation>
     </message>
     <message>
         <source>This text is too long to be edited.</source>
-        <translation type="unfinished"></translation>
+        <translation>Dieser Text ist zu lang, um bearbeitet zu werden.</translation>
     </message>
 </context>
 <context>
     <name>EndpointSettingsWidget</name>
     <message>
         <source>Server Configuration</source>
-        <translation type="unfinished"></translation>
+        <translation>Serverkonfiguration</translation>
     </message>
     <message>
         <source>&lt;b&gt;Server Information&lt;/b&gt;&lt;br&gt;Specifies the endpoint URL to connect to. Always begins with &apos;opc.tcp:&apos;.</source>
-        <translation type="unfinished"></translation>
+        <translation>&lt;b&gt;Serverinformation&lt;/b&gt;&lt;br&gt;Die Endpunkt-URL, zu der die Verbindung aufgebaut wird. Sie beginnt immer mit &apos;opc.tcp:&apos;.</translation>
     </message>
     <message>
         <source>Server Information</source>
-        <translation type="unfinished"></translation>
+        <translation>Serverinformation</translation>
     </message>
     <message>
         <source>The endpoint URL of the server to connect to</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Endpunkt-URL des Servers, zu dem die Verbindung aufgebaut wird</translation>
     </message>
     <message>
         <source>Endpoint Url</source>
-        <translation type="unfinished"></translation>
+        <translation>Endpunkt-URL</translation>
     </message>
     <message>
         <source>&lt;b&gt;Security Settings&lt;/b&gt;&lt;br&gt;Specify the security settings for the connection.</source>
-        <translation type="unfinished"></translation>
+        <translation>&lt;b&gt;Sicherheitseinstellungen&lt;/b&gt;&lt;br&gt;Die Sicherheitseinstellungen der Verbindung.</translation>
     </message>
     <message>
         <source>Security Settings</source>
-        <translation type="unfinished"></translation>
+        <translation>Sicherheitseinstellungen</translation>
     </message>
     <message>
         <source>The security policy to be used for the connection</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Sicherheitsrichtlinie der Verbindung</translation>
     </message>
     <message>
         <source>Security Policy</source>
-        <translation type="unfinished"></translation>
+        <translation>Sicherheitsrichtlinie</translation>
     </message>
     <message>
         <source>None</source>
-        <translation type="unfinished"></translation>
+        <translation>None</translation>
     </message>
     <message>
         <source>Basic128Rsa15</source>
-        <translation type="unfinished"></translation>
+        <translation>Basic128Rsa15</translation>
     </message>
     <message>
         <source>Basic256</source>
-        <translation type="unfinished"></translation>
+        <translation>Basic256</translation>
     </message>
     <message>
         <source>The message security mode to be used for the connection</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Sicherheitsmodus der Nachrichten dieser Verbindung</translation>
     </message>
     <message>
         <source>Message Security Mode</source>
-        <translation type="unfinished"></translation>
+        <translation>Nachrichtensicherheit</translation>
     </message>
     <message>
         <source>Sign</source>
-        <translation type="unfinished"></translation>
+        <translation>Sign</translation>
     </message>
     <message>
         <source>Sign &amp; Encrypt</source>
-        <translation type="unfinished"></translation>
+        <translation>Sign &amp; Encrypt</translation>
     </message>
     <message>
         <source>&lt;b&gt;Authentication Settings&lt;/b&gt;&lt;br&gt;Select the user token type for the connection here. If store password is selected, the password will be stored just as long as Harrier is running and will not be written to disk.</source>
-        <translation type="unfinished"></translation>
+        <translation>&lt;b&gt;Anmeldung&lt;/b&gt;&lt;br&gt;Hier wird gewählt, wie sich der Benutzer anmeldet. Wenn das Kennwort gespeichert wird, dann nur, solange Harrier läuft; es wird nicht auf den Datenträger geschrieben.</translation>
     </message>
     <message>
         <source>Authentication Settings</source>
-        <translation type="unfinished"></translation>
+        <translation>Anmeldung</translation>
     </message>
     <message>
         <source>Log on to the server as anonymous user</source>
-        <translation type="unfinished"></translation>
+        <translation>Anonym am Server anmelden</translation>
     </message>
     <message>
         <source>Anonymous</source>
-        <translation type="unfinished">Anonym</translation>
+        <translation>Anonym</translation>
     </message>
     <message>
         <source>Log on to the server using username / password authentication</source>
-        <translation type="unfinished"></translation>
+        <translation>Mit Benutzername und Kennwort am Server anmelden</translation>
     </message>
     <message>
         <source>Username</source>
-        <translation type="unfinished"></translation>
+        <translation>Benutzername</translation>
     </message>
     <message>
         <source>&lt;!DOCTYPE HTML PUBLIC &quot;-//W3C//DTD HTML 4.0//EN&quot; &quot;http://www.w3.org/TR/REC-html40/strict.dtd&quot;&gt;
@@ -229,7 +229,11 @@
 p, li { white-space: pre-wrap; }
 &lt;/style&gt;&lt;/head&gt;&lt;body style=&quot; font-family:&apos;MS Shell Dlg 2&apos;; font-size:8.25pt; font-weight:400; font-style:normal;&quot;&gt;
 &lt;p style=&quot; margin-top:0px; margin-bottom:0px; margin-left:0px; margin-right:0px; -qt-block-indent:0; text-indent:0px;&quot;&gt;&lt;span style=&quot; font-size:8pt;&quot;&gt;The username used for authentication&lt;/span&gt;&lt;/p&gt;&lt;/body&gt;&lt;/html&gt;</source>
-        <translation type="unfinished"></translation>
+        <translation>&lt;!DOCTYPE HTML PUBLIC &quot;-//W3C//DTD HTML 4.0//EN&quot; &quot;http://www.w3.org/TR/REC-html40/strict.dtd&quot;&gt;
+&lt;html&gt;&lt;head&gt;&lt;meta name=&quot;qrichtext&quot; content=&quot;1&quot; /&gt;&lt;style type=&quot;text/css&quot;&gt;
+p, li { white-space: pre-wrap; }
+&lt;/style&gt;&lt;/head&gt;&lt;body style=&quot; font-family:&apos;MS Shell Dlg 2&apos;; font-size:8.25pt; font-weight:400; font-style:normal;&quot;&gt;
+&lt;p style=&quot; margin-top:0px; margin-bottom:0px; margin-left:0px; margin-right:0px; -qt-block-indent:0; text-indent:0px;&quot;&gt;&lt;span style=&quot; font-size:8pt;&quot;&gt;Der Benutzername für die Anmeldung&lt;/span&gt;&lt;/p&gt;&lt;/body&gt;&lt;/html&gt;</translation>
     </message>
     <message>
         <source>&lt;!DOCTYPE HTML PUBLIC &quot;-//W3C//DTD HTML 4.0//EN&quot; &quot;http://www.w3.org/TR/REC-html40/strict.dtd&quot;&gt;
@@ -237,27 +241,31 @@ p, li { white-space: pre-wrap; }
 p, li { white-space: pre-wrap; }
 &lt;/style&gt;&lt;/head&gt;&lt;body style=&quot; font-family:&apos;MS Shell Dlg 2&apos;; font-size:8.25pt; font-weight:400; font-style:normal;&quot;&gt;
 &lt;p style=&quot; margin-top:0px; margin-bottom:0px; margin-left:0px; margin-right:0px; -qt-block-indent:0; text-indent:0px;&quot;&gt;&lt;span style=&quot; font-size:8pt;&quot;&gt;The password used for authentication&lt;/span&gt;&lt;/p&gt;&lt;/body&gt;&lt;/html&gt;</source>
-        <translation type="unfinished"></translation>
+        <translation>&lt;!DOCTYPE HTML PUBLIC &quot;-//W3C//DTD HTML 4.0//EN&quot; &quot;http://www.w3.org/TR/REC-html40/strict.dtd&quot;&gt;
+&lt;html&gt;&lt;head&gt;&lt;meta name=&quot;qrichtext&quot; content=&quot;1&quot; /&gt;&lt;style type=&quot;text/css&quot;&gt;
+p, li { white-space: pre-wrap; }
+&lt;/style&gt;&lt;/head&gt;&lt;body style=&quot; font-family:&apos;MS Shell Dlg 2&apos;; font-size:8.25pt; font-weight:400; font-style:normal;&quot;&gt;
+&lt;p style=&quot; margin-top:0px; margin-bottom:0px; margin-left:0px; margin-right:0px; -qt-block-indent:0; text-indent:0px;&quot;&gt;&lt;span style=&quot; font-size:8pt;&quot;&gt;Das Kennwort für die Anmeldung&lt;/span&gt;&lt;/p&gt;&lt;/body&gt;&lt;/html&gt;</translation>
     </message>
     <message>
         <source>Password</source>
-        <translation type="unfinished"></translation>
+        <translation>Kennwort</translation>
     </message>
     <message>
         <source>Store the password</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Kennwort speichern</translation>
     </message>
     <message>
         <source>Store</source>
-        <translation type="unfinished"></translation>
+        <translation>Speichern</translation>
     </message>
     <message>
         <source>Log on to the server using a certificate (Currently not supported)</source>
-        <translation type="unfinished"></translation>
+        <translation>Mit einem Zertifikat am Server anmelden (derzeit nicht unterstützt)</translation>
     </message>
     <message>
         <source>Certificate</source>
-        <translation type="unfinished"></translation>
+        <translation>Zertifikat</translation>
     </message>
     <message>
         <source>&lt;!DOCTYPE HTML PUBLIC &quot;-//W3C//DTD HTML 4.0//EN&quot; &quot;http://www.w3.org/TR/REC-html40/strict.dtd&quot;&gt;
@@ -265,7 +273,11 @@ p, li { white-space: pre-wrap; }
 p, li { white-space: pre-wrap; }
 &lt;/style&gt;&lt;/head&gt;&lt;body style=&quot; font-family:&apos;MS Shell Dlg 2&apos;; font-size:8.25pt; font-weight:400; font-style:normal;&quot;&gt;
 &lt;p style=&quot; margin-top:0px; margin-bottom:0px; margin-left:0px; margin-right:0px; -qt-block-indent:0; text-indent:0px;&quot;&gt;&lt;span style=&quot; font-size:8pt;&quot;&gt;The certificate used for authentication&lt;/span&gt;&lt;/p&gt;&lt;/body&gt;&lt;/html&gt;</source>
-        <translation type="unfinished"></translation>
+        <translation>&lt;!DOCTYPE HTML PUBLIC &quot;-//W3C//DTD HTML 4.0//EN&quot; &quot;http://www.w3.org/TR/REC-html40/strict.dtd&quot;&gt;
+&lt;html&gt;&lt;head&gt;&lt;meta name=&quot;qrichtext&quot; content=&quot;1&quot; /&gt;&lt;style type=&quot;text/css&quot;&gt;
+p, li { white-space: pre-wrap; }
+&lt;/style&gt;&lt;/head&gt;&lt;body style=&quot; font-family:&apos;MS Shell Dlg 2&apos;; font-size:8.25pt; font-weight:400; font-style:normal;&quot;&gt;
+&lt;p style=&quot; margin-top:0px; margin-bottom:0px; margin-left:0px; margin-right:0px; -qt-block-indent:0; text-indent:0px;&quot;&gt;&lt;span style=&quot; font-size:8pt;&quot;&gt;Das Zertifikat für die Anmeldung&lt;/span&gt;&lt;/p&gt;&lt;/body&gt;&lt;/html&gt;</translation>
     </message>
     <message>
         <source>&lt;!DOCTYPE HTML PUBLIC &quot;-//W3C//DTD HTML 4.0//EN&quot; &quot;http://www.w3.org/TR/REC-html40/strict.dtd&quot;&gt;
@@ -273,170 +285,174 @@ p, li { white-space: pre-wrap; }
 p, li { white-space: pre-wrap; }
 &lt;/style&gt;&lt;/head&gt;&lt;body style=&quot; font-family:&apos;MS Shell Dlg 2&apos;; font-size:8.25pt; font-weight:400; font-style:normal;&quot;&gt;
 &lt;p style=&quot; margin-top:0px; margin-bottom:0px; margin-left:0px; margin-right:0px; -qt-block-indent:0; text-indent:0px;&quot;&gt;&lt;span style=&quot; font-size:8pt;&quot;&gt;Load certificate file&lt;/span&gt;&lt;/p&gt;&lt;/body&gt;&lt;/html&gt;</source>
-        <translation type="unfinished"></translation>
+        <translation>&lt;!DOCTYPE HTML PUBLIC &quot;-//W3C//DTD HTML 4.0//EN&quot; &quot;http://www.w3.org/TR/REC-html40/strict.dtd&quot;&gt;
+&lt;html&gt;&lt;head&gt;&lt;meta name=&quot;qrichtext&quot; content=&quot;1&quot; /&gt;&lt;style type=&quot;text/css&quot;&gt;
+p, li { white-space: pre-wrap; }
+&lt;/style&gt;&lt;/head&gt;&lt;body style=&quot; font-family:&apos;MS Shell Dlg 2&apos;; font-size:8.25pt; font-weight:400; font-style:normal;&quot;&gt;
+&lt;p style=&quot; margin-top:0px; margin-bottom:0px; margin-left:0px; margin-right:0px; -qt-block-indent:0; text-indent:0px;&quot;&gt;&lt;span style=&quot; font-size:8pt;&quot;&gt;Zertifikatsdatei laden&lt;/span&gt;&lt;/p&gt;&lt;/body&gt;&lt;/html&gt;</translation>
     </message>
     <message>
         <source>Load certificate file</source>
-        <translation type="unfinished"></translation>
+        <translation>Zertifikatsdatei laden</translation>
     </message>
     <message>
         <source>...</source>
-        <translation type="unfinished"></translation>
+        <translation>...</translation>
     </message>
     <message>
         <source>The private key associated with the certificate</source>
-        <translation type="unfinished"></translation>
+        <translation>Der private Schlüssel zum Zertifikat</translation>
     </message>
     <message>
         <source>Private Key</source>
-        <translation type="unfinished"></translation>
+        <translation>Privater Schlüssel</translation>
     </message>
     <message>
         <source>Load private key file</source>
-        <translation type="unfinished"></translation>
+        <translation>Datei des privaten Schlüssels laden</translation>
     </message>
     <message>
         <source>Session Settings</source>
-        <translation type="unfinished"></translation>
+        <translation>Sitzungseinstellungen</translation>
     </message>
     <message>
         <source>The session name to be used for the connection</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Sitzungsname der Verbindung</translation>
     </message>
     <message>
         <source>Session Name</source>
-        <translation type="unfinished"></translation>
+        <translation>Sitzungsname</translation>
     </message>
 </context>
 <context>
     <name>NewCertificateDialog</name>
     <message>
         <source>New Application Instance Certificate</source>
-        <translation type="unfinished"></translation>
+        <translation>Neues Anwendungszertifikat</translation>
     </message>
     <message>
         <source>Subject:</source>
-        <translation type="unfinished"></translation>
+        <translation>Inhaber:</translation>
     </message>
     <message>
         <source>Common Name:</source>
-        <translation type="unfinished"></translation>
+        <translation>Allgemeiner Name:</translation>
     </message>
     <message>
         <source>Organization:</source>
-        <translation type="unfinished"></translation>
+        <translation>Organisation:</translation>
     </message>
     <message>
         <source>Organization Unit:</source>
-        <translation type="unfinished"></translation>
+        <translation>Organisationseinheit:</translation>
     </message>
     <message>
         <source>Locality:</source>
-        <translation type="unfinished"></translation>
+        <translation>Ort:</translation>
     </message>
     <message>
         <source>State:</source>
-        <translation type="unfinished"></translation>
+        <translation>Bundesland:</translation>
     </message>
     <message>
         <source>Country:</source>
-        <translation type="unfinished"></translation>
+        <translation>Land:</translation>
     </message>
     <message>
         <source>(Two letter code e.g. DE, US, ...)</source>
-        <translation type="unfinished"></translation>
+        <translation>(zwei Buchstaben, z. B. DE, US, ...)</translation>
     </message>
     <message>
         <source>OPC UA Information</source>
-        <translation type="unfinished"></translation>
+        <translation>Angaben zu OPC UA</translation>
     </message>
     <message>
         <source>Application URI:</source>
-        <translation type="unfinished"></translation>
+        <translation>Anwendungs-URI:</translation>
     </message>
     <message>
         <source>Domain Name:</source>
-        <translation type="unfinished"></translation>
+        <translation>Domänenname:</translation>
     </message>
     <message>
         <source>IP Address (only if no DN is available)</source>
-        <translation type="unfinished"></translation>
+        <translation>IP-Adresse (nur, wenn es keinen Domänennamen gibt)</translation>
     </message>
     <message>
         <source>Certificate Settings</source>
-        <translation type="unfinished"></translation>
+        <translation>Zertifikatseinstellungen</translation>
     </message>
     <message>
         <source>RSA Key Strength:</source>
-        <translation type="unfinished"></translation>
+        <translation>RSA-Schlüssellänge:</translation>
     </message>
     <message>
         <source>1024 bits</source>
-        <translation type="unfinished"></translation>
+        <translation>1024 Bit</translation>
     </message>
     <message>
         <source>2048 bits</source>
-        <translation type="unfinished"></translation>
+        <translation>2048 Bit</translation>
     </message>
     <message>
         <source>Certificate Validity:</source>
-        <translation type="unfinished"></translation>
+        <translation>Gültigkeitsdauer:</translation>
     </message>
     <message>
         <source>1 Hour</source>
-        <translation type="unfinished"></translation>
+        <translation>1 Stunde</translation>
     </message>
     <message>
         <source>1 Day</source>
-        <translation type="unfinished"></translation>
+        <translation>1 Tag</translation>
     </message>
     <message>
         <source>1 Week</source>
-        <translation type="unfinished"></translation>
+        <translation>1 Woche</translation>
     </message>
     <message>
         <source>1 Month</source>
-        <translation type="unfinished"></translation>
+        <translation>1 Monat</translation>
     </message>
     <message>
         <source>1 Year</source>
-        <translation type="unfinished"></translation>
+        <translation>1 Jahr</translation>
     </message>
     <message>
         <source>2 Years</source>
-        <translation type="unfinished"></translation>
+        <translation>2 Jahre</translation>
     </message>
     <message>
         <source>3 Years</source>
-        <translation type="unfinished"></translation>
+        <translation>3 Jahre</translation>
     </message>
     <message>
         <source>4 Years</source>
-        <translation type="unfinished"></translation>
+        <translation>4 Jahre</translation>
     </message>
     <message>
         <source>5 Years</source>
-        <translation type="unfinished"></translation>
+        <translation>5 Jahre</translation>
     </message>
     <message>
         <source>You can protect the access to your private key with a password. Enabling this causes the kestrel to prompt you with a password dialog at startup.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Zugriff auf Ihren privaten Schlüssel kann durch ein Kennwort geschützt werden. kestrel fragt dann bei jedem Start nach dem Kennwort.</translation>
     </message>
     <message>
         <source>Password protect private key</source>
-        <translation type="unfinished"></translation>
+        <translation>Privaten Schlüssel mit einem Kennwort schützen</translation>
     </message>
     <message>
         <source>Password:</source>
-        <translation type="unfinished"></translation>
+        <translation>Kennwort:</translation>
     </message>
     <message>
         <source>Password (repeat):</source>
-        <translation type="unfinished"></translation>
+        <translation>Kennwort (Wiederholung):</translation>
     </message>
     <message>
         <source>%1 bits</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 Bit</translation>
     </message>
 </context>
 <context>
@@ -454,7 +470,11 @@ p, li { white-space: pre-wrap; }
     <name>QAbstractTableModel</name>
     <message>
         <source>Type cannot be displayed</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Typ kann nicht angezeigt werden</translation>
+    </message>
+    <message>
+        <source>[%1]</source>
+        <translation>[%1]</translation>
     </message>
 </context>
 <context>
@@ -812,197 +832,197 @@ p, li { white-space: pre-wrap; }
     <name>QvelCertificateManager</name>
     <message>
         <source>CertificateManager</source>
-        <translation type="unfinished"></translation>
+        <translation>Zertifikatsverwaltung</translation>
     </message>
     <message>
         <source>Certificate Not Found</source>
-        <translation type="unfinished"></translation>
+        <translation>Zertifikat nicht gefunden</translation>
     </message>
     <message>
         <source>The application certificate &apos;%1&apos; does not exist.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Anwendungszertifikat &apos;%1&apos; gibt es nicht.</translation>
     </message>
     <message>
         <source>Certificates (*.der)</source>
-        <translation type="unfinished"></translation>
+        <translation>Zertifikate (*.der)</translation>
     </message>
     <message>
         <source>Could Not Copy Certificate</source>
-        <translation type="unfinished"></translation>
+        <translation>Zertifikat nicht kopiert</translation>
     </message>
     <message>
         <source>The application certificate could not be copied to &apos;%1&apos;.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Anwendungszertifikat konnte nicht nach &apos;%1&apos; kopiert werden.</translation>
     </message>
     <message>
         <source>Could not write %1: %2</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 konnte nicht geschrieben werden: %2</translation>
     </message>
     <message>
         <source>Could not move certificate %1 to the trusted directory</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Zertifikat %1 konnte nicht in den Ordner der vertrauenswürdigen verschoben werden</translation>
     </message>
     <message>
         <source>Could not move certificate %1 to the rejected directory</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Zertifikat %1 konnte nicht in den Ordner der abgelehnten verschoben werden</translation>
     </message>
     <message>
         <source>Delete Trusted Certificate</source>
-        <translation type="unfinished"></translation>
+        <translation>Zertifikat löschen</translation>
     </message>
     <message>
         <source>Do you really want to delete the selected certificate?</source>
-        <translation type="unfinished"></translation>
+        <translation>Soll das ausgewählte Zertifikat wirklich gelöscht werden?</translation>
     </message>
     <message>
         <source>Could not delete certificate %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Zertifikat %1 konnte nicht gelöscht werden</translation>
     </message>
 </context>
 <context>
     <name>QvelCertificateModel</name>
     <message>
         <source>The certificate is not yet valid</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Zertifikat ist noch nicht gültig</translation>
     </message>
     <message>
         <source>The certificate will expire soon</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Zertifikat läuft bald ab</translation>
     </message>
     <message>
         <source>The certificate has expired</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Zertifikat ist abgelaufen</translation>
     </message>
     <message>
         <source>Status</source>
-        <translation type="unfinished">Status</translation>
+        <translation>Status</translation>
     </message>
     <message>
         <source>Name</source>
-        <translation type="unfinished">Name</translation>
+        <translation>Name</translation>
     </message>
     <message>
         <source>Valid From</source>
-        <translation type="unfinished"></translation>
+        <translation>Gültig ab</translation>
     </message>
     <message>
         <source>Valid To</source>
-        <translation type="unfinished"></translation>
+        <translation>Gültig bis</translation>
     </message>
     <message>
         <source>Organization</source>
-        <translation type="unfinished"></translation>
+        <translation>Organisation</translation>
     </message>
     <message>
         <source>OrganizationUnit</source>
-        <translation type="unfinished"></translation>
+        <translation>Organisationseinheit</translation>
     </message>
     <message>
         <source>Locality</source>
-        <translation type="unfinished"></translation>
+        <translation>Ort</translation>
     </message>
     <message>
         <source>State</source>
-        <translation type="unfinished"></translation>
+        <translation>Bundesland</translation>
     </message>
     <message>
         <source>Country</source>
-        <translation type="unfinished"></translation>
+        <translation>Land</translation>
     </message>
     <message>
         <source>AppURI</source>
-        <translation type="unfinished"></translation>
+        <translation>Anwendungs-URI</translation>
     </message>
     <message>
         <source>DomainName</source>
-        <translation type="unfinished"></translation>
+        <translation>Domänenname</translation>
     </message>
     <message>
         <source>IP</source>
-        <translation type="unfinished"></translation>
+        <translation>IP</translation>
     </message>
     <message>
         <source>Filename</source>
-        <translation type="unfinished"></translation>
+        <translation>Dateiname</translation>
     </message>
     <message>
         <source>Untrusted</source>
-        <translation type="unfinished"></translation>
+        <translation>Nicht vertrauenswürdig</translation>
     </message>
     <message>
         <source>Trusted</source>
-        <translation type="unfinished"></translation>
+        <translation>Vertrauenswürdig</translation>
     </message>
     <message>
         <source>Own Certificate</source>
-        <translation type="unfinished"></translation>
+        <translation>Eigenes Zertifikat</translation>
     </message>
 </context>
 <context>
     <name>QvelCertificateView</name>
     <message>
         <source>%1 (itself)</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 (selbst)</translation>
     </message>
     <message>
         <source>%1 to %2 UTC</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 bis %2 UTC</translation>
     </message>
     <message>
         <source>Not yet valid: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Noch nicht gültig: %1</translation>
     </message>
     <message>
         <source>Expired: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Abgelaufen: %1</translation>
     </message>
     <message>
         <source>%1 bits</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 Bit</translation>
     </message>
     <message>
         <source>Of an unknown kind</source>
-        <translation type="unfinished"></translation>
+        <translation>Von unbekannter Art</translation>
     </message>
     <message>
         <source>Subject</source>
-        <translation type="unfinished"></translation>
+        <translation>Inhaber</translation>
     </message>
     <message>
         <source>Issuer</source>
-        <translation type="unfinished"></translation>
+        <translation>Aussteller</translation>
     </message>
     <message>
         <source>Validity</source>
-        <translation type="unfinished"></translation>
+        <translation>Gültigkeit</translation>
     </message>
     <message>
         <source>Application URI</source>
-        <translation type="unfinished"></translation>
+        <translation>Anwendungs-URI</translation>
     </message>
     <message>
         <source>Host names</source>
-        <translation type="unfinished"></translation>
+        <translation>Rechnernamen</translation>
     </message>
     <message>
         <source>Key</source>
-        <translation type="unfinished"></translation>
+        <translation>Schlüssel</translation>
     </message>
     <message>
         <source>Signature</source>
-        <translation type="unfinished"></translation>
+        <translation>Signatur</translation>
     </message>
     <message>
         <source>Serial number</source>
-        <translation type="unfinished"></translation>
+        <translation>Seriennummer</translation>
     </message>
     <message>
         <source>Thumbprint (SHA-1)</source>
-        <translation type="unfinished"></translation>
+        <translation>Fingerabdruck (SHA-1)</translation>
     </message>
     <message>
         <source>Thumbprint (SHA-256)</source>
-        <translation type="unfinished"></translation>
+        <translation>Fingerabdruck (SHA-256)</translation>
     </message>
 </context>
 <context>
@@ -1279,24 +1299,25 @@ p, li { white-space: pre-wrap; }
     <name>QvelDialogWidgetArray</name>
     <message>
         <source>Append element</source>
-        <translation type="unfinished"></translation>
+        <translation>Element anfügen</translation>
     </message>
     <message>
         <source>Remove last element</source>
-        <translation type="unfinished"></translation>
+        <translation>Letztes Element entfernen</translation>
     </message>
     <message>
         <source>Writing values of this type
 is currently not supported.</source>
-        <translation type="unfinished"></translation>
+        <translation>Werte dieses Typs können
+derzeit nicht geschrieben werden.</translation>
     </message>
     <message>
         <source>Array</source>
-        <translation type="unfinished"></translation>
+        <translation>Array</translation>
     </message>
     <message>
         <source>There is not enough memory to change the array.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Speicher reicht nicht aus, um das Array zu ändern.</translation>
     </message>
 </context>
 <context>
@@ -1310,255 +1331,256 @@ is currently not supported.</source>
     <name>QvelDialogWidgetExpandedNodeId</name>
     <message>
         <source>Numeric</source>
-        <translation type="unfinished"></translation>
+        <translation>Numeric</translation>
     </message>
     <message>
         <source>String</source>
-        <translation type="unfinished"></translation>
+        <translation>String</translation>
     </message>
     <message>
         <source>Guid</source>
-        <translation type="unfinished"></translation>
+        <translation>Guid</translation>
     </message>
     <message>
         <source>Opaque</source>
-        <translation type="unfinished"></translation>
+        <translation>Opaque</translation>
     </message>
     <message>
         <source>NamespaceUri:</source>
-        <translation type="unfinished"></translation>
+        <translation>NamespaceUri:</translation>
     </message>
     <message>
         <source>ServerIndex:</source>
-        <translation type="unfinished"></translation>
+        <translation>ServerIndex:</translation>
     </message>
     <message>
         <source>NsIndex:</source>
-        <translation type="unfinished"></translation>
+        <translation>NsIndex:</translation>
     </message>
     <message>
         <source>IdentifierType:</source>
-        <translation type="unfinished"></translation>
+        <translation>IdentifierType:</translation>
     </message>
     <message>
         <source>Identifier:</source>
-        <translation type="unfinished"></translation>
+        <translation>Identifier:</translation>
     </message>
 </context>
 <context>
     <name>QvelDialogWidgetMatrix</name>
     <message>
         <source>Set Dimensions</source>
-        <translation type="unfinished"></translation>
+        <translation>Dimensionen festlegen</translation>
     </message>
     <message>
         <source>Writing values of this type
 is currently not supported.</source>
-        <translation type="unfinished"></translation>
+        <translation>Werte dieses Typs können
+derzeit nicht geschrieben werden.</translation>
     </message>
     <message>
         <source>Set Matrix Dimensions</source>
-        <translation type="unfinished"></translation>
+        <translation>Dimensionen der Matrix festlegen</translation>
     </message>
     <message>
         <source>Enter a comma separated list of dimensions (e.g. &apos;2,4,6&apos;):</source>
-        <translation type="unfinished"></translation>
+        <translation>Dimensionen, durch Kommas getrennt (z. B. &apos;2,4,6&apos;):</translation>
     </message>
     <message>
         <source>Format Error</source>
-        <translation type="unfinished"></translation>
+        <translation>Formatfehler</translation>
     </message>
     <message>
         <source>The list of dimensions entered was not valid.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die eingegebenen Dimensionen sind ungültig.</translation>
     </message>
     <message>
         <source>The matrix would have too many elements, or there is not enough memory for it. It was not changed.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Matrix hätte zu viele Elemente, oder der Speicher reicht nicht aus. Sie wurde nicht geändert.</translation>
     </message>
 </context>
 <context>
     <name>QvelDialogWidgetNodeId</name>
     <message>
         <source>Numeric</source>
-        <translation type="unfinished"></translation>
+        <translation>Numeric</translation>
     </message>
     <message>
         <source>String</source>
-        <translation type="unfinished"></translation>
+        <translation>String</translation>
     </message>
     <message>
         <source>Guid</source>
-        <translation type="unfinished"></translation>
+        <translation>Guid</translation>
     </message>
     <message>
         <source>Opaque</source>
-        <translation type="unfinished"></translation>
+        <translation>Opaque</translation>
     </message>
     <message>
         <source>NsIndex:</source>
-        <translation type="unfinished"></translation>
+        <translation>NsIndex:</translation>
     </message>
     <message>
         <source>IdentifierType:</source>
-        <translation type="unfinished"></translation>
+        <translation>IdentifierType:</translation>
     </message>
     <message>
         <source>Identifier:</source>
-        <translation type="unfinished"></translation>
+        <translation>Identifier:</translation>
     </message>
 </context>
 <context>
     <name>QvelDiscoveryJob</name>
     <message>
         <source>%1 is no URL of the form opc.tcp://host:port.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 ist keine URL der Form opc.tcp://Rechner:Port.</translation>
     </message>
     <message>
         <source>No computer answers at %1. Check the name, and the network.</source>
-        <translation type="unfinished"></translation>
+        <translation>Unter %1 antwortet kein Rechner. Prüfen Sie den Namen und das Netzwerk.</translation>
     </message>
     <message>
         <source>No server listens at %1. Check that it runs, and its port.</source>
-        <translation type="unfinished"></translation>
+        <translation>Unter %1 ist kein Server erreichbar. Prüfen Sie, ob er läuft, und seinen Port.</translation>
     </message>
     <message>
         <source>The server at %1 closed the connection.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Server unter %1 hat die Verbindung geschlossen.</translation>
     </message>
     <message>
         <source>%1 did not answer in time. Check that the server can be reached and is not overloaded.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 hat nicht rechtzeitig geantwortet. Prüfen Sie, ob der Server erreichbar und nicht überlastet ist.</translation>
     </message>
     <message>
         <source>Discovery FindServers on %1 failed (%2)</source>
-        <translation type="unfinished"></translation>
+        <translation>FindServers auf %1 ist fehlgeschlagen (%2)</translation>
     </message>
     <message>
         <source>Discovery GetEndpoints on %1 failed (%2)</source>
-        <translation type="unfinished"></translation>
+        <translation>GetEndpoints auf %1 ist fehlgeschlagen (%2)</translation>
     </message>
     <message>
         <source>The network cannot be searched: the service for that, Avahi, does not run on this computer.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Netzwerk kann nicht durchsucht werden: Der Dienst dafür, Avahi, läuft auf diesem Rechner nicht.</translation>
     </message>
     <message>
         <source>The network could not be searched (%1).</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Netzwerk konnte nicht durchsucht werden (%1).</translation>
     </message>
     <message>
         <source>opc.tcp://%1</source>
-        <translation type="unfinished"></translation>
+        <translation>opc.tcp://%1</translation>
     </message>
     <message>
         <source>%1</source>
-        <translation type="unfinished"></translation>
+        <translation>%1</translation>
     </message>
     <message>
         <source>CoInitializeEx failed (0x%1)</source>
-        <translation type="unfinished"></translation>
+        <translation>CoInitializeEx ist fehlgeschlagen (0x%1)</translation>
     </message>
     <message>
         <source>CoCreateInstanceEx failed (0x%1)</source>
-        <translation type="unfinished"></translation>
+        <translation>CoCreateInstanceEx ist fehlgeschlagen (0x%1)</translation>
     </message>
     <message>
         <source>EnumClassesOfCategories failed (0x%1)</source>
-        <translation type="unfinished"></translation>
+        <translation>EnumClassesOfCategories ist fehlgeschlagen (0x%1)</translation>
     </message>
     <message>
         <source>GetClassDetails failed (0x%1)</source>
-        <translation type="unfinished"></translation>
+        <translation>GetClassDetails ist fehlgeschlagen (0x%1)</translation>
     </message>
     <message>
         <source>The OPC Classic servers of %1 cannot be listed (0x%2).</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>this computer</source>
-        <translation type="unfinished"></translation>
+        <translation>Die OPC-Classic-Server von %1 können nicht aufgelistet werden (0x%2).</translation>
     </message>
     <message>
         <source>/</source>
-        <translation type="unfinished"></translation>
+        <translation>/</translation>
     </message>
     <message>
         <source>%1 does not tell its endpoints (%2).</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 nennt seine Endpunkte nicht (%2).</translation>
+    </message>
+    <message>
+        <source>The OPC Classic servers of this computer cannot be listed (0x%1).</source>
+        <translation>Die OPC-Classic-Server dieses Rechners können nicht aufgelistet werden (0x%1).</translation>
     </message>
 </context>
 <context>
     <name>QvelDiscoveryModel</name>
     <message>
         <source>Local</source>
-        <translation type="unfinished"></translation>
+        <translation>Lokal</translation>
     </message>
     <message>
         <source>Local Network</source>
-        <translation type="unfinished"></translation>
+        <translation>Lokales Netzwerk</translation>
     </message>
     <message>
         <source>Custom Discovery</source>
-        <translation type="unfinished"></translation>
+        <translation>Eigene Discovery-Server</translation>
     </message>
     <message>
         <source>Custom Enum</source>
-        <translation type="unfinished"></translation>
+        <translation>Eigene Rechner</translation>
     </message>
     <message>
         <source>Recently Used</source>
-        <translation type="unfinished"></translation>
+        <translation>Zuletzt verwendet</translation>
     </message>
     <message>
         <source>Item</source>
-        <translation type="unfinished"></translation>
+        <translation>Eintrag</translation>
     </message>
     <message>
         <source>Configuration already existing</source>
-        <translation type="unfinished"></translation>
+        <translation>Konfiguration bereits vorhanden</translation>
     </message>
     <message>
         <source>The &apos;Recently Used&apos; list already contains a server configuration with this name that differs from the current one. Do you want to overwrite it?</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Liste &apos;Zuletzt verwendet&apos; enthält bereits eine Serverkonfiguration dieses Namens, die von der aktuellen abweicht. Soll sie überschrieben werden?</translation>
     </message>
     <message>
         <source>The settings hold more servers than can be read. They are left as they are.</source>
-        <translation type="unfinished"></translation>
+        <translation>In den Einstellungen stehen mehr Server, als gelesen werden können. Sie bleiben, wie sie sind.</translation>
     </message>
 </context>
 <context>
     <name>QvelDiscoveryWidget</name>
     <message>
         <source>Only a URL that begins with &quot;%1&quot; is added.</source>
-        <translation type="unfinished"></translation>
+        <translation>Nur eine URL, die mit &quot;%1&quot; beginnt, wird hinzugefügt.</translation>
     </message>
     <message>
         <source>Rebrowse</source>
-        <translation type="unfinished"></translation>
+        <translation>Erneut durchsuchen</translation>
     </message>
     <message>
         <source>Remove</source>
-        <translation type="unfinished">Entfernen</translation>
+        <translation>Entfernen</translation>
     </message>
     <message>
         <source>Edit Discovery URL</source>
-        <translation type="unfinished"></translation>
+        <translation>Discovery-URL bearbeiten</translation>
     </message>
     <message>
         <source>Edit Discovery Url</source>
-        <translation type="unfinished"></translation>
+        <translation>Discovery-URL bearbeiten</translation>
     </message>
     <message>
         <source>Enter the new Discovery Url:</source>
-        <translation type="unfinished"></translation>
+        <translation>Die neue Discovery-URL:</translation>
     </message>
     <message>
         <source>Enter Url</source>
-        <translation type="unfinished"></translation>
+        <translation>URL eingeben</translation>
     </message>
     <message>
         <source>Enter the Url of a computer with discovery service running:</source>
-        <translation type="unfinished"></translation>
+        <translation>URL eines Rechners, auf dem ein Discovery-Dienst läuft:</translation>
     </message>
     <message>
         <source>Servers</source>
@@ -1584,143 +1606,136 @@ is currently not supported.</source>
     <name>QvelEditWidgetArray</name>
     <message>
         <source>This array type cannot be displayed</source>
-        <translation type="unfinished"></translation>
+        <translation>Dieser Arraytyp kann nicht angezeigt werden</translation>
     </message>
 </context>
 <context>
     <name>QvelEditWidgetBase</name>
     <message>
         <source>Value</source>
-        <translation type="unfinished">Wert</translation>
+        <translation>Wert</translation>
     </message>
     <message>
         <source>Edit value</source>
-        <translation type="unfinished"></translation>
+        <translation>Wert bearbeiten</translation>
     </message>
     <message>
         <source>The value is too long to be shown here, where texts of up to %1 characters are. It stays as it is.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Wert ist zu lang, um hier angezeigt zu werden; möglich sind bis zu %1 Zeichen. Er bleibt, wie er ist.</translation>
     </message>
 </context>
 <context>
     <name>QvelEditWidgetByteString</name>
     <message>
         <source>Save</source>
-        <translation type="unfinished"></translation>
+        <translation>Speichern</translation>
     </message>
     <message>
         <source>Load</source>
-        <translation type="unfinished"></translation>
+        <translation>Laden</translation>
     </message>
     <message>
         <source>Click again to enter value manually</source>
-        <translation type="unfinished"></translation>
+        <translation>Erneut klicken, um den Wert von Hand einzugeben</translation>
     </message>
     <message>
         <source>Conversion Error</source>
-        <translation type="unfinished"></translation>
+        <translation>Umwandlungsfehler</translation>
     </message>
     <message>
         <source>The ByteString entered was not valid!</source>
-        <translation type="unfinished"></translation>
+        <translation>Der eingegebene ByteString ist ungültig!</translation>
     </message>
 </context>
 <context>
     <name>QvelEditWidgetMatrix</name>
     <message>
         <source>This matrix type cannot be displayed</source>
-        <translation type="unfinished"></translation>
+        <translation>Dieser Matrixtyp kann nicht angezeigt werden</translation>
     </message>
 </context>
 <context>
     <name>QvelEditWidgetString</name>
     <message>
         <source>Save</source>
-        <translation type="unfinished"></translation>
+        <translation>Speichern</translation>
     </message>
     <message>
         <source>Load</source>
-        <translation type="unfinished"></translation>
+        <translation>Laden</translation>
     </message>
     <message>
         <source>Click again to enter value manually</source>
-        <translation type="unfinished"></translation>
+        <translation>Erneut klicken, um den Wert von Hand einzugeben</translation>
     </message>
 </context>
 <context>
     <name>QvelEditWidgetXmlElement</name>
     <message>
         <source>Save</source>
-        <translation type="unfinished"></translation>
+        <translation>Speichern</translation>
     </message>
     <message>
         <source>Load</source>
-        <translation type="unfinished"></translation>
+        <translation>Laden</translation>
     </message>
     <message>
         <source>Click again to enter value manually</source>
-        <translation type="unfinished"></translation>
+        <translation>Erneut klicken, um den Wert von Hand einzugeben</translation>
     </message>
 </context>
 <context>
     <name>QvelEndpointSettingsWidget</name>
     <message>
         <source>Open Server Certificate</source>
-        <translation type="unfinished"></translation>
+        <translation>Serverzertifikat öffnen</translation>
     </message>
     <message>
         <source>Certificate (*.der *.pem)</source>
-        <translation type="unfinished"></translation>
+        <translation>Zertifikat (*.der *.pem)</translation>
     </message>
     <message>
         <source>Open Private Key</source>
-        <translation type="unfinished"></translation>
+        <translation>Privaten Schlüssel öffnen</translation>
     </message>
     <message>
         <source>Private Key (*.pem)</source>
-        <translation type="unfinished"></translation>
-    </message>
-</context>
-<context>
-    <name>QvelMatrixModel</name>
-    <message>
-        <source>[%1]</source>
-        <translation type="unfinished"></translation>
+        <translation>Privater Schlüssel (*.pem)</translation>
     </message>
 </context>
 <context>
     <name>QvelNewCertificateDlg</name>
     <message>
         <source>Not required</source>
-        <translation type="unfinished"></translation>
+        <translation>Nicht erforderlich</translation>
     </message>
     <message>
         <source>Present and valid</source>
-        <translation type="unfinished"></translation>
+        <translation>Vorhanden und gültig</translation>
     </message>
     <message>
         <source>Missing or invalid</source>
-        <translation type="unfinished"></translation>
+        <translation>Fehlt oder ist ungültig</translation>
     </message>
     <message>
         <source>Two letters from A to Z.</source>
-        <translation type="unfinished"></translation>
+        <translation>Zwei Buchstaben von A bis Z.</translation>
     </message>
     <message>
         <source>Letters, digits and - . _ * only, with a comma between two names.</source>
-        <translation type="unfinished"></translation>
+        <translation>Nur Buchstaben, Ziffern und - . _ *, mit einem Komma zwischen zwei Namen.</translation>
     </message>
     <message>
         <source>IPv4 or IPv6 addresses in full, with a comma between two of them.</source>
-        <translation type="unfinished"></translation>
+        <translation>Vollständige IPv4- oder IPv6-Adressen, mit einem Komma zwischen zweien.</translation>
     </message>
     <message>
         <source>At most %1 characters.</source>
-        <translation type="unfinished"></translation>
+        <translation>Höchstens %1 Zeichen.</translation>
     </message>
     <message>
         <source>Could not create a certificate from these data</source>
-        <translation type="unfinished"></translation>
+        <translation>Aus diesen Angaben konnte kein Zertifikat erstellt werden</translation>
     </message>
 </context>
 <context>
@@ -2115,14 +2130,14 @@ is currently not supported.</source>
     <name>QvelToolBox</name>
     <message>
         <source>Page_%1</source>
-        <translation type="unfinished"></translation>
+        <translation>Seite_%1</translation>
     </message>
 </context>
 <context>
     <name>QvelToolBoxPage</name>
     <message>
         <source>Show or hide this page</source>
-        <translation type="unfinished"></translation>
+        <translation>Diese Seite auf- oder zuklappen</translation>
     </message>
 </context>
 <context>
@@ -2328,299 +2343,299 @@ is currently not supported.</source>
     <name>QvelTrustDialog</name>
     <message>
         <source>Trust the Server?</source>
-        <translation type="unfinished"></translation>
+        <translation>Dem Server vertrauen?</translation>
     </message>
     <message>
         <source>The server&apos;s certificate is not trusted.</source>
-        <translation type="unfinished"></translation>
+        <translation>Dem Zertifikat des Servers wird nicht vertraut.</translation>
     </message>
     <message>
         <source>Findings</source>
-        <translation type="unfinished"></translation>
+        <translation>Befunde</translation>
     </message>
     <message>
         <source>What was found</source>
-        <translation type="unfinished"></translation>
+        <translation>Was festgestellt wurde</translation>
     </message>
     <message>
         <source>The certificate</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Zertifikat</translation>
     </message>
     <message>
         <source>Compare the thumbprint with the one that the server itself shows. &quot;Always Trust&quot; files the certificate among the trusted ones.</source>
-        <translation type="unfinished"></translation>
+        <translation>Vergleichen Sie den Fingerabdruck mit dem, den der Server selbst anzeigt. &quot;Immer vertrauen&quot; legt das Zertifikat bei den vertrauenswürdigen ab.</translation>
     </message>
     <message>
         <source>&amp;Copy Details</source>
-        <translation type="unfinished"></translation>
+        <translation>Details &amp;kopieren</translation>
     </message>
     <message>
         <source>&amp;Always Trust</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Immer vertrauen</translation>
     </message>
     <message>
         <source>Trust &amp;Once</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Einmal vertrauen</translation>
     </message>
     <message>
         <source>&amp;Reject</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Ablehnen</translation>
     </message>
     <message>
         <source>The certificate of the server at %1 is not trusted.</source>
-        <translation type="unfinished"></translation>
+        <translation>Dem Zertifikat des Servers unter %1 wird nicht vertraut.</translation>
     </message>
 </context>
 <context>
     <name>QvelWidgetBase</name>
     <message>
         <source>The text was cut: this line takes %1 characters.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Text wurde gekürzt: Diese Zeile fasst %1 Zeichen.</translation>
     </message>
 </context>
 <context>
     <name>QvelWidgetByteString</name>
     <message>
         <source>Hexadecimal bytes</source>
-        <translation type="unfinished"></translation>
+        <translation>Hexadezimale Bytes</translation>
     </message>
 </context>
 <context>
     <name>QvelWidgetEnum</name>
     <message>
         <source>Value</source>
-        <translation type="unfinished">Wert</translation>
+        <translation>Wert</translation>
     </message>
 </context>
 <context>
     <name>QvelWidgetEnumFlags</name>
     <message>
         <source>Flags</source>
-        <translation type="unfinished"></translation>
+        <translation>Flags</translation>
     </message>
 </context>
 <context>
     <name>QvelWidgetGuid</name>
     <message>
         <source>Guid</source>
-        <translation type="unfinished"></translation>
+        <translation>Guid</translation>
     </message>
 </context>
 <context>
     <name>QvelWidgetLocalizedText</name>
     <message>
         <source>Locale</source>
-        <translation type="unfinished"></translation>
+        <translation>Sprachkennung</translation>
     </message>
     <message>
         <source>Text</source>
-        <translation type="unfinished">Text</translation>
+        <translation>Text</translation>
     </message>
 </context>
 <context>
     <name>QvelWidgetNodeId</name>
     <message>
         <source>Numeric</source>
-        <translation type="unfinished"></translation>
+        <translation>Numeric</translation>
     </message>
     <message>
         <source>String</source>
-        <translation type="unfinished"></translation>
+        <translation>String</translation>
     </message>
     <message>
         <source>Guid</source>
-        <translation type="unfinished"></translation>
+        <translation>Guid</translation>
     </message>
     <message>
         <source>Opaque</source>
-        <translation type="unfinished"></translation>
+        <translation>Opaque</translation>
     </message>
     <message>
         <source>Namespace index</source>
-        <translation type="unfinished"></translation>
+        <translation>Namensraumindex</translation>
     </message>
     <message>
         <source>Identifier type</source>
-        <translation type="unfinished"></translation>
+        <translation>Art des Identifiers</translation>
     </message>
     <message>
         <source>Identifier</source>
-        <translation type="unfinished"></translation>
+        <translation>Identifier</translation>
     </message>
 </context>
 <context>
     <name>QvelWidgetQualifiedName</name>
     <message>
         <source>Namespace index</source>
-        <translation type="unfinished"></translation>
+        <translation>Namensraumindex</translation>
     </message>
     <message>
         <source>Name</source>
-        <translation type="unfinished">Name</translation>
+        <translation>Name</translation>
     </message>
 </context>
 <context>
     <name>QvelWidgetStatusCode</name>
     <message>
         <source>Status code</source>
-        <translation type="unfinished"></translation>
+        <translation>Statuscode</translation>
     </message>
 </context>
 <context>
     <name>QvelWidgetValueRank</name>
     <message>
         <source>ScalarOrOneDimension (%1)</source>
-        <translation type="unfinished"></translation>
+        <translation>ScalarOrOneDimension (%1)</translation>
     </message>
     <message>
         <source>Any (%1)</source>
-        <translation type="unfinished"></translation>
+        <translation>Any (%1)</translation>
     </message>
     <message>
         <source>Scalar (%1)</source>
-        <translation type="unfinished"></translation>
+        <translation>Scalar (%1)</translation>
     </message>
     <message>
         <source>OneOrMoreDimensions (%1)</source>
-        <translation type="unfinished"></translation>
+        <translation>OneOrMoreDimensions (%1)</translation>
     </message>
     <message>
         <source>OneDimension (%1)</source>
-        <translation type="unfinished"></translation>
+        <translation>OneDimension (%1)</translation>
     </message>
     <message>
         <source>TwoDimensions (%1)</source>
-        <translation type="unfinished"></translation>
+        <translation>TwoDimensions (%1)</translation>
     </message>
     <message>
         <source>Value rank</source>
-        <translation type="unfinished"></translation>
+        <translation>ValueRank</translation>
     </message>
 </context>
 <context>
     <name>QvelWidgetVariant</name>
     <message>
         <source>Null</source>
-        <translation type="unfinished"></translation>
+        <translation>Null</translation>
     </message>
     <message>
         <source>Boolean</source>
-        <translation type="unfinished"></translation>
+        <translation>Boolean</translation>
     </message>
     <message>
         <source>SByte</source>
-        <translation type="unfinished"></translation>
+        <translation>SByte</translation>
     </message>
     <message>
         <source>Byte</source>
-        <translation type="unfinished"></translation>
+        <translation>Byte</translation>
     </message>
     <message>
         <source>Int16</source>
-        <translation type="unfinished"></translation>
+        <translation>Int16</translation>
     </message>
     <message>
         <source>UInt16</source>
-        <translation type="unfinished"></translation>
+        <translation>UInt16</translation>
     </message>
     <message>
         <source>Int32</source>
-        <translation type="unfinished"></translation>
+        <translation>Int32</translation>
     </message>
     <message>
         <source>UInt32</source>
-        <translation type="unfinished"></translation>
+        <translation>UInt32</translation>
     </message>
     <message>
         <source>Int64</source>
-        <translation type="unfinished"></translation>
+        <translation>Int64</translation>
     </message>
     <message>
         <source>UInt64</source>
-        <translation type="unfinished"></translation>
+        <translation>UInt64</translation>
     </message>
     <message>
         <source>Float</source>
-        <translation type="unfinished"></translation>
+        <translation>Float</translation>
     </message>
     <message>
         <source>Double</source>
-        <translation type="unfinished"></translation>
+        <translation>Double</translation>
     </message>
     <message>
         <source>String</source>
-        <translation type="unfinished"></translation>
+        <translation>String</translation>
     </message>
     <message>
         <source>DateTime</source>
-        <translation type="unfinished"></translation>
+        <translation>DateTime</translation>
     </message>
     <message>
         <source>Guid</source>
-        <translation type="unfinished"></translation>
+        <translation>Guid</translation>
     </message>
     <message>
         <source>ByteString</source>
-        <translation type="unfinished"></translation>
+        <translation>ByteString</translation>
     </message>
     <message>
         <source>XmlElement</source>
-        <translation type="unfinished"></translation>
+        <translation>XmlElement</translation>
     </message>
     <message>
         <source>NodeId</source>
-        <translation type="unfinished">NodeId</translation>
+        <translation>NodeId</translation>
     </message>
     <message>
         <source>ExpandedNodeId</source>
-        <translation type="unfinished"></translation>
+        <translation>ExpandedNodeId</translation>
     </message>
     <message>
         <source>StatusCode</source>
-        <translation type="unfinished"></translation>
+        <translation>StatusCode</translation>
     </message>
     <message>
         <source>QualifiedName</source>
-        <translation type="unfinished"></translation>
+        <translation>QualifiedName</translation>
     </message>
     <message>
         <source>LocalizedText</source>
-        <translation type="unfinished"></translation>
+        <translation>LocalizedText</translation>
     </message>
     <message>
         <source>Value:</source>
-        <translation type="unfinished"></translation>
+        <translation>Wert:</translation>
     </message>
     <message>
         <source>Scalar</source>
-        <translation type="unfinished"></translation>
+        <translation>Skalar</translation>
     </message>
     <message>
         <source>Array</source>
-        <translation type="unfinished"></translation>
+        <translation>Array</translation>
     </message>
     <message>
         <source>Matrix</source>
-        <translation type="unfinished"></translation>
+        <translation>Matrix</translation>
     </message>
     <message>
         <source>DataType:</source>
-        <translation type="unfinished"></translation>
+        <translation>Datentyp:</translation>
     </message>
     <message>
         <source>ArrayType:</source>
-        <translation type="unfinished"></translation>
+        <translation>Arraytyp:</translation>
     </message>
     <message>
         <source>Value</source>
-        <translation type="unfinished">Wert</translation>
+        <translation>Wert</translation>
     </message>
 </context>
 <context>
     <name>QvelWidgetXmlElement</name>
     <message>
         <source>XML element</source>
-        <translation type="unfinished"></translation>
+        <translation>XML-Element</translation>
     </message>
 </context>
 <context>
@@ -2870,86 +2885,115 @@ is currently not supported.</source>
     <name>UaPkiFinding</name>
     <message>
         <source>The certificate is damaged or its signature is wrong. %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Zertifikat ist beschädigt oder seine Signatur falsch. %1</translation>
     </message>
     <message>
         <source>The certificate of an issuer is missing, so its origin is unproven. %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Zertifikat eines Ausstellers fehlt, daher ist die Herkunft nicht belegt. %1</translation>
     </message>
     <message>
         <source>The security policy does not allow the certificate. %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Sicherheitsrichtlinie lässt das Zertifikat nicht zu. %1</translation>
     </message>
     <message>
         <source>Neither the certificate nor an issuer is trusted yet. %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Weder dem Zertifikat noch einem Aussteller wird bisher vertraut. %1</translation>
     </message>
     <message>
         <source>The certificate is not valid at this time. %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Zertifikat ist zurzeit nicht gültig. %1</translation>
     </message>
     <message>
         <source>An issuer&apos;s certificate is not valid at this time. %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Zertifikat eines Ausstellers ist zurzeit nicht gültig. %1</translation>
     </message>
     <message>
         <source>The certificate was made for another computer. %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Zertifikat wurde für einen anderen Rechner ausgestellt. %1</translation>
     </message>
     <message>
         <source>The certificate was made for another application. %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Zertifikat wurde für eine andere Anwendung ausgestellt. %1</translation>
     </message>
     <message>
         <source>The certificate was not made for this use. %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Zertifikat wurde nicht für diese Verwendung ausgestellt. %1</translation>
     </message>
     <message>
         <source>An issuer may not issue certificates. %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Ein Aussteller darf keine Zertifikate ausstellen. %1</translation>
     </message>
     <message>
         <source>Whether the certificate was revoked is not known. %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Ob das Zertifikat gesperrt wurde, ist nicht bekannt. %1</translation>
     </message>
     <message>
         <source>Whether an issuer&apos;s certificate was revoked is not known. %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Ob das Zertifikat eines Ausstellers gesperrt wurde, ist nicht bekannt. %1</translation>
     </message>
     <message>
         <source>The certificate was revoked. %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Zertifikat wurde gesperrt. %1</translation>
     </message>
     <message>
         <source>The certificate of an issuer was revoked. %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Zertifikat eines Ausstellers wurde gesperrt. %1</translation>
     </message>
-</context>
-<context>
-    <name>UaPkiTrustStore</name>
+    <message>
+        <source>It has no RSA key.</source>
+        <translation>Es hat keinen RSA-Schlüssel.</translation>
+    </message>
+    <message>
+        <source>Its key has %1 bits, the policy asks for %2 to %3.</source>
+        <translation>Sein Schlüssel hat %1 Bit, die Richtlinie verlangt %2 bis %3.</translation>
+    </message>
+    <message>
+        <source>It is signed by an algorithm that is out of date.</source>
+        <translation>Es ist mit einem veralteten Verfahren signiert.</translation>
+    </message>
+    <message>
+        <source>It is valid from %1 to %2.</source>
+        <translation>Es ist gültig von %1 bis %2.</translation>
+    </message>
+    <message>
+        <source>It lacks %1.</source>
+        <translation>Es fehlt: %1.</translation>
+    </message>
+    <message>
+        <source>There is no folder for it.</source>
+        <translation>Dafür gibt es keinen Ordner.</translation>
+    </message>
+    <message>
+        <source>The folder %1 cannot be made.</source>
+        <translation>Der Ordner %1 kann nicht angelegt werden.</translation>
+    </message>
+    <message>
+        <source>The file %1 cannot be written.</source>
+        <translation>Die Datei %1 kann nicht geschrieben werden.</translation>
+    </message>
     <message>
         <source>It cannot be decoded.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es kann nicht dekodiert werden.</translation>
     </message>
     <message>
         <source>Its signature is not that of the issuer.</source>
-        <translation type="unfinished"></translation>
+        <translation>Seine Signatur ist nicht die des Ausstellers.</translation>
     </message>
     <message>
         <source>It names %1, not %2.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es nennt %1, nicht %2.</translation>
     </message>
     <message>
         <source>no computer</source>
-        <translation type="unfinished"></translation>
+        <translation>keinen Rechner</translation>
     </message>
     <message>
         <source>It holds &quot;%1&quot;, the server announces &quot;%2&quot;.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es enthält &quot;%1&quot;, der Server meldet &quot;%2&quot;.</translation>
     </message>
     <message>
         <source>The issuer&apos;s list is out of date.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Sperrliste des Ausstellers ist veraltet.</translation>
     </message>
 </context>
 </TS>

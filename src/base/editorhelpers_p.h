@@ -2,6 +2,7 @@
 
 #include "base/editorbases.h"
 #include "base/linehints_p.h"
+#include "base/retranslate_p.h"
 #include "platform/types/utf8text_p.h"
 
 #include <QtCore/QMetaType>
@@ -14,6 +15,7 @@
 #include <QtWidgets/QToolButton>
 #include <QtWidgets/QVBoxLayout>
 
+#include <functional>
 #include <type_traits>
 
 /// Shows the text of a value whole: the limit of a line edit is one for typing and pasting. The
@@ -88,11 +90,13 @@ void layOutInline(QvelWidgetBase* editor, int spacing, Control*... controls)
 }
 
 /// Appends a row of label and control to a dialog editor's grid and applies the dialog's flags.
+/// `text` gives the label's text in the language of the moment.
 template <class Control>
-void addDialogRow(QGridLayout* grid, const QString& text, Control* control,
+void addDialogRow(QGridLayout* grid, const std::function<QString()>& text, Control* control,
                   QvelDialogWidgetBase::QvelDialogWidgetFlags flags)
 {
-    auto* label = new QLabel(text);
+    auto* label = new QLabel;
+    retranslated(label, [label, text] { label->setText(text()); });
     label->setBuddy(control);
     lockControl(control, flags.testFlag(QvelDialogWidgetBase::ReadOnly));
     tellWhenCut(control);
@@ -163,9 +167,11 @@ inline EditFieldControls layOutEditField(QvelEditWidgetBase* field)
 {
     const EditFieldControls controls = {new QLineEdit, new QToolButton};
     controls.edit->setReadOnly(true);
-    controls.edit->setAccessibleName(QvelEditWidgetBase::tr("Value"));
     controls.button->setText(QStringLiteral("..."));
-    controls.button->setAccessibleName(QvelEditWidgetBase::tr("Edit value"));
+    retranslated(field, [controls] {
+        controls.edit->setAccessibleName(QvelEditWidgetBase::tr("Value"));
+        controls.button->setAccessibleName(QvelEditWidgetBase::tr("Edit value"));
+    });
     auto* layout = new QHBoxLayout(field);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(controls.edit);

@@ -2,6 +2,7 @@
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QEvent>
+#include <QtCore/QHash>
 #include <QtCore/QPointer>
 #include <QtCore/QVariant>
 #include <QtWidgets/QWidget>
@@ -29,6 +30,26 @@ public:
 private:
     const std::function<void()> m_setTexts;
 };
+
+// The texts of a form, by their objects and properties.
+using Texts = QHash<std::pair<QObject*, QByteArray>, QString>;
+
+Texts textsOf(QWidget* form)
+{
+    static const char* const names[] = {"windowTitle",    "toolTip", "whatsThis",
+                                        "accessibleName", "title",   "text"};
+    Texts texts;
+    QObjectList objects = form->findChildren<QObject*>();
+    objects.append(form);
+    for (QObject* object : std::as_const(objects)) {
+        for (const char* name : names) {
+            const QVariant text = object->property(name);
+            if (text.isValid())
+                texts.insert({object, name}, text.toString());
+        }
+    }
+    return texts;
+}
 
 // A switch may come as several events, one for each catalogue.
 class LanguageNotice : public QObject
@@ -67,6 +88,20 @@ void retranslated(QWidget* widget, const std::function<void()>& setTexts)
 {
     new Retranslator(widget, setTexts);
     setTexts();
+}
+
+void retranslatedForm(QWidget* widget, const std::function<void()>& retranslateUi)
+{
+    new Retranslator(widget, [widget, retranslateUi, own = textsOf(widget)]() mutable {
+        const Texts before = textsOf(widget);
+        retranslateUi();
+        const Texts now = textsOf(widget);
+        for (auto it = before.cbegin(); it != before.cend(); ++it) {
+            if (own.value(it.key()) != it.value() && now.value(it.key()) != it.value())
+                it.key().first->setProperty(it.key().second, it.value());
+        }
+        own = now;
+    });
 }
 
 void whenLanguageChanges(QObject* context, const std::function<void()>& tell)

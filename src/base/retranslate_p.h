@@ -15,6 +15,11 @@ class QWidget;
 /// widget.
 void retranslated(QWidget* widget, const std::function<void()>& setTexts);
 
+/// Keeps a form of uic's, which is set up, in the language: calls its retranslateUi(), but leaves
+/// what others have set since. Entries of lists and texts that depend on more follow by
+/// retranslated(), after this.
+void retranslatedForm(QWidget* widget, const std::function<void()>& retranslateUi);
+
 /// Calls `tell` when the application has got a new language, as long as `context` lives: for models
 /// and others who are not told by Qt. Once a switch, from the event loop.
 void whenLanguageChanges(QObject* context, const std::function<void()>& tell);

@@ -2,6 +2,7 @@
 
 #include "base/editorhelpers_p.h"
 #include "base/ownmodal_p.h"
+#include "base/retranslate_p.h"
 #include "certificates/certificatecolumns_p.h"
 #include "certificates/certificateentry.h"
 #include "certificates/certificatemodel.h"
@@ -17,6 +18,7 @@
 #include <QtGui/QDesktopServices>
 #include <QtGui/QKeyEvent>
 #include <QtWidgets/QFileDialog>
+#include <QtWidgets/QHeaderView>
 #include <QtWidgets/QMenu>
 
 #include <functional>
@@ -167,6 +169,13 @@ QvelCertificateManager::QvelCertificateManager(QWidget* parent) : QWidget(parent
     QTreeView* view = d->ui.treeView;
     view->setModel(d->proxy);
     d->enableButtons();
+
+    retranslatedForm(this, [this] { d->ui.retranslateUi(this); });
+    connect(d->proxy, &QAbstractItemModel::headerDataChanged, view, [view] {
+        for (int column = 0; column < CertificateColumn::Count; ++column)
+            view->setColumnWidth(
+                column, qMax(view->columnWidth(column), view->header()->sectionSizeHint(column)));
+    });
 
     view->setContextMenuPolicy(Qt::CustomContextMenu);
     view->installEventFilter(this);

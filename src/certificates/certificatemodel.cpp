@@ -1,6 +1,7 @@
 #include "certificatemodel.h"
 
 #include "base/editorhelpers_p.h"
+#include "base/retranslate_p.h"
 #include "base/showntext_p.h"
 #include "certificatemodel_p.h"
 #include "images/images_p.h"
@@ -22,6 +23,15 @@ QString shown(const UaString& text)
 QDateTime localTime(const UaDateTime& time)
 {
     return time.toQDateTime().toLocalTime();
+}
+
+QString kindText(int kind)
+{
+    static const char* const kinds[] = {
+        QT_TRANSLATE_NOOP("QvelCertificateModel", "Untrusted"),
+        QT_TRANSLATE_NOOP("QvelCertificateModel", "Trusted"),
+        QT_TRANSLATE_NOOP("QvelCertificateModel", "Own Certificate")};
+    return QvelCertificateModel::tr(kinds[kind]);
 }
 
 QIcon withOverlay(const QIcon& base, const QString& overlay)
@@ -85,6 +95,12 @@ QvelCertificateModel::QvelCertificateModel(const QString& trustedPath, const QSt
     setIcon(QvelCertificateEntry::Trusted, paletteIcon(":/kestrel/images/on.png"));
     setIcon(QvelCertificateEntry::OwnCertificate, ownCertificateIcon);
     initialize();
+    whenLanguageChanges(this, [this] {
+        Q_EMIT headerDataChanged(Qt::Horizontal, 0, CertificateColumn::Count - 1);
+        if (const int rows = rowCount())
+            Q_EMIT dataChanged(index(0, CertificateColumn::Status),
+                               index(rows - 1, CertificateColumn::Status));
+    });
 }
 
 QvelCertificateModel::~QvelCertificateModel()
@@ -126,6 +142,8 @@ QVariant QvelCertificateModel::data(const QModelIndex& index, int role) const
         return {};
     switch (role) {
     case Qt::DisplayRole:
+        if (index.column() == CertificateColumn::Status)
+            return kindText(entry->kind);
         return d->texts[size_t(index.row())][size_t(index.column())];
     case Qt::DecorationRole:
         return index.column() == CertificateColumn::Status ? QVariant(d->icon(*entry)) : QVariant();
@@ -231,7 +249,6 @@ void QvelCertificateModel::cleanup()
 void QvelCertificateModel::readDirectory(const QString& path, bool trusted)
 {
     static const QStringList filters = {"*.cer", "*.der", "*.crt"};
-    const QString kinds[] = {tr("Untrusted"), tr("Trusted"), tr("Own Certificate")};
     const QString ownFileName = QFileInfo(d->ownCertificateFile).fileName();
     const QFileInfoList files = QDir(path).entryInfoList(filters, QDir::Files);
     for (const QFileInfo& file : files) {
@@ -250,7 +267,7 @@ void QvelCertificateModel::readDirectory(const QString& path, bool trusted)
                                                          : QvelCertificateEntry::Trusted;
         const UaPkiIdentity& issuer = certificate.issuer();
         const UaPkiCertificateInfo& info = certificate.info();
-        Private::Texts texts = {kinds[entry->kind],
+        Private::Texts texts = {QVariant(), // the language may change
                                 shown(certificate.commonName()),
                                 localTime(certificate.validFrom()),
                                 localTime(certificate.validTo()),

@@ -1,6 +1,7 @@
 #include "certificateview.h"
 
 #include "base/outputrow_p.h"
+#include "base/retranslate_p.h"
 #include "platform/pki/uapkicertificate.h"
 #include "platform/pki/uapkikeys.h"
 
@@ -112,7 +113,12 @@ QvelCertificateView::QvelCertificateView(QWidget* parent) : QWidget(parent), d(n
     form->setContentsMargins({});
     form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
     for (std::size_t i = 0; i < std::size(lines); ++i)
-        d->outputs[i] = addOutputRow(form, tr(lines[i].label), lines[i].objectName);
+        d->outputs[i] = addOutputRow(form, QString(), lines[i].objectName);
+    retranslated(this, [this, form] {
+        for (std::size_t i = 0; i < std::size(lines); ++i)
+            nameOutputRow(form, d->outputs[i], tr(lines[i].label));
+        setCertificate(d->certificate);
+    });
     // The longest that has a usual length.
     const QString digits(47, QLatin1Char('0'));
     d->outputs[0]->setMinimumWidth(fontMetrics().horizontalAdvance(digits));

@@ -1,6 +1,7 @@
 #include "newcertificatedialog.h"
 
 #include "base/linehints_p.h"
+#include "base/retranslate_p.h"
 #include "base/showntext_p.h"
 #include "images/images_p.h"
 #include "platform/pki/certificatetexts_p.h"
@@ -23,6 +24,11 @@ constexpr int oneYear = 4; // its index
 static QList<int> defaultKeyStrengths()
 {
     return {1024, 2048};
+}
+
+static QString strengthText(int bits)
+{
+    return QCoreApplication::translate("NewCertificateDialog", "%1 bits").arg(bits);
 }
 
 // In the order of the combo box.
@@ -173,6 +179,7 @@ QvelNewCertificateDlg::QvelNewCertificateDlg(const QString& applicationName,
     d->mandatory = mandatory;
     Ui::NewCertificateDialog& ui = d->ui;
     ui.setupUi(this);
+    retranslatedForm(this, [this] { d->ui.retranslateUi(this); });
     ui.lblFault->hide();
     d->fields = {{
         {ui.label_3, ui.txtCommonName, ui.lblStatCN},
@@ -221,6 +228,14 @@ QvelNewCertificateDlg::QvelNewCertificateDlg(const QString& applicationName,
     ui.txtOrganization->setFocus();
     sltPasswordEnabled(Qt::Unchecked);
     ui.txtURI->setEnabled(false);
+    retranslated(this, [this] {
+        for (int i = 0; i < d->keyStrengths.size(); ++i)
+            d->ui.cmbRSAKeyStrength->setItemText(i, strengthText(d->keyStrengths.at(i)));
+        if (d->ui.lblFault->isHidden())
+            d->describe();
+        else
+            d->showFault(d->fault);
+    });
     if (mandatory) {
         setWindowFlags(Qt::Dialog | Qt::WindowTitleHint | Qt::CustomizeWindowHint);
         ui.buttonBox->button(QDialogButtonBox::Cancel)->hide();
@@ -294,8 +309,7 @@ void QvelNewCertificateDlg::setRSAKeyStrengths(const QList<int>& bits)
     d->keyStrengths = offered;
     combo->clear();
     for (const int strength : offered)
-        combo->addItem(
-            QCoreApplication::translate("NewCertificateDialog", "%1 bits").arg(strength));
+        combo->addItem(strengthText(strength));
     setRSAKeyStrength(selected);
 }
 

@@ -1,5 +1,6 @@
 #include "trustdialog.h"
 
+#include "base/retranslate_p.h"
 #include "base/showntext_p.h"
 #include "certificates/certificateview.h"
 #include "session/session.h"
@@ -22,14 +23,15 @@ class QvelTrustDialog::Private
 {
 public:
     QPointer<QvelSession> session;
+    QString address; // of the session's server, when there was one
     QLabel* heading = nullptr;
     QvelCertificateAnswer answer = QvelCertificateAnswer::Reject;
     bool isOver = false; // answered, or nobody waits
 };
 
-static QLabel* plainLabel(const QString& text)
+static QLabel* plainLabel()
 {
-    auto* label = new QLabel(text);
+    auto* label = new QLabel;
     label->setTextFormat(Qt::PlainText);
     label->setWordWrap(true);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
@@ -37,33 +39,36 @@ static QLabel* plainLabel(const QString& text)
     return label;
 }
 
+static QString headingText(const QString& address)
+{
+    return address.isNull()
+               ? QvelTrustDialog::tr("The server's certificate is not trusted.")
+               : QvelTrustDialog::tr("The certificate of the server at %1 is not trusted.")
+                     .arg(address);
+}
+
 QvelTrustDialog::QvelTrustDialog(const QvelCertificateQuestion& question, QWidget* parent)
     : QDialog(parent), d(new Private)
 {
     setObjectName(QStringLiteral("QvelTrustDialog"));
-    setWindowTitle(tr("Trust the Server?"));
 
     auto* icon = new QLabel;
     const int size = style()->pixelMetric(QStyle::PM_MessageBoxIconSize, nullptr, this);
     icon->setPixmap(style()->standardIcon(QStyle::SP_MessageBoxWarning).pixmap(size));
-    d->heading = plainLabel(tr("The server's certificate is not trusted."));
+    d->heading = plainLabel();
     d->heading->setObjectName(QStringLiteral("heading"));
     auto* top = new QHBoxLayout;
     top->addWidget(icon, 0, Qt::AlignTop);
     top->addWidget(d->heading, 1);
 
-    QStringList findings;
-    for (const UaPkiFinding& finding : question.findings)
-        findings.append(QStringLiteral("\u2022 ") + shownText(finding.text()));
-    auto* findingsLabel = plainLabel(findings.join(QLatin1Char('\n')));
+    auto* findingsLabel = plainLabel();
     findingsLabel->setObjectName(QStringLiteral("findings"));
-    findingsLabel->setAccessibleName(tr("Findings"));
-    auto* found = new QGroupBox(tr("What was found"));
+    auto* found = new QGroupBox;
     (new QVBoxLayout(found))->addWidget(findingsLabel);
 
     auto* view = new QvelCertificateView;
     view->setCertificate(question.certificate);
-    auto* certificate = new QGroupBox(tr("The certificate"));
+    auto* certificate = new QGroupBox;
     (new QVBoxLayout(certificate))->addWidget(view);
 
     auto* content = new QWidget;
@@ -72,8 +77,7 @@ QvelTrustDialog::QvelTrustDialog(const QvelCertificateQuestion& question, QWidge
     contentLayout->addLayout(top);
     contentLayout->addWidget(found);
     contentLayout->addWidget(certificate);
-    auto* hint = plainLabel(tr("Compare the thumbprint with the one that the server itself shows. "
-                               "\"Always Trust\" files the certificate among the trusted ones."));
+    auto* hint = plainLabel();
     contentLayout->addWidget(hint);
     contentLayout->addStretch();
     auto* scroll = new QScrollArea;
@@ -84,8 +88,8 @@ QvelTrustDialog::QvelTrustDialog(const QvelCertificateQuestion& question, QWidge
     scroll->setSizeAdjustPolicy(QAbstractScrollArea::AdjustToContents);
 
     auto* buttons = new QDialogButtonBox;
-    const auto add = [&](const QString& text, const char* name, QvelCertificateAnswer answer) {
-        QPushButton* button = buttons->addButton(text, QDialogButtonBox::ActionRole);
+    const auto add = [&](const char* name, QvelCertificateAnswer answer) {
+        QPushButton* button = buttons->addButton(QString(), QDialogButtonBox::ActionRole);
         button->setObjectName(QLatin1String(name));
         connect(button, &QAbstractButton::clicked, this, [this, answer] {
             d->answer = answer;
@@ -93,16 +97,17 @@ QvelTrustDialog::QvelTrustDialog(const QvelCertificateQuestion& question, QWidge
         });
         return button;
     };
-    QPushButton* copy = buttons->addButton(tr("&Copy Details"), QDialogButtonBox::HelpRole);
+    QPushButton* copy = buttons->addButton(QString(), QDialogButtonBox::HelpRole);
     copy->setObjectName(QStringLiteral("copy"));
-    connect(copy, &QAbstractButton::clicked, this, [view, findings] {
-        QGuiApplication::clipboard()->setText(view->text() + findings.join(QLatin1Char('\n')));
+    connect(copy, &QAbstractButton::clicked, this, [view, findingsLabel] {
+        QGuiApplication::clipboard()->setText(view->text() + findingsLabel->text());
     });
     const bool isCertificate = !question.certificate.isNull();
-    add(tr("&Always Trust"), "always", QvelCertificateAnswer::AcceptAndTrust)
-        ->setEnabled(isCertificate);
-    add(tr("Trust &Once"), "once", QvelCertificateAnswer::AcceptOnce)->setEnabled(isCertificate);
-    QPushButton* reject = add(tr("&Reject"), "reject", QvelCertificateAnswer::Reject);
+    QPushButton* always = add("always", QvelCertificateAnswer::AcceptAndTrust);
+    always->setEnabled(isCertificate);
+    QPushButton* once = add("once", QvelCertificateAnswer::AcceptOnce);
+    once->setEnabled(isCertificate);
+    QPushButton* reject = add("reject", QvelCertificateAnswer::Reject);
     reject->setDefault(true);
 
     auto* layout = new QVBoxLayout(this);
@@ -115,6 +120,24 @@ QvelTrustDialog::QvelTrustDialog(const QvelCertificateQuestion& question, QWidge
         if (QWidget* next = buttons->layout()->itemAt(i)->widget())
             setTabOrder(std::exchange(last, next), next);
     reject->setFocus();
+
+    retranslated(this, [=, findings = question.findings] {
+        setOwnText(this, "windowTitle", tr("Trust the Server?"));
+        d->heading->setText(headingText(d->address));
+        QStringList lines;
+        for (const UaPkiFinding& finding : findings)
+            lines.append(QStringLiteral("\u2022 ") + shownText(finding.text()));
+        findingsLabel->setText(lines.join(QLatin1Char('\n')));
+        findingsLabel->setAccessibleName(tr("Findings"));
+        found->setTitle(tr("What was found"));
+        certificate->setTitle(tr("The certificate"));
+        hint->setText(tr("Compare the thumbprint with the one that the server itself shows. "
+                         "\"Always Trust\" files the certificate among the trusted ones."));
+        copy->setText(tr("&Copy Details"));
+        always->setText(tr("&Always Trust"));
+        once->setText(tr("Trust &Once"));
+        reject->setText(tr("&Reject"));
+    });
     // All of it at once where the screen has room, with the longest thumbprint in full.
     const QString digits(125, QLatin1Char('0'));
     const QSize whole = sizeHint().expandedTo(
@@ -132,8 +155,8 @@ void QvelTrustDialog::setSession(QvelSession* session)
     d->session = session;
     if (!session)
         return;
-    d->heading->setText(tr("The certificate of the server at %1 is not trusted.")
-                            .arg(shownText(session->setting().endpointUrl())));
+    d->address = shownText(session->setting().endpointUrl());
+    d->heading->setText(headingText(d->address));
     // Nothing goes on in a session that asks: whatever it does next, it does not wait any more.
     const auto close = [this] {
         if (std::exchange(d->isOver, true))

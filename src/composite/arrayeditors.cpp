@@ -68,12 +68,15 @@ QvelDialogWidgetArray::QvelDialogWidgetArray(const UaVariant& value, QvelDialogW
 {
     auto* add = new QToolButton;
     add->setText(QStringLiteral("+"));
-    add->setAccessibleName(tr("Append element"));
     auto* remove = new QToolButton;
     remove->setText(QStringLiteral("-"));
-    remove->setAccessibleName(tr("Remove last element"));
-    d->layOut(mainLayout(), buttonBox(), m_model, {add, remove},
-              tr("Writing values of this type\nis currently not supported."));
+    auto* unsupported = new QLabel;
+    retranslated(this, [add, remove, unsupported] {
+        add->setAccessibleName(tr("Append element"));
+        remove->setAccessibleName(tr("Remove last element"));
+        unsupported->setText(tr("Writing values of this type\nis currently not supported."));
+    });
+    d->layOut(mainLayout(), buttonBox(), m_model, {add, remove}, unsupported);
     d->watch(this, &QvelDialogWidgetArray::sltResizeView, &QvelDialogWidgetArray::sltValueChanged);
     connect(add, &QToolButton::clicked, this, &QvelDialogWidgetArray::sltAddElement);
     connect(remove, &QToolButton::clicked, this, &QvelDialogWidgetArray::sltRemoveElement);
@@ -210,7 +213,7 @@ void QvelEditWidgetArray::setInitialValue(OpcUa_Byte builtInType, OpcUa_UInt32 l
 
 void QvelEditWidgetArray::setEnumInfo(const QvelEnumInfo& info)
 {
-    d->setEnumInfo(info, tr("This array type cannot be displayed"));
+    d->setEnumInfo(info, [] { return tr("This array type cannot be displayed"); });
 }
 
 void QvelEditWidgetArray::setWritesOnlyChanges(bool onlyChanges)

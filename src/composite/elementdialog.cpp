@@ -21,11 +21,11 @@ ElementDialog::~ElementDialog()
 }
 
 void ElementDialog::layOut(QVBoxLayout* layout, QDialogButtonBox* box, QvelElementModel* model,
-                           const QList<QAbstractButton*>& buttons, const QString& unsupported)
+                           const QList<QAbstractButton*>& buttons, QLabel* unsupported)
 {
     m_model = model;
     m_buttons = buttons;
-    m_unsupported = new QLabel(unsupported);
+    m_unsupported = unsupported;
     m_ok = box->button(QDialogButtonBox::Ok);
     m_delegate = new QvelModelDelegate(m_dialog);
     table->setModel(model);

@@ -8,6 +8,8 @@
 
 #include <QtWidgets/QAbstractButton>
 
+#include <utility>
+
 class QDialogButtonBox;
 class QvelElementModel;
 class QvelModelDelegate;
@@ -26,9 +28,10 @@ public:
     SignallingWidget clicked;
 
     bool isReadOnly() const { return m_dialog->flags().testFlag(QvelDialogWidgetBase::ReadOnly); }
-    /// Fills the dialog's layout. `buttons` change the number of elements.
+    /// Fills the dialog's layout. `buttons` change the number of elements; `unsupported` tells that
+    /// there is nothing to edit.
     void layOut(QVBoxLayout* layout, QDialogButtonBox* box, QvelElementModel* model,
-                const QList<QAbstractButton*>& buttons, const QString& unsupported);
+                const QList<QAbstractButton*>& buttons, QLabel* unsupported);
     /// Connects the model to the dialog's slots.
     template <class Dialog>
     void watch(Dialog* dialog, void (Dialog::*resize)(), void (Dialog::*changed)())
@@ -112,13 +115,12 @@ public:
     void restore() { m_dialog->setValue(m_value); }
 
     /// From an enumeration on, the field shows `text` instead of values.
-    void setEnumInfo(const QvelEnumInfo& info, const QString& text)
+    void setEnumInfo(const QvelEnumInfo& info, const std::function<QString()>& text)
     {
         m_dialog->setEnumInfo(info);
-        if (info.kind == QvelEnumInfo::NoEnumeration)
+        if (info.kind == QvelEnumInfo::NoEnumeration || std::exchange(m_showsEnum, true))
             return;
-        m_edit->setText(text);
-        m_showsEnum = true;
+        retranslated(m_field, [this, text] { m_edit->setText(text()); });
     }
     /// The field may be gone when this returns.
     void run()

@@ -1,5 +1,7 @@
 #include "elementtable_p.h"
 
+#include "base/retranslate_p.h"
+
 #include <QtCore/QCoreApplication>
 #include <QtCore/QScopedValueRollback>
 #include <QtCore/QTimer>
@@ -119,7 +121,9 @@ ElementTable::ElementTable(QWidget* parent) : CellEditingView(parent)
     horizontalHeader()->hide();
     horizontalHeader()->setStretchLastSection(true);
     setShowGrid(true);
-    setAccessibleName(QCoreApplication::translate("ElementTable", "Elements"));
+    retranslated(this, [this] {
+        setAccessibleName(QCoreApplication::translate("ElementTable", "Elements"));
+    });
 }
 
 // The height of a row of one plain line of text.

@@ -45,7 +45,8 @@ QVariant QvelMatrixModel::headerData(int section, Qt::Orientation orientation, i
     auto rest = OpcUa_UInt32(section);
     const std::size_t shown = std::min(m_dimensions.size(), maxLabelled);
     for (auto length = m_dimensions.rbegin(); length != m_dimensions.rbegin() + shown; ++length) {
-        label.prepend(tr("[%1]").arg(rest % *length));
+        label.prepend(
+            QCoreApplication::translate("QAbstractTableModel", "[%1]").arg(rest % *length));
         rest /= *length;
     }
     if (shown < m_dimensions.size())
@@ -102,10 +103,14 @@ QvelDialogWidgetMatrix::QvelDialogWidgetMatrix(const UaVariant& value, QvelDialo
     : QvelDialogWidgetBase(flags, parent, windowFlags), d(new ElementDialog(this)),
       m_model(new QvelMatrixModel(&d->value, d->isReadOnly(), this))
 {
-    auto* dimensions = new QPushButton(tr("Set Dimensions"));
+    auto* dimensions = new QPushButton;
     dimensions->setAutoDefault(false);
-    d->layOut(mainLayout(), buttonBox(), m_model, {dimensions},
-              tr("Writing values of this type\nis currently not supported."));
+    auto* unsupported = new QLabel;
+    retranslated(this, [dimensions, unsupported] {
+        dimensions->setText(tr("Set Dimensions"));
+        unsupported->setText(tr("Writing values of this type\nis currently not supported."));
+    });
+    d->layOut(mainLayout(), buttonBox(), m_model, {dimensions}, unsupported);
     d->watch(this, &QvelDialogWidgetMatrix::sltResizeView,
              &QvelDialogWidgetMatrix::sltValueChanged);
     connect(dimensions, &QPushButton::clicked, this, &QvelDialogWidgetMatrix::sltSetDimensions);
@@ -181,8 +186,10 @@ void QvelDialogWidgetMatrix::askForDimensions()
     for (OpcUa_UInt32 length : dimensions)
         parts << QString::number(length);
     const QPointer<QInputDialog> input = new QInputDialog(this);
-    input->setWindowTitle(tr("Set Matrix Dimensions"));
-    input->setLabelText(tr("Enter a comma separated list of dimensions (e.g. '2,4,6'):"));
+    retranslated(input, [&input] {
+        input->setWindowTitle(tr("Set Matrix Dimensions"));
+        input->setLabelText(tr("Enter a comma separated list of dimensions (e.g. '2,4,6'):"));
+    });
     input->setInputMode(QInputDialog::TextInput);
     input->findChild<QLineEdit*>()->setMaxLength(std::numeric_limits<int>::max());
     input->setTextValue(parts.join(QLatin1Char(',')));
@@ -262,7 +269,7 @@ void QvelEditWidgetMatrix::setInitialValue(OpcUa_Byte builtInType,
 
 void QvelEditWidgetMatrix::setEnumInfo(const QvelEnumInfo& info)
 {
-    d->setEnumInfo(info, tr("This matrix type cannot be displayed"));
+    d->setEnumInfo(info, [] { return tr("This matrix type cannot be displayed"); });
 }
 
 void QvelEditWidgetMatrix::setWritesOnlyChanges(bool onlyChanges)

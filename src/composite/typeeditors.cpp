@@ -147,8 +147,10 @@ QWidget* createCellText(QWidget* parent, const Cell& cell)
     showWhole(edit, text.left(maxEditedText));
     if (text.size() > maxEditedText) {
         edit->setReadOnly(true);
-        edit->setToolTip(
-            QCoreApplication::translate("ElementTable", "This text is too long to be edited."));
+        retranslated(edit, [edit] {
+            edit->setToolTip(
+                QCoreApplication::translate("ElementTable", "This text is too long to be edited."));
+        });
         edit->setProperty(wholeText, text);
     }
     return edit;

@@ -47,19 +47,28 @@ constexpr int valueColumn = 1;
 QvelWidgetVariant::QvelWidgetVariant(QvelWidgetFlags flags, QWidget* parent,
                                      Qt::WindowFlags windowFlags)
     : QvelWidgetBase(flags, parent, windowFlags), m_grid(new QGridLayout(this)),
-      m_valueLabel(new QLabel(tr("Value:"))), m_dataType(new QComboBox), m_arrayType(new QComboBox)
+      m_valueLabel(new QLabel), m_dataType(new QComboBox), m_arrayType(new QComboBox)
 {
     registerValueTypes<UaVariant>();
     for (int i = 0; typeEditor(i).name && i <= OpcUaType_LocalizedText; ++i)
-        m_dataType->addItem(tr(typeEditor(i).name), i);
-    m_arrayType->addItem(tr("Scalar"), int(OpcUa_VariantArrayType_Scalar));
-    m_arrayType->addItem(tr("Array"), int(OpcUa_VariantArrayType_Array));
-    m_arrayType->addItem(tr("Matrix"), int(OpcUa_VariantArrayType_Matrix));
+        m_dataType->addItem(QString(), i);
+    for (int i = OpcUa_VariantArrayType_Scalar; i <= OpcUa_VariantArrayType_Matrix; ++i)
+        m_arrayType->addItem(QString(), i);
 
     m_grid->setContentsMargins(0, 0, 0, 0);
     m_grid->setVerticalSpacing(2);
-    auto* dataTypeLabel = new QLabel(tr("DataType:"));
-    auto* arrayTypeLabel = new QLabel(tr("ArrayType:"));
+    auto* dataTypeLabel = new QLabel;
+    auto* arrayTypeLabel = new QLabel;
+    retranslated(this, [this, dataTypeLabel, arrayTypeLabel] {
+        for (int i = 0; i < m_dataType->count(); ++i)
+            m_dataType->setItemText(i, tr(typeEditor(i).name));
+        const QString arrayTypes[] = {tr("Scalar"), tr("Array"), tr("Matrix")};
+        for (int i = 0; i < m_arrayType->count(); ++i)
+            m_arrayType->setItemText(i, arrayTypes[i]);
+        dataTypeLabel->setText(tr("DataType:"));
+        arrayTypeLabel->setText(tr("ArrayType:"));
+        m_valueLabel->setText(tr("Value:"));
+    });
     m_grid->addWidget(dataTypeLabel, 0, 0);
     m_grid->addWidget(m_dataType, 0, 1);
     m_grid->addWidget(arrayTypeLabel, 1, 0);
@@ -112,7 +121,7 @@ void QvelWidgetVariant::updateValueWidget()
     const int arrayType = m_arrayType->currentData().toInt();
     const auto dataType = OpcUa_BuiltInType(m_dataType->currentData().toInt());
     const ValueEditor editor = editorOf(arrayType, dataType);
-    QWidget* widget = editor.create ? editor.create() : new QLabel(tr("Null"));
+    QWidget* widget = editor.create ? editor.create() : new QLabel;
     // An empty array, or matrix, tells its editor the type.
     UaVariant empty;
     if (arrayType == OpcUa_VariantArrayType_Array)
@@ -123,7 +132,11 @@ void QvelWidgetVariant::updateValueWidget()
         editor.setValue(widget, empty);
     if (editor.watch)
         editor.watch(widget, this, [this] { sltValueChanged(); });
-    widget->setAccessibleName(tr("Value"));
+    retranslated(widget, [widget, isNull = !editor.create] {
+        widget->setAccessibleName(tr("Value"));
+        if (isNull)
+            static_cast<QLabel*>(widget)->setText(tr("Null"));
+    });
     m_grid->addWidget(widget, valueRow, valueColumn);
     m_valueLabel->setBuddy(widget);
     setTabOrder(m_arrayType, widget);

@@ -182,11 +182,12 @@ OpcUa_StatusCode QvelDiscoveryJob::callBrowseNetwork(const QString& name)
     QList<UaNetworkBrowseResult> results;
     if (const UaStatus status = m_networkBrowser->browse(UaString(name), results);
         status.isNotGood()) {
-        m_failure =
-            status.code() == OpcUa_BadConnectionRejected
-                ? tr("The network cannot be searched: the service for that, Avahi, does "
-                     "not run on this computer.")
-                : tr("The network could not be searched (%1).").arg(status.toString().toQString());
+        if (status.code() == OpcUa_BadConnectionRejected)
+            m_failure = {QT_TR_NOOP("The network cannot be searched: the service for that, Avahi, "
+                                    "does not run on this computer.")};
+        else
+            m_failure = {QT_TR_NOOP("The network could not be searched (%1)."),
+                         status.toString().toQString()};
         return OpcUa_Bad;
     }
     QSet<QString> hosts;
@@ -238,8 +239,13 @@ OpcUa_StatusCode QvelDiscoveryJob::callEnum(const QString& host)
             return; // the other servers are still there
         }
         status = OpcUa_Bad;
-        m_failure = tr("The OPC Classic servers of %1 cannot be listed (0x%2).")
-                        .arg(host.isEmpty() ? tr("this computer") : shownText(host), code);
+        if (host.isEmpty())
+            m_failure = {
+                QT_TR_NOOP("The OPC Classic servers of this computer cannot be listed (0x%1)."),
+                code};
+        else
+            m_failure = {QT_TR_NOOP("The OPC Classic servers of %1 cannot be listed (0x%2)."),
+                         shownText(host), code};
     };
     const ComServerKind kind = m_model->opcType() == QvelDiscoveryWidget::ComDa
                                    ? ComServerKind::DataAccess
@@ -262,11 +268,11 @@ void QvelDiscoveryJob::noteFailure(const UaStatus& status)
     const QString target = shownText(m_target);
     for (const FailureText& each : failureTexts)
         if (each.status == status.code()) {
-            m_failure = tr(each.text).arg(target);
+            m_failure = {each.text, target};
             return;
         }
-    m_failure =
-        tr("%1 does not tell its endpoints (%2).").arg(target, status.toString().toQString());
+    m_failure = {QT_TR_NOOP("%1 does not tell its endpoints (%2)."), target,
+                 status.toString().toQString()};
 }
 
 void QvelDiscoveryJob::addEndpoint(QvelDiscoverySetting&& setting)

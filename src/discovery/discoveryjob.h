@@ -54,7 +54,7 @@ private:
     int m_timeout;
     QString m_sessionName;
     QvelDiscoveryNode::QvelDiscoveryNodeType m_type = QvelDiscoveryNode::TypeGeneric;
-    QString m_failure; // of all that was asked, in words
-    QString m_target;  // a URL, or the name of a host or network
+    QStringList m_failure; // of all that was asked: a text to be translated, and its arguments
+    QString m_target;      // a URL, or the name of a host or network
     quint64 m_request = 0;
 };

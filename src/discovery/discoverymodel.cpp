@@ -1,5 +1,6 @@
 #include "discoverymodel.h"
 
+#include "base/retranslate_p.h"
 #include "base/showntext_p.h"
 #include "discovery/discoverycbinterface.h"
 #include "discovery/discoveryjob.h"
@@ -34,6 +35,7 @@ public:
 
     bool isOpcUa() const { return opcType == QvelDiscoveryWidget::OpcUa; }
     QString toolTip(QvelDiscoveryNode* node, const QvelDiscoverySetting* configuration) const;
+    void nameEntries();
 
     QvelDiscoveryNode* root = nullptr;
     QvelDiscoveryNodeDiscovery* local = nullptr;
@@ -53,6 +55,7 @@ public:
     QvelDiscoveryCBInterface* const callback;
     const QString sessionName;
     QHash<QString, QIcon> images;
+    QHash<const QvelDiscoveryNode*, QString> names; // that the model has given
 };
 
 QvelDiscoveryModel::QvelDiscoveryModel(QvelDiscoveryWidget::OpcType opcType,
@@ -70,25 +73,28 @@ QvelDiscoveryModel::QvelDiscoveryModel(QvelDiscoveryWidget::OpcType opcType,
     if (known) {
         d->local = new QvelDiscoveryNodeDiscovery(
             d->isOpcUa() ? "opc.tcp://" + loopbackHost() + ":4840" : QString(), this);
-        d->local->setDisplayName(tr("Local"));
         d->root->add(d->local);
 
-        d->network =
-            new QvelDiscoveryNodeNetwork(tr("Local Network"), this, UaNetworkBrowseResult::Root);
+        d->network = new QvelDiscoveryNodeNetwork(QString(), this, UaNetworkBrowseResult::Root);
         d->root->add(d->network);
 
-        d->custom =
-            new QvelDiscoveryNode(d->isOpcUa() ? tr("Custom Discovery") : tr("Custom Enum"), this);
+        d->custom = new QvelDiscoveryNode(QString(), this);
         d->custom->setBrowsed(true);
         d->root->add(d->custom);
         d->addServer = new QvelDiscoveryNode("< Double click to Add Server... >", this);
         d->addServer->setBrowsed(true);
         d->custom->add(d->addServer);
     }
-    d->recent = new QvelDiscoveryNode(tr("Recently Used"), this);
+    d->recent = new QvelDiscoveryNode(QString(), this);
     d->recent->setBrowsed(true);
     d->root->add(d->recent);
+    d->nameEntries();
     readSettings();
+    whenLanguageChanges(this, [this] {
+        d->nameEntries();
+        Q_EMIT headerDataChanged(Qt::Horizontal, 0, 0);
+        Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, 0));
+    });
 }
 
 QvelDiscoveryModel::~QvelDiscoveryModel()
@@ -167,7 +173,7 @@ void QvelDiscoveryModel::fetchMore(const QModelIndex& parent)
 }
 
 void QvelDiscoveryModel::fileResult(quint64 request, const QList<QvelDiscoveryNode*>& children,
-                                    const QString& failure)
+                                    const QStringList& failure)
 {
     d->requests.file(request, children, failure);
 }
@@ -265,6 +271,26 @@ QVariant QvelDiscoveryModel::data(const QModelIndex& index, int role) const
         return QVariant();
     default:
         return QVariant();
+    }
+}
+
+// The entries of the top level, unless a host has given them other names.
+void QvelDiscoveryModel::Private::nameEntries()
+{
+    const char* const customName = isOpcUa()
+                                       ? QT_TRANSLATE_NOOP("QvelDiscoveryModel", "Custom Discovery")
+                                       : QT_TRANSLATE_NOOP("QvelDiscoveryModel", "Custom Enum");
+    const std::pair<QvelDiscoveryNode*, const char*> entries[] = {
+        {local, QT_TRANSLATE_NOOP("QvelDiscoveryModel", "Local")},
+        {network, QT_TRANSLATE_NOOP("QvelDiscoveryModel", "Local Network")},
+        {custom, customName},
+        {recent, QT_TRANSLATE_NOOP("QvelDiscoveryModel", "Recently Used")},
+    };
+    for (const auto& [node, name] : entries) {
+        if (!node || names.value(node, node->displayName()) != node->displayName())
+            continue;
+        node->setDisplayName(QvelDiscoveryModel::tr(name));
+        names[node] = node->displayName();
     }
 }
 

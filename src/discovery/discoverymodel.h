@@ -88,7 +88,7 @@ private:
     void writeSettings();
     void append(QvelDiscoveryNode* parent, const QList<QvelDiscoveryNode*>& nodes);
     void fileResult(quint64 request, const QList<QvelDiscoveryNode*>& children,
-                    const QString& failure);
+                    const QStringList& failure);
     QIcon image(const char* path) const;
 
     class Private;

@@ -1,5 +1,6 @@
 #include "discoverynodes.h"
 
+#include "discovery/discoveryjob.h"
 #include "discovery/discoverymodel.h"
 #include "platform/stack/securitypolicies_p.h"
 
@@ -43,6 +44,22 @@ Qt::ItemFlags QvelDiscoveryNode::flags()
 bool QvelDiscoveryNode::setData(const QVariant&, int)
 {
     return false;
+}
+
+QString QvelDiscoveryNode::lastFailure() const
+{
+    if (m_lastFailure.isEmpty())
+        return QString();
+    const QString text = QvelDiscoveryJob::tr(m_lastFailure.first().toUtf8().constData());
+    // At once: an argument may look like a place for the next.
+    switch (m_lastFailure.size()) {
+    case 1:
+        return text;
+    case 2:
+        return text.arg(m_lastFailure.at(1));
+    default:
+        return text.arg(m_lastFailure.at(1), m_lastFailure.at(2));
+    }
 }
 
 int QvelDiscoveryNode::row() const

@@ -53,7 +53,7 @@ public:
     void setBrowsing(bool browsing) { m_browsing = browsing; }
     /// Why the last request for the children failed, in plain words on one line; empty where it did
     /// not, or nobody has asked yet.
-    QString lastFailure() const { return m_lastFailure; }
+    QString lastFailure() const;
 
     int childrenCount() const { return int(m_children.size()); }
     bool hasChildren() const { return !m_children.isEmpty(); }
@@ -81,7 +81,7 @@ private:
     QList<QvelDiscoveryNode*> m_children;
     QvelDiscoveryNode* m_parent = nullptr;
     QString m_displayName;
-    QString m_lastFailure;
+    QStringList m_lastFailure; // the text before its translation, and its arguments
     bool m_browsed = false;
     bool m_browsing = false;
     int m_row = 0; // where the parent listed it last

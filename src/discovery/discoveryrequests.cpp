@@ -22,7 +22,7 @@ void DiscoveryRequests::forget(QvelDiscoveryNode* node)
 }
 
 void DiscoveryRequests::file(quint64 number, const QList<QvelDiscoveryNode*>& children,
-                             const QString& failure)
+                             const QStringList& failure)
 {
     const QMutexLocker lock(&m_mutex);
     auto request = std::find_if(m_requests.begin(), m_requests.end(),

@@ -2,7 +2,7 @@
 
 #include <QtCore/QList>
 #include <QtCore/QMutex>
-#include <QtCore/QString>
+#include <QtCore/QStringList>
 
 #include <vector>
 
@@ -17,14 +17,16 @@ public:
     /// The node is being deleted: whatever is found for it is not wanted any more.
     void forget(QvelDiscoveryNode* node);
     /// Notes what was found until it is delivered, so that it is not lost with its message. Number
-    /// 0 stands for a job that nobody waits for. `failure` is in words, or empty.
-    void file(quint64 number, const QList<QvelDiscoveryNode*>& children, const QString& failure);
+    /// 0 stands for a job that nobody waits for. `failure` is a text of QvelDiscoveryJob before its
+    /// translation and the arguments of the text, or empty.
+    void file(quint64 number, const QList<QvelDiscoveryNode*>& children,
+              const QStringList& failure);
 
     struct Delivery
     {
         bool isWanted;
         bool endsBusyCursor;
-        QString failure = {};
+        QStringList failure = {};
     };
     /// Ends the request that `children` answer. An answer that nobody filed is judged by the
     /// address of its node, and ends the first request of that node before its job does.
@@ -41,7 +43,7 @@ private:
         bool hasBusyCursor;
         bool isDone = false;
         QList<QvelDiscoveryNode*> children = {};
-        QString failure = {};
+        QStringList failure = {};
     };
 
     QMutex m_mutex;

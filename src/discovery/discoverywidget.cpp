@@ -34,19 +34,21 @@ namespace {
 class UrlDialog : public QInputDialog
 {
 public:
-    UrlDialog(QWidget* parent, const QString& title, const QString& label, const QString& url)
+    /// `setTexts` gives it its title and its label.
+    UrlDialog(QWidget* parent, void (*setTexts)(QInputDialog*), const QString& url)
         : QInputDialog(parent)
     {
-        setWindowTitle(title);
-        setLabelText(label);
+        retranslated(this, [this, setTexts] { setTexts(this); });
         setTextValue(url);
     }
     /// The text is to be completed, and told to need `scheme` as long as it does not begin so.
     void completes(const QString& scheme)
     {
-        m_hint = new QLabel(
-            QvelDiscoveryWidget::tr("Only a URL that begins with \"%1\" is added.").arg(scheme),
-            this);
+        m_hint = new QLabel(this);
+        retranslated(m_hint, [this, scheme] {
+            m_hint->setText(QvelDiscoveryWidget::tr("Only a URL that begins with \"%1\" is added.")
+                                .arg(scheme));
+        });
         m_hint->setTextFormat(Qt::PlainText);
         m_hint->setVisible(false);
         const auto check = [this, scheme](const QString& text) {
@@ -125,10 +127,14 @@ QvelDiscoveryWidget::QvelDiscoveryWidget(QWidget* parent) : QTreeView(parent), d
     setUniformRowHeights(true); // every text is one line
     setContextMenuPolicy(Qt::CustomContextMenu);
 
-    d->rebrowse = new QAction(paletteIcon(":/kestrel/images/rebrowse.png"), tr("Rebrowse"), this);
-    d->remove = new QAction(paletteIcon(":/kestrel/images/clearlog.png"), tr("Remove"), this);
-    d->edit = new QAction(paletteIcon(":/kestrel/images/settingsconfigure.png"),
-                          tr("Edit Discovery URL"), this);
+    d->rebrowse = new QAction(paletteIcon(":/kestrel/images/rebrowse.png"), QString(), this);
+    d->remove = new QAction(paletteIcon(":/kestrel/images/clearlog.png"), QString(), this);
+    d->edit = new QAction(paletteIcon(":/kestrel/images/settingsconfigure.png"), QString(), this);
+    retranslated(this, [this] {
+        d->rebrowse->setText(tr("Rebrowse"));
+        d->remove->setText(tr("Remove"));
+        d->edit->setText(tr("Edit Discovery URL"));
+    });
     d->menu = new QMenu(this);
 
     connect(d->remove, &QAction::triggered, this, &QvelDiscoveryWidget::sltRemove);
@@ -272,8 +278,11 @@ void QvelDiscoveryWidget::sltEditUrl()
         return;
     const QPointer<QvelDiscoveryWidget> self(this);
     d->asking = true;
-    const std::optional<QString> url = ask(new UrlDialog(
-        this, tr("Edit Discovery Url"), tr("Enter the new Discovery Url:"), node->discoveryUrl()));
+    const auto setTexts = [](QInputDialog* dialog) {
+        dialog->setWindowTitle(tr("Edit Discovery Url"));
+        dialog->setLabelText(tr("Enter the new Discovery Url:"));
+    };
+    const std::optional<QString> url = ask(new UrlDialog(this, setTexts, node->discoveryUrl()));
     if (!self)
         return;
     d->asking = false;
@@ -333,10 +342,12 @@ void QvelDiscoveryWidget::sltActivated(const QModelIndex& index)
     if (d->inViewportEvent) {
         d->activated = index;
     } else if (node == d->model->getAddServerNode()) {
+        const auto setTexts = [](QInputDialog* dialog) {
+            dialog->setWindowTitle(tr("Enter Url"));
+            dialog->setLabelText(tr("Enter the Url of a computer with discovery service running:"));
+        };
         auto* dialog =
-            new UrlDialog(this, tr("Enter Url"),
-                          tr("Enter the Url of a computer with discovery service running:"),
-                          d->opcType == OpcUa ? "opc.tcp://" : "localhost");
+            new UrlDialog(this, setTexts, d->opcType == OpcUa ? "opc.tcp://" : "localhost");
         if (d->opcType == OpcUa)
             dialog->completes("opc.tcp:");
         const QPointer<QvelDiscoveryWidget> self(this);

@@ -89,6 +89,12 @@ QvelEndpointSettingsWidget::QvelEndpointSettingsWidget(QWidget* parent, Qt::Wind
     ui.setupUi(this);
     for (int i = 0; i < defaultPolicies().size(); ++i)
         ui.comboBox_SecurityPolicy->setItemData(i, defaultPolicies().at(i));
+    retranslatedForm(this, [this] { d->ui.retranslateUi(this); });
+    retranslated(this, [this] { // the form knows the default ones only
+        QComboBox* policies = d->ui.comboBox_SecurityPolicy;
+        for (int i = 0; i < policies->count(); ++i)
+            policies->setItemText(i, shownPolicy(policies->itemData(i).toString()));
+    });
 
     using Self = QvelEndpointSettingsWidget;
     connect(ui.lineEdit_EndpointUrl, &QLineEdit::textChanged, this, &Self::sltEndpointUrlChanged);

@@ -1,5 +1,6 @@
 #include "toolbox.h"
 
+#include "base/retranslate_p.h"
 #include "toolbox/toolboxpage_p.h"
 
 #include <QtCore/QPointer>
@@ -22,11 +23,6 @@ public:
     QStringList itemTexts;
 };
 
-static QString inventedTitle(int number)
-{
-    return QvelToolBox::tr("Page_%1").arg(number);
-}
-
 void QvelToolBox::Private::orderFocus() const
 {
     QWidgetList widgets;
@@ -46,6 +42,20 @@ QvelToolBox::QvelToolBox(QWidget* parent) : QWidget(parent), d(new Private)
     d->layout = new QVBoxLayout(this);
     d->layout->setContentsMargins(0, 0, 0, 0);
     d->layout->setSpacing(6);
+    retranslated(this, [this] {
+        const QStringList before = d->itemTexts;
+        for (int i = 0; i < count(); ++i) {
+            QvelToolBoxPage* page = d->pages.at(i);
+            const QString title = page->title();
+            if (page->inventedNumber() == 0)
+                continue;
+            page->inventTitle(page->inventedNumber());
+            if (d->itemTexts.value(i) == title)
+                d->itemTexts.replace(i, page->title());
+        }
+        if (d->itemTexts != before)
+            Q_EMIT itemTextsChanged(d->itemTexts);
+    });
 }
 
 QvelToolBox::~QvelToolBox() = default;
@@ -94,8 +104,12 @@ void QvelToolBox::setCurrentItemText(QString sText)
 void QvelToolBox::setItemTexts(QString sTexts)
 {
     d->itemTexts = sTexts.split(QLatin1Char('|'));
-    for (int i = 0; i < count(); ++i)
-        d->pages.at(i)->setTitle(d->hasText(i) ? d->itemTexts.at(i) : inventedTitle(i + 1));
+    for (int i = 0; i < count(); ++i) {
+        if (d->hasText(i))
+            d->pages.at(i)->setTitle(d->itemTexts.at(i));
+        else
+            d->pages.at(i)->inventTitle(i + 1);
+    }
     Q_EMIT itemTextsChanged(d->itemTexts);
 }
 
@@ -120,9 +134,8 @@ void QvelToolBox::insertPage(int index, QWidget* page)
     if (d->hasText(index)) {
         toolBoxPage->setTitle(d->itemTexts.at(index));
     } else {
-        const QString title = inventedTitle(count() + 1);
-        toolBoxPage->setTitle(title);
-        d->itemTexts.append(title);
+        toolBoxPage->inventTitle(count() + 1);
+        d->itemTexts.append(toolBoxPage->title());
         const QPointer<QvelToolBox> self(this);
         Q_EMIT itemTextsChanged(d->itemTexts);
         if (!self)

@@ -1,6 +1,8 @@
 #include "toolboxpage_p.h"
 
+#include "base/retranslate_p.h"
 #include "images/images_p.h"
+#include "toolbox/toolbox.h"
 
 #include <QtWidgets/QHBoxLayout>
 #include <QtWidgets/QLabel>
@@ -43,7 +45,7 @@ QvelToolBoxPage::QvelToolBoxPage(QWidget* content, QWidget* parent)
     m_toggleButton->setAutoRaise(true);
     m_toggleButton->setIcon(paletteIcon(QStringLiteral(":/kestrel/images/showGroup.png"),
                                         QStringLiteral(":/kestrel/images/hideGroup.png")));
-    m_toggleButton->setToolTip(tr("Show or hide this page"));
+    retranslated(this, [this] { m_toggleButton->setToolTip(tr("Show or hide this page")); });
 
     m_headerLayout->setContentsMargins(0, 0, 0, 0);
     m_headerLayout->addWidget(m_headerLabel);
@@ -58,6 +60,18 @@ QvelToolBoxPage::QvelToolBoxPage(QWidget* content, QWidget* parent)
 void QvelToolBoxPage::setTitle(const QString& title)
 {
     m_headerLabel->setText(title);
+    m_inventedNumber = 0;
+}
+
+QString QvelToolBoxPage::title() const
+{
+    return m_headerLabel->text();
+}
+
+void QvelToolBoxPage::inventTitle(int number)
+{
+    setTitle(QvelToolBox::tr("Page_%1").arg(number));
+    m_inventedNumber = number;
 }
 
 void QvelToolBoxPage::releaseContent()

@@ -19,6 +19,11 @@ public:
     /// Null once someone else deleted it.
     QWidget* content() const { return m_content; }
     void setTitle(const QString& title);
+    QString title() const;
+    /// Takes the title of a page that was given none, in the language of the moment.
+    void inventTitle(int number);
+    /// Its number, or 0.
+    int inventedNumber() const { return m_inventedNumber; }
     /// Gives the content back, without a parent.
     void releaseContent();
     /// Deletes the page; while its button is being toggled, only after that.
@@ -36,5 +41,6 @@ private:
     QToolButton* m_toggleButton;
     QHBoxLayout* m_headerLayout;
     QVBoxLayout* m_pageLayout;
+    int m_inventedNumber = 0;
     bool m_toggling = false;
 };

@@ -48,7 +48,7 @@ QvelWidgetEnum::QvelWidgetEnum(const QMap<int, QString>& values, QvelWidgetFlags
 {
     registerValueTypes<UaVariant>();
     QvelWidgetEnum::setValues(values);
-    m_combo->setAccessibleName(tr("Value"));
+    retranslated(this, [this] { m_combo->setAccessibleName(tr("Value")); });
     setSingleControl(this, m_combo);
     connect(m_combo, &QComboBox::currentIndexChanged, this, &QvelWidgetEnum::sltEnumValueChanged);
 }
@@ -124,7 +124,7 @@ QvelWidgetEnumFlags::QvelWidgetEnumFlags(const QMap<int, QString>& values, QvelW
       m_values(values)
 {
     registerValueTypes<UaVariant>();
-    m_combo->setAccessibleName(tr("Flags"));
+    retranslated(this, [this] { m_combo->setAccessibleName(tr("Flags")); });
     setSingleControl(this, m_combo);
     connect(m_combo, &QvelEnumFlagsComboBox::flagsChanged, this,
             &QvelWidgetEnumFlags::sltEnumValueChanged);

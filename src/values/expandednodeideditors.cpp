@@ -11,18 +11,24 @@ QvelDialogWidgetExpandedNodeId::QvelDialogWidgetExpandedNodeId(QvelDialogWidgetF
                                                                QWidget* parent,
                                                                Qt::WindowFlags windowFlags)
     : QvelDialogWidgetBase(flags, parent, windowFlags), m_namespaceUri(new QLineEdit),
-      m_serverIndex(new QSpinBox),
-      m_nodeId(new NodeIdControls({tr("Numeric"), tr("String"), tr("Guid"), tr("Opaque")},
-                                  NodeIdControls::Room::ForGuid))
+      m_serverIndex(new QSpinBox), m_nodeId(new NodeIdControls(NodeIdControls::Room::ForGuid))
 {
     registerValueTypes<UaVariant, UaExpandedNodeId>();
     m_serverIndex->setMaximum(std::numeric_limits<OpcUa_Int32>::max());
     QGridLayout* grid = insertDialogGrid(mainLayout());
-    addDialogRow(grid, tr("NamespaceUri:"), m_namespaceUri, flags);
-    addDialogRow(grid, tr("ServerIndex:"), m_serverIndex, flags);
-    addDialogRow(grid, tr("NsIndex:"), m_nodeId->namespaceIndex, flags);
-    addDialogRow(grid, tr("IdentifierType:"), m_nodeId->type, flags);
-    addDialogRow(grid, tr("Identifier:"), m_nodeId->identifier, flags);
+    addDialogRow(
+        grid, [] { return tr("NamespaceUri:"); }, m_namespaceUri, flags);
+    addDialogRow(
+        grid, [] { return tr("ServerIndex:"); }, m_serverIndex, flags);
+    addDialogRow(
+        grid, [] { return tr("NsIndex:"); }, m_nodeId->namespaceIndex, flags);
+    addDialogRow(
+        grid, [] { return tr("IdentifierType:"); }, m_nodeId->type, flags);
+    addDialogRow(
+        grid, [] { return tr("Identifier:"); }, m_nodeId->identifier, flags);
+    retranslated(this, [this] {
+        m_nodeId->setTypeNames({tr("Numeric"), tr("String"), tr("Guid"), tr("Opaque")});
+    });
     connect(m_namespaceUri, &QLineEdit::textChanged, this,
             &QvelDialogWidgetExpandedNodeId::sltExpandedNodeIdChanged);
     connect(m_serverIndex, &QSpinBox::valueChanged, this,

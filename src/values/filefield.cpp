@@ -21,6 +21,13 @@ constexpr qint64 maxFileSize = qint64(512) << 20;
 constexpr const char* loadKey = "LastLoadFilename";
 constexpr const char* saveKey = "LastSaveFilename";
 
+QString tooLongText()
+{
+    return QvelEditWidgetBase::tr("The value is too long to be shown here, where texts of up to %1 "
+                                  "characters are. It stays as it is.")
+        .arg(QLocale().toString(maxDialogCharacters));
+}
+
 } // namespace
 
 FileField::FileField(QvelEditWidgetBase* field, const Facts& facts) : m_field(field), m_facts(facts)
@@ -33,6 +40,12 @@ FileField::FileField(QvelEditWidgetBase* field, const Facts& facts) : m_field(fi
     field->layout()->addWidget(m_loadSaveButton);
     m_dialog = new QvelDisplayDialog(facts.dialogFlags, field);
     updateFlags();
+    retranslated(field, [this] {
+        if (m_fromFile)
+            m_loadSaveButton->setToolTip(tr(m_facts.manually));
+        if (!m_isDialogWhole)
+            m_dialog->setText(tooLongText());
+    });
 }
 
 FileField::~FileField()
@@ -68,10 +81,7 @@ void FileField::showDialog(qsizetype atLeast, const std::function<QString()>& te
         shown = text();
     m_isDialogWhole = std::max(atLeast, shown.size()) <= maxDialogCharacters;
     if (!m_isDialogWhole)
-        shown = QCoreApplication::translate("QvelEditWidgetBase",
-                                            "The value is too long to be shown here, where texts "
-                                            "of up to %1 characters are. It stays as it is.")
-                    .arg(QLocale().toString(maxDialogCharacters));
+        shown = tooLongText();
     m_dialog->findChild<QTextEdit*>()->setReadOnly(m_readOnly || !m_isDialogWhole);
     auto* buttons = m_dialog->findChild<QDialogButtonBox*>();
     buttons->button(QDialogButtonBox::Ok)->setEnabled(m_isDialogWhole);

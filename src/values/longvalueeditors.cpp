@@ -73,7 +73,7 @@ QvelWidgetByteString::QvelWidgetByteString(QvelWidgetFlags flags, QWidget* paren
     static const QRegularExpression digits(QStringLiteral("(0x)?[\\da-fA-F]*"),
                                            QRegularExpression::CaseInsensitiveOption);
     m_edit->setValidator(new QRegularExpressionValidator(digits, m_edit));
-    m_edit->setAccessibleName(tr("Hexadecimal bytes"));
+    retranslated(this, [this] { m_edit->setAccessibleName(tr("Hexadecimal bytes")); });
     setSingleControl(this, m_edit);
     connect(m_edit, &QLineEdit::textChanged, this, &QvelWidgetByteString::sltByteStringChanged);
 }
@@ -100,7 +100,7 @@ QvelWidgetXmlElement::QvelWidgetXmlElement(QvelWidgetFlags flags, QWidget* paren
     : QvelWidgetBase(flags, parent, windowFlags), m_edit(new QLineEdit)
 {
     registerValueTypes<UaVariant, UaByteString>();
-    m_edit->setAccessibleName(tr("XML element"));
+    retranslated(this, [this] { m_edit->setAccessibleName(tr("XML element")); });
     setSingleControl(this, m_edit);
     connect(m_edit, &QLineEdit::textChanged, this, &QvelWidgetXmlElement::sltXmlElementChanged);
 }

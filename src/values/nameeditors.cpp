@@ -45,8 +45,10 @@ QvelWidgetQualifiedName::QvelWidgetQualifiedName(QvelWidgetFlags flags, QWidget*
     registerValueTypes<UaVariant, UaQualifiedName>();
     applyFlags(m_namespaceIndex, flags);
     applyFlags(m_name, flags);
-    m_namespaceIndex->setAccessibleName(tr("Namespace index"));
-    m_name->setAccessibleName(tr("Name"));
+    retranslated(this, [this] {
+        m_namespaceIndex->setAccessibleName(tr("Namespace index"));
+        m_name->setAccessibleName(tr("Name"));
+    });
     layOutInline(this, 2, m_namespaceIndex, m_name);
     connect(m_namespaceIndex, &QSpinBox::valueChanged, this,
             &QvelWidgetQualifiedName::sltQualifiedNameChanged);
@@ -62,8 +64,11 @@ QvelDialogWidgetQualifiedName::QvelDialogWidgetQualifiedName(QvelDialogWidgetFla
 {
     registerValueTypes<UaVariant, UaQualifiedName>();
     QGridLayout* grid = insertDialogGrid(mainLayout());
-    addDialogRow(grid, QStringLiteral("NsIndex:"), m_namespaceIndex, flags); // not translated
-    addDialogRow(grid, QStringLiteral("Name:"), m_name, flags);
+    // Not translated.
+    addDialogRow(
+        grid, [] { return QStringLiteral("NsIndex:"); }, m_namespaceIndex, flags);
+    addDialogRow(
+        grid, [] { return QStringLiteral("Name:"); }, m_name, flags);
     connect(m_namespaceIndex, &QSpinBox::valueChanged, this,
             &QvelDialogWidgetQualifiedName::sltQualifiedNameChanged);
     connect(m_name, &QLineEdit::textChanged, this,
@@ -77,8 +82,10 @@ QvelWidgetLocalizedText::QvelWidgetLocalizedText(QvelWidgetFlags flags, QWidget*
     registerValueTypes<UaVariant, UaLocalizedText>();
     applyFlags(m_locale, flags);
     applyFlags(m_text, flags);
-    m_locale->setAccessibleName(tr("Locale"));
-    m_text->setAccessibleName(tr("Text"));
+    retranslated(this, [this] {
+        m_locale->setAccessibleName(tr("Locale"));
+        m_text->setAccessibleName(tr("Text"));
+    });
     layOutInline(this, 2, m_locale, m_text);
     for (QLineEdit* edit : {m_locale, m_text})
         connect(edit, &QLineEdit::textChanged, this,
@@ -93,8 +100,11 @@ QvelDialogWidgetLocalizedText::QvelDialogWidgetLocalizedText(QvelDialogWidgetFla
 {
     registerValueTypes<UaVariant, UaLocalizedText>();
     QGridLayout* grid = insertDialogGrid(mainLayout());
-    addDialogRow(grid, QStringLiteral("Locale:"), m_locale, flags); // not translated
-    addDialogRow(grid, QStringLiteral("Text:"), m_text, flags);
+    // Not translated.
+    addDialogRow(
+        grid, [] { return QStringLiteral("Locale:"); }, m_locale, flags);
+    addDialogRow(
+        grid, [] { return QStringLiteral("Text:"); }, m_text, flags);
     for (QLineEdit* edit : {m_locale, m_text})
         connect(edit, &QLineEdit::textChanged, this,
                 &QvelDialogWidgetLocalizedText::sltLocalizedTextChanged);

@@ -122,15 +122,22 @@ public:
 
 } // namespace
 
-NodeIdControls::NodeIdControls(const QStringList& typeNames, Room room)
+NodeIdControls::NodeIdControls(Room room)
     : namespaceIndex(new QSpinBox), type(new QComboBox),
       identifier(room == Room::ForGuid ? new WideEdit : new QLineEdit)
 {
     namespaceIndex->setMaximum(std::numeric_limits<OpcUa_UInt16>::max());
-    type->addItems(typeNames);
     setIdentifierType(OpcUa_IdentifierType_Numeric);
     showInToolTip(namespaceIndex);
     showInToolTip(identifier);
+}
+
+void NodeIdControls::setTypeNames(const QStringList& names)
+{
+    if (type->count() == 0)
+        type->addItems(names);
+    for (int i = 0; i < names.size(); ++i)
+        type->setItemText(i, names.at(i));
 }
 
 void NodeIdControls::setIdentifierType(int identifierType)

@@ -15,8 +15,11 @@ public:
     /// What the line of the identifier asks room for.
     enum class Room { Any, ForGuid };
 
-    /// `typeNames` are the texts of the identifier types, in the order of their numbers.
-    explicit NodeIdControls(const QStringList& typeNames, Room room = Room::Any);
+    explicit NodeIdControls(Room room = Room::Any);
+
+    /// The texts of the identifier types, in the order of their numbers; to be set before the
+    /// controls are connected, and again in each new language.
+    void setTypeNames(const QStringList& names);
 
     /// Connects the controls to an editor's slots. The identifier follows a new type before the
     /// change is told.

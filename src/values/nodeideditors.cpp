@@ -5,8 +5,7 @@
 
 QvelWidgetNodeId::QvelWidgetNodeId(QvelWidgetFlags flags, QWidget* parent,
                                    Qt::WindowFlags windowFlags)
-    : QvelWidgetBase(flags, parent, windowFlags),
-      d(new NodeIdControls({tr("Numeric"), tr("String"), tr("Guid"), tr("Opaque")}))
+    : QvelWidgetBase(flags, parent, windowFlags), d(new NodeIdControls)
 {
     registerValueTypes<UaVariant, UaNodeId>();
     applyFlags(d->namespaceIndex, flags);
@@ -14,9 +13,12 @@ QvelWidgetNodeId::QvelWidgetNodeId(QvelWidgetFlags flags, QWidget* parent,
     applyFlags(d->identifier, flags);
     d->namespaceIndex->setMaximumWidth(50);
     d->type->setMinimumWidth(80);
-    d->namespaceIndex->setAccessibleName(tr("Namespace index"));
-    d->type->setAccessibleName(tr("Identifier type"));
-    d->identifier->setAccessibleName(tr("Identifier"));
+    retranslated(this, [this] {
+        d->setTypeNames({tr("Numeric"), tr("String"), tr("Guid"), tr("Opaque")});
+        d->namespaceIndex->setAccessibleName(tr("Namespace index"));
+        d->type->setAccessibleName(tr("Identifier type"));
+        d->identifier->setAccessibleName(tr("Identifier"));
+    });
     layOutInline(this, 2, d->namespaceIndex, d->type, d->identifier);
     d->connectTo(this, &QvelWidgetNodeId::sltComboIndexChanged,
                  &QvelWidgetNodeId::sltNodeIdChanged);
@@ -44,14 +46,19 @@ void QvelWidgetNodeId::sltComboIndexChanged(int iIndex)
 QvelDialogWidgetNodeId::QvelDialogWidgetNodeId(QvelDialogWidgetFlags flags, QWidget* parent,
                                                Qt::WindowFlags windowFlags)
     : QvelDialogWidgetBase(flags, parent, windowFlags),
-      d(new NodeIdControls({tr("Numeric"), tr("String"), tr("Guid"), tr("Opaque")},
-                           NodeIdControls::Room::ForGuid))
+      d(new NodeIdControls(NodeIdControls::Room::ForGuid))
 {
     registerValueTypes<UaVariant, UaNodeId>();
     QGridLayout* grid = insertDialogGrid(mainLayout());
-    addDialogRow(grid, tr("NsIndex:"), d->namespaceIndex, flags);
-    addDialogRow(grid, tr("IdentifierType:"), d->type, flags);
-    addDialogRow(grid, tr("Identifier:"), d->identifier, flags);
+    addDialogRow(
+        grid, [] { return tr("NsIndex:"); }, d->namespaceIndex, flags);
+    addDialogRow(
+        grid, [] { return tr("IdentifierType:"); }, d->type, flags);
+    addDialogRow(
+        grid, [] { return tr("Identifier:"); }, d->identifier, flags);
+    retranslated(this, [this] {
+        d->setTypeNames({tr("Numeric"), tr("String"), tr("Guid"), tr("Opaque")});
+    });
     d->connectTo(this, &QvelDialogWidgetNodeId::sltComboIndexChanged,
                  &QvelDialogWidgetNodeId::sltNodeIdChanged);
 }

@@ -8,7 +8,7 @@ QvelWidgetStatusCode::QvelWidgetStatusCode(QvelWidgetFlags flags, QWidget* paren
 {
     registerValueTypes<UaVariant, UaStatusCode>();
     m_edit->setInputMask(QStringLiteral("\\0\\xHHHHHHHH"));
-    m_edit->setAccessibleName(tr("Status code"));
+    retranslated(this, [this] { m_edit->setAccessibleName(tr("Status code")); });
     setSingleControl(this, m_edit);
     connect(m_edit, &QLineEdit::textChanged, this, &QvelWidgetStatusCode::sltStatusCodeChanged);
 }
@@ -32,7 +32,7 @@ QvelWidgetGuid::QvelWidgetGuid(QvelWidgetFlags flags, QWidget* parent, Qt::Windo
 {
     registerValueTypes<UaVariant, UaGuid>();
     m_edit->setInputMask(QStringLiteral("\\{HHHHHHHH-HHHH-HHHH-HHHH-HHHHHHHHHHHH\\}"));
-    m_edit->setAccessibleName(tr("Guid"));
+    retranslated(this, [this] { m_edit->setAccessibleName(tr("Guid")); });
     setSingleControl(this, m_edit);
     connect(m_edit, &QLineEdit::textChanged, this, &QvelWidgetGuid::sltGuidChanged);
 }

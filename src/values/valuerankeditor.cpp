@@ -39,8 +39,12 @@ QvelWidgetValueRank::QvelWidgetValueRank(QvelWidgetFlags flags, QWidget* parent,
 {
     registerValueTypes<UaVariant>();
     for (const Rank& rank : ranks)
-        m_combo->addItem(tr(rank.text).arg(rank.value), rank.value);
-    m_combo->setAccessibleName(tr("Value rank"));
+        m_combo->addItem(QString(), rank.value);
+    retranslated(this, [this] {
+        for (int i = 0; i < int(std::size(ranks)); ++i)
+            m_combo->setItemText(i, tr(ranks[i].text).arg(ranks[i].value));
+        m_combo->setAccessibleName(tr("Value rank"));
+    });
     setSingleControl(this, m_combo);
     connect(m_combo, &QComboBox::currentIndexChanged, this,
             &QvelWidgetValueRank::sltValueRankChanged);

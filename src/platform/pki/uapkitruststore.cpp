@@ -62,10 +62,10 @@ constexpr FindingText findingTexts[] = {
      QT_TRANSLATE_NOOP("UaPkiFinding", "The certificate of an issuer was revoked. %1")},
 };
 
-QString tr(const char* text)
+class Texts
 {
-    return QCoreApplication::translate("UaPkiFinding", text);
-}
+    Q_DECLARE_TR_FUNCTIONS(UaPkiFinding)
+};
 
 // One line of bounded length, whatever a certificate holds.
 QString shown(const QString& text)
@@ -304,15 +304,15 @@ QString keyFinding(X509* certificate, const UaPkiExpectation& expected)
 {
     EVP_PKEY* key = X509_get0_pubkey(certificate);
     if (!key || EVP_PKEY_get_base_id(key) != EVP_PKEY_RSA)
-        return tr("It has no RSA key.");
+        return Texts::tr("It has no RSA key.");
     const int bits = EVP_PKEY_get_bits(key);
     if (bits < expected.minKeySize || bits > expected.maxKeySize)
-        return tr("Its key has %1 bits, the policy asks for %2 to %3.")
+        return Texts::tr("Its key has %1 bits, the policy asks for %2 to %3.")
             .arg(bits)
             .arg(expected.minKeySize)
             .arg(expected.maxKeySize);
     if (!expected.isSha1Allowed && isSha1Signed(certificate))
-        return tr("It is signed by an algorithm that is out of date.");
+        return Texts::tr("It is signed by an algorithm that is out of date.");
     return {};
 }
 
@@ -320,7 +320,7 @@ QString timeFinding(const UaPkiCertificate& certificate, const UaDateTime& time)
 {
     if (certificate.isValid(time))
         return {};
-    return tr("It is valid from %1 to %2.")
+    return Texts::tr("It is valid from %1 to %2.")
         .arg(texts(certificate.validFrom().toString()), texts(certificate.validTo().toString()));
 }
 
@@ -368,7 +368,7 @@ QString usageFinding(X509* certificate)
     const std::uint32_t extended = X509_get_extended_key_usage(certificate);
     if (!(extended & XKU_SSL_SERVER))
         missing.append("serverAuth");
-    return missing.isEmpty() ? QString() : tr("It lacks %1.").arg(missing.join(", "));
+    return missing.isEmpty() ? QString() : Texts::tr("It lacks %1.").arg(missing.join(", "));
 }
 
 // Whether it may stand above so many other issuers.
@@ -412,12 +412,12 @@ bool file(const UaPkiCertificate& certificate, const QString& to, const QString&
     };
     const QByteArray der = certificate.toDER().bytes();
     if (der.isEmpty() || to.isEmpty())
-        return fail(tr("There is no folder for it."));
+        return fail(Texts::tr("There is no folder for it."));
     if (!QDir().mkpath(to))
-        return fail(tr("The folder %1 cannot be made.").arg(to));
+        return fail(Texts::tr("The folder %1 cannot be made.").arg(to));
     const QString path = QDir(to).filePath(fileName(certificate));
     if (!replaceFile(path, der.constData(), der.size(), FileReplacement::Access::Usual))
-        return fail(tr("The file %1 cannot be written.").arg(path));
+        return fail(Texts::tr("The file %1 cannot be written.").arg(path));
     // Whatever its file is called there.
     eachFile(from, certificateNames(), [&](const QByteArray& bytes, const QString& other) {
         const X509Ptr each = decodeCertificate(bytes);
@@ -438,7 +438,7 @@ QString UaPkiFinding::text() const
     const QString more = subject.isEmpty() ? detail : QString("%1 (%2)").arg(detail, subject);
     if (found == std::end(findingTexts))
         return QString("%1 %2").arg(status.toString().toQString(), more).trimmed();
-    return tr(found->text).arg(more).trimmed();
+    return Texts::tr(found->text).arg(more).trimmed();
 }
 
 UaPkiVerdict UaPkiTrustStore::check(const UaByteString& peer,
@@ -448,7 +448,8 @@ UaPkiVerdict UaPkiTrustStore::check(const UaByteString& peer,
     UaPkiVerdict verdict;
     std::vector<X509Ptr> sent = decodeChain(peer);
     if (sent.empty()) {
-        verdict.findings.append({OpcUa_BadCertificateInvalid, {}, tr("It cannot be decoded.")});
+        verdict.findings.append(
+            {OpcUa_BadCertificateInvalid, {}, Texts::tr("It cannot be decoded.")});
         return verdict;
     }
     X509* const leaf = sent.front().get();
@@ -461,7 +462,7 @@ UaPkiVerdict UaPkiTrustStore::check(const UaByteString& peer,
     const std::vector<X509Ptr>& all = chain.certificates();
     if (chain.isForged())
         add(OpcUa_BadCertificateInvalid, all.back().get(),
-            tr("Its signature is not that of the issuer."));
+            Texts::tr("Its signature is not that of the issuer."));
     else if (!chain.isComplete())
         add(OpcUa_BadCertificateChainIncomplete, all.back().get(), {});
     if (const QString key = keyFinding(leaf, expected); !key.isEmpty())
@@ -480,14 +481,14 @@ UaPkiVerdict UaPkiTrustStore::check(const UaByteString& peer,
         QStringList names{texts(info.dnsName), texts(info.ipAddress)};
         names.removeAll(QString());
         add(OpcUa_BadCertificateHostNameInvalid, leaf,
-            tr("It names %1, not %2.")
-                .arg(names.isEmpty() ? tr("no computer") : names.join(", "),
+            Texts::tr("It names %1, not %2.")
+                .arg(names.isEmpty() ? Texts::tr("no computer") : names.join(", "),
                      shown(expected.hostName)));
     }
     if (!expected.applicationUri.isEmpty() &&
         info.applicationUri != UaString(expected.applicationUri.toUtf8()))
         add(OpcUa_BadCertificateUriInvalid, leaf,
-            tr("It holds \"%1\", the server announces \"%2\".")
+            Texts::tr("It holds \"%1\", the server announces \"%2\".")
                 .arg(texts(info.applicationUri), shown(expected.applicationUri)));
     if (const QString usage = usageFinding(leaf); !usage.isEmpty())
         add(OpcUa_BadCertificateUseNotAllowed, leaf, usage);
@@ -500,7 +501,7 @@ UaPkiVerdict UaPkiTrustStore::check(const UaByteString& peer,
         if (state == Revocation::Unknown)
             add(i == 0 ? OpcUa_BadCertificateRevocationUnknown
                        : OpcUa_BadCertificateIssuerRevocationUnknown,
-                all[i].get(), tr("The issuer's list is out of date."));
+                all[i].get(), Texts::tr("The issuer's list is out of date."));
         else if (state == Revocation::Revoked)
             add(i == 0 ? OpcUa_BadCertificateRevoked : OpcUa_BadCertificateIssuerRevoked,
                 all[i].get(), {});

@@ -28,7 +28,7 @@ public:
     template <class Container,
               class Element = std::remove_cv_t<
                   std::remove_pointer_t<decltype(std::data(std::declval<const Container&>()))>>,
-              class = std::enable_if_t<std::is_same_v<Element, Value> || isStack<Element>>>
+              typename = std::enable_if_t<std::is_same_v<Element, Value> || isStack<Element>>>
     UaArrayView(const Container& elements)
         : m_data(std::data(elements)), m_count(std::size_t(std::size(elements))),
           m_isStack(isStack<Element>)

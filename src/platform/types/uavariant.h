@@ -96,7 +96,7 @@ public:
     explicit UaVariant(const UaExtensionObject& value);
     /// The 64 bits of qint64 and quint64, where the stack's are of another type.
     template <class T,
-              class = std::enable_if_t<std::is_same_v<T, qint64> || std::is_same_v<T, quint64>>>
+              typename = std::enable_if_t<std::is_same_v<T, qint64> || std::is_same_v<T, quint64>>>
     explicit UaVariant(T value)
         : UaVariant(std::conditional_t<std::is_signed_v<T>, OpcUa_Int64, OpcUa_UInt64>(value))
     {
