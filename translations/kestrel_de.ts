@@ -643,6 +643,10 @@ p, li { white-space: pre-wrap; }
         <source>&quot;%1&quot;: %2 of %3 hits in %4 nodes</source>
         <translation>„%1“: %2 von %3 Treffern in %4 Knoten</translation>
     </message>
+    <message>
+        <source>Not connected to a server.</source>
+        <translation>Nicht mit einem Server verbunden.</translation>
+    </message>
 </context>
 <context>
     <name>QvelAttributesModel</name>
@@ -712,6 +716,10 @@ p, li { white-space: pre-wrap; }
     <message>
         <source>&amp;Refresh</source>
         <translation>&amp;Aktualisieren</translation>
+    </message>
+    <message>
+        <source>Waiting for the server ...</source>
+        <translation>Warten auf den Server ...</translation>
     </message>
 </context>
 <context>
@@ -1786,6 +1794,14 @@ derzeit nicht geschrieben werden.</translation>
     <message>
         <source>Refresh</source>
         <translation>Aktualisieren</translation>
+    </message>
+    <message>
+        <source>Select a node to see its references.</source>
+        <translation>Wählen Sie einen Knoten, um seine Referenzen zu sehen.</translation>
+    </message>
+    <message>
+        <source>Waiting for the server ...</source>
+        <translation>Warten auf den Server ...</translation>
     </message>
 </context>
 <context>
