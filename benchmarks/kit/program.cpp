@@ -1,16 +1,15 @@
-// A program as short as can be, with one widget.
+// A program as short as can be, with one widget in a window.
 
 #include <QtWidgets/QApplication>
 
-#if defined(KIT_WINDOW)
+#ifdef KIT_WINDOW
 #include <QtWidgets/QMainWindow>
-using Widget = QMainWindow;
-#elif defined(KIT_EDITOR)
-#include <Kestrel/QvelWidgetNodeId>
-using Widget = QvelWidgetNodeId;
 #else
+#include <QtWidgets/QHBoxLayout>
 #include <QtWidgets/QLineEdit>
-using Widget = QLineEdit;
+#endif
+#ifdef KIT_EDITOR
+#include <Kestrel/QvelWidgetByteString> // a line, too
 #endif
 #ifdef KIT_LOADED
 #include <Kestrel/QvelEnumInfo>
@@ -19,11 +18,23 @@ using Widget = QLineEdit;
 int main(int argc, char** argv)
 {
     QApplication app(argc, argv);
+#ifdef KIT_WINDOW
+    QMainWindow window;
+    window.resize(1280, 900); // as harrier's: what is painted counts, too
+#else
+    QWidget window;
+    auto* layout = new QHBoxLayout(&window);
+    layout->setContentsMargins({});
+#ifdef KIT_EDITOR
+    layout->addWidget(new QvelWidgetByteString);
+#else
+    layout->addWidget(new QLineEdit);
+#endif
 #ifdef KIT_LOADED
     const QvelEnumInfo needed; // or the linker would leave the library out
     Q_UNUSED(needed)
 #endif
-    Widget widget;
-    widget.show();
+#endif
+    window.show();
     return QApplication::exec();
 }
