@@ -200,7 +200,7 @@
     </message>
     <message>
         <source>User name and password</source>
-        <translation>Benutzername und Passwort</translation>
+        <translation>Benutzername und Kennwort</translation>
     </message>
     <message>
         <source>Certificate</source>
@@ -220,7 +220,7 @@
     </message>
     <message>
         <source>None</source>
-        <translation>Keine</translation>
+        <translation>Keiner</translation>
     </message>
     <message>
         <source>Sign</source>
@@ -333,7 +333,7 @@
     </message>
     <message>
         <source>Password</source>
-        <translation>Passwort</translation>
+        <translation>Kennwort</translation>
     </message>
     <message>
         <source>&amp;User name:</source>
@@ -341,7 +341,7 @@
     </message>
     <message>
         <source>&amp;Password:</source>
-        <translation>&amp;Passwort:</translation>
+        <translation>&amp;Kennwort:</translation>
     </message>
 </context>
 <context>
@@ -751,11 +751,11 @@
     </message>
     <message>
         <source>This password does not open the key %1. Try again.</source>
-        <translation>Dieses Passwort öffnet den Schlüssel %1 nicht. Versuchen Sie es noch einmal.</translation>
+        <translation>Dieses Kennwort öffnet den Schlüssel %1 nicht. Versuchen Sie es noch einmal.</translation>
     </message>
     <message>
         <source>The key %1 is locked by a password.</source>
-        <translation>Der Schlüssel %1 ist durch ein Passwort geschützt.</translation>
+        <translation>Der Schlüssel %1 ist durch ein Kennwort geschützt.</translation>
     </message>
     <message>
         <source>%1: connected to %2, %3</source>

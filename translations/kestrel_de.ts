@@ -645,7 +645,7 @@ p, li { white-space: pre-wrap; }
     </message>
     <message>
         <source>Not connected to a server.</source>
-        <translation>Nicht mit einem Server verbunden.</translation>
+        <translation>Mit keinem Server verbunden.</translation>
     </message>
 </context>
 <context>
@@ -1797,7 +1797,7 @@ derzeit nicht geschrieben werden.</translation>
     </message>
     <message>
         <source>Select a node to see its references.</source>
-        <translation>Wählen Sie einen Knoten, um seine Referenzen zu sehen.</translation>
+        <translation>Wählen Sie einen Knoten aus, um seine Referenzen zu sehen.</translation>
     </message>
     <message>
         <source>Waiting for the server ...</source>
@@ -1840,7 +1840,7 @@ derzeit nicht geschrieben werden.</translation>
     </message>
     <message>
         <source>Being connected</source>
-        <translation>Die bestehende Verbindung</translation>
+        <translation>Halten der Verbindung</translation>
     </message>
     <message>
         <source>Preparing the connection</source>
@@ -1888,7 +1888,7 @@ derzeit nicht geschrieben werden.</translation>
     </message>
     <message>
         <source>Give the password of the private key.</source>
-        <translation>Geben Sie das Passwort des privaten Schlüssels an.</translation>
+        <translation>Geben Sie das Kennwort des privaten Schlüssels an.</translation>
     </message>
     <message>
         <source>Checking the server&apos;s certificate</source>
@@ -1940,11 +1940,11 @@ derzeit nicht geschrieben werden.</translation>
     </message>
     <message>
         <source>The password would travel in clear text: choose an endpoint that encrypts, or allow it explicitly.</source>
-        <translation>Das Passwort würde im Klartext übertragen: Wählen Sie einen Endpunkt, der verschlüsselt, oder erlauben Sie es ausdrücklich.</translation>
+        <translation>Das Kennwort würde im Klartext übertragen: Wählen Sie einen Endpunkt, der verschlüsselt, oder erlauben Sie es ausdrücklich.</translation>
     </message>
     <message>
         <source>The server gives no certificate to encrypt the password with.</source>
-        <translation>Der Server gibt kein Zertifikat, mit dem das Passwort verschlüsselt werden könnte.</translation>
+        <translation>Der Server gibt kein Zertifikat, mit dem das Kennwort verschlüsselt werden könnte.</translation>
     </message>
     <message>
         <source>Give a URL of the form opc.tcp://host:port.</source>
@@ -1984,7 +1984,7 @@ derzeit nicht geschrieben werden.</translation>
     </message>
     <message>
         <source>Check user name and password, or the user&apos;s certificate.</source>
-        <translation>Prüfen Sie Benutzername und Passwort oder das Zertifikat des Benutzers.</translation>
+        <translation>Prüfen Sie Benutzername und Kennwort oder das Zertifikat des Benutzers.</translation>
     </message>
     <message>
         <source>Choose an identity that the server offers.</source>
@@ -1992,7 +1992,7 @@ derzeit nicht geschrieben werden.</translation>
     </message>
     <message>
         <source>Check user name and password, and what the user may do.</source>
-        <translation>Prüfen Sie Benutzername und Passwort, und was der Benutzer darf.</translation>
+        <translation>Prüfen Sie Benutzername und Kennwort, und was der Benutzer darf.</translation>
     </message>
     <message>
         <source>Close another session of the server, or wait until one ends.</source>

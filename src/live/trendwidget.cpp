@@ -149,8 +149,7 @@ void QvelTrendWidget::Private::retranslate()
             curve->trouble = tr("not connected");
     }
     finishView();
-    if (!q->accessibleDescription().isEmpty())
-        q->setAccessibleDescription(spoken());
+    q->setAccessibleDescription(spoken());
     q->update();
 }
 

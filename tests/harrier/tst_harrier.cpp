@@ -219,7 +219,10 @@ void tst_Harrier::projects()
 void tst_Harrier::speaksGerman()
 {
     Run first(m_file);
-    first.galleryPage(1);
+    for (const Page& page : pages())
+        first.page(page.name);
+    for (const int number : {1, 2, 3})
+        first.galleryPage(number);
     QvelDiscoverySetting setting;
     setting.setEndpointUrl("opc.tcp://127.0.0.1:1");
     SessionPage* page = first.window.addSession(setting);
@@ -242,8 +245,6 @@ void tst_Harrier::speaksGerman()
                 others.append("missing: " + text);
         return others.join('\n').toUtf8();
     };
-    auto* trend = named<QWidget>(*page, "Trend");
-    QTRY_VERIFY(!trend->accessibleDescription().isEmpty());
     choose(Qt::Key_G, Qt::Key_E);
     const QStringList english = texts();
     choose(Qt::Key_G, Qt::Key_D);

@@ -2,8 +2,12 @@
 #include "support/memorysettings.h"
 #include "support/warnings.h"
 
+#include <Kestrel/QvelAddressSpaceWidget>
+#include <Kestrel/QvelAttributesWidget>
+#include <Kestrel/QvelCallWidget>
 #include <Kestrel/QvelCertificateManager>
 #include <Kestrel/QvelCertificateView>
+#include <Kestrel/QvelDataViewWidget>
 #include <Kestrel/QvelDialogWidgetArray>
 #include <Kestrel/QvelDialogWidgetExpandedNodeId>
 #include <Kestrel/QvelDialogWidgetLocalizedText>
@@ -17,8 +21,11 @@
 #include <Kestrel/QvelEnumInfo>
 #include <Kestrel/QvelLanguage>
 #include <Kestrel/QvelNewCertificateDlg>
+#include <Kestrel/QvelReferencesWidget>
 #include <Kestrel/QvelSession>
+#include <Kestrel/QvelSessionWidget>
 #include <Kestrel/QvelToolBox>
+#include <Kestrel/QvelTrendWidget>
 #include <Kestrel/QvelTrustDialog>
 #include <Kestrel/QvelWidgetEnumFlags>
 #include <Kestrel/QvelWidgetGuid>
@@ -126,6 +133,21 @@ const std::function<QWidget*()> makers[] = {
         box->addPage(new QWidget);
         return box;
     },
+    [] { // there is no connection
+        auto* space = new QvelAddressSpaceWidget();
+        space->find("pump");
+        return space;
+    },
+    make<QvelAttributesWidget>,
+    make<QvelReferencesWidget>,
+    make<QvelSessionWidget>,
+    make<QvelTrendWidget>,
+    make<QvelCallDialog>,
+    [] { // the name that a list gets at first keeps its language
+        auto* lists = new QvelDataViewWidget();
+        lists->renameList(0, "pumps");
+        return lists;
+    },
 };
 
 void install(QLocale::Language language)
@@ -166,10 +188,10 @@ QStringList textsOf(QWidget* widget)
     return texts;
 }
 
-// What the catalogue has another text for.
+// What the catalogue has another text for, and is not a German word of its own ("Attribute").
 QSet<QString> translatedTexts()
 {
-    QSet<QString> texts;
+    QSet<QString> texts, german;
     QString source;
     QFile file(CATALOGUE);
     QXmlStreamReader xml(file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray());
@@ -179,11 +201,12 @@ QSet<QString> translatedTexts()
             source = xml.readElementText();
         } else if (xml.name() == u"translation") {
             const QString translation = xml.readElementText();
+            german << translation;
             if (!translation.isEmpty() && translation != source)
                 texts << source;
         }
     }
-    return texts;
+    return texts - german;
 }
 
 using Widgets = std::vector<std::unique_ptr<QWidget>>;
