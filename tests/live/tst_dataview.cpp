@@ -327,6 +327,7 @@ void tst_DataView::parameters()
 // The server counts, ten times a second: in the file no number is missing, and none is twice.
 void tst_DataView::record()
 {
+    const QTemporaryDir folder; // goes after what records into it
     View view(m_session.get());
     QList<QvelNodeLink> nodes = items(300);
     nodes[7].displayName = "a,\"b\"\nc";
@@ -337,7 +338,6 @@ void tst_DataView::record()
     view.model()->setParameter(rows, Model::PublishingInterval, 200);
     view.model()->setParameter(rows, Model::SamplingInterval, 0);
     QTRY_COMPARE(view.column(Model::RevisedSamplingInterval).count("50"), 300);
-    const QTemporaryDir folder;
     const QString name = folder.filePath("values.csv");
     ModalUser user([&](QDialog* dialog) {
         auto* line = dialog->findChild<QLineEdit*>("fileNameEdit");

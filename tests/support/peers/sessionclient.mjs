@@ -103,7 +103,8 @@ const printValue = (service, id, value) => print({ service, nodeId: id, attribut
     sourceTimestamp: time(value.sourceTimestamp, value.sourcePicoseconds) ?? null });
 
 const client = OPCUAClient.create({ endpointMustExist: false, connectionStrategy: { maxRetry: 0 },
-    clientCertificateManager: await certificateManager(temporaryFolder()), keepSessionAlive: true });
+    clientCertificateManager: await certificateManager(temporaryFolder()), keepSessionAlive: true,
+    defaultTransactionTimeout: 120000 }); // a machine may be busy
 await client.connect(url);
 const session = await client.createSession();
 
