@@ -182,7 +182,7 @@ bool SessionRunner::connectSession()
                              : m_session.answerPassword(m_password);
                      });
     QObject::connect(
-        &m_session, &QvelSession::certificateQuestion,
+        &m_session, &QvelSession::certificateQuestion, &m_session,
         [this](const QvelCertificateQuestion& question) {
             constexpr QvelCertificateAnswer answers[] = {QvelCertificateAnswer::Reject,
                                                          QvelCertificateAnswer::AcceptOnce,
