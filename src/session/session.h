@@ -24,6 +24,7 @@ struct QvelSessionOptions
     QStringList locales;            ///< wanted of the server, the best first
     UaEncodingLimits limits;        ///< of what the server may send
     int connectTimeout = 15'000;    ///< for all steps up to the session, milliseconds
+    int questionTimeout = 600'000;  ///< for the answer to a question; these count for no other
     int callTimeout = 30'000;       ///< for one request
     int sessionTimeout = 120'000;   ///< that the server is asked to keep a silent session
     int keepAliveInterval = 10'000; ///< between looks at the server's state where all is silent

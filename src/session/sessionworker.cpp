@@ -396,7 +396,7 @@ bool SessionWorker::loadUserIdentity()
         UaPkiPrivateKey::fromFile(m_wanted.privateKeyFile(), m_keyPassword.bytes(), &status);
     if (key.isNull() && status == OpcUa_BadIdentityTokenRejected) {
         m_asksPassword = true;
-        m_questionTimer.start(m_options.connectTimeout);
+        m_questionTimer.start(m_options.questionTimeout);
         const QvelPasswordQuestion question{m_wanted.privateKeyFile(), m_keyPasswordGiven};
         SessionHost::ask(*this, ++m_question, question, &QvelSession::passwordQuestion);
         return false;
@@ -476,7 +476,7 @@ void SessionWorker::checkServer()
                                     [](const UaPkiFinding& finding) {
                                         return finding.status == OpcUa_BadCertificateUntrusted;
                                     });
-    m_questionTimer.start(m_options.connectTimeout);
+    m_questionTimer.start(m_options.questionTimeout);
     SessionHost::ask(*this, ++m_question, question, &QvelSession::certificateQuestion);
 }
 

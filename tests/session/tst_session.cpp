@@ -220,7 +220,7 @@ private Q_SLOTS:
             {int(QvelCertificateAnswer::AcceptAndTrust), 1, 0, 1}};
         for (const auto& [given, trusted, rejected, questions] : rows) {
             SessionUser user;
-            user.options.connectTimeout = given < 0 ? 1000 : 15000;
+            user.options.questionTimeout = given < 0 ? 1000 : 60000;
             QvelSession session(user.options);
             int asked = 0, answer = given;
             OpcUa_StatusCode finding = OpcUa_BadCertificateUntrusted;
