@@ -306,8 +306,8 @@ void SessionPage::createActions()
         m_space->addAction(action);
         return action;
     };
-    m_watchAction = add(Qt::CTRL | Qt::SHIFT | Qt::Key_D, &SessionPage::watchNode);
-    m_trendAction = add(Qt::CTRL | Qt::SHIFT | Qt::Key_T, &SessionPage::trendNode);
+    m_watchAction = add(Qt::CTRL | Qt::SHIFT | Qt::Key_D, &SessionPage::watchNodes);
+    m_trendAction = add(Qt::CTRL | Qt::SHIFT | Qt::Key_T, &SessionPage::trendNodes);
     m_callAction = add(Qt::CTRL | Qt::SHIFT | Qt::Key_M, &SessionPage::callNode);
     followNode({});
 }
@@ -365,20 +365,33 @@ void SessionPage::followNode(const UaExpandedNodeId& node)
 void SessionPage::activateNode()
 {
     if (m_watchAction->isEnabled())
-        watchNode();
+        watchNodes();
     else if (m_callAction->isEnabled())
         callNode();
 }
 
-void SessionPage::watchNode()
+QList<QvelNodeLink> SessionPage::selectedVariables() const
 {
-    m_dataView->addNodes({m_space->model()->nodeLink(m_space->view()->currentIndex())});
+    QModelIndexList rows = m_space->view()->selectionModel()->selectedRows();
+    std::sort(rows.begin(), rows.end());
+    QList<QvelNodeLink> links;
+    for (const QModelIndex& row : std::as_const(rows))
+        if (m_space->model()->nodeClass(row) == variableClass)
+            links.append(m_space->model()->nodeLink(row));
+    return links;
+}
+
+void SessionPage::watchNodes()
+{
+    m_dataView->addNodes(selectedVariables());
     raise(m_dataView);
 }
 
-void SessionPage::trendNode()
+void SessionPage::trendNodes()
 {
-    m_trend->addVariable(m_space->model()->nodeLink(m_space->view()->currentIndex()));
+    const auto links = selectedVariables();
+    for (const QvelNodeLink& link : links)
+        m_trend->addVariable(link);
     raise(m_trend);
 }
 

@@ -12,6 +12,7 @@ class QvelAddressSpaceWidget;
 class QvelAttributesWidget;
 class QvelCallWidget;
 class QvelDataViewWidget;
+struct QvelNodeLink;
 class QvelReferencesWidget;
 class QvelTrendWidget;
 
@@ -67,8 +68,9 @@ private:
     void showNode(const UaExpandedNodeId& node);
     void followNode(const UaExpandedNodeId& node);
     void activateNode();
-    void watchNode();
-    void trendNode();
+    QList<QvelNodeLink> selectedVariables() const;
+    void watchNodes();
+    void trendNodes();
     void callNode();
     void raise(QWidget* view);
     void start(const QvelDiscoverySetting& setting);
