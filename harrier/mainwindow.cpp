@@ -282,7 +282,7 @@ void MainWindow::followTab()
     const SessionPage* page = currentSession();
     const bool isConnected = page && page->session()->state() == QvelSession::Connected;
     const bool isOff = page && page->session()->state() == QvelSession::Disconnected;
-    const bool enabled[] = {page && !isOff, page && !isConnected, page != nullptr};
+    const bool enabled[] = {page && !isOff, page && !isConnected, page != nullptr, page != nullptr};
     for (int i = 0; i < int(std::size(enabled)); ++i)
         m_sessionActions[i]->setEnabled(enabled[i]);
     m_status->setText(page ? page->status() : tr("Open servers: %1").arg(sessions().size()));
@@ -392,6 +392,7 @@ void MainWindow::createMenus()
         m_view->addAction(action);
         m_pageActions.append(action);
     }
+        addAction(menu, QT_TR_NOOP("Log &In..."), {}, [this] { currentSession()->askLogin(); }),
     m_view->addSeparator();
     m_view->addAction(m_log->toggleViewAction());
     addAction(m_view, QT_TR_NOOP("&Gallery"), {}, [this] {

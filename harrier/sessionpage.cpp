@@ -467,12 +467,13 @@ void SessionPage::useOtherUrl()
 
 void SessionPage::askLogin()
 {
-    m_setting.setUserTokenType(OpcUa_UserTokenType_UserName);
     const auto what = [this] { return tr("User of %1").arg(title()); };
     auto* dialog = new LoginDialog(LoginDialog::NameAndPassword, what, this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setUserName(m_setting.userName());
     connect(dialog, &QDialog::accepted, this, [this, dialog] {
+        m_isQuiet = false;
+        m_setting.setUserTokenType(OpcUa_UserTokenType_UserName);
         m_setting.setUserName(dialog->userName());
         QvelDiscoverySetting once(m_setting);
         once.setPassword(dialog->password());

@@ -44,6 +44,8 @@ public:
     void connectToServer();
     /// Without any question: by the best policy that needs none, or else without security.
     void connectQuietly();
+    /// Connects anew, as the user that is asked for.
+    void askLogin();
     void disconnectFromServer();
 
     /// What a project keeps of it.
@@ -75,7 +77,6 @@ private:
     void raise(QWidget* view);
     void start(const QvelDiscoverySetting& setting);
     void startWithoutSecurity();
-    void askLogin();
     void askCertificate(const QvelCertificateQuestion& question);
     void askKeyPassword(const QvelPasswordQuestion& question);
     void tellFailure(const QvelSessionError& error);

@@ -403,6 +403,10 @@
         <translation>&amp;Neu verbinden</translation>
     </message>
     <message>
+        <source>Log &amp;In...</source>
+        <translation>An&amp;melden...</translation>
+    </message>
+    <message>
         <source>C&amp;lose Server</source>
         <translation>Server &amp;schließen</translation>
     </message>

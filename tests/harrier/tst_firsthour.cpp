@@ -162,6 +162,12 @@ void tst_FirstHour::firstHour()
         const int series = boilers.trend.series().value(0);
         QTRY_VERIFY_WITH_TIMEOUT(boilers.trend.pointCount(series) > 3, 20000);
         // Write.
+        // Log in anew.
+        QTest::keyClick(&run.window, Qt::Key_S, Qt::AltModifier);
+        QTRY_VERIFY(QApplication::activePopupWidget());
+        QTest::keyClick(QApplication::activePopupWidget(), Qt::Key_I);
+        QTRY_VERIFY(!boilers.isConnected());
+        QTRY_VERIFY_WITH_TIMEOUT(boilers.isConnected(), 30000);
         boilers.goTo("/Objects/1:Boilers/1:Boiler 1/1:TemperatureSetPoint");
         QTRY_VERIFY(boilers.attribute("Value", 1).flags() & Qt::ItemIsEditable);
         QTreeView& view = *boilers.attributes.view();
