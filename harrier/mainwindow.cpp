@@ -60,6 +60,20 @@ QToolButton* toolButton(QAction* action)
     return button;
 }
 
+// Qt's own texts of a tab bar, which do not follow by themselves.
+void retranslate(const QTabBar* bar)
+{
+    for (int i = 0; i < bar->count(); ++i)
+        for (const auto side : {QTabBar::LeftSide, QTabBar::RightSide})
+            if (QWidget* button = bar->tabButton(i, side))
+                button->setToolTip(QCoreApplication::translate("CloseButton", "Close Tab"));
+    const std::pair<const char*, const char*> scrolling[] = {{"ScrollLeftButton", "Scroll Left"},
+                                                             {"ScrollRightButton", "Scroll Right"}};
+    for (const auto& [name, text] : scrolling)
+        if (auto* button = bar->findChild<QToolButton*>(QLatin1String(name)))
+            button->setAccessibleName(QTabBar::tr(text));
+}
+
 QString escaped(QString text)
 {
     return text.replace(QLatin1Char('&'), QLatin1String("&&"));
@@ -378,6 +392,7 @@ void MainWindow::createMenus()
                   [this] { currentSession()->disconnectFromServer(); }),
         addAction(menu, QT_TR_NOOP("&Reconnect"), Qt::CTRL | Qt::Key_R,
                   [this] { currentSession()->connectToServer(); }),
+        addAction(menu, QT_TR_NOOP("Log &In..."), {}, [this] { currentSession()->askLogin(); }),
         addAction(menu, QT_TR_NOOP("C&lose Server"), Qt::CTRL | Qt::Key_W,
                   [this] { closeTab(m_tabs->currentIndex()); }),
     };
@@ -392,7 +407,6 @@ void MainWindow::createMenus()
         m_view->addAction(action);
         m_pageActions.append(action);
     }
-        addAction(menu, QT_TR_NOOP("Log &In..."), {}, [this] { currentSession()->askLogin(); }),
     m_view->addSeparator();
     m_view->addAction(m_log->toggleViewAction());
     addAction(m_view, QT_TR_NOOP("&Gallery"), {}, [this] {
@@ -430,6 +444,7 @@ void MainWindow::createLanguages()
 void MainWindow::retranslate()
 {
     m_tabs->setTabText(0, tr("Find Servers"));
+    ::retranslate(m_tabs->tabBar());
     const QStringList trees = {tr("OPC UA"), tr("Data Access"), tr("Alarms & Events")};
     m_discovery->setItemTexts(
         QStringList{tr("&OPC UA"), tr("Data &Access"), tr("Ala&rms && Events")}.join(

@@ -564,11 +564,11 @@ void SessionPage::showState()
         m_bar->show();
     } else {
         const bool waits = state == QvelSession::WaitingToReconnect;
-        if (waits)
+        if (waits || m_hasLasted)
             m_bar->text->setText(tr("The connection is lost, and will be restored: %1\n"
                                     "What is shown is as it was last known.")
                                      .arg(failureText(error).section(QLatin1Char('\n'), 0, 0)));
-        else if (!m_hasLasted)
+        else
             m_bar->text->setText(tr("Connecting to %1: %2")
                                      .arg(plainLine(m_session->setting().endpointUrl(), maxText),
                                           QvelSessionWidget::stateText(state)));

@@ -1,5 +1,6 @@
 // The first hour of somebody who has harrier and a plant: by mouse and keys, on a display.
 
+#include "language.h"
 #include "run.h"
 #include "support/modaluser.h"
 #include "support/peerprocess.h"
@@ -161,13 +162,13 @@ void tst_FirstHour::firstHour()
         QCOMPARE(boilers.trend.series().size(), 2);
         const int series = boilers.trend.series().value(0);
         QTRY_VERIFY_WITH_TIMEOUT(boilers.trend.pointCount(series) > 3, 20000);
-        // Write.
         // Log in anew.
         QTest::keyClick(&run.window, Qt::Key_S, Qt::AltModifier);
         QTRY_VERIFY(QApplication::activePopupWidget());
         QTest::keyClick(QApplication::activePopupWidget(), Qt::Key_I);
         QTRY_VERIFY(!boilers.isConnected());
         QTRY_VERIFY_WITH_TIMEOUT(boilers.isConnected(), 30000);
+        // Write.
         boilers.goTo("/Objects/1:Boilers/1:Boiler 1/1:TemperatureSetPoint");
         QTRY_VERIFY(boilers.attribute("Value", 1).flags() & Qt::ItemIsEditable);
         QTreeView& view = *boilers.attributes.view();
@@ -201,9 +202,20 @@ void tst_FirstHour::firstHour()
                 QTest::mouseClick(button, Qt::LeftButton);
         QTRY_COMPARE(boilers.call.outputModel()->rowCount(), 1);
         // Lose the server, get it back.
-        server->kill();
         const auto* bar = named<QLabel>(boilers.page, "connectionText");
+        QString german; // of what is said while it is tried
+        connect(boilers.page.session(), &QvelSession::stateChanged, bar, [&](QvelSession::State s) {
+            if (s != QvelSession::LookingUp || !german.isEmpty())
+                return;
+            for (const char* language : {"de", "en"}) {
+                Language::install(language);
+                QCoreApplication::sendPostedEvents(nullptr, QEvent::LanguageChange);
+                german += bar->text();
+            }
+        });
+        server->kill();
         QTRY_VERIFY_WITH_TIMEOUT(bar->isVisible() && bar->text().contains("lost"), 30000);
+        QTRY_VERIFY_WITH_TIMEOUT(german.contains("abgebrochen"), 30000);
         server = std::make_unique<PeerProcess>();
         QVERIFY(!server->start(NODE, plant).isEmpty());
         QTRY_VERIFY_WITH_TIMEOUT(boilers.isConnected() && !bar->isVisible(), 60000);

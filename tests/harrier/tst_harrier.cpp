@@ -251,6 +251,11 @@ void tst_Harrier::speaksGerman()
     const QStringList german = texts();
     QCOMPARE(page->docks()[0]->windowTitle() + first.window.serverTabs()->tabText(0),
              "AdressraumServer suchen");
+    const QTabBar* tabs = first.window.serverTabs()->tabBar();
+    QCOMPARE(tabs->tabButton(1, QTabBar::RightSide)->toolTip(),
+             QCoreApplication::translate("CloseButton", "Close Tab"));
+    QCOMPARE(tabs->findChild<QToolButton*>("ScrollLeftButton")->accessibleName(),
+             QTabBar::tr("Scroll Left"));
     QCOMPARE(page->findChild<QLineEdit*>("nodeId")->text(), "i=22");
     QCOMPARE(QLocale().language(), QLocale::German);
     qsizetype objects = 0; // once all are there that a menu makes when it is first opened
