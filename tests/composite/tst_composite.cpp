@@ -1,5 +1,6 @@
 // The editors of arrays, matrices and single elements, as a person meets them.
 
+#include "support/cells.h"
 #include "support/modaluser.h"
 #include "support/values.h"
 #include "support/warnings.h"
@@ -75,13 +76,7 @@ struct Parts
     {
     }
 
-    QAbstractButton* button(const QString& text) const
-    {
-        for (auto* button : dialog->findChildren<QAbstractButton*>())
-            if (button->text() == text)
-                return button;
-        return nullptr;
-    }
+    QAbstractButton* button(const QString& text) const { return buttonOf(dialog, text); }
     QModelIndex cell(int row) const { return model->index(row, 0); }
     QString text(int row) const { return cell(row).data().toString(); }
     V element(int row) const { return cell(row).data(Qt::UserRole).value<V>(); }
@@ -116,18 +111,7 @@ struct Parts
         table->setFocus();
         table->setCurrentIndex(cell(row));
         QTest::keyClick(table, Qt::Key_F2);
-        QWidget* control = editor(row);
-        if (!control || (control->isWindow() && !QTest::qWaitForWindowActive(control)))
-            return nullptr;
-        const auto edits = control->findChildren<QLineEdit*>(QString(), Qt::FindDirectChildrenOnly);
-        control = edits.isEmpty() ? control : edits.last();
-        control->setFocus();
-        if (auto* edit = qobject_cast<QLineEdit*>(control)) {
-            edit->selectAll();
-            if (!edit->inputMask().isEmpty())
-                QTest::keyClick(edit, Qt::Key_Home);
-        }
-        return control;
+        return typedControl(editor(row));
     }
     // ...types into it and ends it. False if that does not close it, and it alone.
     bool type(int row, const QString& keys, Qt::Key end = Qt::Key_Return) const

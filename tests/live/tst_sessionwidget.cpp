@@ -22,21 +22,11 @@ private Q_SLOTS:
         QVERIFY(!m_url.isEmpty());
     }
     void init() { failOnWarnings(); }
-    void trust_data();
     void trust();
     void nobodyWaits();
     void states();
 
 private:
-    QvelDiscoverySetting setting(const char* policy, const QString& url) const
-    {
-        QvelDiscoverySetting setting;
-        setting.setEndpointUrl(url);
-        setting.setSecurityPolicy(QString("http://opcfoundation.org/UA/SecurityPolicy#") + policy);
-        setting.setMessageSecurityMode(OpcUa_MessageSecurityMode(*policy == 'N' ? 1 : 3));
-        return setting;
-    }
-
     PeerProcess m_server;
     QString m_url;
 };
@@ -57,50 +47,44 @@ static std::unique_ptr<QvelTrustDialog> asked(QvelSession& session,
     return QTest::qWaitFor([&] { return dialog != nullptr; }, 20000) ? std::move(dialog) : nullptr;
 }
 
-void tst_SessionWidget::trust_data()
-{
-    QTest::addColumn<QString>("button"); // none: a key
-    QTest::addColumn<int>("key");
-    QTest::addColumn<int>("answer");
-    QTest::newRow("Enter at once") << "" << int(Qt::Key_Return) << 0;
-    QTest::newRow("Escape") << "" << int(Qt::Key_Escape) << 0;
-    QTest::newRow("once") << "once" << 0 << 1;
-    QTest::newRow("always") << "always" << 0 << 2;
-}
-
 void tst_SessionWidget::trust()
 {
-    QFETCH(QString, button);
-    QFETCH(int, key);
-    QFETCH(int, answer);
-    const SessionUser user;
-    QvelSession session(user.options);
-    const auto dialog = asked(session, setting("Basic256Sha256", m_url));
-    QVERIFY(dialog);
-    const auto shown = [&](const char* name) {
-        const auto* line = dialog->findChild<QLineEdit*>(name);
-        return line ? line->text() : dialog->findChild<QLabel*>(name)->text();
-    };
-    QVERIFY(shown("heading").contains(m_url));
-    QVERIFY2(shown("findings").contains("trusted yet"), qPrintable(shown("findings")));
-    QCOMPARE(shown("applicationUri"), "urn:localhost:kestrel:Sessionserver");
-    QVERIFY(shown("key").endsWith("048 bits") && shown("signature").startsWith("sha256With"));
-    QCOMPARE(shown("sha1").size() + shown("sha256").size(), 20 * 3 - 1 + 32 * 3 - 1);
-    QVERIFY(shown("issuer").endsWith("(itself)") && shown("validity").endsWith("UTC"));
+    const std::tuple<const char*, Qt::Key, int> rows[] = {{"", Qt::Key_Return, 0}, // at once
+                                                          {"", Qt::Key_Escape, 0},
+                                                          {"once", {}, 1},
+                                                          {"always", {}, 2}};
+    for (const auto& [button, key, answer] : rows) {
+        const Case each(button);
+        const SessionUser user;
+        QvelSession session(user.options);
+        const auto dialog = asked(session, settingOf(m_url, "Basic256Sha256"));
+        QVERIFY(dialog);
+        const auto shown = [&](const char* name) {
+            const auto* line = dialog->findChild<QLineEdit*>(name);
+            return line ? line->text() : dialog->findChild<QLabel*>(name)->text();
+        };
+        QVERIFY(shown("heading").contains(m_url));
+        QVERIFY2(shown("findings").contains("trusted yet"), qPrintable(shown("findings")));
+        QCOMPARE(shown("applicationUri"), "urn:localhost:kestrel:Sessionserver");
+        QVERIFY(shown("key").endsWith("048 bits") && shown("signature").startsWith("sha256With"));
+        QCOMPARE(shown("sha1").size() + shown("sha256").size(), 20 * 3 - 1 + 32 * 3 - 1);
+        QVERIFY(shown("issuer").endsWith("(itself)") && shown("validity").endsWith("UTC"));
 
-    QSignalSpy answered(dialog.get(), &QvelTrustDialog::answered);
-    if (button.isEmpty())
-        QTest::keyClick(dialog->focusWidget(), Qt::Key(key));
-    else
-        QTest::mouseClick(dialog->findChild<QPushButton*>(button), Qt::LeftButton);
-    QVERIFY(dialog->isHidden() && answered.size() == 1);
-    dialog->findChild<QPushButton*>("copy")->click();
-    QVERIFY(QGuiApplication::clipboard()->text().contains(shown("sha256")));
-    QCOMPARE(int(dialog->answer()), answer);
-    const auto end = answer > 0 ? QvelSession::Connected : QvelSession::Disconnected;
-    QTRY_VERIFY_WITH_TIMEOUT(session.state() == end && (answer || !session.lastError().isNull()),
-                             20000);
-    QCOMPARE(QDir(user.options.trust.trusted).entryList(QDir::Files).size(), answer == 2 ? 1 : 0);
+        QSignalSpy answered(dialog.get(), &QvelTrustDialog::answered);
+        if (!*button)
+            QTest::keyClick(dialog->focusWidget(), key);
+        else
+            QTest::mouseClick(dialog->findChild<QPushButton*>(button), Qt::LeftButton);
+        QVERIFY(dialog->isHidden() && answered.size() == 1);
+        dialog->findChild<QPushButton*>("copy")->click();
+        QVERIFY(QGuiApplication::clipboard()->text().contains(shown("sha256")));
+        QCOMPARE(int(dialog->answer()), answer);
+        const auto end = answer > 0 ? QvelSession::Connected : QvelSession::Disconnected;
+        QTRY_VERIFY_WITH_TIMEOUT(
+            session.state() == end && (answer || !session.lastError().isNull()), 20000);
+        QCOMPARE(QDir(user.options.trust.trusted).entryList(QDir::Files).size(),
+                 answer == 2 ? 1 : 0);
+    }
 }
 
 // The question is over before it is answered.
@@ -109,7 +93,7 @@ void tst_SessionWidget::nobodyWaits()
     SessionUser user;
     for (const bool isDeleted : {false, true}) {
         auto session = std::make_unique<QvelSession>(user.options);
-        const auto dialog = asked(*session, setting("Basic256Sha256", m_url));
+        const auto dialog = asked(*session, settingOf(m_url, "Basic256Sha256"));
         QVERIFY(dialog);
         QSignalSpy answered(dialog.get(), &QvelTrustDialog::answered);
         if (isDeleted)
@@ -135,7 +119,7 @@ void tst_SessionWidget::states()
         QTest::mouseClick(widget.findChild<QPushButton*>(name), Qt::LeftButton);
     };
     widget.setSession(&session);
-    session.connectToServer(setting("None", "opc.tcp://127.0.0.1:1"));
+    session.connectToServer(settingOf("opc.tcp://127.0.0.1:1"));
     QTRY_VERIFY(label("error").contains("failed: BadConnectionRejected"));
     QVERIFY(label("error").endsWith("\nCheck that the server runs, and its port."));
     QVERIFY(qvelInstallLanguage(QLocale::German));
@@ -143,7 +127,7 @@ void tst_SessionWidget::states()
                                  "Prüfen Sie, ob der Server läuft, und seinen Port.");
     QVERIFY(qvelInstallLanguage(QLocale::English));
 
-    QvelDiscoverySetting good = setting("None", m_url);
+    QvelDiscoverySetting good = settingOf(m_url);
     good.setServerName("<b>Pump</b>\n" + QString(1 << 20, 'x'));
     session.connectToServer(good);
     QTRY_COMPARE(label("state"), "Connected");

@@ -175,41 +175,205 @@ public Q_SLOTS:
     void deleteView() { delete std::exchange(m_widget, nullptr); }
 
 private Q_SLOTS:
-    void initTestCase();
-    void init();
+    void initTestCase_data() // all are tried with each
+    {
+        QTest::addColumn<const View*>("view");
+        for (const View& view : views)
+            QTest::newRow(view.name) << &view;
+    }
+    void initTestCase()
+    {
+        const char* const namespaces[] = {"urn:first,urn:second", "urn:third,urn:second,urn:first"};
+        for (int i = 0; i < 2; ++i) {
+            m_urls[i] = m_servers[i].start(NODE, {PEERS "/sessionserver.mjs", "--children", "10",
+                                                  "--items", "10", "--namespaces", namespaces[i]});
+            QVERIFY(!m_urls[i].isEmpty());
+        }
+    }
+    void init()
+    {
+        failOnWarnings();
+        QFETCH_GLOBAL(const View*, view);
+        m_view = view;
+        make();
+    }
     void cleanup() { deleteView(); }
-    void empty();
-    void empty_data() { rows(); }
-    void failure();
-    void failure_data() { rows(); }
-    void interruption();
-    void interruption_data() { rows(); }
-    void replaced();
-    void replaced_data() { rows(); }
-    void looks();
-    void looks_data() { rows(); }
-    void deleted();
-    void deleted_data() { rows(); }
+    // It says in words why nothing is there, and what to do.
+    void empty()
+    {
+        QTRY_VERIFY(!said().isEmpty());
+        QvelSession idle(m_user.options);
+        m_view->setSession(m_widget, &idle); // without a connection
+        pressKeys();
+        QTRY_VERIFY(!said().isEmpty() && shown().isEmpty());
+        const auto session = connected(m_urls[0]);
+        m_view->setSession(m_widget, session.get());
+        pressKeys();
+        QTest::qWait(100);
+        m_view->setSession(m_widget, nullptr);
+        QTRY_VERIFY(!said().isEmpty() && shown().isEmpty());
+        QCOMPARE(m_view->session(m_widget), nullptr);
+    }
+    void failure()
+    {
+        const auto session = connected(m_view->choose ? m_urls[0] : "opc.tcp://127.0.0.1:1");
+        m_view->setSession(m_widget, session.get());
+        choose(bad);
+        QTRY_VERIFY2_WITH_TIMEOUT(said().contains("Bad"), qPrintable(said()), patience);
+        const auto second = connected(m_urls[0]);
+        m_view->setSession(m_widget, second.get());
+        choose(good);
+        waitUntilLive();
+        QTRY_VERIFY2_WITH_TIMEOUT(!said().contains("Bad"), qPrintable(said()), patience);
+    }
+    // What was seen last stays and looks so, until the server is back, with other namespace
+    // indexes.
+    void interruption()
+    {
+        Relay relay{quint16(QUrl(m_urls[0]).port())};
+        const auto session = connected(relay.url());
+        m_view->setSession(m_widget, session.get());
+        choose(good);
+        waitUntilLive();
+        pressKeys(); // what is asked for comes no more
+        relay.refuse();
+        relay.cut();
+        QTRY_VERIFY2_WITH_TIMEOUT(isStale(), qPrintable(said()), patience);
+        const QString last = value();
+        QVERIFY(!shown().isEmpty() && last.isEmpty() == !m_view->value);
+        pressKeys();
+        QTest::qWait(300);
+        QVERIFY(isStale() && value() == last);
+        relay.setServer(quint16(QUrl(m_urls[1]).port()));
+        relay.mend();
+        session->reconnectNow();
+        QTRY_VERIFY_WITH_TIMEOUT(session->state() == QvelSession::Connected, patience);
+        waitUntilLive(last);
+        QVERIFY(!shown().isEmpty() && !said().contains("Bad"));
+    }
+    void replaced()
+    {
+        const auto first = connected(m_urls[0]);
+        auto second = connected(m_urls[1]);
+        m_view->setSession(m_widget, first.get());
+        choose(good);
+        waitUntilLive();
+        m_view->setSession(m_widget, second.get());
+        choose(good);
+        waitUntilLive(value());
+        QTRY_VERIFY(first->findChildren<QvelSubscription*>().isEmpty());
+        first->disconnectFromServer(); // which is nobody's any more
+        QTest::qWait(100);
+        QVERIFY(!isStale());
+        const bool stays = m_view->choose != nullptr; // the session itself is not there to be shown
+        const QString last = value();
+        second.reset();
+        QTRY_VERIFY2(isStale(), qPrintable(said()));
+        QVERIFY(shown().isEmpty() != stays && value() == last);
+        QCOMPARE(m_view->session(m_widget), nullptr);
+        pressKeys();
+        second = connected(m_urls[0]);
+        m_view->setSession(m_widget, second.get());
+        choose(good);
+        waitUntilLive(last);
+    }
+    // Another palette, live and stale.
+    void looks()
+    {
+        const auto session = connected(m_urls[0]);
+        m_view->setSession(m_widget, session.get());
+        choose(good);
+        waitUntilLive();
+        const QPalette before = QApplication::palette();
+        const auto restore = qScopeGuard([&] { QApplication::setPalette(before); });
+        const QPalette dark(QColor("#303030"), QColor("#202020"));
+        const auto lightness = [this] {
+            const QImage image = m_widget->grab().toImage();
+            return qGray(image.scaled(1, 1, {}, Qt::SmoothTransformation).pixel(0, 0));
+        };
+        for (const bool stale : {false, true}) {
+            if (stale)
+                session->disconnectFromServer();
+            QTRY_COMPARE(isStale(), stale);
+            QApplication::setPalette(dark);
+            QTRY_VERIFY(lightness() < 100);
+            QCOMPARE(isStale(), stale);
+            QApplication::setPalette(before);
+            QTRY_VERIFY(lightness() > 150);
+        }
+    }
+    // While it waits for the server, and while it tells the host something.
+    void deleted()
+    {
+        const auto session = connected(m_urls[0]);
+        for (int delay = 0; delay < 20; delay += 2) {
+            m_view->setSession(m_widget, session.get());
+            choose(good);
+            if (delay)
+                QTest::qWait(delay);
+            deleteView();
+            make();
+        }
+        QTRY_VERIFY(session->findChildren<QvelSubscription*>().isEmpty());
+        if (m_view->signal) {
+            if (!m_view->choose)
+                session->disconnectFromServer();
+            m_view->setSession(m_widget, session.get());
+            choose(good);
+            QVERIFY(connect(m_widget, m_view->signal, this, SLOT(deleteView())));
+            // The call and the trend are told by the server, the others by the user.
+            QTRY_VERIFY(!m_widget || (!shown().isEmpty() && (m_view->choose || isStale())));
+            if (auto* button = m_widget ? m_widget->findChild<QPushButton*>("reconnect") : nullptr)
+                QTest::mouseClick(button, Qt::LeftButton);
+            if (auto* list = m_widget ? m_widget->findChild<QAbstractItemView*>() : nullptr) {
+                if (!list->currentIndex().isValid())
+                    list->setCurrentIndex(list->model()->index(0, 0));
+                QTest::keyClick(list, Qt::Key_Return);
+            }
+            QTRY_VERIFY_WITH_TIMEOUT(!m_widget, patience);
+            make();
+        }
+        const auto ending = connected(m_urls[0]);
+        m_view->setSession(m_widget, ending.get());
+        choose(good);
+        connect(ending.get(), SIGNAL(stateChanged(QvelSession::State)), this, SLOT(deleteView()));
+        ending->disconnectFromServer();
+        QTRY_VERIFY(!m_widget);
+    }
 
 private:
-    static void rows()
+    void make()
     {
-        QTest::addColumn<int>("row");
-        for (int row = 0; row < int(std::size(views)); ++row)
-            QTest::newRow(views[row].name) << row;
+        m_widget = m_view->make();
+        for (auto* model : m_widget->findChildren<QAbstractItemModel*>())
+            if (!model->inherits("QStandardItemModel"))
+                (new QAbstractItemModelTester(model, model))->setUseFetchMore(false);
+        m_widget->resize(900, 500);
+        m_widget->show();
+        QVERIFY(QTest::qWaitForWindowActive(m_widget));
     }
-    void make();
     void choose(const char* id) const
     {
         if (m_view->choose)
             m_view->choose(m_widget, *qvelParseNodeId(id));
     }
-    std::unique_ptr<QvelSession> connected(const QString& url);
+    std::unique_ptr<QvelSession> connected(const QString& url)
+    {
+        auto session = std::make_unique<QvelSession>(m_user.options);
+        connectSession(*session, settingOf(url));
+        return session;
+    }
     QString shown() const { return m_view->shown(m_widget); }
     QString value() const { return m_view->value ? m_view->value(m_widget) : QString(); }
     QString said() const { return m_view->said(m_widget); }
     bool isStale() const { return m_view->isStale(m_widget); }
-    void waitUntilLive(const QString& before = {});
+    void waitUntilLive(const QString& before = {})
+    {
+        QTRY_VERIFY2_WITH_TIMEOUT(!shown().isEmpty() && !isStale(), qPrintable(said()), patience);
+        if (m_view->value)
+            QTRY_VERIFY2_WITH_TIMEOUT(!value().isEmpty() && value() != before, qPrintable(said()),
+                                      patience);
+    }
     // As a user would who knows no better.
     void pressKeys() const
     {
@@ -225,208 +389,6 @@ private:
     const View* m_view = nullptr;
     QWidget* m_widget = nullptr;
 };
-
-void tst_ViewContract::initTestCase()
-{
-    const char* const namespaces[] = {"urn:first,urn:second", "urn:third,urn:second,urn:first"};
-    for (int i = 0; i < 2; ++i) {
-        m_urls[i] = m_servers[i].start(NODE, {PEERS "/sessionserver.mjs", "--children", "10",
-                                              "--items", "10", "--namespaces", namespaces[i]});
-        QVERIFY(!m_urls[i].isEmpty());
-    }
-}
-
-void tst_ViewContract::init()
-{
-    failOnWarnings();
-    QFETCH(int, row);
-    m_view = &views[row];
-    make();
-}
-
-void tst_ViewContract::make()
-{
-    m_widget = m_view->make();
-    for (auto* model : m_widget->findChildren<QAbstractItemModel*>())
-        if (!model->inherits("QStandardItemModel"))
-            (new QAbstractItemModelTester(model, model))->setUseFetchMore(false);
-    m_widget->resize(900, 500);
-    m_widget->show();
-    QVERIFY(QTest::qWaitForWindowActive(m_widget));
-}
-
-std::unique_ptr<QvelSession> tst_ViewContract::connected(const QString& url)
-{
-    auto session = std::make_unique<QvelSession>(m_user.options);
-    QvelDiscoverySetting setting;
-    setting.setEndpointUrl(url);
-    setting.setSecurityPolicy("http://opcfoundation.org/UA/SecurityPolicy#None");
-    setting.setMessageSecurityMode(OpcUa_MessageSecurityMode_None);
-    connectSession(*session, setting);
-    return session;
-}
-
-void tst_ViewContract::waitUntilLive(const QString& before)
-{
-    QTRY_VERIFY2_WITH_TIMEOUT(!shown().isEmpty() && !isStale(), qPrintable(said()), patience);
-    if (m_view->value)
-        QTRY_VERIFY2_WITH_TIMEOUT(!value().isEmpty() && value() != before, qPrintable(said()),
-                                  patience);
-}
-
-// It says in words why nothing is there, and what to do.
-void tst_ViewContract::empty()
-{
-    QTRY_VERIFY(!said().isEmpty());
-    QvelSession idle(m_user.options);
-    m_view->setSession(m_widget, &idle); // without a connection
-    pressKeys();
-    QTRY_VERIFY(!said().isEmpty() && shown().isEmpty());
-    const auto session = connected(m_urls[0]);
-    m_view->setSession(m_widget, session.get());
-    pressKeys();
-    QTest::qWait(100);
-    m_view->setSession(m_widget, nullptr);
-    QTRY_VERIFY(!said().isEmpty() && shown().isEmpty());
-    QCOMPARE(m_view->session(m_widget), nullptr);
-}
-
-void tst_ViewContract::failure()
-{
-    const auto session = connected(m_view->choose ? m_urls[0] : "opc.tcp://127.0.0.1:1");
-    m_view->setSession(m_widget, session.get());
-    choose(bad);
-    QTRY_VERIFY2_WITH_TIMEOUT(said().contains("Bad"), qPrintable(said()), patience);
-    const auto second = connected(m_urls[0]);
-    m_view->setSession(m_widget, second.get());
-    choose(good);
-    waitUntilLive();
-    QTRY_VERIFY2_WITH_TIMEOUT(!said().contains("Bad"), qPrintable(said()), patience);
-}
-
-// What was seen last stays and looks so, until the server is back, with other namespace indexes.
-void tst_ViewContract::interruption()
-{
-    Relay relay{quint16(QUrl(m_urls[0]).port())};
-    const auto session = connected(relay.url());
-    m_view->setSession(m_widget, session.get());
-    choose(good);
-    waitUntilLive();
-    pressKeys(); // what is asked for comes no more
-    relay.refuse();
-    relay.cut();
-    QTRY_VERIFY2_WITH_TIMEOUT(isStale(), qPrintable(said()), patience);
-    const QString last = value();
-    QVERIFY(!shown().isEmpty() && last.isEmpty() == !m_view->value);
-    pressKeys();
-    QTest::qWait(300);
-    QVERIFY(isStale() && value() == last);
-    relay.setServer(quint16(QUrl(m_urls[1]).port()));
-    relay.mend();
-    session->reconnectNow();
-    QTRY_VERIFY_WITH_TIMEOUT(session->state() == QvelSession::Connected, patience);
-    waitUntilLive(last);
-    QVERIFY(!shown().isEmpty() && !said().contains("Bad"));
-}
-
-void tst_ViewContract::replaced()
-{
-    const auto first = connected(m_urls[0]);
-    auto second = connected(m_urls[1]);
-    m_view->setSession(m_widget, first.get());
-    choose(good);
-    waitUntilLive();
-    m_view->setSession(m_widget, second.get());
-    choose(good);
-    waitUntilLive(value());
-    QTRY_VERIFY(first->findChildren<QvelSubscription*>().isEmpty());
-    first->disconnectFromServer(); // which is nobody's any more
-    QTest::qWait(100);
-    QVERIFY(!isStale());
-    const bool stays = m_view->choose != nullptr; // the session itself is not there to be shown
-    const QString last = value();
-    second.reset();
-    QTRY_VERIFY2(isStale(), qPrintable(said()));
-    QVERIFY(shown().isEmpty() != stays && value() == last);
-    QCOMPARE(m_view->session(m_widget), nullptr);
-    pressKeys();
-    second = connected(m_urls[0]);
-    m_view->setSession(m_widget, second.get());
-    choose(good);
-    waitUntilLive(last);
-}
-
-// Another palette and another direction, live and stale.
-void tst_ViewContract::looks()
-{
-    const auto session = connected(m_urls[0]);
-    m_view->setSession(m_widget, session.get());
-    choose(good);
-    waitUntilLive();
-    const QPalette before = QApplication::palette();
-    const auto restore = qScopeGuard([&] {
-        QApplication::setPalette(before);
-        QApplication::setLayoutDirection(Qt::LeftToRight);
-    });
-    const QPalette dark(QColor("#303030"), QColor("#202020"));
-    const auto image = [this] { return m_widget->grab().toImage(); };
-    const auto lightness = [&image] {
-        return qGray(image().scaled(1, 1, {}, Qt::SmoothTransformation).pixel(0, 0));
-    };
-    for (const bool stale : {false, true}) {
-        if (stale)
-            session->disconnectFromServer();
-        QTRY_COMPARE(isStale(), stale);
-        QApplication::setPalette(dark);
-        QTRY_VERIFY(lightness() < 100);
-        QCOMPARE(isStale(), stale);
-        QApplication::setPalette(before);
-        QTRY_VERIFY(lightness() > 150);
-        const QImage leftToRight = image();
-        QApplication::setLayoutDirection(Qt::RightToLeft);
-        QTRY_VERIFY(image() != leftToRight && isStale() == stale);
-        QApplication::setLayoutDirection(Qt::LeftToRight);
-    }
-}
-
-// While it waits for the server, and while it tells the host something.
-void tst_ViewContract::deleted()
-{
-    const auto session = connected(m_urls[0]);
-    for (int delay = 0; delay < 20; delay += 2) {
-        m_view->setSession(m_widget, session.get());
-        choose(good);
-        if (delay)
-            QTest::qWait(delay);
-        deleteView();
-        make();
-    }
-    QTRY_VERIFY(session->findChildren<QvelSubscription*>().isEmpty());
-    if (m_view->signal) {
-        if (!m_view->choose)
-            session->disconnectFromServer();
-        m_view->setSession(m_widget, session.get());
-        choose(good);
-        QVERIFY(connect(m_widget, m_view->signal, this, SLOT(deleteView())));
-        // The call and the trend are told by the server, the others by the user.
-        QTRY_VERIFY(!m_widget || (!shown().isEmpty() && (m_view->choose || isStale())));
-        if (auto* button = m_widget ? m_widget->findChild<QPushButton*>("reconnect") : nullptr)
-            QTest::mouseClick(button, Qt::LeftButton);
-        if (auto* list = m_widget ? m_widget->findChild<QAbstractItemView*>() : nullptr) {
-            if (!list->currentIndex().isValid())
-                list->setCurrentIndex(list->model()->index(0, 0));
-            QTest::keyClick(list, Qt::Key_Return);
-        }
-        QTRY_VERIFY_WITH_TIMEOUT(!m_widget, patience);
-        make();
-    }
-    const auto ending = connected(m_urls[0]);
-    m_view->setSession(m_widget, ending.get());
-    choose(good);
-    connect(ending.get(), SIGNAL(stateChanged(QvelSession::State)), this, SLOT(deleteView()));
-    ending->disconnectFromServer();
-    QTRY_VERIFY(!m_widget);
-}
 
 QTEST_MAIN(tst_ViewContract)
 #include "tst_viewcontract.moc"

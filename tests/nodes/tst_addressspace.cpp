@@ -10,33 +10,14 @@
 #include <Kestrel/QvelReferencesModel>
 #include <Kestrel/QvelReferencesWidget>
 
-#include <QtCore/QMimeData>
-#include <QtCore/QUrl>
-#include <QtGui/QClipboard>
 #include <QtTest/QAbstractItemModelTester>
-#include <QtWidgets/QApplication>
-#include <QtWidgets/QHeaderView>
-#include <QtWidgets/QLabel>
-#include <QtWidgets/QLineEdit>
-#include <QtWidgets/QMenu>
-#include <QtWidgets/QTableView>
-#include <QtWidgets/QToolButton>
-#include <QtWidgets/QTreeView>
+#include <QtWidgets/QtWidgets>
 
 using Model = QvelAddressSpaceModel;
 
 namespace {
 
 constexpr int patience = 30000;
-
-QvelDiscoverySetting settingOf(const QString& url)
-{
-    QvelDiscoverySetting setting;
-    setting.setEndpointUrl(url);
-    setting.setSecurityPolicy("http://opcfoundation.org/UA/SecurityPolicy#None");
-    setting.setMessageSecurityMode(OpcUa_MessageSecurityMode_None);
-    return setting;
-}
 
 QString rowText(const QModelIndex& index)
 {
@@ -93,10 +74,8 @@ class tst_AddressSpace : public QObject
 private Q_SLOTS:
     void initTestCase();
     void init() { failOnWarnings(); }
-    void links_data();
     void links();
     void tree();
-    void goTo_data();
     void goTo();
     void find();
     void wayBack();
@@ -121,38 +100,24 @@ void tst_AddressSpace::initTestCase()
     QVERIFY2(m_session->state() == QvelSession::Connected, error.toString().toUtf8());
 }
 
-void tst_AddressSpace::links_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("read"); // "-" for nothing
-    const auto add = [](const char* text, const char* read = nullptr) {
-        QTest::addRow("%s", text) << text << (read ? read : text);
-    };
-    add("i=85");
-    add("ns=0;i=85", "i=85");
-    add("ns=2;s=Pump;1=a");
-    add("nsu=urn:a%3Bb%25;b=AQI=");
-    add("svr=3;nsu=urn:x;g=72962b91-fa75-4ae6-8d28-b404dc7daf63");
-    add("ns=1;s=");
-    for (const char* text : {"", "i=", "i=+1", "i=4294967296", "ns=65536;i=1", "ns=-1;i=1", "g=1",
-                             "b=A*", "x=1", "svr=4294967296;i=1", "nsu=;i=1", "/Objects", " i=1"})
-        add(text, "-");
-}
-
 void tst_AddressSpace::links()
 {
-    QFETCH(QString, text);
-    QFETCH(QString, read);
-    const auto id = qvelParseNodeId(text);
-    QCOMPARE(id ? qvelNodeIdText(*id) : "-", read);
-    if (!id)
-        return;
-    const std::unique_ptr<QMimeData> data(qvelNodeMimeData({{*id, "a\nb"}, {*id, {}}}));
-    QMimeData plain;
-    plain.setText(data->text() + "\r\n  words\n");
-    QCOMPARE(qvelNodeLinks(data.get()).value(0).displayName, QString("a\nb"));
-    for (const QMimeData* each : {static_cast<const QMimeData*>(data.get()), &std::as_const(plain)})
-        QVERIFY(qvelNodeLinks(each).size() == 2 && qvelNodeLinks(each)[1].nodeId == *id);
+    for (const char* text : {"", "i=", "i=+1", "i=4294967296", "ns=65536;i=1", "ns=-1;i=1", "g=1",
+                             "b=A*", "x=1", "svr=4294967296;i=1", "nsu=;i=1", "/Objects", " i=1"})
+        QVERIFY2(!qvelParseNodeId(text), text);
+    QCOMPARE(qvelNodeIdText(*qvelParseNodeId("ns=0;i=85")), "i=85");
+    for (const QString text : {"i=85", "ns=2;s=Pump;1=a", "nsu=urn:a%3Bb%25;b=AQI=", "ns=1;s=",
+                               "svr=3;nsu=urn:x;g=72962b91-fa75-4ae6-8d28-b404dc7daf63"}) {
+        const auto id = qvelParseNodeId(text);
+        QCOMPARE(id ? qvelNodeIdText(*id) : "-", text);
+        const std::unique_ptr<QMimeData> data(qvelNodeMimeData({{*id, "a\nb"}, {*id, {}}}));
+        QMimeData plain;
+        plain.setText(data->text() + "\r\n  words\n");
+        QCOMPARE(qvelNodeLinks(data.get()).value(0).displayName, QString("a\nb"));
+        for (const QMimeData* each :
+             {static_cast<const QMimeData*>(data.get()), &std::as_const(plain)})
+            QVERIFY(qvelNodeLinks(each).size() == 2 && qvelNodeLinks(each)[1].nodeId == *id);
+    }
 }
 
 void tst_AddressSpace::tree()
@@ -207,49 +172,34 @@ void tst_AddressSpace::tree()
     QCOMPARE(icons.size(), 9); // i=87 is a folder, as i=85 is
 }
 
-void tst_AddressSpace::goTo_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("path"); // of the current node, or what is said
-    QTest::addRow("id") << "i=2256"
-                        << "/Objects/Server/ServerStatus";
-    QTest::addRow("of the root") << " i=84 "
-                                 << "/";
-    QTest::addRow("uri") << "nsu=urn:first;s=Further"
-                         << "/Objects/1:Moving/2:urn&:first";
-    QTest::addRow("path") << "/Objects/Server.ServerStatus/CurrentTime"
-                          << "/Objects/Server/ServerStatus/CurrentTime";
-    QTest::addRow("escaped path") << "/Objects/1:Moving/2:urn&:first"
-                                  << "/Objects/1:Moving/2:urn&:first";
-    QTest::addRow("root path") << "/"
-                               << "/";
-    QTest::addRow("unknown id") << "i=4711"
-                                << "BadNodeIdUnknown";
-    QTest::addRow("unknown uri") << "nsu=urn:none;s=x"
-                                 << "BadNodeIdUnknown";
-    QTest::addRow("unknown path") << "/Objects/None"
-                                  << "BadNoMatch";
-    QTest::addRow("broken path") << "/Objects//x"
-                                 << "no browse path";
-    QTest::addRow("path with a type") << "/<HasComponent>x"
-                                      << "no browse path";
-}
-
 void tst_AddressSpace::goTo()
 {
-    QFETCH(QString, text);
-    QFETCH(QString, path);
-    Tree tree(m_session.get());
-    QSignalSpy changed(&tree.widget, &QvelAddressSpaceWidget::currentNodeChanged);
-    tree.view()->setCurrentIndex({});
-    if (path.startsWith('/')) {
-        QVERIFY2(tree.goTo(text), qPrintable(tree.said()));
-        QCOMPARE(tree.current(), path);
-        QCOMPARE(changed.last()[0].value<UaExpandedNodeId>(), tree.widget.currentNode());
-        QVERIFY(tree.view()->visualRect(tree.view()->currentIndex()).isValid());
-    } else {
-        QVERIFY(!tree.goTo(text));
-        QVERIFY2(tree.said().contains(path), qPrintable(tree.said()));
+    // And the path of the node that is then the current one, or what is said.
+    const std::pair<const char*, QString> places[] = {
+        {"i=2256", "/Objects/Server/ServerStatus"},
+        {" i=84 ", "/"},
+        {"nsu=urn:first;s=Further", "/Objects/1:Moving/2:urn&:first"},
+        {"/Objects/Server.ServerStatus/CurrentTime", "/Objects/Server/ServerStatus/CurrentTime"},
+        {"/Objects/1:Moving/2:urn&:first", "/Objects/1:Moving/2:urn&:first"},
+        {"/", "/"},
+        {"i=4711", "BadNodeIdUnknown"},
+        {"nsu=urn:none;s=x", "BadNodeIdUnknown"},
+        {"/Objects/None", "BadNoMatch"},
+        {"/Objects//x", "no browse path"},
+        {"/<HasComponent>x", "no browse path"}};
+    for (const auto& [text, path] : places) {
+        const Case each(text);
+        Tree tree(m_session.get());
+        QSignalSpy changed(&tree.widget, &QvelAddressSpaceWidget::currentNodeChanged);
+        tree.view()->setCurrentIndex({});
+        QVERIFY2(tree.goTo(text) == path.startsWith('/'), qPrintable(tree.said()));
+        if (path.startsWith('/')) {
+            QCOMPARE(tree.current(), path);
+            QCOMPARE(changed.last()[0].value<UaExpandedNodeId>(), tree.widget.currentNode());
+            QVERIFY(tree.view()->visualRect(tree.view()->currentIndex()).isValid());
+        } else {
+            QVERIFY2(tree.said().contains(path), qPrintable(tree.said()));
+        }
     }
 }
 
@@ -376,45 +326,35 @@ void tst_AddressSpace::references()
 // With other namespaces, to the same rows.
 void tst_AddressSpace::comesBack()
 {
-    const QTemporaryDir pki;
-    const auto start = [&](PeerProcess& process, const QString& port, const char* namespaces) {
-        return process.start(NODE,
-                             {PEERS "/sessionserver.mjs", "--children", "10", "--items", "10",
-                              "--pki", pki.path(), "--port", port, "--namespaces", namespaces});
+    PeerProcess servers[2];
+    const auto start = [&](int number, const char* namespaces) {
+        const QString url =
+            servers[number].start(NODE, {PEERS "/sessionserver.mjs", "--children", "10", "--items",
+                                         "10", "--namespaces", namespaces});
+        return quint16(QUrl(url).port());
     };
-    PeerProcess server;
-    QTcpServer probe;
-    QVERIFY(probe.listen(QHostAddress::LocalHost));
-    const QString port = QString::number(probe.serverPort());
-    probe.close();
-    const QString url = start(server, port, "urn:first,urn:second");
-    auto session = std::make_unique<QvelSession>(m_user.options);
-    Tree tree(session.get());
-    QCOMPARE(tree.model()->rowCount(), 0);
-    connectSession(*session, settingOf(url));
+    Relay relay(start(0, "urn:first,urn:second"));
+    QvelSession session(m_user.options);
+    Tree tree(&session);
+    connectSession(session, settingOf(relay.url()));
     QVERIFY2(tree.goTo("nsu=urn:first;s=Further"), qPrintable(tree.said()));
     const QPersistentModelIndex current = tree.view()->currentIndex();
     const int siblings = tree.model()->rowCount(current.parent());
-    server.kill();
+    relay.refuse();
+    relay.cut();
     QTRY_VERIFY_WITH_TIMEOUT(tree.model()->isStale(), patience);
     QVERIFY(tree.said().contains("Not connected"));
-    PeerProcess again;
-    QVERIFY(!start(again, port, "urn:third,urn:second,urn:first").isEmpty());
+    QVERIFY(!tree.goTo("i=4711"));
+    QVERIFY(tree.said().contains("not connected"));
+    relay.setServer(start(1, "urn:third,urn:second,urn:first"));
+    relay.mend();
+    session.reconnectNow();
     QTRY_VERIFY_WITH_TIMEOUT(tree.model()->rowCount(current.parent()) == siblings + 1, 60000);
     QCOMPARE(rowText(current),
              QString("urn:first|4:urn:first|ns=4;s=Further|Variable|BaseDataVariableType"));
     QCOMPARE(QModelIndex(current), tree.view()->currentIndex());
     QVERIFY(tree.view()->isExpanded(current.parent()));
     QCOMPARE(current.row(), 12); // as the server has it now
-    session.reset();
-    QVERIFY(tree.model()->isStale() && !tree.model()->session());
-    tree.press(Qt::Key_F5);
-    QVERIFY(!tree.goTo("i=4711"));
-    QVERIFY(tree.said().contains("not connected"));
-    tree.model()->setRootNode(tree.model()->rootNode());
-    QVERIFY(tree.said().isEmpty()); // it was said of what is gone
-    tree.widget.setSession(nullptr);
-    QCOMPARE(tree.model()->rowCount(), 0);
 }
 
 // What nodes answer, by their number.

@@ -52,6 +52,17 @@ struct SessionUser
     UaPkiRsaKeyPair pair;
 };
 
+/// Signed and encrypted where there is a policy.
+inline QvelDiscoverySetting settingOf(const QString& url, const QString& policy = "None")
+{
+    QvelDiscoverySetting setting;
+    setting.setEndpointUrl(url);
+    setting.setSecurityPolicy("http://opcfoundation.org/UA/SecurityPolicy#" + policy);
+    setting.setMessageSecurityMode(policy == "None" ? OpcUa_MessageSecurityMode_None
+                                                    : OpcUa_MessageSecurityMode_SignAndEncrypt);
+    return setting;
+}
+
 /// Connects, and says how that went.
 inline QvelSessionError connectSession(QvelSession& session, const QvelDiscoverySetting& setting,
                                        int timeout = 20000)
