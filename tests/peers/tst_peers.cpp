@@ -7,13 +7,7 @@
 #include <Kestrel/UaPkiCertificate>
 #include <Kestrel/UaPkiRsaKeyPair>
 
-#include <QtCore/QJsonArray>
-#include <QtCore/QJsonDocument>
-#include <QtCore/QJsonObject>
-#include <QtCore/QTemporaryDir>
-#include <QtCore/QUrl>
-#include <QtNetwork/QNetworkInterface>
-#include <QtNetwork/QTcpSocket>
+#include <QtNetwork/QtNetwork>
 
 namespace {
 
