@@ -96,7 +96,7 @@ class tst_Attributes : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        m_url = m_server.start(NODE, {PEERS "/sessionserver.mjs", "--conformance"});
+        m_url = m_server.start(NODE, {PEERS "/sessionserver.mjs", "--conformance", "--long"});
         QVERIFY(!m_url.isEmpty());
         m_client.setProcessChannelMode(QProcess::ForwardedErrorChannel);
         m_client.start(NODE, {PEERS "/sessionclient.mjs", m_url});

@@ -103,8 +103,7 @@ const printValue = (service, id, value) => print({ service, nodeId: id, attribut
     sourceTimestamp: time(value.sourceTimestamp, value.sourcePicoseconds) ?? null });
 
 const client = OPCUAClient.create({ endpointMustExist: false, connectionStrategy: { maxRetry: 0 },
-    clientCertificateManager: await certificateManager(temporaryFolder()), keepSessionAlive: true,
-    defaultTransactionTimeout: 120000 }); // a machine may be busy
+    clientCertificateManager: await certificateManager(temporaryFolder()), keepSessionAlive: true });
 await client.connect(url);
 const session = await client.createSession();
 

@@ -19,6 +19,7 @@ const { values } = parseArgs({ options: {
     port: { type: "string" }, pki: { type: "string" }, children: { type: "string" },
     items: { type: "string" }, period: { type: "string" }, lifetime: { type: "string" },
     operations: { type: "string" }, huge: { type: "boolean" },
+    long: { type: "boolean" },
     certificate: { type: "string" }, key: { type: "string" }, conformance: { type: "boolean" },
     hostname: { type: "string" }, namespaces: { type: "string" },
 } });
@@ -80,9 +81,10 @@ if (values.huge)
     own.addVariable({ componentOf: moving, browseName: "Huge", nodeId: "s=Huge", dataType: "Double",
         valueRank: 1, arrayDimensions: [0], value: { dataType: DataType.Double,
             arrayType: VariantArrayType.Array, value: new Float64Array(8000000) } });
-own.addVariable({ componentOf: moving, browseName: "Long", nodeId: "s=Long", dataType: "Int16",
-    valueRank: 1, arrayDimensions: [0],
-    value: { dataType: DataType.Int16, arrayType: VariantArrayType.Array, value: new Int16Array(10000000) } });
+if (values.long)
+    own.addVariable({ componentOf: moving, browseName: "Long", nodeId: "s=Long", dataType: "Int16",
+        valueRank: 1, arrayDimensions: [0],
+        value: { dataType: DataType.Int16, arrayType: VariantArrayType.Array, value: new Int16Array(10000000) } });
 
 const machine = own.addObject({ organizedBy: objects, browseName: "Machine", nodeId: "s=Machine", eventNotifier: 1 });
 const method = own.addMethod(machine, { browseName: "Add", nodeId: "s=Add",
