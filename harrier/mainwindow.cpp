@@ -63,10 +63,11 @@ QToolButton* toolButton(QAction* action)
 // Qt's own texts of a tab bar, which do not follow by themselves.
 void retranslate(const QTabBar* bar)
 {
+    const char* const closeTab = "Close Tab"; // in Qt's catalogue, not in ours
     for (int i = 0; i < bar->count(); ++i)
         for (const auto side : {QTabBar::LeftSide, QTabBar::RightSide})
             if (QWidget* button = bar->tabButton(i, side))
-                button->setToolTip(QCoreApplication::translate("CloseButton", "Close Tab"));
+                button->setToolTip(QCoreApplication::translate("CloseButton", closeTab));
     const std::pair<const char*, const char*> scrolling[] = {{"ScrollLeftButton", "Scroll Left"},
                                                              {"ScrollRightButton", "Scroll Right"}};
     for (const auto& [name, text] : scrolling)
