@@ -206,9 +206,9 @@ QvelAddressSpaceWidget::Private::Private(QvelAddressSpaceWidget* widget)
     turnArrows();
     tellSearch();
     QWidget* last = backButton;
-    for (QWidget* next : std::initializer_list<QWidget*>{forwardButton, refreshButton, field, tree,
+    for (QWidget* each : std::initializer_list<QWidget*>{forwardButton, refreshButton, field, tree,
                                                          up, down, cancelButton})
-        QWidget::setTabOrder(std::exchange(last, next), next);
+        QWidget::setTabOrder(std::exchange(last, each), each);
     retranslated(q, [this] { retranslate(); });
 }
 
