@@ -5,31 +5,19 @@
 #include "harrier/run.h"
 #include "logview.h"
 #include "session/sessionuser.h"
-#include "support/memorysettings.h"
 #include "support/store.h"
 #include "support/warnings.h"
+#include "support/widgets.h"
 #include "values/editorcases.h"
 
 #include <Kestrel/QvelAddressSpaceWidget>
 #include <Kestrel/QvelAttributesWidget>
 #include <Kestrel/QvelCallWidget>
-#include <Kestrel/QvelCertificateManager>
-#include <Kestrel/QvelCertificateView>
 #include <Kestrel/QvelDataViewModel>
 #include <Kestrel/QvelDataViewWidget>
-#include <Kestrel/QvelDialogWidgetArray>
-#include <Kestrel/QvelDialogWidgetMatrix>
-#include <Kestrel/QvelDisplayDialog>
-#include <Kestrel/QvelEditWidgetArray>
-#include <Kestrel/QvelEditWidgetMatrix>
-#include <Kestrel/QvelEndpointSettingsWidget>
-#include <Kestrel/QvelNewCertificateDlg>
 #include <Kestrel/QvelReferencesWidget>
 #include <Kestrel/QvelSessionWidget>
-#include <Kestrel/QvelToolBox>
 #include <Kestrel/QvelTrendWidget>
-#include <Kestrel/QvelTrustDialog>
-#include <Kestrel/QvelWidgetVariant>
 
 #include <QtGui/QAccessible>
 
@@ -51,8 +39,32 @@ private Q_SLOTS:
 
 private:
     using Create = std::function<QWidget*()>;
-    template <class W>
-    W* live(void (*fill)(W*, const tst_Accessibility*));
+    // A view on the server, once there is something in it.
+    template <class W, class Fill>
+    W* live(Fill fill)
+    {
+        auto* widget = new W;
+        widget->setSession(m_session.get());
+        fill(widget);
+        widget->resize(1200, 700);
+        widget->show();
+        const auto isFilled = [widget] {
+            for (auto* view : widget->template findChildren<QAbstractItemView*>()) {
+                const QModelIndex first = view->model()->index(0, 0);
+                if (view->isVisible() && !first.data().toString().isEmpty()) {
+                    view->setCurrentIndex(first);
+                    return true;
+                }
+            }
+            return false;
+        };
+        return QTest::qWaitFor(isFilled, patience) ? widget : nullptr;
+    }
+    QvelCallDialog* call()
+    {
+        return live<QvelCallDialog>(
+            [this](auto* w) { w->setMethod(node("Machine"), node("Add")); });
+    }
     UaExpandedNodeId node(const char* id) const
     {
         return m_session->toExpandedNodeId(UaNodeId(UaString(id), 1));
@@ -63,7 +75,6 @@ private:
     Store m_store;
     QvelDiscoverySetting m_setting;
     std::unique_ptr<QvelSession> m_session = std::make_unique<QvelSession>(m_user.options);
-    MemorySettings m_settings;
 };
 
 static QString told(QWidget* widget, const char* fault)
@@ -231,33 +242,8 @@ void tst_Accessibility::initTestCase()
 {
     QApplication::setStyle("Fusion");
     QApplication::setCursorFlashTime(0);
-    m_setting.setEndpointUrl(m_server.start(NODE, {PEERS "/sessionserver.mjs", "--conformance"}));
-    m_setting.setSecurityPolicy("http://opcfoundation.org/UA/SecurityPolicy#None");
-    m_setting.setMessageSecurityMode(OpcUa_MessageSecurityMode_None);
+    m_setting = settingOf(m_server.start(NODE, {PEERS "/sessionserver.mjs", "--conformance"}));
     QVERIFY(connectSession(*m_session, m_setting).isNull());
-    QFile::copy(m_user.options.certificateFile, m_store.path("trusted/a.der"));
-}
-
-// A view on the server, once there is something in it.
-template <class W>
-W* tst_Accessibility::live(void (*fill)(W*, const tst_Accessibility*))
-{
-    auto* widget = new W;
-    widget->setSession(m_session.get());
-    fill(widget, this);
-    widget->resize(1200, 700);
-    widget->show();
-    const auto isFilled = [widget] {
-        for (auto* view : widget->template findChildren<QAbstractItemView*>()) {
-            const QModelIndex first = view->model()->index(0, 0);
-            if (view->isVisible() && !first.data().toString().isEmpty()) {
-                view->setCurrentIndex(first);
-                return true;
-            }
-        }
-        return false;
-    };
-    return QTest::qWaitFor(isFilled, patience) ? widget : nullptr;
 }
 
 void tst_Accessibility::widgets_data()
@@ -284,43 +270,10 @@ void tst_Accessibility::widgets_data()
             editor->setValue(value);
             return editor;
         });
-    add("QvelDialogWidgetArray", [=] { return new QvelDialogWidgetArray(array); });
-    add("QvelDialogWidgetMatrix", [=] { return new QvelDialogWidgetMatrix(matrix); });
-    add("QvelDisplayDialog", [] {
-        auto* dialog = new QvelDisplayDialog;
-        dialog->setText("Some text");
-        return dialog;
-    });
-    add("QvelEndpointSettingsWidget", [] {
-        auto* settings = new QvelEndpointSettingsWidget;
-        settings->setUserTokenType(OpcUa_UserTokenType_Certificate);
-        return settings;
-    });
-    add("QvelDiscoveryWidget", [this] {
-        return new QvelDiscoveryWidget(QvelDiscoveryWidget::OpcUa, &m_settings, 1000, "access");
-    });
-    add("QvelCertificateManager", [this] {
-        auto* manager = new QvelCertificateManager(
-            "kestrel", "access", m_store.path("trusted/"), {}, {}, m_store.path("rejected/"),
-            m_store.path("own/own.der"), m_store.path("own/own.pem"), {}, true);
-        auto* view = manager->findChild<QTreeView*>();
-        view->setCurrentIndex(view->model()->index(0, 0));
-        return manager;
-    });
-    add("QvelNewCertificateDlg",
-        [] { return new QvelNewCertificateDlg("kestrel", "access", false, true, nullptr); });
-    add("QvelTrustDialog", [this] {
-        QvelCertificateQuestion question;
-        question.certificate =
-            UaPkiCertificate::fromDERFile(QFile::encodeName(m_user.options.certificateFile));
-        return new QvelTrustDialog(question); // with a QvelCertificateView
-    });
-    add("QvelToolBox", [] {
-        auto* box = new QvelToolBox;
-        for (const char* text : {"one", "two"})
-            box->addPage(new QCheckBox(text));
-        return box;
-    });
+    add("QvelDialogWidgetArray of strings", [=] { return new QvelDialogWidgetArray(array); });
+    add("QvelDialogWidgetMatrix of numbers", [=] { return new QvelDialogWidgetMatrix(matrix); });
+    for (const WidgetCase& widget : widgetCases(FIXTURES "/"))
+        add(widget.name, widget.create);
     add("QvelTrendWidget", [this] {
         auto* trend = new QvelTrendWidget;
         trend->setSession(m_session.get());
@@ -332,25 +285,17 @@ void tst_Accessibility::widgets_data()
         widget->setSession(m_session.get());
         return widget;
     });
-    using Self = const tst_Accessibility;
-    add("QvelAddressSpaceWidget",
-        [this] { return live<QvelAddressSpaceWidget>([](auto*, Self*) {}); });
+    add("QvelAddressSpaceWidget", [this] { return live<QvelAddressSpaceWidget>([](auto*) {}); });
     add("QvelAttributesWidget", [this] {
-        return live<QvelAttributesWidget>(
-            [](auto* w, Self* t) { w->setNode(t->node("Temperature")); });
+        return live<QvelAttributesWidget>([this](auto* w) { w->setNode(node("Temperature")); });
     });
     add("QvelReferencesWidget", [this] {
-        return live<QvelReferencesWidget>([](auto* w, Self* t) { w->setNode(t->node("Machine")); });
+        return live<QvelReferencesWidget>([this](auto* w) { w->setNode(node("Machine")); });
     });
     add("QvelDataViewWidget", [this] {
-        return live<QvelDataViewWidget>([](auto* w, Self* t) {
-            w->addNodes({{t->node("Mode"), {}}});
-        });
+        return live<QvelDataViewWidget>([this](auto* w) { w->addNodes({{node("Mode"), {}}}); });
     });
-    add("QvelCallDialog", [this] {
-        return live<QvelCallDialog>(
-            [](auto* w, Self* t) { w->setMethod(t->node("Machine"), t->node("Add")); });
-    });
+    add("QvelCallDialog", [this] { return call(); });
 }
 
 void tst_Accessibility::widgets()
@@ -394,14 +339,12 @@ void tst_Accessibility::harrier()
 // What became of an action is told where it is shown.
 void tst_Accessibility::results()
 {
-    using Self = const tst_Accessibility;
-    const std::unique_ptr<QvelCallDialog> call(live<QvelCallDialog>(
-        [](auto* w, Self* t) { w->setMethod(t->node("Machine"), t->node("Add")); }));
-    QVERIFY(call);
-    call->widget()->call();
+    const std::unique_ptr<QvelCallDialog> dialog(call());
+    QVERIFY(dialog);
+    dialog->widget()->call();
     QStringList faults;
-    QTRY_VERIFY_WITH_TIMEOUT(!call->widget()->isCalling(), patience);
-    listen(QAccessible::queryAccessibleInterface(call.get()), faults);
+    QTRY_VERIFY_WITH_TIMEOUT(!dialog->widget()->isCalling(), patience);
+    listen(QAccessible::queryAccessibleInterface(dialog.get()), faults);
     QvelSession none;
     QvelSessionWidget session;
     session.setSession(&none);
@@ -444,7 +387,6 @@ void tst_Accessibility::colours()
     QTRY_VERIFY(!log.document()->isEmpty());
     QvelDataViewModel stale;
     stale.addNodes({{node("Item0"), {}}});
-    QvelTrendWidget trend;
     dialog.show();
     QApplication::setPalette(isDark ? QApplication::style()->standardPalette() : darkPalette());
     QApplication::setPalette(isDark ? darkPalette() : QApplication::style()->standardPalette());
@@ -479,8 +421,6 @@ void tst_Accessibility::colours()
     check("header",
           contrast(header->palette().color(P::WindowText), header->palette().color(P::Window)),
           false);
-    for (int i = 0; i < 8; ++i)
-        check("series", contrast(trend.seriesColor(trend.addSeries("s")), base), false);
     for (const auto state :
          {QvelSession::Connected, QvelSession::Disconnected, QvelSession::Creating})
         check("session", contrast(SessionPage::icon(state).pixmap(16), grounds[2]), false);

@@ -1,36 +1,30 @@
 #pragma once
 
-#include <QtCore/QAbstractItemModel>
-#include <QtCore/QMetaProperty>
-#include <QtWidgets/QComboBox>
+#include <QtWidgets/QtWidgets>
 
-/// All texts of all that a widget is made of: its properties, and what models say in their headers.
-inline QStringList shownTexts(const QWidget* widget)
+/// All that a widget says: texts of properties and lists, and what models have in their headers;
+/// on request also what they have at their top.
+inline QStringList shownTexts(QWidget* widget, bool withRows = false)
 {
-    QStringList found;
-    QList<const QObject*> objects{widget};
-    for (const QObject* child : widget->findChildren<QObject*>())
-        objects << child;
-    for (const QObject* object : objects) {
+    QStringList texts;
+    for (QObject* object : QObjectList{widget} + widget->findChildren<QObject*>()) {
+        if (!object->isWidgetType() && !qobject_cast<QAction*>(object))
+            continue;
         const QMetaObject* meta = object->metaObject();
-        const auto add = [&](const QString& what, const QString& text) {
-            if (!text.isEmpty())
-                found << QStringLiteral("%1 %2: %3").arg(meta->className(), what, text);
-        };
-        for (int i = 0; i < meta->propertyCount(); ++i) {
-            if (meta->property(i).typeId() == QMetaType::QString)
-                add(meta->property(i).name(), meta->property(i).read(object).toString());
-        }
-        if (const auto* combo = qobject_cast<const QComboBox*>(object)) {
-            for (int i = 0; i < combo->count(); ++i)
-                add("item", combo->itemText(i));
-        }
-        if (const auto* model = qobject_cast<const QAbstractItemModel*>(object)) {
-            for (int i = 0; i < model->columnCount(); ++i) {
-                for (const int role : {Qt::DisplayRole, Qt::ToolTipRole})
-                    add("header", model->headerData(i, Qt::Horizontal, role).toString());
+        for (int i = 0; i < meta->propertyCount(); ++i)
+            if (meta->property(i).typeId() == QMetaType::QString &&
+                qstrcmp(meta->property(i).name(), "selectedText") != 0)
+                texts << meta->property(i).read(object).toString();
+        const auto* combo = qobject_cast<QComboBox*>(object);
+        const auto* view = qobject_cast<QAbstractItemView*>(object);
+        const auto* model = combo ? combo->model() : view ? view->model() : nullptr;
+        for (int column = 0; model && column < model->columnCount(); ++column)
+            for (const int role : {Qt::DisplayRole, Qt::ToolTipRole}) {
+                texts << model->headerData(column, Qt::Horizontal, role).toString();
+                for (int row = 0; (combo || withRows) && row < model->rowCount(); ++row)
+                    texts << model->index(row, column).data(role).toString();
             }
-        }
     }
-    return found;
+    texts.removeAll(QString());
+    return texts;
 }

@@ -86,7 +86,7 @@ QWidget* create(int number)
 {
     using Flags = decltype(std::declval<W&>().flags());
     const QMap<int, QString> names = {
-        {0, "None"}, {1, "Read"}, {2, "Write"}, {4, "Execute"}, {INT_MIN, "Highest"}};
+        {0, "zero"}, {1, "one"}, {2, "two"}, {4, "four"}, {INT_MIN, "least"}};
     if constexpr (std::is_constructible_v<W, QMap<int, QString>, Flags>)
         return new W(names, Flags(number));
     else
