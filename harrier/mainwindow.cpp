@@ -60,21 +60,6 @@ QToolButton* toolButton(QAction* action)
     return button;
 }
 
-// Qt's own texts of a tab bar, which do not follow by themselves.
-void retranslate(const QTabBar* bar)
-{
-    const char* const closeTab = "Close Tab"; // in Qt's catalogue, not in ours
-    for (int i = 0; i < bar->count(); ++i)
-        for (const auto side : {QTabBar::LeftSide, QTabBar::RightSide})
-            if (QWidget* button = bar->tabButton(i, side))
-                button->setToolTip(QCoreApplication::translate("CloseButton", closeTab));
-    const std::pair<const char*, const char*> scrolling[] = {{"ScrollLeftButton", "Scroll Left"},
-                                                             {"ScrollRightButton", "Scroll Right"}};
-    for (const auto& [name, text] : scrolling)
-        if (auto* button = bar->findChild<QToolButton*>(QLatin1String(name)))
-            button->setAccessibleName(QTabBar::tr(text));
-}
-
 QString escaped(QString text)
 {
     return text.replace(QLatin1Char('&'), QLatin1String("&&"));
@@ -445,7 +430,6 @@ void MainWindow::createLanguages()
 void MainWindow::retranslate()
 {
     m_tabs->setTabText(0, tr("Find Servers"));
-    ::retranslate(m_tabs->tabBar());
     const QStringList trees = {tr("OPC UA"), tr("Data Access"), tr("Alarms & Events")};
     m_discovery->setItemTexts(
         QStringList{tr("&OPC UA"), tr("Data &Access"), tr("Ala&rms && Events")}.join(

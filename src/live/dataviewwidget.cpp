@@ -58,21 +58,6 @@ void setLine(QLabel* label, const QString& text)
     label->setVisible(!text.isEmpty());
 }
 
-// Qt's own texts of a tab bar, which do not follow by themselves.
-void retranslate(QTabBar* bar)
-{
-    const char* const closeTab = "Close Tab";
-    for (int i = 0; i < bar->count(); ++i)
-        for (const auto side : {QTabBar::LeftSide, QTabBar::RightSide})
-            if (QWidget* button = bar->tabButton(i, side))
-                button->setToolTip(QCoreApplication::translate("CloseButton", closeTab));
-    const std::pair<const char*, const char*> scrolling[] = {{"ScrollLeftButton", "Scroll Left"},
-                                                             {"ScrollRightButton", "Scroll Right"}};
-    for (const auto& [name, text] : scrolling)
-        if (auto* button = bar->findChild<QToolButton*>(QLatin1String(name)))
-            button->setAccessibleName(QTabBar::tr(text));
-}
-
 QMetaEnum columnNames()
 {
     return QMetaEnum::fromType<QvelDataViewModel::Column>();
@@ -266,7 +251,6 @@ void QvelDataViewWidget::Private::retranslate()
     plus->setAccessibleName(newList->toolTip());
     for (int i = 0; i < tabs->count(); ++i)
         showName(i);
-    ::retranslate(tabs->tabBar());
     setLine(message, {}); // it was said in the language before
     update();
 }
