@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 namespace {
 
@@ -134,7 +135,15 @@ QColor staleColor(const QPalette& palette)
 
 QVariant staleForeground(bool isStale)
 {
-    return isStale ? QVariant(QBrush(staleColor(QGuiApplication::palette()))) : QVariant();
+    if (!isStale)
+        return {};
+    // It is asked for in each cell, and not made there.
+    static qint64 key = 0;
+    static QBrush brush;
+    const QPalette palette = QGuiApplication::palette();
+    if (std::exchange(key, palette.cacheKey()) != palette.cacheKey())
+        brush = staleColor(palette);
+    return brush;
 }
 
 QString staleSentence()
