@@ -60,6 +60,18 @@ void showFlags(Control* control, QvelWidgetBase::QvelWidgetFlags flags)
     control->setFrame(flags != QvelWidgetBase::HideFrame);
 }
 
+/// An edit field's flags as those of its dialog.
+inline QvelDialogWidgetBase::QvelDialogWidgetFlags
+dialogFlags(QvelEditWidgetBase::QvelEditWidgetFlags flags)
+{
+    QvelDialogWidgetBase::QvelDialogWidgetFlags translated;
+    translated.setFlag(QvelDialogWidgetBase::ReadOnly,
+                       flags.testFlag(QvelEditWidgetBase::ReadOnly));
+    translated.setFlag(QvelDialogWidgetBase::NoResize,
+                       flags.testFlag(QvelEditWidgetBase::NoResize));
+    return translated;
+}
+
 inline void tellWhenCut(const QWidget* /*control*/) {} // no line, or one within a spin box
 
 /// Makes a control one of an inline editor's.

@@ -130,17 +130,6 @@ public:
     }
 
 private:
-    static QvelDialogWidgetBase::QvelDialogWidgetFlags
-    dialogFlags(QvelEditWidgetBase::QvelEditWidgetFlags flags)
-    {
-        QvelDialogWidgetBase::QvelDialogWidgetFlags translated;
-        translated.setFlag(QvelDialogWidgetBase::ReadOnly,
-                           flags.testFlag(QvelEditWidgetBase::ReadOnly));
-        translated.setFlag(QvelDialogWidgetBase::NoResize,
-                           flags.testFlag(QvelEditWidgetBase::NoResize));
-        return translated;
-    }
-
     QvelEditWidgetBase* const m_field;
     QLineEdit* m_edit;
     QToolButton* m_button;

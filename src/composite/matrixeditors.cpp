@@ -186,9 +186,9 @@ void QvelDialogWidgetMatrix::askForDimensions()
     for (OpcUa_UInt32 length : dimensions)
         parts << QString::number(length);
     const QPointer<QInputDialog> input = new QInputDialog(this);
-    retranslated(input, [&input] {
-        input->setWindowTitle(tr("Set Matrix Dimensions"));
-        input->setLabelText(tr("Enter a comma separated list of dimensions (e.g. '2,4,6'):"));
+    retranslated(input, [dialog = input.data()] {
+        dialog->setWindowTitle(tr("Set Matrix Dimensions"));
+        dialog->setLabelText(tr("Enter a comma separated list of dimensions (e.g. '2,4,6'):"));
     });
     input->setInputMode(QInputDialog::TextInput);
     input->findChild<QLineEdit*>()->setMaxLength(std::numeric_limits<int>::max());

@@ -59,13 +59,6 @@ void QvelDialogWidgetExpandedNodeId::sltComboIndexChanged(int iIndex)
     m_nodeId->setIdentifierType(iIndex);
 }
 
-static QvelDialogWidgetBase::QvelDialogWidgetFlags
-dialogFlags(QvelEditWidgetBase::QvelEditWidgetFlags flags)
-{
-    return flags.testFlag(QvelEditWidgetBase::ReadOnly) ? QvelDialogWidgetBase::ReadOnly
-                                                        : QvelDialogWidgetBase::NoFlags;
-}
-
 QvelEditWidgetExpandedNodeId::QvelEditWidgetExpandedNodeId(QvelEditWidgetFlags flags,
                                                            QWidget* parent,
                                                            Qt::WindowFlags windowFlags)
