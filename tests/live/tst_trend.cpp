@@ -654,7 +654,9 @@ private Q_SLOTS:
         QCOMPARE(trend.pointCount(historic), loaded);
         // Without a server what was recorded stays, and a new session goes on.
         const qsizetype kept = trend.pointCount(moving);
+        trend.loadHistory();
         session.reset();
+        QTRY_VERIFY(!trend.accessibleDescription().contains("Reading"));
         QVERIFY(trend.pointCount(moving) >= kept);
         Relay relay(quint16(QUrl(url).port()));
         QvelSession again(user.options);
@@ -684,6 +686,13 @@ private Q_SLOTS:
             return csv.data();
         };
         QTRY_VERIFY_WITH_TIMEOUT(recorded().contains("Item0,,,BadDataLost\r\n"), 60000);
+        // The host may take the session away when it hears of a name.
+        connect(&trend, &QvelTrendWidget::seriesChanged, &trend, [&trend] {
+            if (trend.seriesName(trend.series().last()) == "Item1")
+                trend.setSession(nullptr);
+        });
+        trend.addVariable(link("Item1"));
+        QTRY_VERIFY(!trend.session());
     }
 };
 

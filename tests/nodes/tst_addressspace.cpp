@@ -358,7 +358,7 @@ void tst_AddressSpace::comesBack()
 }
 
 // What nodes answer, by their number.
-static std::optional<BrowseResult> answerOf(OpcUa_UInt32 number, bool isHealed)
+static std::optional<BrowseResult> answerOf(OpcUa_UInt32 number, int healed)
 {
     BrowseResult result;
     const auto add = [&result](OpcUa_UInt32 id, const QByteArray& name, OpcUa_UInt32 server = 0) {
@@ -380,12 +380,16 @@ static std::optional<BrowseResult> answerOf(OpcUa_UInt32 number, bool isHealed)
         add(7, "remote", 1);
         break;
     case 4:
-        if (isHealed)
+        if (healed > 0)
             add(41, "here");
         else
             result.status = OpcUa_BadNodeIdUnknown;
         break;
     case 5:
+        if (healed > 1) {
+            add(1001, "child");
+            break;
+        }
         result.continuationPoint = "more";
         static OpcUa_UInt32 last = 1000;
         for (int i = 0; i < 10000; ++i)
@@ -402,7 +406,7 @@ static std::optional<BrowseResult> answerOf(OpcUa_UInt32 number, bool isHealed)
 void tst_AddressSpace::hostile()
 {
     const Identity identity = makeIdentity(2048);
-    std::atomic<bool> isHealed{false};
+    std::atomic<int> healed{0};
     const Server::Fault browse = [&](Server& s, const Message& m, OpcUa_UInt32 type) {
         if (type != BrowseRequest::encodingId && type != BrowseNextRequest::encodingId)
             return false;
@@ -410,7 +414,7 @@ void tst_AddressSpace::hostile()
         if (type == BrowseRequest::encodingId)
             number =
                 decoded<BrowseRequest>(m).nodesToBrowse.value(0).nodeId.toString().bytes().toUInt();
-        const auto result = answerOf(number, isHealed);
+        const auto result = answerOf(number, healed);
         if (result && type == BrowseRequest::encodingId)
             s.reply(m, BrowseResponse{{}, {*result}, {}});
         else if (result)
@@ -454,7 +458,7 @@ void tst_AddressSpace::hostile()
     QTRY_VERIFY(lastText(gone).contains("BadNodeIdUnknown: Der Server hat keinen"));
     QVERIFY(qvelInstallLanguage(QLocale::English));
     QTRY_VERIFY(lastText(gone).contains("BadNodeIdUnknown: The server has no"));
-    isHealed = true;
+    healed = 1;
     tree.press(Qt::Key_F5);
     QTRY_COMPARE_WITH_TIMEOUT(lastText(gone), QString("here"), patience);
     QCOMPARE(tree.model()->rowCount(gone), 1);
@@ -463,6 +467,9 @@ void tst_AddressSpace::hostile()
     QTRY_VERIFY2_WITH_TIMEOUT(lastText(at(4)).contains("BadEncodingLimitsExceeded"),
                               qPrintable(lastText(at(4))), patience);
     QVERIFY(tree.model()->rowCount(at(4)) > 10000);
+    healed = 2;
+    tree.press(Qt::Key_F5);
+    QTRY_COMPARE_WITH_TIMEOUT(lastText(at(4)), QString("child"), patience);
     QTRY_VERIFY_WITH_TIMEOUT(lastText(open(6)).contains("another server"), patience);
     open(5);
     QTRY_COMPARE_WITH_TIMEOUT(lastText(at(5)), QString("Loading..."), patience);
