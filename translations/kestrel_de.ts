@@ -2366,10 +2366,6 @@ derzeit nicht geschrieben werden.</translation>
         <translation>Dem Zertifikat des Servers wird nicht vertraut.</translation>
     </message>
     <message>
-        <source>Findings</source>
-        <translation>Befunde</translation>
-    </message>
-    <message>
         <source>What was found</source>
         <translation>Was festgestellt wurde</translation>
     </message>

@@ -1,5 +1,6 @@
 #include "displaydialog.h"
 
+#include "base/focus_p.h"
 #include "base/retranslate_p.h"
 #include "base/windowplace_p.h"
 
@@ -35,14 +36,15 @@ void QvelDisplayDialog::setFlags(QvelDisplayDialogFlags flags)
 {
     m_flags = flags;
     const bool readOnly = flags.testFlag(ReadOnly);
-    m_textEdit->setReadOnly(readOnly);
+    setTextReadOnly(m_textEdit, readOnly);
     const bool wraps = flags.testFlag(WrapAnywhere);
     m_textEdit->setLineWrapMode(wraps ? QTextEdit::WidgetWidth : QTextEdit::NoWrap);
     m_textEdit->setWordWrapMode(wraps ? QTextOption::WrapAnywhere
                                       : QTextOption::WrapAtWordBoundaryOrAnywhere);
     m_buttons->setStandardButtons(QDialogButtonBox::Ok | QDialogButtonBox::Cancel); // as new
     m_buttons->button(QDialogButtonBox::Ok)->setVisible(!readOnly);
-    if (readOnly) // the hidden button would stop Tab
+    m_buttons->setFocusProxy(nullptr); // Tab would come back to the buttons over the box
+    if (readOnly)                      // the hidden button would stop Tab
         setTabOrder(m_textEdit, m_buttons->button(QDialogButtonBox::Cancel));
     setTexts();
 }

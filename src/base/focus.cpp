@@ -1,7 +1,7 @@
 #include "focus_p.h"
 
 #include <QtGui/QFocusEvent>
-#include <QtWidgets/QWidget>
+#include <QtWidgets/QTextEdit>
 
 namespace {
 
@@ -29,4 +29,11 @@ private:
 void passFocusOn(QWidget* widget, QWidget* control)
 {
     new FocusPasser(widget, control);
+}
+
+void setTextReadOnly(QTextEdit* text, bool readOnly)
+{
+    text->setReadOnly(readOnly);
+    if (readOnly)
+        text->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
 }

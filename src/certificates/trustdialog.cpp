@@ -128,7 +128,6 @@ QvelTrustDialog::QvelTrustDialog(const QvelCertificateQuestion& question, QWidge
         for (const UaPkiFinding& finding : findings)
             lines.append(QStringLiteral("\u2022 ") + shownText(finding.text()));
         findingsLabel->setText(lines.join(QLatin1Char('\n')));
-        findingsLabel->setAccessibleName(tr("Findings"));
         found->setTitle(tr("What was found"));
         certificate->setTitle(tr("The certificate"));
         hint->setText(tr("Compare the thumbprint with the one that the server itself shows. "

@@ -133,9 +133,10 @@ void QvelWidgetVariant::updateValueWidget()
     if (editor.watch)
         editor.watch(widget, this, [this] { sltValueChanged(); });
     retranslated(widget, [widget, isNull = !editor.create] {
-        widget->setAccessibleName(tr("Value"));
         if (isNull)
             static_cast<QLabel*>(widget)->setText(tr("Null"));
+        else
+            widget->setAccessibleName(tr("Value"));
     });
     m_grid->addWidget(widget, valueRow, valueColumn);
     m_valueLabel->setBuddy(widget);

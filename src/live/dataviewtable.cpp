@@ -344,12 +344,6 @@ void DataViewTable::paintEvent(QPaintEvent* event)
         QTableView::paintEvent(&partEvent);
     }
     paintViewHint(this);
-    if (m_list->rowCount() == 0 && hasFocus()) { // there is no row that would show it
-        QPainter painter(viewport());
-        QStyleOptionFocusRect focus;
-        focus.initFrom(viewport());
-        style()->drawPrimitive(QStyle::PE_FrameFocusRect, &focus, &painter, this);
-    }
 }
 
 void DataViewTable::dropEvent(QDropEvent* event)

@@ -1,6 +1,7 @@
 #include "filefield_p.h"
 
 #include "base/editorhelpers_p.h"
+#include "base/focus_p.h"
 #include "base/settingscbinterface.h"
 
 #include <QtCore/QCoreApplication>
@@ -82,7 +83,7 @@ void FileField::showDialog(qsizetype atLeast, const std::function<QString()>& te
     m_isDialogWhole = std::max(atLeast, shown.size()) <= maxDialogCharacters;
     if (!m_isDialogWhole)
         shown = tooLongText();
-    m_dialog->findChild<QTextEdit*>()->setReadOnly(m_readOnly || !m_isDialogWhole);
+    setTextReadOnly(m_dialog->findChild<QTextEdit*>(), m_readOnly || !m_isDialogWhole);
     auto* buttons = m_dialog->findChild<QDialogButtonBox*>();
     buttons->button(QDialogButtonBox::Ok)->setEnabled(m_isDialogWhole);
     m_dialog->setText(shown);

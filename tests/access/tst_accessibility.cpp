@@ -142,11 +142,11 @@ static QWidgetList journey(Qt::Key key, QStringList& faults)
         if (next == last && ++stays < 10) // a part of a date
             continue;
         stays = 0;
-        // Fusion shows a default button as one with the focus; empty lists have nothing to do.
-        const auto* view = qobject_cast<QAbstractItemView*>(last);
+        // Fusion shows a default button as one with the focus; the list of certificates is Qt's
+        // own.
         const auto* button = qobject_cast<QPushButton*>(last);
-        const bool isPlain = (view && !view->acceptDrops() && view->model()->rowCount() == 0) ||
-                             (button && button->autoDefault());
+        const bool isPlain =
+            (button && button->autoDefault()) || last->accessibleName() == "Certificates";
         if (next != last && !isPlain && last->grab().toImage() == focused)
             faults.append(told(last, "hides its focus"));
         if (!next || places.contains(next)) {
@@ -232,6 +232,8 @@ static QStringList faultsOf(QWidget* window)
         if (view && view->contextMenuPolicy() != Qt::DefaultContextMenu &&
             view->currentIndex().isValid() && !hasMenu(view))
             faults.append(told(each, "has no menu by key"));
+        if (view && view->model()->rowCount() > 0 && !view->accessibleDescription().isEmpty())
+            faults.append(told(each, "says why it is empty"));
     }
     for (const QString& fault : std::as_const(faults))
         qInfo("%s", qPrintable(fault));
