@@ -82,7 +82,8 @@ void NodeTable::setSession(QvelSession* session)
     if (m_session)
         m_session->disconnect(this);
     m_session = session;
-    m_isReading = m_wasConnected = false;
+    m_reading = 0;
+    m_wasConnected = false;
     if (!session)
         return;
     const auto look = [this] {
@@ -92,7 +93,7 @@ void NodeTable::setSession(QvelSession* session)
             readNames();
             Q_EMIT connected();
         } else if (std::exchange(m_wasConnected, false)) {
-            m_isReading = false;
+            m_reading = 0;
             Q_EMIT lost();
         }
     };
@@ -226,16 +227,19 @@ QString NodeTable::inverseName(quint32 type) const
 
 void NodeTable::readNames()
 {
-    if (m_unnamed.isEmpty() || m_isReading || !isConnected())
+    if (m_unnamed.isEmpty() || m_reading != 0 || !isConnected())
         return;
     QList<QvelReadItem> items;
     for (const quint32 type : std::as_const(m_unnamed))
         for (const auto attribute : {QvelAttribute::DisplayName, QvelAttribute::InverseName})
             if (attribute == QvelAttribute::DisplayName || m_types[type].isReferenceType)
                 items.append({nodeId(m_types[type].key), attribute, {}, {}});
-    m_isReading = true;
-    const auto take = [this, asked = m_unnamed](const QvelReadResult& result) {
-        if (!std::exchange(m_isReading, false) || result.status.isBad())
+    m_reading = ++m_lastReading;
+    const auto take = [this, number = m_reading, asked = m_unnamed](const QvelReadResult& result) {
+        if (number != m_reading) // the answer of an earlier connection
+            return;
+        m_reading = 0;
+        if (result.status.isBad())
             return; // asked again after the next connection
         m_unnamed.remove(0, asked.size());
         qsizetype place = 0;
@@ -243,10 +247,10 @@ void NodeTable::readNames()
             return shownText(
                 result.values.value(place++).value().toLocalizedText().text().toQString());
         };
-        for (const quint32 number : asked) {
-            m_types[number].name = next();
-            if (m_types[number].isReferenceType)
-                m_types[number].inverseName = next();
+        for (const quint32 type : asked) {
+            m_types[type].name = next();
+            if (m_types[type].isReferenceType)
+                m_types[type].inverseName = next();
         }
         Q_EMIT typeNamesChanged();
         readNames();

@@ -92,7 +92,8 @@ private:
     QHash<QByteArray, quint32> m_typeOf;
     QList<quint32> m_unnamed;
     QHash<const void*, QIcon> m_icons;
-    bool m_isReading = false;
+    quint32 m_reading = 0; ///< the number of the read under way, 0 for none
+    quint32 m_lastReading = 0;
     bool m_wasConnected = false;
 };
 

@@ -83,6 +83,7 @@ private Q_SLOTS:
     void references();
     void comesBack();
     void hostile();
+    void lateNames();
 
 private:
     PeerProcess m_server;
@@ -474,6 +475,66 @@ void tst_AddressSpace::hostile()
     open(5);
     QTRY_COMPARE_WITH_TIMEOUT(lastText(at(5)), QString("Loading..."), patience);
     QTRY_VERIFY_WITH_TIMEOUT(lastText(at(5)).contains("BadTimeout"), patience);
+}
+
+// Names of types that the server before tells late are not taken for those that this one owes.
+void tst_AddressSpace::lateNames()
+{
+    const Identity identity = makeIdentity(2048);
+    // Node 3 has three references, each of a type of its own, and node 1 one of another type. Names
+    // are told when a description is read.
+    const Server::Fault fault = [](Server& s, const Message& m, OpcUa_UInt32 type) {
+        if (type == BrowseRequest::encodingId) {
+            const UaNodeId node = decoded<BrowseRequest>(m).nodesToBrowse.value(0).nodeId;
+            const auto count = node.toString().bytes().toUInt();
+            BrowseResult result;
+            for (OpcUa_UInt32 i = 0; i < count; ++i) {
+                result.references.emplaceBack();
+                result.references.last().referenceTypeId = UaNodeId(1000 * count + i);
+                result.references.last().nodeId = UaExpandedNodeId(UaNodeId(i), UaString(), 0);
+            }
+            s.reply(m, BrowseResponse{{}, {result}, {}});
+            return true;
+        }
+        if (type != ReadRequest::encodingId)
+            return false;
+        const auto attribute = decoded<ReadRequest>(m).items.value(0).attributeId;
+        if (attribute == QvelAttribute::Description) {
+            for (const Message& names : std::exchange(s.kept, {}))
+                s.reply(names, s.good(decoded<ReadRequest>(names)));
+            return false;
+        }
+        if (attribute == QvelAttribute::DisplayName)
+            s.kept.push_back(m);
+        return attribute == QvelAttribute::DisplayName;
+    };
+    const auto script = [&](ServerPeer& peer) {
+        if (peer.acknowledge())
+            Server(peer, identity, 0, fault).serve();
+    };
+    HostileServer servers[] = {HostileServer(script), HostileServer(script)};
+    QvelSession before(m_user.options), now(m_user.options);
+    connectSession(before, settingOf(servers[0].url()));
+    connectSession(now, settingOf(servers[1].url()));
+    QvelReferencesModel model;
+    QSignalSpy named(&model, &QAbstractItemModel::dataChanged);
+    const auto show = [&](int node) {
+        model.setNode(UaExpandedNodeId(UaNodeId(OpcUa_UInt32(node)), UaString(), 0));
+        QTRY_COMPARE(model.rowCount(), node);
+        QTest::qWait(50); // the names are asked for
+    };
+    const auto tellNames = [](QvelSession& session) {
+        return resultOf(session.read({{UaNodeId(1), QvelAttribute::Description, {}, {}}}));
+    };
+    model.setSession(&before);
+    show(3);
+    model.setSession(&now);
+    show(3);
+    tellNames(before);
+    show(1);
+    named.clear();
+    tellNames(now);
+    QTRY_VERIFY(!named.isEmpty());
 }
 
 QTEST_MAIN(tst_AddressSpace)
