@@ -1,7 +1,6 @@
 // What a trend writes: pictures, values, and itself for a project file.
 
-#include "trendwidget.h"
-
+#include "live/trendwidget.h"
 #include "live/trendwidget_p.h"
 #include "nodes/nodelink.h"
 #include "session/whendone_p.h"

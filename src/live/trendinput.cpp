@@ -1,8 +1,7 @@
 // What the mouse, the keys, drops and the menu do to a trend.
 
-#include "trendwidget.h"
-
 #include "base/showntext_p.h"
+#include "live/trendwidget.h"
 #include "live/trendwidget_p.h"
 #include "nodes/nodelink.h"
 
