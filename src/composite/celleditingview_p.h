@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/viewhint_p.h"
+
 #include <QtCore/QCoreApplication>
 #include <QtCore/QPointer>
 #include <QtGui/QKeyEvent>
@@ -8,12 +10,12 @@
 #include <QtWidgets/QAbstractItemView>
 
 /// A view whose delegate is a QvelModelDelegate: what dialogs at a cell, and editors with controls
-/// inside, need of a view.
+/// inside, need of a view. Paints its hint (setViewHint()).
 template <class View>
-class CellEditingView : public View
+class CellEditingView : public HintedView<View>
 {
 public:
-    using View::View;
+    using HintedView<View>::HintedView;
 
 protected:
     using View::edit;

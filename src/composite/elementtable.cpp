@@ -1,7 +1,6 @@
 #include "elementtable_p.h"
 
 #include "base/retranslate_p.h"
-#include "base/viewhint_p.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QScopedValueRollback>
@@ -306,12 +305,6 @@ void ElementTable::reopen(QWidget* old, qsizetype focused)
                                                        "dropped."),
                            viewport());
     });
-}
-
-void ElementTable::paintEvent(QPaintEvent* event)
-{
-    CellEditingView::paintEvent(event);
-    paintViewHint(this);
 }
 
 void ElementTable::keyPressEvent(QKeyEvent* event)

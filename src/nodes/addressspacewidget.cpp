@@ -35,10 +35,10 @@ constexpr int updateInterval = 50;    // milliseconds, of what is told about a s
 namespace {
 
 /// A tree that knows when the current row moves by the keyboard.
-class NodeTree : public QTreeView
+class NodeTree : public HintedView<QTreeView>
 {
 public:
-    using QTreeView::QTreeView;
+    using HintedView::HintedView;
     bool isMovedByKey = false;
 
 protected:
@@ -49,11 +49,6 @@ protected:
         isMovedByKey = true;
         QTreeView::keyPressEvent(event);
         isMovedByKey = false;
-    }
-    void paintEvent(QPaintEvent* event) override
-    {
-        QTreeView::paintEvent(event);
-        paintViewHint(this);
     }
     // The line below comes and goes, and does not cover the row that it speaks of.
     void resizeEvent(QResizeEvent* event) override

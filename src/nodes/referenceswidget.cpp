@@ -14,28 +14,11 @@
 #include <QtWidgets/QTableView>
 #include <QtWidgets/QVBoxLayout>
 
-namespace {
-
-class ReferencesTable : public QTableView
-{
-public:
-    using QTableView::QTableView;
-
-protected:
-    void paintEvent(QPaintEvent* event) override
-    {
-        QTableView::paintEvent(event);
-        paintViewHint(this);
-    }
-};
-
-} // namespace
-
 class QvelReferencesWidget::Private
 {
 public:
     explicit Private(QvelReferencesWidget* q)
-        : model(new QvelReferencesModel(q)), table(new ReferencesTable(q))
+        : model(new QvelReferencesModel(q)), table(new HintedView<QTableView>(q))
     {
     }
     void copy() const

@@ -1,6 +1,5 @@
 #include "valuedelegate_p.h"
 
-#include "base/viewhint_p.h"
 #include "composite/arrayeditors.h"
 #include "composite/celleditor_p.h"
 #include "composite/matrixeditors.h"
@@ -108,10 +107,4 @@ void ValueList::finishEdit()
         return;
     commitData(editor);
     closeEditor(editor, QAbstractItemDelegate::NoHint);
-}
-
-void ValueList::paintEvent(QPaintEvent* event)
-{
-    CellEditingView::paintEvent(event);
-    paintViewHint(this);
 }

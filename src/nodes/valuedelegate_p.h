@@ -20,7 +20,6 @@ public:
 };
 
 /// A list of rows with one column of such cells, in which a row is edited, wherever it is clicked.
-/// Paints its hint (setViewHint()).
 class ValueList : public CellEditingView<QTreeView>
 {
 public:
@@ -31,7 +30,6 @@ public:
     void finishEdit();
 
 protected:
-    void paintEvent(QPaintEvent* event) override;
     bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
 
 private:
