@@ -71,9 +71,9 @@ private Q_SLOTS:
     {
         const EditorCase& c = current();
         const V& first = c.first;
-        for (int i = 0; i < 8; ++i) {
-            const int flags = i % 4;
-            Editor editor(c.create(i < 4 ? flags : 3 - flags));
+        for (int way = 0; way < 8; ++way) {
+            const int flags = way % 4;
+            Editor editor(c.create(way < 4 ? flags : 3 - flags));
             QVERIFY(editor.widget->setProperty("flags", flags)); // or from the beginning
             const bool isInline = editor.widget->inherits("QvelWidgetBase");
             const bool readOnly = flags & (isInline ? 2 : 1);
