@@ -215,7 +215,7 @@ void QvelCallWidget::Private::forget()
     inputs->setArguments({});
     outputs->setArguments({});
     tell(nullptr);
-    name->setText(shownText(qvelNodeIdText(method)));
+    name->setText(method == UaExpandedNodeId() ? QString() : shownText(qvelNodeIdText(method)));
     description->clear();
 }
 

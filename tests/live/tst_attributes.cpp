@@ -121,6 +121,8 @@ private Q_SLOTS:
             new QAbstractItemModelTester(model, model);
         m_widget->setSession(m_session.get());
         m_call->setSession(m_session.get());
+        for (auto* label : m_call->findChildren<QLabel*>())
+            QVERIFY(label->text() != "i=0");
         m_widget->resize(900, 700);
         m_call->resize(900, 700);
     }
