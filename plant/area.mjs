@@ -1,11 +1,13 @@
 // An area of the plant: what a server of it is made of, and the values that move in it.
 import {
     addAggregateSupport, coerceNodeId, DataType, installAggregateConfigurationOptions,
-    PermissionFlag, standardUnits, StatusCodes, VariantArrayType,
+    makeEUInformation, PermissionFlag, standardUnits, StatusCodes, VariantArrayType,
 } from "../tests/support/peers/opcua.mjs";
 
 /** Namespace of the data types, see plant.NodeSet2.xml. */
 export const typesUri = "urn:kestrel:plant";
+
+const units = { ...standardUnits, per_hour: makeEUInformation("H10", "1/h", "reciprocal hour") };
 
 /** The users; what an operator may, an engineer may, too. Everybody may look. */
 const roleIds = { anonymous: "i=15644", operator: "i=15680", engineer: "i=16036" };
@@ -109,7 +111,7 @@ export class Area {
     /** A measured or set quantity with its unit and range. `write` is the role that may. */
     analog(parent, name, unit, low, high, { dataType = "Double", ...options } = {}) {
         return this.#tag("addAnalogDataItem", parent, name, { dataType: DataType[dataType] }, {
-            value: low, dataType, engineeringUnits: standardUnits[unit],
+            value: low, dataType, engineeringUnits: units[unit],
             engineeringUnitsRange: { low, high }, instrumentRange: { low, high }, ...options });
     }
 

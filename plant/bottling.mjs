@@ -24,9 +24,9 @@ export function build(area) {
     area.variable(line, "RecipeBook", "ExtensionObject", book,
         { dataType: area.dataType("RecipeType") });
     const bottle = stateOf("Bottle", "BottleSize", book[0].bottle, { write: "operator" });
-    const setSpeed = area.analog(line, "SpeedSetPoint", "one", 0, 24000,
+    const setSpeed = area.analog(line, "SpeedSetPoint", "per_hour", 0, 24000,
         { value: 12000, write: "operator", description: "Bottles an hour" });
-    const speed = area.analog(line, "Speed", "one", 0, 24000,
+    const speed = area.analog(line, "Speed", "per_hour", 0, 24000,
         { value: 0, history: true, description: "Bottles an hour" });
     const pressure = area.analog(line, "FillerPressure", "bar", 0, 6, { history: true });
     const produced = area.variable(line, "Produced", "UInt32", 0);

@@ -15,7 +15,7 @@ import { DataType, Variant, VariantArrayType } from "node-opcua-variant";
 export { addAggregateSupport, installAggregateConfigurationOptions } from "node-opcua-aggregates";
 export { AttributeIds, OPCUAClient } from "node-opcua-client";
 export { PermissionFlag } from "node-opcua-data-model";
-export { standardUnits } from "node-opcua-data-access";
+export { makeEUInformation, standardUnits } from "node-opcua-data-access";
 export { nodesets } from "node-opcua-nodesets";
 export { MessageSecurityMode, SecurityPolicy } from "node-opcua-secure-channel";
 export { OPCUAServer, RegisterServerMethod } from "node-opcua-server";
