@@ -183,6 +183,7 @@ public:
     void renumber(int from);
     void emitRows(const QList<Row*>& changed, Column first, Column last);
     void emitAll();
+    void forgetRights();
 
     void subscribe(const QList<RowPointer>& candidates);
     void unsubscribe(const QList<Row*>& gone);
@@ -318,6 +319,19 @@ void QvelDataViewModel::Private::emitAll()
 {
     if (!rows.empty())
         Q_EMIT q->dataChanged(q->index(0, 0), q->index(int(rows.size()) - 1, ColumnCount - 1));
+}
+
+// What another server allowed and answered is not this one's. Nor is what an editor holds: by the
+// reset the views close theirs.
+void QvelDataViewModel::Private::forgetRights()
+{
+    q->beginResetModel();
+    for (const RowPointer& row : rows) {
+        row->access = 0;
+        row->writing = Writing::Never;
+        ++row->writes;
+    }
+    q->endResetModel();
 }
 
 // --- Subscriptions -------------------------------------------------------------------------------
@@ -822,6 +836,7 @@ void QvelDataViewModel::setSession(QvelSession* session)
     d->groups.clear();
     d->session = session;
     if (session) {
+        d->forgetRights();
         connect(session, &QvelSession::stateChanged, this, [this](QvelSession::State state) {
             if (state == QvelSession::Connected)
                 d->subscribe({d->rows.begin(), d->rows.end()});

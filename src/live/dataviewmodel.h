@@ -60,7 +60,8 @@ public:
     explicit QvelDataViewModel(QObject* parent = nullptr);
     ~QvelDataViewModel() override;
 
-    /// Null for none.
+    /// Null for none. With another session the model is reset: what is being edited is not sent to
+    /// that.
     void setSession(QvelSession* session);
     QvelSession* session() const;
 

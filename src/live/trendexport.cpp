@@ -7,6 +7,7 @@
 
 #include <QtCore/QBuffer>
 #include <QtCore/QJsonArray>
+#include <QtCore/QPointer>
 #include <QtCore/QPromise>
 #include <QtCore/QSaveFile>
 #include <QtCore/QThreadPool>
@@ -224,14 +225,18 @@ bool QvelTrendWidget::fromJson(const QJsonObject& object, QString* error)
                                            : tr("This is no saved trend.");
         return false;
     }
+    const QPointer<QvelTrendWidget> alive(this);
     const auto shown = d->nodes.keys();
     for (const int id : shown)
-        removeSeries(id);
+        if (alive)
+            removeSeries(id);
     const auto variables = object["variables"].toArray();
     for (const QJsonValue value : variables) {
         const QJsonObject entry = value.toObject();
         const auto node = qvelParseNodeId(entry["nodeId"].toString());
-        const int id = node ? addVariable({*node, entry["name"].toString()}) : 0;
+        const int id = node && alive ? addVariable({*node, entry["name"].toString()}) : 0;
+        if (!alive)
+            return false;
         if (!id) {
             damaged.append(entry["nodeId"].toString());
             continue;

@@ -92,9 +92,11 @@ void QvelTrendWidget::Private::moveCursor(bool forward)
         return;
     if (*found < view.from || *found > view.to) {
         const qint64 half = (view.to - view.from) / 2;
-        stand(*found - half, *found + half);
+        if (!stand(*found - half, *found + half))
+            return;
     }
-    setCursor(found);
+    if (!setCursor(found))
+        return;
     finishView();
     q->setAccessibleDescription(spoken());
     if (QAccessible::isActive()) {
@@ -112,22 +114,22 @@ void QvelTrendWidget::Private::drag(const QPointF& to)
         changed();
         return;
     }
+    for (const auto& [key, low, high] : std::as_const(press.scales)) {
+        const double offset = delta.y() / now.plot().height() * (high - low);
+        fixScale(key, low + offset, high + offset);
+    }
     if (press.drag == Drag::Pan) {
         const double part = -delta.x() / now.plot().width();
         const qint64 offset = scaled(press.to - press.from, part);
         stand(press.from + offset, press.to + offset);
     }
-    for (const auto& [key, low, high] : std::as_const(press.scales)) {
-        const double offset = delta.y() / now.plot().height() * (high - low);
-        fixScale(key, low + offset, high + offset);
-    }
 }
 
-void QvelTrendWidget::Private::drawBand(const QPointF& to)
+void QvelTrendWidget::Private::drawBand(const QPointF& from, const QPointF& to)
 {
     constexpr double least = 4; // pixels; less was no band
     const TrendPicture now = picture();
-    const QRectF band = QRectF(press.place, to).normalized() & now.plot();
+    const QRectF band = QRectF(from, to).normalized() & now.plot();
     view.band = {};
     changed();
     if (band.width() < least)
@@ -148,11 +150,11 @@ void QvelTrendWidget::Private::cancelDrag()
     if (was.drag == Drag::None || !was.isMoved)
         return;
     view.fixedScales = was.fixedScales;
+    changed();
     if (was.following > 0)
         q->setFollowing(was.following);
     else if (was.drag == Drag::Pan)
         stand(was.from, was.to);
-    changed();
 }
 
 void QvelTrendWidget::mousePressEvent(QMouseEvent* event)
@@ -209,11 +211,11 @@ void QvelTrendWidget::mouseReleaseEvent(QMouseEvent* event)
 {
     if (event->button() != Qt::LeftButton)
         return QWidget::mouseReleaseEvent(event);
-    if (d->press.drag == Private::Drag::Band)
-        d->drawBand(event->position());
-    else if (d->press.drag == Private::Drag::Legend)
-        setSeriesVisible(d->press.series, !isSeriesVisible(d->press.series));
-    d->press = {};
+    const Private::Press was = std::exchange(d->press, {});
+    if (was.drag == Private::Drag::Band)
+        d->drawBand(was.place, event->position());
+    else if (was.drag == Private::Drag::Legend)
+        setSeriesVisible(was.series, !isSeriesVisible(was.series));
 }
 
 void QvelTrendWidget::mouseDoubleClickEvent(QMouseEvent* event)
@@ -234,12 +236,12 @@ void QvelTrendWidget::mouseDoubleClickEvent(QMouseEvent* event)
 
 void QvelTrendWidget::leaveEvent(QEvent* event)
 {
+    QWidget::leaveEvent(event);
     if (std::exchange(d->hover, std::nullopt)) {
         d->view.cursor.reset();
         d->changed();
         Q_EMIT cursorTimeChanged({});
     }
-    QWidget::leaveEvent(event);
 }
 
 void QvelTrendWidget::wheelEvent(QWheelEvent* event)
@@ -270,9 +272,7 @@ void QvelTrendWidget::wheelEvent(QWheelEvent* event)
 void QvelTrendWidget::keyPressEvent(QKeyEvent* event)
 {
     if (event->matches(QKeySequence::Paste)) {
-        const auto nodes = qvelNodeLinks(QGuiApplication::clipboard()->mimeData());
-        for (const QvelNodeLink& node : nodes)
-            addVariable(node);
+        d->add(qvelNodeLinks(QGuiApplication::clipboard()->mimeData()));
         return;
     }
     const auto modifiers = event->modifiers() & ~Qt::KeypadModifier;
@@ -432,10 +432,9 @@ void QvelTrendWidget::dragEnterEvent(QDragEnterEvent* event)
 void QvelTrendWidget::dropEvent(QDropEvent* event)
 {
     const auto nodes = qvelNodeLinks(event->mimeData());
-    for (const QvelNodeLink& node : nodes)
-        addVariable(node);
     if (!nodes.isEmpty())
         event->acceptProposedAction();
+    d->add(nodes);
 }
 
 bool QvelTrendWidget::event(QEvent* event)

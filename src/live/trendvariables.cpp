@@ -89,6 +89,7 @@ bool TrendVariables::isConnected() const
 void TrendVariables::forgetItems()
 {
     ++m_generation;
+    ++m_sessionNumber;
     m_ids.clear();
     for (Variable& variable : m_variables)
         variable = Variable(variable.node);
@@ -331,7 +332,9 @@ void TrendVariables::loadHistory(const QList<int>& ids, UaDateTime from, UaDateT
     details.to = to;
     details.maximum = OpcUa_UInt32(std::min<qsizetype>(most, details.maximum));
     const auto future = m_session->historyRead(items, details);
-    whenDone(future, this, [this, ids](const QvelHistoryResult& result) {
+    whenDone(future, this, [this, ids, number = m_sessionNumber](const QvelHistoryResult& result) {
+        if (number != m_sessionNumber)
+            return; // it is another server's
         for (qsizetype i = 0; i < ids.size(); ++i) {
             const QvelHistoryNodeResult node = result.results.value(i, {result.status, {}});
             if (m_variables.contains(ids[i]))

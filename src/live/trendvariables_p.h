@@ -84,5 +84,6 @@ private:
     double m_samplingInterval = 250;
     OpcUa_UInt32 m_queueSize = 10;
     quint32 m_generation = 0; // answers for an earlier one are dropped
+    quint32 m_sessionNumber = 0;
     QTimer m_soon;
 };

@@ -5,6 +5,7 @@
 #include "live/trendwidget_p.h"
 #include "nodes/nodelink.h"
 
+#include <QtCore/QPointer>
 #include <QtGui/QPainter>
 
 #include <algorithm>
@@ -265,22 +266,34 @@ void QvelTrendWidget::Private::follow()
         normalized(view.now - qint64(following * trendTicksPerSecond), view.now);
 }
 
-void QvelTrendWidget::Private::stand(qint64 from, qint64 to)
+bool QvelTrendWidget::Private::stand(qint64 from, qint64 to)
 {
     const bool followed = std::exchange(following, 0) > 0;
     std::tie(view.from, view.to) = normalized(from, to);
     changed();
+    const QPointer<QvelTrendWidget> alive(q);
     Q_EMIT q->timeRangeChanged();
-    if (followed)
+    if (followed && alive)
         Q_EMIT q->followingChanged(0);
+    return alive;
 }
 
-void QvelTrendWidget::Private::setCursor(std::optional<qint64> time)
+bool QvelTrendWidget::Private::setCursor(std::optional<qint64> time)
 {
     hover.reset();
-    fixedCursor = time;
+    fixedCursor = view.cursor = time;
     changed();
+    const QPointer<QvelTrendWidget> alive(q);
     Q_EMIT q->cursorTimeChanged(UaDateTime(time.value_or(0)));
+    return alive;
+}
+
+void QvelTrendWidget::Private::add(const QList<QvelNodeLink>& links)
+{
+    const QPointer<QvelTrendWidget> alive(q);
+    for (const QvelNodeLink& link : links)
+        if (alive)
+            q->addVariable(link);
 }
 
 TrendLook QvelTrendWidget::Private::look() const
@@ -701,7 +714,6 @@ UaDateTime QvelTrendWidget::cursorTime() const
 void QvelTrendWidget::setCursorTime(const UaDateTime& time)
 {
     d->setCursor(time.isNull() ? std::nullopt : std::optional(qint64(time.ticks())));
-    d->view.cursor = d->fixedCursor;
 }
 
 QRect QvelTrendWidget::plotArea() const

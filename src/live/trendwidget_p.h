@@ -58,16 +58,18 @@ public:
 
     qint64 edge() const;
     void follow();
-    void stand(qint64 from, qint64 to);
+    /// These tell the host, which may delete the widget: false where that is gone.
+    bool stand(qint64 from, qint64 to);
+    bool setCursor(std::optional<qint64> time);
+    void add(const QList<QvelNodeLink>& links);
     void zoomTime(double factor, qint64 around);
     void pan(double part);
     void fixScale(const QString& key, double low, double high);
     void zoomScales(double factor, double shift);
-    void drawBand(const QPointF& to);
+    void drawBand(const QPointF& from, const QPointF& to);
     void drag(const QPointF& to);
     void cancelDrag();
     void moveCursor(bool forward);
-    void setCursor(std::optional<qint64> time);
 
     TrendLook look() const;
     TrendPicture picture();

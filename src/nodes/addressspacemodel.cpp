@@ -11,6 +11,7 @@
 
 #include <QtCore/QLocale>
 #include <QtCore/QMimeData>
+#include <QtCore/QPointer>
 #include <QtCore/QSet>
 #include <QtCore/QTimer>
 
@@ -246,9 +247,10 @@ public:
     }
     bool failUnconnected()
     {
-        if (!table.isConnected())
+        const bool isUnconnected = !table.isConnected();
+        if (isUnconnected)
             fail(QvelAddressSpaceModel::tr("The session is not connected."));
-        return !table.isConnected();
+        return isUnconnected;
     }
     void ascend();
     void climb(const QvelBrowseResult& result);
@@ -291,9 +293,11 @@ void QvelAddressSpaceModel::Private::clear()
 
 void QvelAddressSpaceModel::setSession(QvelSession* session)
 {
+    const QPointer<QvelAddressSpaceModel> alive(this);
     d->table.setSession(nullptr);
     d->clear();
-    d->table.setSession(session); // begins where it is connected
+    if (alive)
+        d->table.setSession(session); // begins where it is connected
 }
 
 QvelSession* QvelAddressSpaceModel::session() const
@@ -303,9 +307,10 @@ QvelSession* QvelAddressSpaceModel::session() const
 
 void QvelAddressSpaceModel::setRootNode(const UaExpandedNodeId& id)
 {
+    const QPointer<QvelAddressSpaceModel> alive(this);
     d->rootId = id;
     d->clear();
-    if (d->table.isConnected())
+    if (alive && d->table.isConnected())
         d->begin();
 }
 
@@ -322,8 +327,8 @@ bool QvelAddressSpaceModel::isStale() const
 void QvelAddressSpaceModel::Private::begin()
 {
     if (root) {
-        setStale(false);
-        return q->refresh();
+        q->refresh();
+        return setStale(false);
     }
     tree = std::make_shared<int>();
     q->beginInsertRows({}, 0, 0);

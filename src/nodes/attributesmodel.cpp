@@ -257,6 +257,7 @@ public:
     bool isLive = false;
     quint64 question = 0; // answers to an earlier one are dropped
     quint64 subject = 0;  // counts nodes and sessions
+    quint64 told = 0;     // that of which the attributes have come
 };
 
 const QvelAttributesModel::Private::Row* QvelAttributesModel::Private::find(int place) const
@@ -320,10 +321,12 @@ UaVariant QvelAttributesModel::Private::valueOf(OpcUa_UInt32 attributeId) const
     return row ? row->cell.value() : UaVariant();
 }
 
-// As it was when there was a connection last.
+// As it was when there was a connection last, of this session.
 bool QvelAttributesModel::Private::mayWrite(const Row& row) const
 {
     constexpr OpcUa_Int32 variableType = 16;
+    if (told != subject)
+        return false;
     if (row.attributeId == QvelAttribute::Value &&
         valueOf(QvelAttribute::NodeClass).toInt32() != variableType)
         return valueOf(QvelAttribute::UserAccessLevel).toByte() & QvelAccessLevelMask::CurrentWrite;
@@ -401,6 +404,7 @@ void QvelAttributesModel::Private::takeAttributes(const QvelReadResult& result)
         fail(status);
         return;
     }
+    told = subject;
     qsizetype next = 0;
     for (const Attribute& attribute : attributes)
         if (attribute.id != QvelAttribute::Value)
@@ -650,6 +654,10 @@ void QvelAttributesModel::setSession(QvelSession* session)
     d->clear();
     d->session = session;
     if (session) {
+        beginResetModel(); // which closes the editors
+        for (Private::Row& row : d->rows)
+            row.result = {};
+        endResetModel();
         const auto look = [this] {
             d->load();
             d->followValue();

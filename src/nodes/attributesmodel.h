@@ -33,7 +33,8 @@ public:
     explicit QvelAttributesModel(QObject* parent = nullptr);
     ~QvelAttributesModel() override;
 
-    /// Not owned; may be null, and may be deleted at any time.
+    /// Not owned; may be null, and may be deleted at any time. With another session the model is
+    /// reset: what is being edited is not sent to that.
     void setSession(QvelSession* session);
     QvelSession* session() const;
     /// A null NodeId for none.

@@ -97,8 +97,10 @@ void QvelToolBox::setCurrentItemText(QString sText)
         if (d->hasText(d->currentIndex)) // pages may outnumber the titles
             d->itemTexts.replace(d->currentIndex, sText);
     }
+    const QPointer<QvelToolBox> self(this);
     Q_EMIT currentItemTextChanged(sText);
-    Q_EMIT itemTextsChanged(d->itemTexts);
+    if (self)
+        Q_EMIT itemTextsChanged(d->itemTexts);
 }
 
 void QvelToolBox::setItemTexts(QString sTexts)

@@ -2,6 +2,7 @@
 
 #include "base/editorhelpers_p.h"
 
+#include <QtCore/QPointer>
 #include <QtCore/QSignalBlocker>
 
 namespace {
@@ -68,8 +69,9 @@ void QvelWidgetEnum::setValues(const QMap<int, QString>& values)
             selectNumber(m_combo, *m_wanted);
     }
     m_values = values;
+    const QPointer<QvelWidgetEnum> self(this);
     Q_EMIT valueNamesChanged();
-    if (enumValue() != before)
+    if (self && enumValue() != before)
         tellChange();
 }
 
@@ -141,8 +143,9 @@ void QvelWidgetEnumFlags::setValues(const QMap<int, QString>& values)
         m_combo->setFlags(m_wanted.value_or(0));
     }
     m_values = values;
+    const QPointer<QvelWidgetEnumFlags> self(this);
     Q_EMIT valueNamesChanged();
-    if (enumValue() != before)
+    if (self && enumValue() != before)
         tellChange();
 }
 

@@ -447,8 +447,20 @@ private Q_SLOTS:
         m_session = std::make_unique<QvelSession>(m_user.options); // and a new one takes its place
         m_widget->setSession(m_session.get());
         connectSession();
-        QTRY_VERIFY_WITH_TIMEOUT(!cell("Value").data(Qt::ForegroundRole).isValid(), timeout);
+        QTRY_VERIFY_WITH_TIMEOUT(!cell("Value").data(Qt::UserRole + 2).toBool(), timeout);
+        QVERIFY(!cell("Value").data(Qt::ForegroundRole).isValid());
         QVERIFY(cell("Value").data(Qt::UserRole).value<V>().elementAt(0) == V(99)); // not lost
+        // What is edited when a session takes the place is not sent to that.
+        QVERIFY(open(m_widget->view(), cell("Value")));
+        const QPointer<QWidget> next = m_widget->view()->indexWidget(cell("Value"));
+        QVERIFY(next);
+        QvelSession other(m_user.options);
+        ::connectSession(other, settingOf(m_url));
+        m_widget->setSession(&other);
+        if (next->isVisible())
+            QTest::mouseClick(buttonOf(next, "Write"), Qt::LeftButton);
+        QTRY_VERIFY_WITH_TIMEOUT(!next, timeout);
+        QCOMPARE(text("Value", Model::ResultColumn), "");
     }
 
 private:

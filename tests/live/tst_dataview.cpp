@@ -371,23 +371,33 @@ private Q_SLOTS:
         QCOMPARE(view.widget.toJson(), before);
         QTRY_VERIFY(view.text(0, Model::Value).toDouble() > 0);
     }
-    // The session is deleted under an open editor.
+    // The session is replaced, and deleted, under an open editor.
     void interruption()
     {
-        View view(m_session.get());
+        QvelSession other(m_user.options);
+        connectSession(other, m_setting);
+        View view(&other);
         view.type(id("ScalarInt32"));
         const QModelIndex value = view.model()->index(0, Model::Value);
-        QTRY_VERIFY(value.flags() & Qt::ItemIsEditable);
-        QTRY_VERIFY(!value.data().toString().isEmpty());
-        const QString before = value.data().toString();
-        view.click(0, Model::Value);
-        QLineEdit* editor = view.open(Model::Value);
-        QVERIFY(editor);
-        QTest::keyClicks(editor, "7");
-        m_session = nullptr;
-        QTest::keyClick(editor, Qt::Key_Return);
-        QTRY_COMPARE(view.text(0, Model::WriteResult), "BadSessionClosed");
-        QCOMPARE(value.data().toString(), before);
+        QString before;
+        for (const bool isReplaced : {true, false}) {
+            QTRY_VERIFY(value.flags() & Qt::ItemIsEditable);
+            QTRY_VERIFY(!value.data().toString().isEmpty());
+            before = isReplaced ? value.data().toString() : before;
+            view.click(0, Model::Value);
+            const QPointer<QLineEdit> editor = view.open(Model::Value);
+            QVERIFY(editor);
+            QTest::keyClicks(editor, "7");
+            if (isReplaced)
+                view.widget.setSession(m_session.get());
+            else
+                m_session = nullptr;
+            if (editor)
+                QTest::keyClick(editor, Qt::Key_Return);
+            QTRY_VERIFY(!editor);
+            QTRY_COMPARE(view.text(0, Model::WriteResult), isReplaced ? "" : "BadSessionClosed");
+            QCOMPARE(value.data().toString(), before);
+        }
     }
     void state()
     {

@@ -103,6 +103,9 @@ class tst_Trend : public QObject
 public:
     static void initMain() { qputenv("TZ", "UTC"); }
 
+public Q_SLOTS:
+    void deleteTrend() { delete m_trend; }
+
 private Q_SLOTS:
     void init() { failOnWarnings(); }
     // Random operations on the points, and on a plain list.
@@ -608,6 +611,69 @@ private Q_SLOTS:
         QCOMPARE(other.series().size(), 256);
         other.grab();
     }
+    // By the host, in a signal, whatever sets that off.
+    void deleted()
+    {
+        const QPoint left(300, 200), right(500, 250);
+        const auto send = [](QEvent::Type type, const QPoint& place) {
+            QMouseEvent event(type, place, m_trend->mapToGlobal(place), Qt::LeftButton,
+                              Qt::LeftButton, {});
+            QCoreApplication::sendEvent(m_trend, &event);
+        };
+        const auto press = [left](Qt::KeyboardModifiers keys) {
+            QTest::mousePress(m_trend, Qt::LeftButton, keys, left);
+        };
+        const auto drag = [&] { send(QEvent::MouseMove, right); };
+        const std::function<void()> none;
+        const struct
+        {
+            const char* signal;
+            std::function<void()> before, act;
+        } cases[] = {
+            {SIGNAL(timeRangeChanged()), none, [] { m_trend->setTimeRange(at(0), at(10)); }},
+            {SIGNAL(timeRangeChanged()), none,
+             [] { QTest::keyClick(m_trend, Qt::Key_Right, Qt::ShiftModifier); }},
+            {SIGNAL(timeRangeChanged()), [&] { press({}); }, drag},
+            {SIGNAL(timeRangeChanged()),
+             [&] {
+                 press(Qt::ShiftModifier);
+                 drag();
+             },
+             [&] { send(QEvent::MouseButtonRelease, right); }},
+            {SIGNAL(followingChanged(double)),
+             [&] {
+                 press({});
+                 drag();
+             },
+             [] { QTest::keyClick(m_trend, Qt::Key_Escape); }},
+            {SIGNAL(cursorTimeChanged(UaDateTime)), none, [] { m_trend->setCursorTime(at(5)); }},
+            {SIGNAL(cursorTimeChanged(UaDateTime)), drag,
+             [] {
+                 QEvent leave(QEvent::Leave);
+                 QCoreApplication::sendEvent(m_trend, &leave);
+             }},
+            {SIGNAL(seriesChanged()), none,
+             [] {
+                 QApplication::clipboard()->setText("i=2258\ni=2259");
+                 QTest::keyClick(m_trend, Qt::Key_V, Qt::ControlModifier);
+             }},
+            {SIGNAL(seriesChanged()), none,
+             [] {
+                 m_trend->fromJson(
+                     {{"version", 1}, {"variables", QJsonArray{QJsonObject{{"nodeId", "i=1"}}}}});
+             }},
+        };
+        for (const auto& each : cases) {
+            m_trend = new Trend;
+            m_trend->setFollowing(50);
+            m_trend->append(m_trend->id, UaDateTime(UaDateTime::now().ticks() + 1000 * second), 1);
+            if (each.before)
+                each.before();
+            connect(m_trend, each.signal, this, SLOT(deleteTrend()));
+            each.act();
+            QVERIFY(!m_trend);
+        }
+    }
     void server()
     {
         SessionUser user;
@@ -653,6 +719,17 @@ private Q_SLOTS:
         QTest::qWait(500);
         QCOMPARE(trend.pointCount(historic), loaded);
         // Without a server what was recorded stays, and a new session goes on.
+        // Nor is what an earlier session answers.
+        trend.clear();
+        trend.loadHistory();
+        trend.setSession(nullptr);
+        QvelHistoryDetails details;
+        details.from = start;
+        details.to = UaDateTime(start.ticks() + 99 * second);
+        resultOf(session->historyRead({{UaNodeId("Historic", 1), {}}}, details));
+        QVERIFY(trend.pointCount(historic) < 99);
+        trend.setSession(session.get());
+        QTRY_VERIFY_WITH_TIMEOUT(trend.canLoadHistory(), 10000);
         const qsizetype kept = trend.pointCount(moving);
         trend.loadHistory();
         session.reset();
@@ -694,6 +771,9 @@ private Q_SLOTS:
         trend.addVariable(link("Item1"));
         QTRY_VERIFY(!trend.session());
     }
+
+private:
+    static inline QPointer<Trend> m_trend;
 };
 
 QTEST_MAIN(tst_Trend)
