@@ -694,6 +694,14 @@ p, li { white-space: pre-wrap; }
         <source>%1, but %2</source>
         <translation>%1, aber %2</translation>
     </message>
+    <message>
+        <source>Values of this type cannot be edited.</source>
+        <translation>Werte dieses Typs können nicht bearbeitet werden.</translation>
+    </message>
+    <message>
+        <source>This user may not write it (%1).</source>
+        <translation>Dieser Benutzer darf es nicht schreiben (%1).</translation>
+    </message>
 </context>
 <context>
     <name>QvelAttributesWidget</name>

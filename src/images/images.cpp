@@ -5,10 +5,17 @@
 #include <QtCore/QFileInfo>
 #include <QtGui/QGuiApplication>
 #include <QtGui/QIconEngine>
+#include <QtGui/QPainter>
 #include <QtGui/QPalette>
 #include <QtWidgets/QWidget>
 
 namespace {
+
+bool isLighter(QPalette::ColorRole role, QPalette::ColorRole than)
+{
+    const QPalette palette = QGuiApplication::palette();
+    return palette.color(role).lightness() > palette.color(than).lightness();
+}
 
 class PaletteIcon : public QIconEngine
 {
@@ -17,16 +24,36 @@ public:
 
     void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State state) override
     {
-        icon().paint(painter, rect, Qt::AlignCenter, mode, state);
+        if (mode != QIcon::Selected)
+            return icon().paint(painter, rect, Qt::AlignCenter, mode, state);
+        const qreal scale = painter->device()->devicePixelRatioF();
+        const QPixmap picture = scaledPixmap(rect.size() * scale, mode, state, scale);
+        QRectF place({}, picture.deviceIndependentSize());
+        place.moveCenter(QRectF(rect).center());
+        painter->drawPixmap(place.topLeft(), picture);
     }
     QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override
     {
-        return icon().pixmap(size, 1, mode, state);
+        return scaledPixmap(size, mode, state, 1);
     }
     QPixmap scaledPixmap(const QSize& size, QIcon::Mode mode, QIcon::State state,
                          qreal scale) override
     {
-        return icon().pixmap((QSizeF(size) / scale).toSize(), scale, mode, state);
+        const QSize inner = (QSizeF(size) / scale).toSize();
+        if (mode != QIcon::Selected)
+            return icon().pixmap(inner, scale, mode, state);
+        // Qt would give it the colour of the selection, in which it is lost.
+        constexpr float strength = 0.85f;
+        const bool isLight = isLighter(QPalette::HighlightedText, QPalette::Highlight);
+        QPixmap picture = (isLight ? m_dark : m_light).pixmap(inner, scale, QIcon::Normal, state);
+        if (picture.isNull())
+            return picture; // a host does not have each of them
+        QColor color = QGuiApplication::palette().color(QPalette::HighlightedText);
+        color.setAlphaF(strength);
+        QPainter painter(&picture);
+        painter.setCompositionMode(QPainter::CompositionMode_SourceAtop);
+        painter.fillRect(QRectF({}, picture.deviceIndependentSize()), color);
+        return picture;
     }
     QSize actualSize(const QSize& size, QIcon::Mode mode, QIcon::State state) override
     {
@@ -82,9 +109,7 @@ void initKestrelImages()
 
 bool isDarkPalette()
 {
-    const QPalette palette = QGuiApplication::palette();
-    return palette.color(QPalette::WindowText).lightness() >
-           palette.color(QPalette::Window).lightness();
+    return isLighter(QPalette::WindowText, QPalette::Window);
 }
 
 QIcon paletteIcon(const QString& path, const QString& pathOn)

@@ -396,7 +396,8 @@ void QvelCallWidget::Private::update()
     if (isKnown && !isConnected())
         text += QLatin1Char(' ') + tr("There is no connection to the server.");
     announce(status, text.trimmed());
-    description->setHidden(description->text().isEmpty());
+    for (QLabel* line : {name, description})
+        line->setHidden(line->text().isEmpty());
     const QString hint = method == UaExpandedNodeId() ? tr("Select a method.")
                          : isConnected()              ? tr("Reading the arguments ...")
                                                       : tr("There is no connection to the server.");

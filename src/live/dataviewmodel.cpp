@@ -242,6 +242,13 @@ public:
     QString timeText(UaDateTime time) const;
     QVariant value(const Row& row, int column) const;
     double revised(const Row& row, int column) const;
+    // Why the value is not edited; empty where it is, or nothing is known of it.
+    QString refusal(const Row& row) const
+    {
+        if (!isConnected() || row.typeName.isEmpty() || isWritable(row))
+            return {};
+        return refusalText(row.access & canWrite, QvelAttribute::UserAccessLevel);
+    }
     bool isWritable(const Row& row) const
     {
         return isConnected() && (row.access & canWrite) && row.cell.isEditable();
@@ -724,6 +731,9 @@ QString QvelDataViewModel::Private::toolTip(const Row& row, int column) const
         const UaDateTime time = timeOf(row, column);
         tip = time.isNull() ? QString() : time.toString().toQString();
     }
+    if (column == Value)
+        tip =
+            QStringList{tip, refusal(row)}.join(tip.isEmpty() ? QString() : QStringLiteral(" - "));
     if (column == Status && !tip.isEmpty())
         tip = statusInWords(statusOf(row));
     if (column == WriteResult && row.writing == Writing::Done) {
@@ -1184,8 +1194,12 @@ QVariant QvelDataViewModel::data(const QModelIndex& index, int role) const
 
 bool QvelDataViewModel::setData(const QModelIndex& index, const QVariant& value, int role)
 {
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid) ||
-        (role != Qt::EditRole && role != ValueRole))
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid))
+        return false;
+    if (role == ValueRefusalRole && index.column() == Value)
+        if (const QString text = d->refusal(*d->rows[size_t(index.row())]); !text.isEmpty())
+            Q_EMIT inputRejected(text);
+    if (role != Qt::EditRole && role != ValueRole)
         return false;
     if (index.column() == Value)
         return d->write(d->rows[size_t(index.row())], value, role);

@@ -294,6 +294,14 @@ bool DataViewTable::event(QEvent* event)
     return QTableView::event(event);
 }
 
+bool DataViewTable::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event)
+{
+    const bool isOpen = QTableView::edit(index, trigger, event);
+    if (!isOpen)
+        tellRefusal(index, trigger);
+    return isOpen;
+}
+
 void DataViewTable::keyPressEvent(QKeyEvent* event)
 {
     const bool isArrow = event->key() == Qt::Key_Up || event->key() == Qt::Key_Down;

@@ -26,6 +26,7 @@ Q_SIGNALS:
 protected:
     bool event(QEvent* event) override;
     void changeEvent(QEvent* event) override;
+    bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void dropEvent(QDropEvent* event) override;

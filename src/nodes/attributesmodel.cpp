@@ -228,6 +228,15 @@ public:
     {
         return isConnected() && mayWrite(row) && row.cell.isEditable();
     }
+    // Why the value is not edited; empty where it is.
+    QString refusal(const Row& row) const
+    {
+        if (!isConnected() || row.attributeId == 0 || mayEdit(row))
+            return {};
+        return refusalText(mayWrite(row), row.attributeId == QvelAttribute::Value
+                                              ? QvelAttribute::UserAccessLevel
+                                              : QvelAttribute::UserWriteMask);
+    }
     QString otherType(const Row& row) const;
 
     void clear();
@@ -763,6 +772,9 @@ QVariant QvelAttributesModel::data(const QModelIndex& index, int role) const
         return QVariant();
     if (const QString other = d->otherType(row); !other.isEmpty())
         text += QLatin1Char('\n') + other;
+    if (index.column() == ValueColumn && row.attributeId == QvelAttribute::Value)
+        if (const QString refusal = d->refusal(row); !refusal.isEmpty())
+            text += QLatin1Char('\n') + refusal;
     if (!d->isConnected())
         text += QLatin1Char('\n') + staleSentence();
     return plainToolTip(text);
@@ -771,9 +783,14 @@ QVariant QvelAttributesModel::data(const QModelIndex& index, int role) const
 bool QvelAttributesModel::setData(const QModelIndex& index, const QVariant& value, int role)
 {
     if (!index.isValid() || index.column() != ValueColumn ||
-        (role != Qt::EditRole && role != ElementValueRole))
+        (role != Qt::EditRole && role != ElementValueRole && role != ValueRefusalRole))
         return false;
     Private::Row& row = d->rows[std::size_t(index.row())];
+    if (role == ValueRefusalRole) {
+        row.result = [text = d->refusal(row)] { return text; };
+        d->changed(row);
+        return false;
+    }
     // A connection that was lost while an editor was open is told in the row.
     if (row.attributeId == 0 || !d->mayWrite(row) || !row.cell.isEditable())
         return false;

@@ -5,6 +5,9 @@
 #include "platform/stack/opcuatypetable_p.h"
 #include "platform/types/uastacktypearray.h"
 #include "platform/types/uastring.h"
+#include "session/sessiontypes.h"
+
+#include <QtCore/QCoreApplication>
 
 #include <algorithm>
 #include <limits>
@@ -103,6 +106,15 @@ QString shownValue(const UaVariant& value, const QvelEnumInfo& enumInfo)
     // The names, after the number in its own type.
     const int number = enumNumber(value);
     return shown + enumInfo.toString(number).mid(QString::number(number).size());
+}
+
+QString refusalText(bool isAllowed, OpcUa_UInt32 attributeId)
+{
+    return isAllowed ? QCoreApplication::translate("QvelAttributesModel",
+                                                   "Values of this type cannot be edited.")
+                     : QCoreApplication::translate("QvelAttributesModel",
+                                                   "This user may not write it (%1).")
+                           .arg(QString::fromLatin1(QvelAttribute::name(attributeId)));
 }
 
 QString copiedValue(const UaVariant& value)

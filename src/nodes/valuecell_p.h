@@ -8,7 +8,9 @@
 /// What a ValueDelegate asks of a cell, beside the roles of a QvelModelDelegate.
 enum ValueCellRole {
     ValueReadOnlyRole = Qt::UserRole + 2, ///< true where an array is only to be looked at
-    ValueRetryRole = Qt::UserRole + 3     ///< true while the cell holds what could not be written
+    ValueRetryRole = Qt::UserRole + 3,    ///< true while the cell holds what could not be written
+    /// Set without a value where the user has tried to edit in vain: the model tells why.
+    ValueRefusalRole = Qt::UserRole + 4
 };
 
 /// What values a variable or an argument takes.
@@ -39,6 +41,8 @@ struct ValueType
 QString editedText(const UaVariant& value);
 /// A value on one line of bounded length, with the names of its numbers.
 QString shownValue(const UaVariant& value, const QvelEnumInfo& enumInfo = {});
+/// Why a value is not edited: its type, or what the server allows to this user in an attribute.
+QString refusalText(bool isAllowed, OpcUa_UInt32 attributeId);
 /// A value as it is copied: a scalar as its text, an array or matrix in JSON; all of it.
 QString copiedValue(const UaVariant& value);
 

@@ -85,6 +85,14 @@ void ValueDelegate::setModelData(QWidget* editor, QAbstractItemModel* model,
     model->setData(index, index.data(role), role);
 }
 
+void tellRefusal(const QModelIndex& index, QAbstractItemView::EditTrigger trigger)
+{
+    const bool isWanted =
+        trigger == QAbstractItemView::DoubleClicked || trigger == QAbstractItemView::EditKeyPressed;
+    if (isWanted && index.isValid())
+        const_cast<QAbstractItemModel*>(index.model())->setData(index, {}, ValueRefusalRole);
+}
+
 ValueList::ValueList(int valueColumn, QWidget* parent)
     : CellEditingView(parent), m_valueColumn(valueColumn)
 {
@@ -97,7 +105,11 @@ ValueList::ValueList(int valueColumn, QWidget* parent)
 
 bool ValueList::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event)
 {
-    return CellEditingView::edit(index.siblingAtColumn(m_valueColumn), trigger, event);
+    const QModelIndex value = index.siblingAtColumn(m_valueColumn);
+    const bool isOpen = CellEditingView::edit(value, trigger, event);
+    if (!isOpen)
+        tellRefusal(value, trigger);
+    return isOpen;
 }
 
 void ValueList::finishEdit()

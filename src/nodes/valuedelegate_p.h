@@ -19,6 +19,9 @@ public:
                       const QModelIndex& index) const override;
 };
 
+/// After an edit that the view refused.
+void tellRefusal(const QModelIndex& index, QAbstractItemView::EditTrigger trigger);
+
 /// A list of rows with one column of such cells, in which a row is edited, wherever it is clicked.
 class ValueList : public CellEditingView<QTreeView>
 {

@@ -5,6 +5,7 @@
 #include "harrier/run.h"
 #include "logview.h"
 #include "session/sessionuser.h"
+#include "support/memorysettings.h"
 #include "support/store.h"
 #include "support/warnings.h"
 #include "support/widgets.h"
@@ -439,6 +440,13 @@ void tst_Accessibility::colours()
     const QIcon toggle = box.findChild<QToolButton*>("toggleButton")->icon();
     QCOMPARE(toggle.pixmap(16, QIcon::Normal, QIcon::On).toImage(), image("hideGroup"));
     QCOMPARE(toggle.pixmap(16, QIcon::Normal, QIcon::Off).toImage(), image("showGroup"));
+    MemorySettings settings;
+    const QvelDiscoveryWidget tree(QvelDiscoveryWidget::OpcUa, &settings, 1000, {});
+    for (int row = 0; row < tree.model()->rowCount(); ++row) {
+        const auto icon = tree.model()->index(row, 0).data(Qt::DecorationRole).value<QIcon>();
+        check("selected", contrast(icon.pixmap(16, QIcon::Selected), palette.color(P::Highlight)),
+              false);
+    }
     qInfo("lowest contrast: text %.2f, pictures %.2f", lowest[1], lowest[0]);
     QVERIFY2(faults.isEmpty(), qPrintable('\n' + faults.join('\n')));
 }

@@ -312,6 +312,9 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(m_session->state(), QvelSession::Disconnected, timeout);
         ::connectSession(*m_session, settingOf(relay.url()));
         show("ns=1;s=ScalarString");
+        QVERIFY(!open(m_widget->view(), cell("NodeId")));
+        QCOMPARE(text("NodeId", Model::ResultColumn),
+                 "This user may not write it (UserWriteMask).");
         QWidget* edit = open(m_widget->view(), cell("Value"));
         QVERIFY(edit);
         QTest::keyClicks(edit, "typed while the cable was pulled");

@@ -221,7 +221,11 @@ private Q_SLOTS:
         QTRY_VERIFY(view.model()->index(0, Model::Value).flags() & Qt::ItemIsEditable);
         QTRY_COMPARE(view.text(3, Model::DataType), "UtcTime");
         QVERIFY(!(view.model()->index(3, Model::Value).flags() & Qt::ItemIsEditable));
-
+        view.click(3, Model::Value);
+        QTest::mouseDClick(view.table()->viewport(), Qt::LeftButton, {}, view.at(3, Model::Value));
+        const QString reason = "This user may not write it (UserAccessLevel).";
+        QCOMPARE(view.part<QLabel>("message")->text(), reason);
+        QVERIFY(view.text(3, Model::Value, Qt::ToolTipRole).endsWith(reason));
         view.click(0, Model::Value);
         QVERIFY(view.enter(Model::Value, "-123"));
         QTRY_COMPARE(view.text(0, Model::WriteResult), "Good");
