@@ -38,7 +38,7 @@ QString urlOf(QvelDiscoveryNode* node)
 }
 
 // What there is to do with an entry that was asked, or need not be.
-QString nextStep(QvelDiscoveryNode* node)
+QString nextStep(QvelDiscoveryNode* node, bool isOpen)
 {
     const bool isEmpty = node->isBrowsed() && !node->hasChildren();
     switch (node->type()) {
@@ -46,12 +46,15 @@ QString nextStep(QvelDiscoveryNode* node)
         return DiscoveryHint::tr("Double-click the endpoint, or press Connect, to open a session. "
                                  "The page Connection changes user and security before that.");
     case QvelDiscoveryNode::TypeServer:
-        return isEmpty ? DiscoveryHint::tr("The server offers no endpoint of opc.tcp.")
-                       : DiscoveryHint::tr("Open the server to see its endpoints: each is a way to "
-                                           "connect, with its own security.");
+        return isEmpty  ? DiscoveryHint::tr("The server offers no endpoint of opc.tcp.")
+               : isOpen ? DiscoveryHint::tr("Choose one of the endpoints below: each is a way to "
+                                            "connect, with its own security.")
+                        : DiscoveryHint::tr("Open the server to see its endpoints: each is a way "
+                                            "to connect, with its own security.");
     case QvelDiscoveryNode::TypeDiscovery:
-        return isEmpty ? DiscoveryHint::tr("No server was found there.")
-                       : DiscoveryHint::tr("Open the entry to see which servers are there.");
+        return isEmpty  ? DiscoveryHint::tr("No server was found there.")
+               : isOpen ? DiscoveryHint::tr("Open one of the servers below to see its endpoints.")
+                        : DiscoveryHint::tr("Open the entry to see which servers are there.");
     case QvelDiscoveryNode::TypeNetwork:
         return isEmpty ? DiscoveryHint::tr("No server announces itself on the network. Many never "
                                            "do: give their URL under \"Custom Discovery\".")
@@ -69,11 +72,12 @@ QString nextStep(QvelDiscoveryNode* node)
     return DiscoveryHint::tr("URLs that you have added. Open one to see which servers are there.");
 }
 
-QString textOf(QvelDiscoveryNode* node)
+QString textOf(QvelDiscoveryNode* node, bool isOpen)
 {
     if (node->isBrowsing())
         return DiscoveryHint::tr("Looking...");
-    return node->lastFailure().isEmpty() ? nextStep(node) : plainLine(node->lastFailure(), maxText);
+    return node->lastFailure().isEmpty() ? nextStep(node, isOpen)
+                                         : plainLine(node->lastFailure(), maxText);
 }
 
 } // namespace
@@ -117,11 +121,14 @@ DiscoveryHint::DiscoveryHint(QWidget* parent)
 void DiscoveryHint::setTree(QvelDiscoveryWidget* tree)
 {
     if (m_tree) {
+        m_tree->disconnect(this);
         m_tree->selectionModel()->disconnect(this);
         m_tree->model()->disconnect(this);
     }
     m_tree = tree;
     if (tree) {
+        connect(tree, &QTreeView::expanded, this, &DiscoveryHint::refresh);
+        connect(tree, &QTreeView::collapsed, this, &DiscoveryHint::refresh);
         connect(tree->selectionModel(), &QItemSelectionModel::currentChanged, this,
                 &DiscoveryHint::refresh);
         // Later, when the model is done with what it announces.
@@ -136,7 +143,7 @@ void DiscoveryHint::refresh()
     const QModelIndex current = m_tree ? m_tree->currentIndex() : QModelIndex();
     QvelDiscoveryNode* node = current.isValid() ? nodeOf(current) : nullptr;
     QString text = node
-                       ? textOf(node)
+                       ? textOf(node, m_tree->isExpanded(current))
                        : tr("Choose a server on the left: \"Local\" lists those of this computer; "
                             "for any other, double-click \"< Double click to Add Server... >\" and "
                             "give its URL. Then double-click one of its endpoints to connect.");

@@ -491,7 +491,7 @@ void SessionPage::askCertificate(const QvelCertificateQuestion& question)
     dialog->setSession(m_session);
     connect(dialog, &QvelTrustDialog::answered, &m_host, &Host::certificatesChanged,
             Qt::QueuedConnection);
-    dialog->open();
+    ask(dialog);
 }
 
 void SessionPage::askKeyPassword(const QvelPasswordQuestion& question)
@@ -507,7 +507,19 @@ void SessionPage::askKeyPassword(const QvelPasswordQuestion& question)
             [this, dialog] { m_session->answerPassword(dialog->password()); });
     connect(dialog, &QDialog::rejected, m_session, &QvelSession::cancelPassword);
     connect(m_session, &QvelSession::failed, dialog, &QObject::deleteLater); // it waits no more
+    ask(dialog);
+}
+
+// While the session waits for it, the bar says so.
+void SessionPage::ask(QDialog* dialog)
+{
+    m_question = dialog;
+    connect(dialog, &QDialog::finished, this, [this] {
+        m_question = nullptr;
+        showState();
+    });
     dialog->open();
+    showState();
 }
 
 void SessionPage::tellFailure(const QvelSessionError& error)
@@ -571,7 +583,8 @@ void SessionPage::showState()
         else
             m_bar->text->setText(tr("Connecting to %1: %2")
                                      .arg(plainLine(m_session->setting().endpointUrl(), maxText),
-                                          QvelSessionWidget::stateText(state)));
+                                          m_question ? tr("waiting for your answer")
+                                                     : QvelSessionWidget::stateText(state)));
         m_bar->progress->setValue(QvelSessionWidget::step(state));
         m_bar->retry->setText(tr("Try &Now"));
         m_bar->showOnly(waits ? QList<QWidget*>{m_bar->retry, m_bar->cancel}

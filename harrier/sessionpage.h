@@ -4,10 +4,12 @@
 #include <Kestrel/QvelSession>
 
 #include <QtCore/QJsonObject>
+#include <QtCore/QPointer>
 #include <QtWidgets/QMainWindow>
 
 class ConnectionBar;
 class Host;
+class QDialog;
 class QvelAddressSpaceWidget;
 class QvelAttributesWidget;
 class QvelCallWidget;
@@ -79,6 +81,7 @@ private:
     void startWithoutSecurity();
     void askCertificate(const QvelCertificateQuestion& question);
     void askKeyPassword(const QvelPasswordQuestion& question);
+    void ask(QDialog* dialog);
     void tellFailure(const QvelSessionError& error);
     void tellState(QvelSession::State state);
     void showState();
@@ -100,6 +103,7 @@ private:
     QAction* m_trendAction = nullptr;
     QAction* m_callAction = nullptr;
     QList<QDockWidget*> m_docks;
+    QPointer<QDialog> m_question; // that the session waits for
     QByteArray m_firstLayout;
     QJsonObject m_project;   // as it was read, with what this version does not know
     bool m_isWanted = false; // the user has not disconnected it

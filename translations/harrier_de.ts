@@ -168,6 +168,14 @@
         <source>Look Under %1</source>
         <translation>Unter %1 suchen</translation>
     </message>
+    <message>
+        <source>Choose one of the endpoints below: each is a way to connect, with its own security.</source>
+        <translation>Wählen Sie darunter einen der Endpunkte: Jeder ist ein Weg, sich zu verbinden, mit eigener Sicherheit.</translation>
+    </message>
+    <message>
+        <source>Open one of the servers below to see its endpoints.</source>
+        <translation>Klappen Sie darunter einen der Server auf, um seine Endpunkte zu sehen.</translation>
+    </message>
 </context>
 <context>
     <name>EditorWatch</name>
@@ -821,6 +829,10 @@ Gezeigt wird der letzte bekannte Stand.</translation>
     <message>
         <source>The settings file %1 cannot be read and written. Settings of this run are not kept.</source>
         <translation>Die Einstellungsdatei %1 kann nicht gelesen und geschrieben werden. Einstellungen dieses Laufs werden nicht gespeichert.</translation>
+    </message>
+    <message>
+        <source>waiting for your answer</source>
+        <translation>wartet auf Ihre Antwort</translation>
     </message>
 </context>
 <context>

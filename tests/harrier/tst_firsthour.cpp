@@ -110,6 +110,8 @@ void tst_FirstHour::firstHour()
     QVERIFY(!url.isEmpty());
     ModalUser user([&](QDialog* dialog) {
         if (qobject_cast<QvelTrustDialog*>(dialog)) {
+            const QString text = named<QLabel>(*dialog->parentWidget(), "connectionText")->text();
+            QVERIFY2(text.endsWith("waiting for your answer"), qPrintable(text));
             QTest::mouseClick(dialog->findChild<QPushButton*>("always"), Qt::LeftButton);
         } else if (auto* password = dialog->findChild<QLineEdit*>("password")) {
             type(dialog->findChild<QLineEdit*>("userName"), "operator");

@@ -66,6 +66,7 @@ void tst_Harrier::connects()
         QTRY_VERIFY(run.log().contains("Bottling line"));
         const QModelIndex boiler = run.open("Boiler house");
         QTRY_COMPARE(run.window.currentView()->model()->rowCount(boiler), 7);
+        QTRY_VERIFY(named<QLabel>(run.window, "hint")->text().startsWith("Choose one of the end"));
         QWidget& details = run.page("endpoint");
         QVERIFY(!named<QPushButton>(details, "use")->isEnabled());
         run.open("Basic256Sha256 - Sign", boiler);
