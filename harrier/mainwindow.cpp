@@ -84,8 +84,11 @@ MainWindow::MainWindow(Host& host, QWidget* parent)
     for (const auto side : {QTabBar::LeftSide, QTabBar::RightSide})
         m_tabs->tabBar()->setTabButton(0, side, nullptr); // it stays
     setCentralWidget(m_tabs);
-    connect(m_tabs, &QTabWidget::tabCloseRequested, this, &MainWindow::closeTab);
+    connect(m_tabs, &QTabWidget::tabCloseRequested, this,
+            [this](int index) { closeSession(qobject_cast<SessionPage*>(m_tabs->widget(index))); });
     connect(m_tabs, &QTabWidget::currentChanged, this, &MainWindow::followTab);
+    m_tabs->tabBar()->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(m_tabs->tabBar(), &QWidget::customContextMenuRequested, this, &MainWindow::showTabMenu);
     m_project =
         new ProjectControl(host, {this, [this] { return projectContent(); },
                                   [this](const QJsonObject& content) { openProject(content); }});
@@ -132,8 +135,7 @@ MainWindow::~MainWindow()
         const std::unique_ptr<QWidget> view(m_discovery->widget(0));
         m_discovery->removePage(0);
     }
-    const auto pages = sessions(); // their layout goes to the store
-    for (SessionPage* page : pages) {
+    for (SessionPage* page : std::as_const(m_sessions)) { // their layout goes to the store
         page->disconnect(this);
         delete page;
     }
@@ -159,16 +161,10 @@ Gallery& MainWindow::gallery()
 
 SessionPage* MainWindow::currentSession() const
 {
+    for (QWidget* at = QApplication::activeWindow(); at; at = at->parentWidget())
+        if (auto* page = qobject_cast<SessionPage*>(at); page && page->isWindow())
+            return page;
     return qobject_cast<SessionPage*>(m_tabs->currentWidget());
-}
-
-QList<SessionPage*> MainWindow::sessions() const
-{
-    QList<SessionPage*> pages;
-    for (int i = 0; i < m_tabs->count(); ++i)
-        if (auto* page = qobject_cast<SessionPage*>(m_tabs->widget(i)))
-            pages.append(page);
-    return pages;
 }
 
 void MainWindow::createDiscovery()
@@ -186,8 +182,10 @@ void MainWindow::createDiscovery()
     m_discovery->setCurrentIndex(0);
     m_discovery->setMinimumWidth(24 * fontMetrics().averageCharWidth());
     connect(m_discovery, &QvelToolBox::currentIndexChanged, this, &MainWindow::followCurrent);
-    connect(qApp, &QApplication::focusChanged, this,
-            [this](QWidget*, QWidget* now) { followFocus(now); });
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) {
+        followFocus(now);
+        followTab();
+    });
     m_find->addWidget(m_discovery);
 }
 
@@ -248,23 +246,62 @@ SessionPage* MainWindow::addSession(const QvelDiscoverySetting& setting,
                                     const QStringList& otherUrls)
 {
     auto* page = new SessionPage(m_host, setting, otherUrls);
-    m_tabs->addTab(page, QString());
+    m_sessions.append(page);
     connect(page, &SessionPage::changed, this, [this, page] { followSession(page); });
-    connect(page, &SessionPage::certificatesWanted, this, [this] { showPage(certificatesPage); });
-    followSession(page);
-    m_tabs->setCurrentWidget(page);
+    connect(page, &SessionPage::certificatesWanted, this, [this] {
+        showPage(certificatesPage);
+        activateWindow();
+    });
+    connect(page, &SessionPage::windowClosed, this, [this, page] { setInWindow(page, false); });
+    page->addActions(m_sessionActions); // for their keys
+    page->addAction(m_ownWindow);
+    setInWindow(page, false);
     return page;
 }
 
-void MainWindow::closeTab(int index)
+void MainWindow::setInWindow(SessionPage* page, bool own)
 {
-    auto* page = qobject_cast<SessionPage*>(m_tabs->widget(index));
+    if (own) {
+        m_tabs->removeTab(m_tabs->indexOf(page));
+        page->setParent(nullptr, Qt::Window);
+        page->resize(size());
+        page->show();
+    } else {
+        const auto isTab = [this](SessionPage* each) { return m_tabs->indexOf(each) >= 0; };
+        const auto end = std::find(m_sessions.cbegin(), m_sessions.cend(), page);
+        const auto before = std::count_if(m_sessions.cbegin(), end, isTab);
+        m_tabs->insertTab(1 + int(before), page, QString());
+        m_tabs->setCurrentWidget(page);
+    }
+    followSession(page);
+    followTab();
+}
+
+void MainWindow::closeSession(SessionPage* page)
+{
     if (!page)
         return;
+    m_sessions.removeOne(page);
     page->disconnect(this);
     page->disconnectFromServer();
-    m_tabs->removeTab(index);
+    m_tabs->removeTab(m_tabs->indexOf(page));
+    page->hide();
     page->deleteLater();
+    followTab();
+}
+
+void MainWindow::showTabMenu(const QPoint& position)
+{
+    const int at = m_tabs->tabBar()->tabAt(position); // none where the keys ask for it
+    if (at >= 0)
+        m_tabs->setCurrentIndex(at);
+    if (!currentSession())
+        return;
+    auto* menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->addAction(m_ownWindow);
+    menu->addActions(m_sessionActions);
+    menu->popup(m_tabs->tabBar()->mapToGlobal(position));
 }
 
 void MainWindow::followSession(SessionPage* page)
@@ -273,8 +310,9 @@ void MainWindow::followSession(SessionPage* page)
     m_tabs->setTabText(index, escaped(page->title()));
     m_tabs->setTabIcon(index, SessionPage::icon(page->session()->state()));
     m_tabs->setTabToolTip(index, page->status().toHtmlEscaped());
-    if (page == currentSession())
-        followTab();
+    page->setWindowTitle(tr("%1 - harrier").arg(page->status()));
+    page->setWindowIcon(SessionPage::icon(page->session()->state()));
+    followTab();
 }
 
 void MainWindow::followTab()
@@ -285,7 +323,11 @@ void MainWindow::followTab()
     const bool enabled[] = {page && !isOff, page && !isConnected, page != nullptr, page != nullptr};
     for (int i = 0; i < int(std::size(enabled)); ++i)
         m_sessionActions[i]->setEnabled(enabled[i]);
-    m_status->setText(page ? page->status() : tr("Open servers: %1").arg(sessions().size()));
+    m_ownWindow->setEnabled(page);
+    m_ownWindow->setText(page && page->isWindow() ? tr("Show as a &Tab Again")
+                                                  : tr("Open in a &Window of Its Own"));
+    const auto* tab = qobject_cast<SessionPage*>(m_tabs->currentWidget());
+    m_status->setText(tab ? tab->status() : tr("Open servers: %1").arg(m_sessions.size()));
     const QString project = m_project->title();
     setWindowTitle(project.isEmpty() ? tr("harrier") : tr("%1 - harrier").arg(project));
 }
@@ -380,8 +422,14 @@ void MainWindow::createMenus()
                   [this] { currentSession()->connectToServer(); }),
         addAction(menu, QT_TR_NOOP("Log &In..."), {}, [this] { currentSession()->askLogin(); }),
         addAction(menu, QT_TR_NOOP("C&lose Server"), Qt::CTRL | Qt::Key_W,
-                  [this] { closeTab(m_tabs->currentIndex()); }),
+                  [this] { closeSession(currentSession()); }),
     };
+    menu->addSeparator();
+    m_ownWindow = menu->addAction(QString(), this, [this] {
+        SessionPage* page = currentSession();
+        setInWindow(page, !page->isWindow());
+    });
+    m_ownWindow->setShortcut(Qt::CTRL | Qt::SHIFT | Qt::Key_N);
 
     m_view = addMenu(QT_TR_NOOP("&View"));
     connect(m_view, &QMenu::aboutToShow, this, &MainWindow::fillView);
@@ -442,8 +490,7 @@ void MainWindow::retranslate()
         action->setText(tr(text));
     for (int i = 0; i < m_pageActions.size(); ++i)
         m_pageActions[i]->setText(tr("&%1 %2").arg(i + 1).arg(pages().at(i).shownTitle()));
-    const auto open = sessions();
-    for (SessionPage* page : open)
+    for (SessionPage* page : std::as_const(m_sessions))
         followSession(page);
     followTab();
     statusBar()->clearMessage(); // said in the language before
@@ -488,8 +535,7 @@ QJsonObject MainWindow::projectContent() const
 {
     QJsonObject content = m_projectRest;
     QJsonArray servers = m_unusable;
-    const auto pages = sessions();
-    for (const SessionPage* page : pages)
+    for (const SessionPage* page : m_sessions)
         servers.append(page->toJson());
     content[serversKey] = servers;
     return content;
@@ -497,8 +543,8 @@ QJsonObject MainWindow::projectContent() const
 
 void MainWindow::openProject(const QJsonObject& content)
 {
-    while (m_tabs->count() > 1)
-        closeTab(m_tabs->count() - 1);
+    while (!m_sessions.isEmpty())
+        closeSession(m_sessions.last());
     m_projectRest = content;
     m_unusable = {};
     const QJsonArray servers = content[serversKey].toArray();
@@ -512,6 +558,8 @@ void MainWindow::openProject(const QJsonObject& content)
         }
         SessionPage* page = addSession(setting);
         page->restore(server.toObject());
+        if (server[QStringLiteral("window")].toBool())
+            setInWindow(page, true);
         if (server[QStringLiteral("connected")].toBool(true))
             page->connectToServer();
     }
@@ -550,6 +598,9 @@ void MainWindow::closeEvent(QCloseEvent* event)
         return event->ignore();
     if (m_gallery)
         m_gallery->close();
+    for (SessionPage* page : std::as_const(m_sessions))
+        if (page->isWindow())
+            page->hide();
     event->accept();
 }
 

@@ -49,9 +49,12 @@ public:
 
     /// All tabs: the first one finds servers, each other is a SessionPage.
     QTabWidget* serverTabs() const { return m_tabs; }
-    /// Null where the current tab is none.
+    /// Of the window that is active, else of the current tab; null where that is none.
     SessionPage* currentSession() const;
-    QList<SessionPage*> sessions() const;
+    /// In the order in which they were opened, as tabs and in windows of their own.
+    QList<SessionPage*> sessions() const { return m_sessions; }
+    /// Into a window of its own, or back to its place among the tabs.
+    void setInWindow(SessionPage* session, bool own);
     /// Opens a tab; `otherUrls` lead to the same server.
     SessionPage* addSession(const QvelDiscoverySetting& setting, const QStringList& otherUrls = {});
     ProjectControl& project() const { return *m_project; }
@@ -81,7 +84,8 @@ private:
     void followFocus(const QWidget* widget);
     void useEndpoint(const QvelDiscoverySetting& endpoint);
     void connectTo(const QvelDiscoverySetting& endpoint);
-    void closeTab(int index);
+    void closeSession(SessionPage* session);
+    void showTabMenu(const QPoint& position);
     void followTab();
     void followSession(SessionPage* session);
     void fillView();
@@ -94,6 +98,7 @@ private:
     Host& m_host;
     std::vector<std::unique_ptr<DiscoveryCallback>> m_callbacks;
     QTabWidget* m_tabs;
+    QList<SessionPage*> m_sessions;
     QSplitter* m_find;
     QvelToolBox* m_discovery;
     DiscoveryHint* m_hint;
@@ -111,5 +116,6 @@ private:
     QList<QAction*> m_pageActions;
     QActionGroup* m_languages;
     QList<QAction*> m_sessionActions;
+    QAction* m_ownWindow = nullptr;
     QList<QAction*> m_logActions;
 };

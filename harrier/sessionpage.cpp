@@ -23,6 +23,7 @@
 #include <QtCore/QEvent>
 #include <QtCore/QJsonArray>
 #include <QtGui/QAction>
+#include <QtGui/QCloseEvent>
 #include <QtGui/QGuiApplication>
 #include <QtGui/QPainter>
 #include <QtWidgets/QDockWidget>
@@ -44,6 +45,7 @@ constexpr int maxText = 1000;
 
 const QString dataViewKey = QStringLiteral("dataView");
 const QString trendKey = QStringLiteral("trend");
+const QString windowKey = QStringLiteral("window");
 const QString layoutKey = QStringLiteral("Session/Layout");
 const QString nonePolicy = QStringLiteral("http://opcfoundation.org/UA/SecurityPolicy#None");
 
@@ -202,6 +204,13 @@ QString SessionPage::nameOfServer() const
 QString SessionPage::status() const
 {
     return tr("%1: %2").arg(title(), QvelSessionWidget::stateText(m_session->state()));
+}
+
+// In a window of its own, which can go, but not the page.
+void SessionPage::closeEvent(QCloseEvent* event)
+{
+    event->accept();
+    QMetaObject::invokeMethod(this, &SessionPage::windowClosed, Qt::QueuedConnection);
 }
 
 void SessionPage::changeEvent(QEvent* event)
@@ -599,6 +608,9 @@ QJsonObject SessionPage::toJson() const
     QJsonObject json = m_project;
     Project::put(json, m_setting);
     json[QStringLiteral("connected")] = m_isWanted;
+    json.remove(windowKey);
+    if (isWindow())
+        json[windowKey] = true;
     if (m_hasDataView)
         json[dataViewKey] = m_dataView->toJson();
     if (m_hasTrend)

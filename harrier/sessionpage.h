@@ -56,11 +56,14 @@ public:
 
 protected:
     void changeEvent(QEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
 
 Q_SIGNALS:
     /// Another title, state, failure or palette.
     void changed();
     void certificatesWanted();
+    /// The user has closed the window that was its own.
+    void windowClosed();
 
 private:
     QString nameOfServer() const;

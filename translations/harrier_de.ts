@@ -498,6 +498,14 @@
         <source>harrier %1 is the client of the kestrel library: it finds OPC UA servers, shows what is in them, and changes it.</source>
         <translation>harrier %1 ist der Client der Bibliothek kestrel: Er findet OPC-UA-Server, zeigt, was darin ist, und ändert es.</translation>
     </message>
+    <message>
+        <source>Show as a &amp;Tab Again</source>
+        <translation>Wieder als Re&amp;gister zeigen</translation>
+    </message>
+    <message>
+        <source>Open in a &amp;Window of Its Own</source>
+        <translation>In &amp;eigenem Fenster öffnen</translation>
+    </message>
 </context>
 <context>
     <name>NodeIdPage</name>
@@ -819,6 +827,10 @@ Gezeigt wird der letzte bekannte Stand.</translation>
         <source>the trend of the project cannot be read, and is kept in the file</source>
         <translation>der Trend des Projekts kann nicht gelesen werden und bleibt in der Datei erhalten</translation>
     </message>
+    <message>
+        <source>waiting for your answer</source>
+        <translation>wartet auf Ihre Antwort</translation>
+    </message>
 </context>
 <context>
     <name>SettingsStore</name>
@@ -829,10 +841,6 @@ Gezeigt wird der letzte bekannte Stand.</translation>
     <message>
         <source>The settings file %1 cannot be read and written. Settings of this run are not kept.</source>
         <translation>Die Einstellungsdatei %1 kann nicht gelesen und geschrieben werden. Einstellungen dieses Laufs werden nicht gespeichert.</translation>
-    </message>
-    <message>
-        <source>waiting for your answer</source>
-        <translation>wartet auf Ihre Antwort</translation>
     </message>
 </context>
 <context>

@@ -199,12 +199,27 @@ void tst_Harrier::projects()
         QvelDiscoverySetting setting;
         setting.setEndpointUrl("opc.tcp://h:2");
         run.window.addSession(setting);
+        // Beside the other one, by keys; and back, by the same.
+        QPointer<SessionPage> page = run.window.sessions().value(0);
+        run.window.serverTabs()->setCurrentWidget(page);
+        QWidget* active = &run.window;
+        for (const bool isOwn : {true, false, true}) {
+            QTest::keyClick(active, Qt::Key_N, Qt::ControlModifier | Qt::ShiftModifier);
+            active = isOwn ? page.data() : static_cast<QWidget*>(&run.window);
+            active->activateWindow();
+            QVERIFY(QTest::qWaitForWindowActive(active));
+            QVERIFY(page->isVisible() && page->isWindow() == isOwn);
+            QCOMPARE(run.window.serverTabs()->indexOf(page), isOwn ? -1 : 1);
+            QCOMPARE(run.window.currentSession(), page);
+        }
         run.window.project().saveForRecovery(); // as at the end of the desktop's session
     }
     Run run(m_file);
     Q_EMIT run.host.started();
     QCOMPARE(run.window.sessions().size(), 2);
-    QVERIFY(run.window.close() && user.seen.size() == 1);
+    SessionPage* own = run.window.sessions().value(0);
+    QVERIFY(own->isWindow() && own->isVisible());
+    QVERIFY(run.window.close() && user.seen.size() == 1 && !own->isVisible());
     QVERIFY(file.open(QIODevice::ReadOnly));
     const QJsonDocument saved = QJsonDocument::fromJson(file.readAll());
     QCOMPARE(saved["later"]["x"][0].toInt(), 1);
@@ -212,8 +227,12 @@ void tst_Harrier::projects()
     QCOMPARE(saved["servers"][1]["views"].toInt(), 7);
     QCOMPARE(saved["servers"][1]["user"]["name"].toString(), "ann");
     QCOMPARE(saved["servers"][2]["url"].toString(), "opc.tcp://h:2");
+    QCOMPARE(saved["servers"][1]["window"].toBool(), true);
     run.window.show();
     QVERIFY(run.window.close() && user.seen.size() == 1); // saved
+    own->show();
+    QVERIFY(own->close());
+    QTRY_COMPARE(run.window.serverTabs()->indexOf(own), 1);
 }
 
 // By the menu, with all that is open; and again at the next start.
