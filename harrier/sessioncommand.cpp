@@ -72,7 +72,7 @@ std::optional<Argument> decodeArgument(const QByteArray& body)
         return {};
     // The forms of a NodeId (OPC 10000-6, 5.2.2.9): two bytes, four, numeric, text, Guid, opaque.
     const qsizetype lengths[] = {2, 4, 7, 7, 19, 7};
-    const auto form = std::size_t(body.at(begin));
+    const auto form = std::size_t(uchar(body.at(begin)));
     if (form >= std::size(lengths))
         return {};
     const bool isLong = lengths[form] == 7 && form != 2;
