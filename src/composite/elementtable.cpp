@@ -6,6 +6,7 @@
 #include <QtCore/QScopedValueRollback>
 #include <QtCore/QTimer>
 #include <QtGui/QKeyEvent>
+#include <QtGui/QPainter>
 #include <QtGui/QScreen>
 #include <QtWidgets/QAbstractButton>
 #include <QtWidgets/QComboBox>
@@ -67,6 +68,14 @@ public:
         const int last = model() ? model()->rowCount() - 1 : -1;
         return last < 0 ? QHeaderView::sizeHint()
                         : sectionSizeFromContents(0).expandedTo(sectionSizeFromContents(last));
+    }
+
+protected:
+    // Else [0][1] would be shown as [1][0] where one reads from right to left.
+    void paintSection(QPainter* painter, const QRect& rect, int row) const override
+    {
+        painter->setLayoutDirection(Qt::LeftToRight);
+        QHeaderView::paintSection(painter, rect, row);
     }
 
 private:
