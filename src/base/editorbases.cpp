@@ -160,6 +160,7 @@ static void setValueTextOf(Editor& editor, const QString& text)
         editor.setValue(*value);
 }
 
+// clazy:excludeall=incorrect-emit -- it does not see Q_EMIT in a macro
 #define KESTREL_EDITOR_BASE_FLAGS(Base, Flags)                                                     \
     void Base::setFlags(Flags flags)                                                               \
     {                                                                                              \

@@ -57,7 +57,7 @@ Parsed parseName(const QString& line)
 {
     const qsizetype colon = line.indexOf(u':');
     bool ok = false;
-    const OpcUa_UInt16 index = line.left(colon).toUShort(&ok);
+    const OpcUa_UInt16 index = QStringView(line).left(qMax(colon, qsizetype(0))).toUShort(&ok);
     if (colon < 0 || !ok)
         return UaVariant(UaQualifiedName(UaString(line), 0));
     return UaVariant(UaQualifiedName(UaString(line.mid(colon + 1)), index));
