@@ -15,7 +15,6 @@ namespace UaWire {
 namespace {
 
 constexpr qsizetype readSize = 256 * 1024;
-constexpr qint64 socketBuffer = 1024 * 1024;
 
 } // namespace
 
@@ -54,7 +53,10 @@ void SessionConnection::open(const QByteArray& url, const SecureChannel::Setting
     connect(m_connector.get(), &Connector::hostFound, this, &SessionConnection::hostFound);
     connect(m_connector.get(), &Connector::finished, this,
             [this, settings] { socketConnected(settings); });
-    m_connector->start(address->host, address->port, QDeadlineTimer(timeout));
+    // What is read and written is in pieces of its own size: another buffer between, and the
+    // notifiers that serve it, would cost more than the socket itself.
+    m_connector->start(address->host, address->port, QDeadlineTimer(timeout),
+                       QIODevice::ReadWrite | QIODevice::Unbuffered);
     arm();
 }
 
@@ -65,7 +67,6 @@ void SessionConnection::socketConnected(const SecureChannel::Settings& settings)
     m_connector.release()->deleteLater(); // it is signalling
     if (!m_socket)
         return close(status);
-    m_socket->setReadBufferSize(socketBuffer);
     m_socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
     connect(m_socket.get(), &QTcpSocket::readyRead, this, &SessionConnection::readSocket);
     connect(m_socket.get(), &QTcpSocket::disconnected, this, [this] {
@@ -79,6 +80,7 @@ void SessionConnection::socketConnected(const SecureChannel::Settings& settings)
     m_channel = std::make_unique<SecureChannel>(settings);
     m_channel->start(m_clock.elapsed());
     flush();
+    readSocket(); // a notice of what is there already came too early
 }
 
 // What the answers of one read call for leaves together, after the last one.
@@ -96,11 +98,12 @@ void SessionConnection::readSocket()
 void SessionConnection::readMessages()
 {
     const QPointer<SessionConnection> self(this);
-    while (m_channel && !m_closed && m_socket->bytesAvailable() > 0) {
+    qint64 size = m_buffer.size();
+    while (m_channel && !m_closed && size == m_buffer.size()) {
         const bool wasOpen = isOpen();
-        const qint64 size = m_socket->read(m_buffer.data(), m_buffer.size());
-        if (size <= 0)
-            break;
+        size = m_socket->read(m_buffer.data(), m_buffer.size());
+        if (size < 0)
+            return close(socketStatus(m_socket->error()));
         m_received += quint64(size);
         m_channel->receive(QByteArrayView(m_buffer).first(size), m_clock.elapsed());
         if (!wasOpen && isOpen()) {

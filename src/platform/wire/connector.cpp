@@ -64,9 +64,11 @@ Connector::~Connector()
         socket->disconnect(this);
 }
 
-void Connector::start(const QString& host, quint16 port, const QDeadlineTimer& deadline)
+void Connector::start(const QString& host, quint16 port, const QDeadlineTimer& deadline,
+                      QIODevice::OpenMode mode)
 {
     m_port = port;
+    m_mode = mode;
     if (!deadline.isForever())
         m_timeout.start(int(std::min<qint64>(deadline.remainingTime(), INT_MAX)));
     m_lookup = std::make_unique<HostLookup>(host, m_resolver);
@@ -103,7 +105,7 @@ void Connector::tryNext()
         finish(OpcUa_Good);
     });
     connect(socket, &QTcpSocket::errorOccurred, this, [this, socket] { attemptFailed(*socket); });
-    socket->connectToHost(address, m_port);
+    socket->connectToHost(address, m_port, m_mode);
 }
 
 void Connector::attemptFailed(QTcpSocket& socket)

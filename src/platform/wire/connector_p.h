@@ -28,8 +28,10 @@ public:
     explicit Connector(HostResolver& resolver = HostResolver::system(), QObject* parent = nullptr);
     ~Connector() override;
 
-    /// To be called once. Looks up and connects without a proxy, until `deadline` at most.
-    void start(const QString& host, quint16 port, const QDeadlineTimer& deadline);
+    /// To be called once. Looks up and connects without a proxy, until `deadline` at most. `mode`
+    /// is that of the socket.
+    void start(const QString& host, quint16 port, const QDeadlineTimer& deadline,
+               QIODevice::OpenMode mode = QIODevice::ReadWrite);
 
     bool isFinished() const { return m_finished; }
     /// Once finished: Good, BadTimeout when the time is up; else the failure that tells most:
@@ -55,6 +57,7 @@ private:
     HostResolver& m_resolver;
     std::unique_ptr<HostLookup> m_lookup;
     quint16 m_port = 0;
+    QIODevice::OpenMode m_mode;
     QTimer m_timeout;
     QTimer m_next;
     QList<QHostAddress> m_addresses; // that have yet to be tried
