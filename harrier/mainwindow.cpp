@@ -20,6 +20,8 @@
 #include <QtGui/QAction>
 #include <QtGui/QActionGroup>
 #include <QtGui/QCloseEvent>
+#include <QtGui/QGuiApplication>
+#include <QtGui/QScreen>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QDockWidget>
 #include <QtWidgets/QHBoxLayout>
@@ -248,13 +250,8 @@ SessionPage* MainWindow::addSession(const QvelDiscoverySetting& setting,
     auto* page = new SessionPage(m_host, setting, otherUrls);
     m_sessions.append(page);
     connect(page, &SessionPage::changed, this, [this, page] { followSession(page); });
-    connect(page, &SessionPage::certificatesWanted, this, [this] {
-        showPage(certificatesPage);
-        activateWindow();
-    });
+    connect(page, &SessionPage::certificatesWanted, this, [this] { showPage(certificatesPage); });
     connect(page, &SessionPage::windowClosed, this, [this, page] { setInWindow(page, false); });
-    page->addActions(m_sessionActions); // for their keys
-    page->addAction(m_ownWindow);
     setInWindow(page, false);
     return page;
 }
@@ -264,17 +261,53 @@ void MainWindow::setInWindow(SessionPage* page, bool own)
     if (own) {
         m_tabs->removeTab(m_tabs->indexOf(page));
         page->setParent(nullptr, Qt::Window);
-        page->resize(size());
+        page->setMenus({m_server, m_view});
+        placeBeside(page);
         page->show();
     } else {
+        page->setMenus({});
         const auto isTab = [this](SessionPage* each) { return m_tabs->indexOf(each) >= 0; };
         const auto end = std::find(m_sessions.cbegin(), m_sessions.cend(), page);
         const auto before = std::count_if(m_sessions.cbegin(), end, isTab);
         m_tabs->insertTab(1 + int(before), page, QString());
         m_tabs->setCurrentWidget(page);
+        const auto isOwn = [](const SessionPage* each) { return each->isWindow(); };
+        if (m_wasMaximized && std::none_of(m_sessions.cbegin(), m_sessions.cend(), isOwn)) {
+            m_wasMaximized = false;
+            showMaximized();
+        }
     }
     followSession(page);
-    followTab();
+}
+
+// On another screen, or in the half of this one that is not this window's, or is not any more.
+void MainWindow::placeBeside(QWidget* window)
+{
+    const auto screens = QGuiApplication::screens();
+    const auto other = std::find_if(screens.begin(), screens.end(),
+                                    [this](const QScreen* each) { return each != screen(); });
+    const QSize known = frameGeometry().size() - size(); // not before it is shown
+    const QSize frame = known.expandedTo({0, style()->pixelMetric(QStyle::PM_TitleBarHeight)});
+    const auto place = [frame](QWidget* each, const QRect& room) {
+        each->move(room.topLeft());
+        each->resize(room.size() - frame);
+    };
+    if (other != screens.end())
+        return place(window, (*other)->availableGeometry());
+    const QRect room = screen()->availableGeometry();
+    QRect mine = room, its = room;
+    mine.setRight(room.center().x());
+    its.setLeft(mine.right() + 1);
+    if (frameGeometry().center().x() > room.center().x())
+        std::swap(mine, its);
+    if (frameGeometry().width() > mine.width()) {
+        if (isMaximized()) {
+            m_wasMaximized = true;
+            showNormal();
+        }
+        place(this, mine);
+    }
+    place(window, its);
 }
 
 void MainWindow::closeSession(SessionPage* page)
@@ -406,7 +439,7 @@ void MainWindow::createMenus()
     menu->addSeparator();
     addAction(menu, QT_TR_NOOP("&Quit"), Qt::CTRL | Qt::Key_Q, [this] { close(); });
 
-    menu = addMenu(QT_TR_NOOP("&Server"));
+    menu = m_server = addMenu(QT_TR_NOOP("&Server"));
     m_connect->setShortcut(Qt::CTRL | Qt::Key_Return);
     connect(m_connect, &QAction::triggered, &m_host, &Host::connectRequested);
     m_use->setShortcut(Qt::CTRL | Qt::Key_U);
@@ -521,6 +554,7 @@ void MainWindow::showPage(int index)
     m_tabs->setCurrentIndex(0);
     m_pages->setCurrentIndex(index);
     m_pages->setFocus();
+    activateWindow();
 }
 
 // Asks nothing: what can be found without a word from the user is looked for.

@@ -85,6 +85,7 @@ private:
     void useEndpoint(const QvelDiscoverySetting& endpoint);
     void connectTo(const QvelDiscoverySetting& endpoint);
     void closeSession(SessionPage* session);
+    void placeBeside(QWidget* window);
     void showTabMenu(const QPoint& position);
     void followTab();
     void followSession(SessionPage* session);
@@ -99,6 +100,7 @@ private:
     std::vector<std::unique_ptr<DiscoveryCallback>> m_callbacks;
     QTabWidget* m_tabs;
     QList<SessionPage*> m_sessions;
+    bool m_wasMaximized = false; // before it made room for a window beside it
     QSplitter* m_find;
     QvelToolBox* m_discovery;
     DiscoveryHint* m_hint;
@@ -109,6 +111,7 @@ private:
     ProjectControl* m_project = nullptr;
     QJsonObject m_projectRest; // what this version does not know
     QJsonArray m_unusable;     // servers that cannot be opened, kept for the file
+    QMenu* m_server = nullptr;
     QMenu* m_view = nullptr;
     QAction* m_use;
     QAction* m_connect;

@@ -29,9 +29,11 @@
 #include <QtWidgets/QDockWidget>
 #include <QtWidgets/QHBoxLayout>
 #include <QtWidgets/QLabel>
+#include <QtWidgets/QMenuBar>
 #include <QtWidgets/QProgressBar>
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QTreeView>
+#include <QtWidgets/QVBoxLayout>
 
 #include <algorithm>
 
@@ -141,7 +143,7 @@ public:
 SessionPage::SessionPage(Host& host, const QvelDiscoverySetting& setting,
                          const QStringList& otherUrls, QWidget* parent)
     : QMainWindow(parent), m_host(host), m_setting(setting), m_otherUrls(otherUrls),
-      m_session(new QvelSession({}, this)), m_bar(new ConnectionBar),
+      m_session(new QvelSession({}, this)), m_menus(new QMenuBar), m_bar(new ConnectionBar),
       m_space(new QvelAddressSpaceWidget), m_attributes(new QvelAttributesWidget),
       m_references(new QvelReferencesWidget), m_dataView(new QvelDataViewWidget),
       m_trend(new QvelTrendWidget), m_call(new QvelCallWidget)
@@ -149,7 +151,13 @@ SessionPage::SessionPage(Host& host, const QvelDiscoverySetting& setting,
     setWindowFlags(Qt::Widget); // it lives in a tab
     setObjectName(QStringLiteral("session"));
     setDockNestingEnabled(true);
-    setMenuWidget(m_bar);
+    auto* top = new QWidget;
+    auto* layout = new QVBoxLayout(top);
+    layout->setContentsMargins({});
+    layout->addWidget(m_menus);
+    layout->addWidget(m_bar);
+    setMenuWidget(top);
+    setMenus({});
     if (m_setting.sessionName().isEmpty())
         m_setting.setSessionName(QCoreApplication::applicationName());
     const auto users = m_setting.supportedUserTokenTypes();
@@ -203,7 +211,13 @@ QString SessionPage::nameOfServer() const
 
 QString SessionPage::status() const
 {
-    return tr("%1: %2").arg(title(), QvelSessionWidget::stateText(m_session->state()));
+    return tr("%1: %2").arg(title(), stateText());
+}
+
+QString SessionPage::stateText() const
+{
+    return m_question ? tr("waiting for your answer")
+                      : QvelSessionWidget::stateText(m_session->state());
 }
 
 // In a window of its own, which can go, but not the page.
@@ -426,6 +440,14 @@ void SessionPage::resetLayout()
     restoreState(m_firstLayout);
 }
 
+void SessionPage::setMenus(const QList<QMenu*>& menus)
+{
+    m_menus->clear();
+    for (QMenu* menu : menus)
+        m_menus->addMenu(menu);
+    m_menus->setHidden(menus.isEmpty());
+}
+
 void SessionPage::connectToServer()
 {
     m_isQuiet = false;
@@ -590,10 +612,9 @@ void SessionPage::showState()
                                     "What is shown is as it was last known.")
                                      .arg(failureText(error).section(QLatin1Char('\n'), 0, 0)));
         else
-            m_bar->text->setText(tr("Connecting to %1: %2")
-                                     .arg(plainLine(m_session->setting().endpointUrl(), maxText),
-                                          m_question ? tr("waiting for your answer")
-                                                     : QvelSessionWidget::stateText(state)));
+            m_bar->text->setText(
+                tr("Connecting to %1: %2")
+                    .arg(plainLine(m_session->setting().endpointUrl(), maxText), stateText()));
         m_bar->progress->setValue(QvelSessionWidget::step(state));
         m_bar->retry->setText(tr("Try &Now"));
         m_bar->showOnly(waits ? QList<QWidget*>{m_bar->retry, m_bar->cancel}

@@ -10,6 +10,8 @@
 class ConnectionBar;
 class Host;
 class QDialog;
+class QMenu;
+class QMenuBar;
 class QvelAddressSpaceWidget;
 class QvelAttributesWidget;
 class QvelCallWidget;
@@ -41,6 +43,8 @@ public:
     static QIcon icon(QvelSession::State state);
     QList<QDockWidget*> docks() const { return m_docks; }
     void resetLayout();
+    /// While it is a window of its own.
+    void setMenus(const QList<QMenu*>& menus);
 
     /// Asks for a password where one is needed.
     void connectToServer();
@@ -67,6 +71,7 @@ Q_SIGNALS:
 
 private:
     QString nameOfServer() const;
+    QString stateText() const;
     QDockWidget* addDock(const char* name, QWidget* widget, Qt::DockWidgetArea area);
     void createViews();
     void createActions();
@@ -95,6 +100,7 @@ private:
     QvelDiscoverySetting m_setting;
     QStringList m_otherUrls;
     QvelSession* m_session;
+    QMenuBar* m_menus;
     ConnectionBar* m_bar;
     QvelAddressSpaceWidget* m_space;
     QvelAttributesWidget* m_attributes;

@@ -699,8 +699,8 @@ p, li { white-space: pre-wrap; }
         <translation>Werte dieses Typs können nicht bearbeitet werden.</translation>
     </message>
     <message>
-        <source>This user may not write it (%1).</source>
-        <translation>Dieser Benutzer darf es nicht schreiben (%1).</translation>
+        <source>Not writable for this user (%1).</source>
+        <translation>Nicht schreibbar für diesen Benutzer (%1).</translation>
     </message>
 </context>
 <context>

@@ -9,12 +9,27 @@
 #include <QtGui/QPalette>
 #include <QtWidgets/QWidget>
 
+#include <algorithm>
+#include <cstdlib>
+
 namespace {
 
-bool isLighter(QPalette::ColorRole role, QPalette::ColorRole than)
+// In the colour of a selection's text, the more, the more it stands out from the usual ground. Qt
+// would tint it with the colour of the selection, in which it is lost.
+QImage selected(QImage image)
 {
+    constexpr int strength = 3; // so that an outline has all of that colour
     const QPalette palette = QGuiApplication::palette();
-    return palette.color(role).lightness() > palette.color(than).lightness();
+    const int ground = qGray(palette.color(QPalette::Base).rgb());
+    const QColor color = palette.color(QPalette::HighlightedText);
+    image.convertTo(QImage::Format_ARGB32);
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x) {
+            const QRgb pixel = image.pixel(x, y);
+            const int part = std::min(strength * std::abs(qGray(pixel) - ground), 255);
+            image.setPixel(x, y, (color.rgb() & RGB_MASK) | QRgb(part * qAlpha(pixel) / 255) << 24);
+        }
+    return image;
 }
 
 class PaletteIcon : public QIconEngine
@@ -39,21 +54,10 @@ public:
     QPixmap scaledPixmap(const QSize& size, QIcon::Mode mode, QIcon::State state,
                          qreal scale) override
     {
-        const QSize inner = (QSizeF(size) / scale).toSize();
-        if (mode != QIcon::Selected)
-            return icon().pixmap(inner, scale, mode, state);
-        // Qt would give it the colour of the selection, in which it is lost.
-        constexpr float strength = 0.85f;
-        const bool isLight = isLighter(QPalette::HighlightedText, QPalette::Highlight);
-        QPixmap picture = (isLight ? m_dark : m_light).pixmap(inner, scale, QIcon::Normal, state);
-        if (picture.isNull())
-            return picture; // a host does not have each of them
-        QColor color = QGuiApplication::palette().color(QPalette::HighlightedText);
-        color.setAlphaF(strength);
-        QPainter painter(&picture);
-        painter.setCompositionMode(QPainter::CompositionMode_SourceAtop);
-        painter.fillRect(QRectF({}, picture.deviceIndependentSize()), color);
-        return picture;
+        const QPixmap picture =
+            icon().pixmap((QSizeF(size) / scale).toSize(), scale,
+                          mode == QIcon::Selected ? QIcon::Normal : mode, state);
+        return mode == QIcon::Selected ? QPixmap::fromImage(selected(picture.toImage())) : picture;
     }
     QSize actualSize(const QSize& size, QIcon::Mode mode, QIcon::State state) override
     {
@@ -109,7 +113,9 @@ void initKestrelImages()
 
 bool isDarkPalette()
 {
-    return isLighter(QPalette::WindowText, QPalette::Window);
+    const QPalette palette = QGuiApplication::palette();
+    return palette.color(QPalette::WindowText).lightness() >
+           palette.color(QPalette::Window).lightness();
 }
 
 QIcon paletteIcon(const QString& path, const QString& pathOn)

@@ -113,7 +113,7 @@ QString refusalText(bool isAllowed, OpcUa_UInt32 attributeId)
     return isAllowed ? QCoreApplication::translate("QvelAttributesModel",
                                                    "Values of this type cannot be edited.")
                      : QCoreApplication::translate("QvelAttributesModel",
-                                                   "This user may not write it (%1).")
+                                                   "Not writable for this user (%1).")
                            .arg(QString::fromLatin1(QvelAttribute::name(attributeId)));
 }
 

@@ -314,7 +314,7 @@ private Q_SLOTS:
         show("ns=1;s=ScalarString");
         QVERIFY(!open(m_widget->view(), cell("NodeId")));
         QCOMPARE(text("NodeId", Model::ResultColumn),
-                 "This user may not write it (UserWriteMask).");
+                 "Not writable for this user (UserWriteMask).");
         QWidget* edit = open(m_widget->view(), cell("Value"));
         QVERIFY(edit);
         QTest::keyClicks(edit, "typed while the cable was pulled");

@@ -223,7 +223,7 @@ private Q_SLOTS:
         QVERIFY(!(view.model()->index(3, Model::Value).flags() & Qt::ItemIsEditable));
         view.click(3, Model::Value);
         QTest::mouseDClick(view.table()->viewport(), Qt::LeftButton, {}, view.at(3, Model::Value));
-        const QString reason = "This user may not write it (UserAccessLevel).";
+        const QString reason = "Not writable for this user (UserAccessLevel).";
         QCOMPARE(view.part<QLabel>("message")->text(), reason);
         QVERIFY(view.text(3, Model::Value, Qt::ToolTipRole).endsWith(reason));
         view.click(0, Model::Value);
