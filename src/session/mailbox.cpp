@@ -5,6 +5,7 @@
 #include <QtCore/QEvent>
 #include <QtCore/QPointer>
 
+#include <iterator>
 #include <utility>
 
 namespace {
@@ -22,10 +23,21 @@ Mailbox::~Mailbox()
 
 void Mailbox::post(std::function<void()> function)
 {
+    add([&] { m_functions.push_back(std::move(function)); });
+}
+
+void Mailbox::post(std::vector<std::function<void()>> functions)
+{
+    add([&] { std::move(functions.begin(), functions.end(), std::back_inserter(m_functions)); });
+}
+
+template <class Add>
+void Mailbox::add(Add add)
+{
     bool isFirst;
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        m_functions.push_back(std::move(function));
+        add();
         isFirst = !std::exchange(m_isPosted, true);
     }
     if (isFirst)

@@ -5,6 +5,7 @@
 #include <deque>
 #include <functional>
 #include <mutex>
+#include <vector>
 
 /// Runs functions on the thread that it lives on, in the order in which they were posted, several
 /// in one event, but never for long; those that are left go with it.
@@ -18,10 +19,13 @@ public:
     ~Mailbox() override;
     /// Any thread.
     void post(std::function<void()> function);
+    void post(std::vector<std::function<void()>> functions);
 
     bool event(QEvent* event) override;
 
 private:
+    template <class Add>
+    void add(Add add);
     void wake();
 
     std::mutex m_mutex;

@@ -103,9 +103,7 @@ QvelSession::QvelSession(const QvelSessionOptions& options, QObject* parent)
     d->options = options;
     d->mailbox.setParent(this); // to be on its thread, wherever that is
     // Runs only while this object is there: the destructor waits for the thread.
-    d->thread.worker = new SessionWorker([this](std::function<void(QvelSession&)> function) {
-        d->mailbox.post([this, function = std::move(function)] { function(*this); });
-    });
+    d->thread.worker = new SessionWorker(*this, d->mailbox);
     d->thread.worker->moveToThread(&d->thread);
     d->thread.setObjectName(QStringLiteral("QvelSession"));
     d->thread.start();

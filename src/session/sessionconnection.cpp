@@ -93,6 +93,7 @@ void SessionConnection::readSocket()
         return;
     m_isReading = false;
     arm();
+    Q_EMIT allAnswered();
 }
 
 void SessionConnection::readMessages()

@@ -41,6 +41,8 @@ public:
     void abandon(OpcUa_StatusCode status);
 
     bool isClosed() const { return m_closed; }
+    /// Answers that came together are being handed out; allAnswered() comes after the last one.
+    bool isAnswering() const { return m_isReading; }
     bool isOpen() const { return m_channel && m_channel->state() == SecureChannel::State::Open; }
     OpcUa_UInt32 renewals() const { return m_channel ? m_channel->renewals() : 0; }
     quint64 requests() const { return m_requests; }
@@ -78,6 +80,7 @@ Q_SIGNALS:
     void connected();
     /// The channel is open.
     void opened();
+    void allAnswered();
     /// Once: it failed, or the server closed it. All requests have been answered before.
     void closed(OpcUa_StatusCode status, const UaString& reason);
 

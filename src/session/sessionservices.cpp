@@ -64,12 +64,14 @@ struct Operation
             result.reason = reason;
         }
     }
-    void finishOne()
+    void finishOne(SessionWorker& worker)
     {
         if (--open > 0)
             return;
-        promise->addResult(std::move(result));
-        promise->finish();
+        worker.complete([promise = promise, result = std::move(result)]() mutable {
+            promise->addResult(std::move(result));
+            promise->finish();
+        });
     }
 };
 
@@ -116,7 +118,7 @@ void sendSlice(SessionWorker& worker, const OperationPtr<Item, Result>& operatio
     ++operation->open;
     worker.whenRoom([&worker, operation, begin, count] {
         if (!operation->goesOn()) {
-            operation->finishOne();
+            operation->finishOne(worker);
             return worker.release();
         }
         typename Service::Request request;
@@ -137,7 +139,7 @@ void sendSlice(SessionWorker& worker, const OperationPtr<Item, Result>& operatio
                         take(result, (operation->result.*Service::results)[place++]);
                 }
             }
-            operation->finishOne();
+            operation->finishOne(worker);
             worker.release();
         });
     });
@@ -169,7 +171,7 @@ void SessionWorker::perform(const QList<Item>& items, std::shared_ptr<QPromise<R
     const qsizetype most = atATime(m_limits.*Service::limit);
     for (qsizetype begin = 0; begin < items.size(); begin += most)
         sendSlice(*this, operation, begin, std::min(most, items.size() - begin));
-    operation->finishOne();
+    operation->finishOne(*this);
 }
 
 // One line registers a service.
@@ -339,7 +341,7 @@ void SessionWorker::browsePageDone(const std::shared_ptr<BrowseOperation>& opera
         operation->isAlone = true;
         browseNodes(operation, {operation->alone.takeFirst()});
     }
-    operation->finishOne();
+    operation->finishOne(*this);
 }
 
 struct SessionWorker::HistoryOperation : Operation<QvelHistoryItem, QvelHistoryResult>
@@ -377,7 +379,7 @@ void SessionWorker::historyRead(const QList<QvelHistoryItem>& items,
         ++operation->open;
         whenRoom([this, operation, nodes] { readHistoryPage(operation, nodes); });
     });
-    operation->finishOne();
+    operation->finishOne(*this);
 }
 
 HistoryReadRequest SessionWorker::historyRequest(const HistoryOperation& operation,
@@ -431,7 +433,7 @@ void SessionWorker::readHistoryPage(const std::shared_ptr<HistoryOperation>& ope
             }
             if (!next.isEmpty())
                 return readHistoryPage(operation, next);
-            operation->finishOne();
+            operation->finishOne(*this);
             release();
         });
 }

@@ -166,8 +166,8 @@ bool sameEndpoint(const OpcUa_EndpointDescription& a, const OpcUa_EndpointDescri
 
 } // namespace
 
-SessionWorker::SessionWorker(Post toHost)
-    : m_toHost(std::move(toHost)), m_mailbox(this),
+SessionWorker::SessionWorker(QvelSession& session, Mailbox& host)
+    : m_session(session), m_host(host), m_mailbox(this), m_completions(host, this),
       m_subscriptions(std::make_unique<SessionSubscriptions>(*this)), m_reconnectTimer(this),
       m_keepAliveTimer(this), m_questionTimer(this), m_statisticsTimer(this)
 {
@@ -264,6 +264,7 @@ void SessionWorker::useConnection(const QByteArray& url, const SecureChannel::Se
             [this] { setState(State::Connecting); });
     connect(m_connection.get(), &SessionConnection::connected, this,
             [this] { setState(State::OpeningChannel); });
+    connect(m_connection.get(), &SessionConnection::allAnswered, this, &SessionWorker::handOut);
     connect(m_connection.get(), &SessionConnection::closed, this,
             [this](OpcUa_StatusCode status, const UaString& reason) { fail(status, reason); });
     m_connection->open(url, settings, timeLeft());
@@ -271,6 +272,7 @@ void SessionWorker::useConnection(const QByteArray& url, const SecureChannel::Se
 
 SessionConnection* SessionWorker::dropConnection(bool isKept)
 {
+    m_completions.handOut();
     if (!m_connection)
         return nullptr;
     m_statistics.requests += m_connection->requests();
@@ -951,6 +953,21 @@ void SessionWorker::tellStatistics()
     }
     all.lastAnswer = m_statistics.lastAnswer;
     SessionHost::tellStatistics(*this, all);
+}
+
+void SessionWorker::complete(std::function<void()> function)
+{
+    m_completions.add(std::move(function));
+    if (!m_connection || !m_connection->isAnswering())
+        handOut();
+}
+
+void SessionWorker::handOut()
+{
+    if (m_waiting.empty())
+        m_completions.handOut();
+    else
+        m_completions.handOutLater();
 }
 
 void SessionWorker::whenRoom(std::function<void()> function)

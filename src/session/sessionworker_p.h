@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/pki/secret_p.h"
+#include "session/completions_p.h"
 #include "session/mailbox_p.h"
 #include "session/session.h"
 #include "session/sessionconnection_p.h"
@@ -60,10 +61,8 @@ class SessionWorker : public QObject
 {
     Q_OBJECT
 public:
-    /// `toHost` runs a function on the host's thread, later; any thread.
-    using Post = std::function<void(std::function<void(QvelSession&)>)>;
-
-    explicit SessionWorker(Post toHost);
+    /// Works for a session, on the thread of which `host` is; both are there as long as this is.
+    SessionWorker(QvelSession& session, Mailbox& host);
     /// Ends the session without waiting for the server; all calls end with BadShutdown.
     ~SessionWorker() override;
 
@@ -93,7 +92,14 @@ public:
     const OperationLimits& limits() const { return m_limits; }
     const QvelSessionOptions& options() const { return m_options; }
     const QStringList& namespaces() const { return m_namespaces; }
-    void post(std::function<void(QvelSession&)> function) const { m_toHost(std::move(function)); }
+    /// Runs a function on the host's thread, later.
+    void post(std::function<void(QvelSession&)> function) const
+    {
+        m_host.post([&session = m_session, function = std::move(function)] { function(session); });
+    }
+    /// Completes a call of the host's, soon: those whose answers came together, or, as long as
+    /// more calls wait for room, some of them, at a time.
+    void complete(std::function<void()> function);
     void log(const QString& text) const;
     /// Sends a request of the session. Without a connection, `done` comes with BadSessionClosed.
     template <class Response, class Request, class Done>
@@ -161,12 +167,15 @@ private:
     bool hasSession() const;
     void closeSession(OpcUa_StatusCode status);
     void abandonCalls(OpcUa_StatusCode status);
+    void handOut();
     const UaWire::SecurityPolicy* policy() const;
     const OpcUa_EndpointDescription& endpoint() const { return *m_setting.endpointDescription(); }
     int timeLeft() const; // to connect, in milliseconds
 
-    const Post m_toHost;
+    QvelSession& m_session; // on another thread
+    Mailbox& m_host;
     Mailbox m_mailbox;
+    Completions m_completions;
     const std::unique_ptr<SessionSubscriptions> m_subscriptions;
     QvelSessionOptions m_options;
     QvelDiscoverySetting m_wanted;  // as the host gave it
