@@ -128,6 +128,17 @@ QIcon iconOf(UaStatusCode status)
 
 constexpr OpcUa_DateTime ticksPerDay = 864'000'000'000;
 
+// Integers, and numbers of any kind, of which the variable may know more than their DataType.
+bool mayHaveNames(const DataTypeInfo& type)
+{
+    const auto isOf = [](OpcUa_BuiltInType found, OpcUa_BuiltInType last) {
+        return found >= OpcUaType_SByte && found <= last;
+    };
+    return type.enumInfo.kind == QvelEnumInfo::NoEnumeration &&
+           (isOf(type.builtInType, OpcUaType_UInt64) ||
+            (type.builtInType == OpcUaType_Null && isOf(type.emptyType, OpcUaType_Double)));
+}
+
 QString numberText(double number)
 {
     return QString::number(number, 'g', 15);
@@ -234,6 +245,7 @@ public:
     }
     QString text(const Row& row, int column) const;
     QString toolTip(const Row& row, int column) const;
+    static QString writeText(const Row& row);
     static UaDateTime timeOf(const Row& row, int column)
     {
         const UaDataValue& value = row.shown.value;
@@ -254,6 +266,7 @@ public:
         return isConnected() && (row.access & canWrite) && row.cell.isEditable();
     }
     void findType(const UaNodeId& dataType, const QList<std::weak_ptr<Row>>& members);
+    void findNames(const QList<std::weak_ptr<Row>>& members);
 
     QvelDataViewModel* const q;
     QPointer<QvelSession> session;
@@ -507,8 +520,59 @@ void QvelDataViewModel::Private::findType(const UaNodeId& dataType,
             row->cell.setType({info, type.valueRank, type.dimensions});
         }
         emitAll();
+        if (mayHaveNames(info))
+            findNames(members);
     };
     whenDone(DataTypes::of(session)->find(dataType), q, take);
+}
+
+// The names that a variable itself has for its numbers (OPC 10000-8, 5.3.3.3).
+void QvelDataViewModel::Private::findNames(const QList<std::weak_ptr<Row>>& members)
+{
+    constexpr OpcUa_UInt32 hasProperty = 46;
+    QList<QvelBrowsePath> paths;
+    QList<std::weak_ptr<Row>> asked;
+    for (const std::weak_ptr<Row>& member : members) {
+        const RowPointer row = member.lock();
+        if (!row)
+            continue;
+        for (const char* name : {"EnumStrings", "EnumValues"}) {
+            paths.append(
+                {nodeIdOf(*row),
+                 {{UaQualifiedName(UaString(name), 0), UaNodeId(hasProperty), false, true}}});
+            asked.append(member);
+        }
+    }
+    if (paths.isEmpty())
+        return;
+    const auto read = [this, asked, generation = generation](const QvelTranslateResult& found) {
+        QList<QvelReadItem> items;
+        QList<std::weak_ptr<Row>> owners;
+        for (qsizetype i = 0; generation == this->generation && i < found.results.size(); ++i) {
+            const auto& targets = found.results[i].targets;
+            if (targets.isEmpty())
+                continue;
+            items.append({session->toNodeId(targets.first().nodeId), QvelAttribute::Value, {}, {}});
+            owners.append(asked[i]);
+        }
+        if (items.isEmpty())
+            return;
+        const auto take = [this, owners, generation](const QvelReadResult& result) {
+            for (qsizetype i = 0; generation == this->generation && i < result.values.size(); ++i) {
+                const QvelEnumInfo names =
+                    namesOf(result.values[i].value(), QvelEnumInfo::Enumeration);
+                const RowPointer row = owners[i].lock();
+                if (!row || names.kind == QvelEnumInfo::NoEnumeration)
+                    continue;
+                ValueType type = row->cell.type();
+                type.enumInfo = names;
+                row->cell.setType(type);
+            }
+            emitAll();
+        };
+        whenDone(session->read(items), q, take);
+    };
+    whenDone(session->translateBrowsePaths(paths), q, read);
 }
 
 // --- What the server sends -----------------------------------------------------------------------
@@ -649,6 +713,8 @@ void QvelDataViewModel::Private::finishWrite(Row& row, UaStatusCode status, cons
     if (status.isGood())
         row.cell.clearAttempt();
     emitRows({&row}, WriteResult, WriteResult);
+    if (status.isBad()) // which may be out of sight
+        Q_EMIT q->inputRejected(shownText(row.name) + QStringLiteral(": ") + writeText(row));
 }
 
 // --- What is shown -------------------------------------------------------------------------------
@@ -724,6 +790,13 @@ QString QvelDataViewModel::Private::text(const Row& row, int column) const
     return {};
 }
 
+QString QvelDataViewModel::Private::writeText(const Row& row)
+{
+    const QString text = statusInWords(row.writeStatus);
+    const QString reason = row.wasSent ? row.writeReason : tr("Nothing was sent.");
+    return reason.isEmpty() ? text : text + QLatin1Char(' ') + reason;
+}
+
 QString QvelDataViewModel::Private::toolTip(const Row& row, int column) const
 {
     QString tip = text(row, column);
@@ -737,10 +810,7 @@ QString QvelDataViewModel::Private::toolTip(const Row& row, int column) const
     if (column == Status && !tip.isEmpty())
         tip = statusInWords(statusOf(row));
     if (column == WriteResult && row.writing == Writing::Done) {
-        tip = statusInWords(row.writeStatus);
-        const QString reason = row.wasSent ? row.writeReason : tr("Nothing was sent.");
-        if (!reason.isEmpty())
-            tip += QLatin1Char(' ') + reason;
+        tip = writeText(row);
     }
     if (isConnected())
         return shownToolTip(tip);

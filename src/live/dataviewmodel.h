@@ -129,7 +129,7 @@ public:
 Q_SIGNALS:
     /// Recording began, went on or ended; several times a second at most.
     void recordingChanged();
-    /// What was typed is not taken, and why.
+    /// What was typed is not taken, by the row or by the server, and why.
     void inputRejected(const QString& reason);
 
 private:

@@ -297,7 +297,9 @@ bool DataViewTable::event(QEvent* event)
 bool DataViewTable::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event)
 {
     const bool isOpen = QTableView::edit(index, trigger, event);
-    if (!isOpen)
+    if (isOpen)
+        Q_EMIT messageChanged({}); // what was said of an earlier one
+    else
         tellRefusal(index, trigger);
     return isOpen;
 }

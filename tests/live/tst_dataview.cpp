@@ -217,6 +217,8 @@ private Q_SLOTS:
         for (const char* name : {"ScalarInt16", "ScalarString", "ScalarBoolean"})
             view.type(id(name));
         view.type("i=2258"); // nobody may write the time
+        view.type(id("Mode"));
+        QTRY_COMPARE(view.text(4, Model::Value), "1 (Manual)"); // the variable's own names
         QTRY_VERIFY(!view.column(Model::Value).contains(QString()));
         QTRY_VERIFY(view.model()->index(0, Model::Value).flags() & Qt::ItemIsEditable);
         QTRY_COMPARE(view.text(3, Model::DataType), "UtcTime");
@@ -233,6 +235,7 @@ private Q_SLOTS:
         QVERIFY(view.enter(Model::Value, "40000"));
         QTRY_COMPARE(view.text(0, Model::WriteResult), "BadOutOfRange");
         QVERIFY(view.text(0, Model::WriteResult, Qt::ToolTipRole).contains("Nothing was sent"));
+        QVERIFY(view.part<QLabel>("message")->text().startsWith("ScalarInt16: BadOutOfRange"));
         view.click(1, Model::Value);
         QVERIFY(view.enter(Model::Value, "<b>new</b>"));
         QTRY_COMPARE(view.text(1, Model::Value), "<b>new</b>");
