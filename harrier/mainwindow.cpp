@@ -298,6 +298,8 @@ void MainWindow::placeBeside(QWidget* window)
     QRect mine = room, its = room;
     mine.setRight(room.center().x());
     its.setLeft(mine.right() + 1);
+    if (std::max(minimumSizeHint().width(), window->minimumSizeHint().width()) > mine.width())
+        return place(window, room); // there is room for one only
     if (frameGeometry().center().x() > room.center().x())
         std::swap(mine, its);
     if (frameGeometry().width() > mine.width()) {
