@@ -555,6 +555,17 @@ private Q_SLOTS:
         monitor(subscription, 50);
         QCOMPARE(connectSession(session, setting("Basic256Sha256", 3)).toString(), "");
         QTRY_COMPARE_WITH_TIMEOUT(m_last.size(), 50, 10000);
+        // Also one that waits for a call, or within the answer to another one.
+        const QList<QvelReadItem> time = {{UaNodeId(2258), QvelAttribute::Value, {}, {}}};
+        QFuture<QvelReadResult> waited = session.read(time);
+        waited.waitForFinished();
+        QCOMPARE(waited.result().values.size(), 1);
+        qsizetype within = 0;
+        resultOf(session.read(time).then(&session, [&](const QvelReadResult&) {
+            within = resultOf(session.read(time)).values.size();
+            return within;
+        }));
+        QCOMPARE(within, 1);
         QThread::msleep(BLOCKED);
         QTest::qWait(2000);
         QCOMPARE(m_gaps, 0);
