@@ -219,12 +219,14 @@ void QvelTrendWidget::Private::showConnection()
 
 void QvelTrendWidget::Private::changed()
 {
-    if (!painting.isActive() && q->isVisible())
+    // For the axis to move, the timer may wait much longer.
+    if (q->isVisible() && !std::exchange(isChanged, true))
         painting.start(paintInterval);
 }
 
 void QvelTrendWidget::Private::tick()
 {
+    isChanged = false;
     q->update();
     constexpr qint64 speechInterval = 1000;
     if (clock.elapsed() - lastSpoken >= speechInterval) {
@@ -325,7 +327,7 @@ TrendPicture QvelTrendWidget::Private::picture()
     TrendPicture made(curves, view, look(), q->size());
     if (hover)
         view.cursor = made.timeAt(*hover);
-    plotWidth = made.plot().width();
+    plotWidth = std::max(made.plot().width(), 1.); // none while a layout is made
     return made;
 }
 

@@ -100,6 +100,7 @@ public:
     std::optional<qint64> fixedCursor;
     std::optional<double> hover; // the mouse, whose time moves with the axis
     QTimer painting;
+    bool isChanged = false; // and not painted yet
     QElapsedTimer clock;
     qint64 lastSpoken = -1000;
 

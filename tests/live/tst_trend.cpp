@@ -93,7 +93,13 @@ struct Trend : QvelTrendWidget
             QTest::mouseRelease(this, Qt::LeftButton, modifiers, to);
     }
 
-    int id = 0;
+    void paintEvent(QPaintEvent* event) override
+    {
+        ++paints;
+        QvelTrendWidget::paintEvent(event);
+    }
+
+    int id = 0, paints = 0;
 };
 
 class tst_Trend : public QObject
@@ -410,6 +416,13 @@ private Q_SLOTS:
         QVERIFY(trend.span() > 0);
         trend.grab();
         QCOMPARE(changes.size(), 2);
+        // What comes is shown, also where the axis moves by a pixel in minutes only.
+        trend.setFollowing(1e6);
+        for (int i = 0; i < 3; ++i) {
+            const int before = trend.paints;
+            append(trend.id, 0);
+            QTRY_VERIFY(trend.paints > before);
+        }
     }
     void mouse()
     {
