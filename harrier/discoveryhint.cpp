@@ -103,7 +103,6 @@ DiscoveryHint::DiscoveryHint(QWidget* parent)
     m_text->setObjectName(QStringLiteral("hint"));
     m_text->setTextFormat(Qt::PlainText);
     m_text->setWordWrap(true);
-    m_text->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_text->setMinimumHeight(3 * fontMetrics().lineSpacing()); // what is below does not jump
     m_text->setAlignment(Qt::AlignTop | Qt::AlignLeading);
     m_look->setObjectName(QStringLiteral("lookThere"));
@@ -147,15 +146,19 @@ void DiscoveryHint::refresh()
                        : tr("Choose a server on the left: \"Local\" lists those of this computer; "
                             "for any other, double-click \"< Double click to Add Server... >\" and "
                             "give its URL. Then double-click one of its endpoints to connect.");
+    QString failure = node ? node->lastFailure() : QString();
     if (!node && m_tree) {
         const QModelIndex network = m_tree->model()->index(networkRow, 0);
-        const QString failure = network.isValid() ? nodeOf(network)->lastFailure() : QString();
+        failure = network.isValid() ? nodeOf(network)->lastFailure() : QString();
         if (!failure.isEmpty())
             text += QLatin1Char('\n') + failure;
     }
+    // What went wrong is also for a mail; a label that is not to be selected is there sooner.
+    m_text->setTextInteractionFlags(failure.isEmpty() ? Qt::NoTextInteraction
+                                                      : Qt::TextSelectableByMouse);
     m_text->setText(text);
     m_url.clear();
-    if (node && !node->lastFailure().isEmpty())
+    if (node && !failure.isEmpty())
         m_url = otherUrls(*m_tree, urlOf(node)).value(0);
     m_look->setVisible(!m_url.isEmpty());
     m_look->setText(tr("Look Under %1").arg(plainLine(m_url, 60)));

@@ -32,10 +32,19 @@ QImage selected(QImage image)
     return image;
 }
 
+QString darkImage(const QString& path)
+{
+    const QFileInfo light(path);
+    const QString dark = light.path() + QLatin1String("/dark/") + light.fileName();
+    return QFile::exists(dark) ? dark : path;
+}
+
+// Its pictures are read when they are first shown: most menus are never opened, and few people
+// change the palette.
 class PaletteIcon : public QIconEngine
 {
 public:
-    PaletteIcon(QIcon light, QIcon dark) : m_light(std::move(light)), m_dark(std::move(dark)) {}
+    PaletteIcon(const QString& path, const QString& pathOn) : m_path(path), m_pathOn(pathOn) {}
 
     void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State state) override
     {
@@ -67,14 +76,25 @@ public:
     {
         return icon().availableSizes(mode, state);
     }
-    bool isNull() override { return m_light.isNull(); }
+    bool isNull() override { return icon().isNull(); }
     QString key() const override { return QStringLiteral("PaletteIcon"); }
     QIconEngine* clone() const override { return new PaletteIcon(*this); }
 
 private:
-    const QIcon& icon() const { return isDarkPalette() ? m_dark : m_light; }
+    const QIcon& icon()
+    {
+        const bool isDark = isDarkPalette();
+        QIcon& icon = isDark ? m_dark : m_light;
+        if (icon.isNull()) {
+            icon = QIcon(isDark ? darkImage(m_path) : m_path);
+            if (!m_pathOn.isEmpty())
+                icon.addFile(isDark ? darkImage(m_pathOn) : m_pathOn, {}, QIcon::Normal, QIcon::On);
+        }
+        return icon;
+    }
 
-    const QIcon m_light, m_dark;
+    const QString m_path, m_pathOn;
+    QIcon m_light, m_dark;
 };
 
 class PaletteFollower : public QObject
@@ -97,13 +117,6 @@ private:
     const std::function<void()> m_function;
 };
 
-QString darkImage(const QString& path)
-{
-    const QFileInfo light(path);
-    const QString dark = light.path() + QLatin1String("/dark/") + light.fileName();
-    return QFile::exists(dark) ? dark : path;
-}
-
 } // namespace
 
 void initKestrelImages()
@@ -121,12 +134,7 @@ bool isDarkPalette()
 QIcon paletteIcon(const QString& path, const QString& pathOn)
 {
     initKestrelImages();
-    QIcon light(path), dark(darkImage(path));
-    if (!pathOn.isEmpty()) {
-        light.addFile(pathOn, {}, QIcon::Normal, QIcon::On);
-        dark.addFile(darkImage(pathOn), {}, QIcon::Normal, QIcon::On);
-    }
-    return QIcon(new PaletteIcon(light, dark));
+    return QIcon(new PaletteIcon(path, pathOn));
 }
 
 void whenPaletteChanges(QWidget* widget, std::function<void()> function)
