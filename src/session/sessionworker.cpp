@@ -164,6 +164,12 @@ bool sameEndpoint(const OpcUa_EndpointDescription& a, const OpcUa_EndpointDescri
                                              leafCertificate(bytesOf(b.ServerCertificate)));
 }
 
+// The kind of security that an endpoint offers.
+QByteArray securityOf(const OpcUa_EndpointDescription& endpoint)
+{
+    return bytesOf(endpoint.SecurityPolicyUri) + ' ' + QByteArray::number(endpoint.SecurityMode);
+}
+
 } // namespace
 
 SessionWorker::SessionWorker(QvelSession& session, Mailbox& host)
@@ -225,6 +231,7 @@ void SessionWorker::connectToServer(const QvelDiscoverySetting& setting, const S
     m_attempts = 0;
     m_statistics = {};
     m_acceptedCertificate.clear();
+    m_announced.clear();
     m_statisticsTimer.start(statisticsInterval);
     begin();
 }
@@ -313,6 +320,7 @@ void SessionWorker::takeEndpoints(UaStackTypeArray<OpcUa_EndpointDescription>& e
     const QByteArray wantedPolicy = m_wanted.securityPolicy().toUtf8();
     const OpcUa_MessageSecurityMode mode = m_wanted.messageSecurityMode();
     const bool hasCertificate = !m_options.certificateFile.isEmpty();
+    m_announced.clear();
     const OpcUa_EndpointDescription* best = nullptr;
     const auto rank = [this](const OpcUa_EndpointDescription& e) {
         const SecurityPolicy* p = securityPolicy(bytesOf(e.SecurityPolicyUri));
@@ -321,6 +329,7 @@ void SessionWorker::takeEndpoints(UaStackTypeArray<OpcUa_EndpointDescription>& e
                                hostOf(bytesOf(e.EndpointUrl)) == hostOf(m_usedUrl));
     };
     for (const OpcUa_EndpointDescription& e : endpoints) {
+        m_announced.insert(securityOf(e));
         const QByteArray uri = bytesOf(e.SecurityPolicyUri);
         const SecurityPolicy* p = securityPolicy(uri);
         if (!p || (!wantedPolicy.isEmpty() && uri != wantedPolicy) ||
@@ -592,10 +601,17 @@ void SessionWorker::takeSession(CreateSessionResponse& response)
             return refuse(OpcUa_BadNonceInvalid, nonceAdvice());
     }
     const auto& endpoints = response.serverEndpoints;
+    const auto isUsed = [this](const OpcUa_EndpointDescription& e) {
+        return sameEndpoint(e, endpoint());
+    };
+    // A way that this client knows, and that was hidden from it when it asked.
+    const auto isHidden = [this](const OpcUa_EndpointDescription& e) {
+        const SecurityPolicy* p = securityPolicy(bytesOf(e.SecurityPolicyUri));
+        return p && hasMode(*p, e.SecurityMode) && !m_announced.contains(securityOf(e));
+    };
     if (p->isSecure && endpoints.length() > 0 &&
-        std::none_of(
-            endpoints.begin(), endpoints.end(),
-            [this](const OpcUa_EndpointDescription& e) { return sameEndpoint(e, endpoint()); }))
+        (std::none_of(endpoints.begin(), endpoints.end(), isUsed) ||
+         (!m_announced.isEmpty() && std::any_of(endpoints.begin(), endpoints.end(), isHidden))))
         return refuse(OpcUa_BadSecurityChecksFailed,
                       {QT_TRANSLATE_NOOP("QvelSession",
                                          "The server's endpoints are not those that it announced: "

@@ -9,6 +9,7 @@
 
 #include <QtCore/QHash>
 #include <QtCore/QPromise>
+#include <QtCore/QSet>
 #include <QtCore/QTimer>
 
 #include <atomic>
@@ -188,6 +189,7 @@ private:
     const char* m_step = nullptr; // instead of the state's, where nothing is sent
     bool m_lasted = false;        // was Connected since connectToServer()
     bool m_endpointKnown = false;
+    QSet<QByteArray> m_announced; // kinds of security; none where the server was not asked
     QByteArray m_usedUrl;
     std::unique_ptr<UaWire::SessionConnection> m_connection;
     UaWire::SessionConnection* m_closing = nullptr; // makes Disconnected once it is answered

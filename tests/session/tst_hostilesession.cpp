@@ -155,6 +155,10 @@ void addSecurityRows(QList<Row>& rows)
             [](auto& r) { r.authenticationToken = UaNodeId(); });
     created("other endpoints", OpcUa_BadSecurityChecksFailed,
             [](auto& r) { static_cast<void>(r.serverEndpoints.resize(1)); });
+    created("hidden endpoint", OpcUa_BadSecurityChecksFailed, [](auto& r) {
+        r.serverEndpoints[0].SecurityMode = OpcUa_MessageSecurityMode_Sign;
+        assign(r.serverEndpoints[0].SecurityPolicyUri, policyUri);
+    });
     for (int length : {0, 31, 129}) {
         const auto change = [=](auto& response) { response.serverNonce = QByteArray(length, 'n'); };
         const QByteArray name = "nonce of " + QByteArray::number(length);
