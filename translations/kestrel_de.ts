@@ -725,10 +725,6 @@ p, li { white-space: pre-wrap; }
         <source>&amp;Refresh</source>
         <translation>&amp;Aktualisieren</translation>
     </message>
-    <message>
-        <source>Waiting for the server ...</source>
-        <translation>Warten auf den Server ...</translation>
-    </message>
 </context>
 <context>
     <name>QvelCallDialog</name>
@@ -1806,10 +1802,6 @@ derzeit nicht geschrieben werden.</translation>
     <message>
         <source>Select a node to see its references.</source>
         <translation>Wählen Sie einen Knoten aus, um seine Referenzen zu sehen.</translation>
-    </message>
-    <message>
-        <source>Waiting for the server ...</source>
-        <translation>Warten auf den Server ...</translation>
     </message>
 </context>
 <context>
@@ -2899,6 +2891,10 @@ derzeit nicht geschrieben werden.</translation>
     <message>
         <source>Not connected: this is as it was seen last.</source>
         <translation>Nicht verbunden: So wurde es zuletzt gesehen.</translation>
+    </message>
+    <message>
+        <source>Waiting for the server ...</source>
+        <translation>Warten auf den Server ...</translation>
     </message>
 </context>
 <context>

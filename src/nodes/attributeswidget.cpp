@@ -4,8 +4,9 @@
 #include "base/viewhint_p.h"
 #include "nodes/attributesmodel.h"
 #include "nodes/nodelink.h"
+#include "nodes/statustext_p.h"
 #include "nodes/valuedelegate_p.h"
-#include "session/sessiontypes.h"
+#include "session/session.h"
 
 #include <QtGui/QAction>
 #include <QtGui/QClipboard>
@@ -15,11 +16,11 @@
 
 #include <algorithm>
 
-static void tellWhyEmpty(QAbstractItemView* view, const UaExpandedNodeId& node)
+static void tellWhyEmpty(QAbstractItemView* view, const QvelAttributesModel* model)
 {
-    setViewHint(view, node == UaExpandedNodeId()
+    setViewHint(view, model->node() == UaExpandedNodeId()
                           ? QvelAttributesWidget::tr("Select a node to see its attributes.")
-                          : QvelAttributesWidget::tr("Waiting for the server ..."));
+                          : waitingSentence(model->session()));
 }
 
 QvelAttributesWidget::QvelAttributesWidget(QWidget* parent)
@@ -56,7 +57,7 @@ QvelAttributesWidget::QvelAttributesWidget(QWidget* parent)
     QAction* refresh = add(QKeySequence::Refresh, [this] { m_model->refresh(); });
     retranslated(this, [=] {
         m_view->setAccessibleName(tr("Attributes"));
-        tellWhyEmpty(m_view, m_model->node());
+        tellWhyEmpty(m_view, m_model);
         edit->setText(tr("&Edit Value"));
         copyValue->setText(tr("&Copy Value"));
         refresh->setText(tr("&Refresh"));
@@ -67,7 +68,13 @@ QvelAttributesWidget::~QvelAttributesWidget() = default;
 
 void QvelAttributesWidget::setSession(QvelSession* session)
 {
+    if (QvelSession* before = m_model->session())
+        before->disconnect(this);
     m_model->setSession(session);
+    if (session)
+        connect(session, &QvelSession::stateChanged, this,
+                [this] { tellWhyEmpty(m_view, m_model); });
+    tellWhyEmpty(m_view, m_model);
 }
 
 QvelSession* QvelAttributesWidget::session() const
@@ -88,7 +95,7 @@ void QvelAttributesWidget::setNodeId(const QString& text)
 void QvelAttributesWidget::setNode(const UaExpandedNodeId& node)
 {
     m_model->setNode(node);
-    tellWhyEmpty(m_view, node);
+    tellWhyEmpty(m_view, m_model);
 }
 
 UaExpandedNodeId QvelAttributesWidget::node() const

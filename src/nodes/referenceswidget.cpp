@@ -5,6 +5,8 @@
 #include "images/images_p.h"
 #include "nodes/nodelink.h"
 #include "nodes/referencesmodel.h"
+#include "nodes/statustext_p.h"
+#include "session/session.h"
 
 #include <QtCore/QMimeData>
 #include <QtGui/QAction>
@@ -45,11 +47,11 @@ public:
     QTableView* const table;
 };
 
-static void tellWhyEmpty(QAbstractItemView* view, const UaExpandedNodeId& node)
+static void tellWhyEmpty(QAbstractItemView* view, const QvelReferencesModel* model)
 {
-    setViewHint(view, node == UaExpandedNodeId()
+    setViewHint(view, model->node() == UaExpandedNodeId()
                           ? QvelReferencesWidget::tr("Select a node to see its references.")
-                          : QvelReferencesWidget::tr("Waiting for the server ..."));
+                          : waitingSentence(model->session()));
 }
 
 QvelReferencesWidget::QvelReferencesWidget(QWidget* parent)
@@ -89,7 +91,7 @@ QvelReferencesWidget::QvelReferencesWidget(QWidget* parent)
     QAction* refresh = add(QKeySequence(Qt::Key_F5), [this] { d->model->refresh(); });
     retranslated(this, [=] {
         d->table->setAccessibleName(tr("References"));
-        tellWhyEmpty(d->table, d->model->node());
+        tellWhyEmpty(d->table, d->model);
         copy->setText(tr("Copy NodeId"));
         refresh->setText(tr("Refresh"));
     });
@@ -105,7 +107,13 @@ QvelReferencesWidget::~QvelReferencesWidget() = default;
 
 void QvelReferencesWidget::setSession(QvelSession* session)
 {
+    if (QvelSession* before = d->model->session())
+        before->disconnect(this);
     d->model->setSession(session);
+    if (session)
+        connect(session, &QvelSession::stateChanged, this,
+                [this] { tellWhyEmpty(d->table, d->model); });
+    tellWhyEmpty(d->table, d->model);
 }
 
 QvelSession* QvelReferencesWidget::session() const
@@ -136,5 +144,5 @@ void QvelReferencesWidget::setNodeId(const QString& text)
 void QvelReferencesWidget::setNode(const UaExpandedNodeId& id)
 {
     d->model->setNode(id);
-    tellWhyEmpty(d->table, id);
+    tellWhyEmpty(d->table, d->model);
 }

@@ -1,6 +1,8 @@
 #include "statustext_p.h"
 
 #include "base/contrast_p.h"
+#include "platform/stack/opcuastatuscodes.h"
+#include "session/session.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtGui/QBrush>
@@ -149,4 +151,11 @@ QVariant staleForeground(bool isStale)
 QString staleSentence()
 {
     return QCoreApplication::translate("Status", "Not connected: this is as it was seen last.");
+}
+
+QString waitingSentence(const QvelSession* session)
+{
+    return session && session->state() == QvelSession::Connected
+               ? QCoreApplication::translate("Status", "Waiting for the server ...")
+               : statusSentence(OpcUa_BadSessionClosed);
 }

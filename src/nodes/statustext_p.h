@@ -6,6 +6,7 @@
 #include <QtGui/QColor>
 
 class QPalette;
+class QvelSession;
 
 /// A plain sentence that says what a status means to the one who asked; empty for Good.
 QString statusSentence(UaStatusCode status);
@@ -20,3 +21,5 @@ QColor staleColor(const QPalette& palette);
 QVariant staleForeground(bool isStale);
 /// A plain sentence that says what that is.
 QString staleSentence();
+/// Why nothing of a node is there yet. The session may be null.
+QString waitingSentence(const QvelSession* session);

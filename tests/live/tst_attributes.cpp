@@ -464,6 +464,11 @@ private Q_SLOTS:
             QTest::mouseClick(buttonOf(next, "Write"), Qt::LeftButton);
         QTRY_VERIFY_WITH_TIMEOUT(!next, timeout);
         QCOMPARE(text("Value", Model::ResultColumn), "");
+        other.disconnectFromServer();
+        QTRY_COMPARE_WITH_TIMEOUT(other.state(), QvelSession::Disconnected, timeout);
+        m_widget->setNode(*qvelParseNodeId("i=85")); // and nothing is there to be waited for
+        QCOMPARE(m_widget->view()->accessibleDescription(),
+                 "There is no connection to the server.");
     }
 
 private:
