@@ -100,7 +100,7 @@ void SessionConnection::readMessages()
 {
     const QPointer<SessionConnection> self(this);
     qint64 size = m_buffer.size();
-    while (m_channel && !m_closed && size == m_buffer.size()) {
+    while (m_channel && !m_closed && !m_isBroken && size == m_buffer.size()) {
         const bool wasOpen = isOpen();
         size = m_socket->read(m_buffer.data(), m_buffer.size());
         if (size < 0)
@@ -155,10 +155,17 @@ QByteArray SessionConnection::send(const QByteArray& body, int timeout, bool isS
 QByteArray SessionConnection::flush()
 {
     const QByteArray bytes = m_channel ? m_channel->takeOutput() : QByteArray();
-    if (bytes.isEmpty() || !m_socket->isOpen()) // its end is told in a moment
+    if (bytes.isEmpty() || m_isBroken || !m_socket->isOpen()) // its end is told in a moment
         return {};
     m_sent += quint64(bytes.size());
-    m_socket->write(bytes);
+    if (m_socket->write(bytes) < 0) {
+        // Without a buffer, the socket is closed by that, and tells nothing any more.
+        m_isBroken = true;
+        const OpcUa_StatusCode status = socketStatus(m_socket->error());
+        QMetaObject::invokeMethod(
+            this, [this, status] { close(status); }, Qt::QueuedConnection);
+        return {};
+    }
     m_socket->flush();
     return m_socket->bytesToWrite() == 0 ? bytes : QByteArray();
 }

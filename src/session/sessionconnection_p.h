@@ -116,6 +116,7 @@ private:
     quint64 m_received = 0;
     OpcUa_DateTime m_lastMessage = 0;
     bool m_isReading = false;
+    bool m_isBroken = false; // as a write has found; closed() is to come
     bool m_closed = false;
 };
 
