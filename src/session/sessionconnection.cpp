@@ -5,6 +5,7 @@
 
 #include <QtCore/QDeadlineTimer>
 #include <QtCore/QPointer>
+#include <QtCore/QThread>
 #include <QtNetwork/QTcpSocket>
 
 #include <algorithm>
@@ -15,6 +16,7 @@ namespace UaWire {
 namespace {
 
 constexpr qsizetype readSize = 256 * 1024;
+constexpr qint64 longestPause = 1000; // us
 
 } // namespace
 
@@ -87,11 +89,17 @@ void SessionConnection::socketConnected(const SecureChannel::Settings& settings)
 void SessionConnection::readSocket()
 {
     const QPointer<SessionConnection> self(this);
+    if (m_answersAtATime > 1 && m_pause > 0)
+        QThread::usleep(static_cast<unsigned long>(m_pause));
     m_isReading = true;
+    m_answers = 0;
     readMessages();
     if (!self)
         return;
     m_isReading = false;
+    const qint64 now = m_clock.nsecsElapsed() / 1000;
+    const qint64 passed = now - std::exchange(m_lastRead, now);
+    m_pause = std::min(longestPause, passed * m_answersAtATime / std::max(m_answers, 1));
     arm();
     Q_EMIT allAnswered();
 }
@@ -120,6 +128,7 @@ void SessionConnection::readMessages()
                 continue; // its caller has given it up
             const Done done = std::move(found->second.done);
             m_pending.erase(found);
+            ++m_answers;
             done(message->abortCode, message->body);
             if (!self || m_closed)
                 return;

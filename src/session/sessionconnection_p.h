@@ -41,6 +41,9 @@ public:
     void abandon(OpcUa_StatusCode status);
 
     bool isClosed() const { return m_closed; }
+    /// While there is much to do, answers are not read one by one: each time some are waited for,
+    /// as long as they are about to take, and no longer than a millisecond.
+    void setAnswersAtATime(int count) { m_answersAtATime = count; }
     /// Answers that came together are being handed out; allAnswered() comes after the last one.
     bool isAnswering() const { return m_isReading; }
     bool isOpen() const { return m_channel && m_channel->state() == SecureChannel::State::Open; }
@@ -117,6 +120,10 @@ private:
     OpcUa_DateTime m_lastMessage = 0;
     bool m_isReading = false;
     bool m_isBroken = false; // as a write has found; closed() is to come
+    int m_answersAtATime = 1;
+    int m_answers = 0;     // of this time
+    qint64 m_lastRead = 0; // us
+    qint64 m_pause = 0;    // us, before the next time
     bool m_closed = false;
 };
 

@@ -980,10 +980,13 @@ void SessionWorker::complete(std::function<void()> function)
 
 void SessionWorker::handOut()
 {
-    if (m_waiting.empty())
-        m_completions.handOut();
-    else
+    const bool isMuch = !m_waiting.empty();
+    if (isMuch)
         m_completions.handOutLater();
+    else
+        m_completions.handOut();
+    if (m_connection)
+        m_connection->setAnswersAtATime(isMuch ? m_options.maximumPendingRequests / 2 : 1);
 }
 
 void SessionWorker::whenRoom(std::function<void()> function)
