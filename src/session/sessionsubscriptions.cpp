@@ -114,7 +114,7 @@ void SessionSubscriptions::addItems(quint32 id, OpcUa_UInt32 firstHandle,
     if (!s)
         return;
     for (const QvelMonitoredItem& wanted : items) {
-        s->last.insert(firstHandle, {});
+        s->last.push_back({firstHandle, {}});
         Item& item = s->items[firstHandle++];
         item.wanted = wanted;
         item.namespaceUri = namespaces.value(wanted.nodeId.namespaceIndex());
@@ -167,9 +167,18 @@ void SessionSubscriptions::removeItems(quint32 id, const QList<OpcUa_UInt32>& ha
         if (found->second.serverId != 0)
             s->toDelete.append(found->second.serverId);
         s->items.erase(found);
-        s->last.remove(handle);
+        s->last.erase(s->findLast(handle));
     }
     sync(id);
+}
+
+std::vector<SessionSubscriptions::Last>::iterator
+SessionSubscriptions::Subscription::findLast(OpcUa_UInt32 handle)
+{
+    const auto found =
+        std::lower_bound(last.begin(), last.end(), handle,
+                         [](const Last& each, OpcUa_UInt32 h) { return each.handle < h; });
+    return found != last.end() && found->handle == handle ? found : last.end();
 }
 
 // The server has nothing any more: all is made anew, and nobody knows what was missed.
@@ -806,11 +815,14 @@ void SessionSubscriptions::tellGap(quint32 id, Subscription& s)
 void SessionSubscriptions::removeRepeated(Subscription& s, QList<QvelDataChange>& changes)
 {
     const bool mayRepeat = m_clock.elapsed() < m_repeatsUntil;
+    // Most servers tell of the items in the order in which they were made.
+    auto next = s.last.begin();
     const auto isRepeated = [&](const QvelDataChange& change) {
-        const auto found = s.last.find(change.handle);
-        if (found == s.last.end())
+        if (next == s.last.end() || next->handle != change.handle)
+            next = s.findLast(change.handle);
+        if (next == s.last.end())
             return true; // the host has removed it
-        UaDataValue& last = *found;
+        UaDataValue& last = (next++)->value;
         const bool repeated = mayRepeat && !last.sourceTimestamp().isNull() &&
                               last.sourceTimestamp() == change.value.sourceTimestamp() &&
                               last.sourcePicoseconds() == change.value.sourcePicoseconds() &&

@@ -4,6 +4,7 @@
 
 #include <map>
 #include <set>
+#include <vector>
 
 /// The subscriptions of a session on its thread. Each is what the host wants and what the server
 /// has; whatever differs is brought in line, one request after the other, also after a connection
@@ -42,6 +43,11 @@ private:
         bool isChanged = false;
         bool isModeChanged = false;
     };
+    struct Last
+    {
+        OpcUa_UInt32 handle;
+        UaDataValue value;
+    };
     struct Subscription
     {
         QvelSubscriptionParameters wanted;
@@ -55,9 +61,10 @@ private:
         bool wasLost = false;
         bool hasUnknownItems = false; // made by a request whose answer was lost
         std::map<OpcUa_UInt32, Item> items;
-        // What was delivered last of each item. Not among the items: it is looked up for each
-        // value that comes, and an item is large.
-        QHash<OpcUa_UInt32, UaDataValue> last;
+        // What was delivered last of each item, by handle. Not among the items: it is looked up for
+        // each value that comes, and an item is large.
+        std::vector<Last> last;
+        std::vector<Last>::iterator findLast(OpcUa_UInt32 handle);
         QList<OpcUa_UInt32> toDelete; // numbers of the server
 
         OpcUa_UInt32 lastSequence = 0;
