@@ -8,6 +8,7 @@
 
 #include <QtWidgets/QTableView>
 
+#include <algorithm>
 #include <cstdlib>
 #include <numeric>
 
@@ -15,6 +16,7 @@ namespace {
 
 constexpr int items = 1000;
 constexpr int seconds = 5;
+constexpr int runs = 3;
 constexpr double interval = 100; // ms, in which each item changes once
 
 [[noreturn]] void fail(const char* what)
@@ -109,11 +111,18 @@ void benchDataView(Figures& figures)
     QvelSession session(user.options);
     if (setting.endpointUrl().isEmpty() || !connectSession(session, setting).isNull())
         fail("no session");
-    const double own = ownCost(session);
-    const Cost view = viewCost(session);
-    std::fprintf(stderr, "# data view: %.0f ms in %d s, the session alone %.0f ms\n", view.cpu,
-                 seconds, own);
-    figures.report("data-view-10000-a-second-1000-rows", (view.cpu - own) / (10. * seconds), 15,
+    double gap = 0;
+    const auto [view, own] = medians(
+        runs,
+        [&] {
+            const Cost cost = viewCost(session);
+            gap = std::max(gap, cost.gap);
+            return cost.cpu;
+        },
+        [&] { return ownCost(session); });
+    std::fprintf(stderr, "# data view: %.0f ms in %d s, the session alone %.0f ms\n", view, seconds,
+                 own);
+    figures.report("data-view-10000-a-second-1000-rows", (view - own) / (10. * seconds), 15,
                    " % of a core");
-    figures.report("data-view-event-loop-gap", view.gap, 16, " ms");
+    figures.report("data-view-event-loop-gap", gap, 16, " ms");
 }
