@@ -536,19 +536,19 @@ void QvelDataViewModel::Private::findNames(const QList<std::weak_ptr<Row>>& memb
         const RowPointer row = member.lock();
         if (!row)
             continue;
-        for (const char* name : {"EnumStrings", "EnumValues"}) {
+        for (const char* property : {"EnumStrings", "EnumValues"}) {
             paths.append(
                 {nodeIdOf(*row),
-                 {{UaQualifiedName(UaString(name), 0), UaNodeId(hasProperty), false, true}}});
+                 {{UaQualifiedName(UaString(property), 0), UaNodeId(hasProperty), false, true}}});
             asked.append(member);
         }
     }
     if (paths.isEmpty())
         return;
-    const auto read = [this, asked, generation = generation](const QvelTranslateResult& found) {
+    const auto read = [this, asked, asking = generation](const QvelTranslateResult& found) {
         QList<QvelReadItem> items;
         QList<std::weak_ptr<Row>> owners;
-        for (qsizetype i = 0; generation == this->generation && i < found.results.size(); ++i) {
+        for (qsizetype i = 0; asking == generation && i < found.results.size(); ++i) {
             const auto& targets = found.results[i].targets;
             if (targets.isEmpty())
                 continue;
@@ -557,8 +557,8 @@ void QvelDataViewModel::Private::findNames(const QList<std::weak_ptr<Row>>& memb
         }
         if (items.isEmpty())
             return;
-        const auto take = [this, owners, generation](const QvelReadResult& result) {
-            for (qsizetype i = 0; generation == this->generation && i < result.values.size(); ++i) {
+        const auto take = [this, owners, asking](const QvelReadResult& result) {
+            for (qsizetype i = 0; asking == generation && i < result.values.size(); ++i) {
                 const QvelEnumInfo names =
                     namesOf(result.values[i].value(), QvelEnumInfo::Enumeration);
                 const RowPointer row = owners[i].lock();
