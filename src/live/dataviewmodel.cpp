@@ -805,8 +805,8 @@ QString QvelDataViewModel::Private::toolTip(const Row& row, int column) const
         tip = time.isNull() ? QString() : time.toString().toQString();
     }
     if (column == Value)
-        tip =
-            QStringList{tip, refusal(row)}.join(tip.isEmpty() ? QString() : QStringLiteral(" - "));
+        if (const QString reason = refusal(row); !reason.isEmpty())
+            tip = tip.isEmpty() ? reason : tip + QStringLiteral(" - ") + reason;
     if (column == Status && !tip.isEmpty())
         tip = statusInWords(statusOf(row));
     if (column == WriteResult && row.writing == Writing::Done) {

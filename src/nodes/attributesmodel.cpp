@@ -787,8 +787,10 @@ bool QvelAttributesModel::setData(const QModelIndex& index, const QVariant& valu
         return false;
     Private::Row& row = d->rows[std::size_t(index.row())];
     if (role == ValueRefusalRole) {
-        row.result = [text = d->refusal(row)] { return text; };
-        d->changed(row);
+        if (const QString text = d->refusal(row); !text.isEmpty()) { // else the last result stays
+            row.result = [text] { return text; };
+            d->changed(row);
+        }
         return false;
     }
     // A connection that was lost while an editor was open is told in the row.

@@ -160,6 +160,7 @@ void SessionSubscriptions::removeItems(quint32 id, const QList<OpcUa_UInt32>& ha
     Subscription* s = find(id);
     if (!s)
         return;
+    QList<OpcUa_UInt32> gone;
     for (OpcUa_UInt32 handle : handles) {
         const auto found = s->items.find(handle);
         if (found == s->items.end())
@@ -167,8 +168,14 @@ void SessionSubscriptions::removeItems(quint32 id, const QList<OpcUa_UInt32>& ha
         if (found->second.serverId != 0)
             s->toDelete.append(found->second.serverId);
         s->items.erase(found);
-        s->last.erase(s->findLast(handle));
+        gone.append(handle);
     }
+    // All at once: one by one, those behind would move up as often.
+    std::sort(gone.begin(), gone.end());
+    const auto isGone = [&gone](const Last& each) {
+        return std::binary_search(gone.cbegin(), gone.cend(), each.handle);
+    };
+    s->last.erase(std::remove_if(s->last.begin(), s->last.end(), isGone), s->last.end());
     sync(id);
 }
 

@@ -232,6 +232,7 @@ private Q_SLOTS:
         QVERIFY(view.enter(Model::Value, "-123"));
         QTRY_COMPARE(view.text(0, Model::WriteResult), "Good");
         QTRY_COMPARE(view.text(0, Model::Value), "-123");
+        QCOMPARE(view.text(0, Model::Value, Qt::ToolTipRole), "-123");
         QVERIFY(view.enter(Model::Value, "40000"));
         QTRY_COMPARE(view.text(0, Model::WriteResult), "BadOutOfRange");
         QVERIFY(view.text(0, Model::WriteResult, Qt::ToolTipRole).contains("Nothing was sent"));
