@@ -526,53 +526,32 @@ void QvelDataViewModel::Private::findType(const UaNodeId& dataType,
     whenDone(DataTypes::of(session)->find(dataType), q, take);
 }
 
-// The names that a variable itself has for its numbers (OPC 10000-8, 5.3.3.3).
+// The names that a variable itself has for its numbers.
 void QvelDataViewModel::Private::findNames(const QList<std::weak_ptr<Row>>& members)
 {
-    constexpr OpcUa_UInt32 hasProperty = 46;
-    QList<QvelBrowsePath> paths;
+    QList<UaNodeId> nodes;
     QList<std::weak_ptr<Row>> asked;
     for (const std::weak_ptr<Row>& member : members) {
-        const RowPointer row = member.lock();
-        if (!row)
-            continue;
-        for (const char* property : {"EnumStrings", "EnumValues"}) {
-            paths.append(
-                {nodeIdOf(*row),
-                 {{UaQualifiedName(UaString(property), 0), UaNodeId(hasProperty), false, true}}});
+        if (const RowPointer row = member.lock()) {
+            nodes.append(nodeIdOf(*row));
             asked.append(member);
         }
     }
-    if (paths.isEmpty())
-        return;
-    const auto read = [this, asked, asking = generation](const QvelTranslateResult& found) {
-        QList<QvelReadItem> items;
-        QList<std::weak_ptr<Row>> owners;
-        for (qsizetype i = 0; asking == generation && i < found.results.size(); ++i) {
-            const auto& targets = found.results[i].targets;
-            if (targets.isEmpty())
+    const auto take = [this, asked, asking = generation](const QList<ValueProperties>& found) {
+        QList<Row*> named;
+        for (qsizetype i = 0; asking == generation && i < asked.size(); ++i) {
+            const RowPointer row = asked[i].lock();
+            const QvelEnumInfo names = namesOf(found[i]);
+            if (!row || names.kind == QvelEnumInfo::NoEnumeration)
                 continue;
-            items.append({session->toNodeId(targets.first().nodeId), QvelAttribute::Value, {}, {}});
-            owners.append(asked[i]);
+            ValueType type = row->cell.type();
+            type.enumInfo = names;
+            row->cell.setType(type);
+            named.append(row.get());
         }
-        if (items.isEmpty())
-            return;
-        const auto take = [this, owners, asking](const QvelReadResult& result) {
-            for (qsizetype i = 0; asking == generation && i < result.values.size(); ++i) {
-                const QvelEnumInfo names =
-                    namesOf(result.values[i].value(), QvelEnumInfo::Enumeration);
-                const RowPointer row = owners[i].lock();
-                if (!row || names.kind == QvelEnumInfo::NoEnumeration)
-                    continue;
-                ValueType type = row->cell.type();
-                type.enumInfo = names;
-                row->cell.setType(type);
-            }
-            emitAll();
-        };
-        whenDone(session->read(items), q, take);
+        emitRows(named, Column(0), Column(ColumnCount - 1));
     };
-    whenDone(session->translateBrowsePaths(paths), q, read);
+    whenDone(DataTypes::of(session)->readProperties(nodes), q, take);
 }
 
 // --- What the server sends -----------------------------------------------------------------------

@@ -1,7 +1,6 @@
 #include "trendvariables_p.h"
 
 #include "live/lastingsubscription_p.h"
-#include "nodes/datatypes_p.h"
 #include "nodes/structures.h"
 #include "platform/stack/opcuastatuscodes.h"
 #include "session/whendone_p.h"
@@ -10,11 +9,10 @@
 
 namespace {
 
-constexpr OpcUa_UInt32 hasProperty = 46;
 constexpr OpcUa_UInt32 booleanType = 1;
 constexpr OpcUa_Byte canReadHistory = 0x04; // OPC 10000-3, 8.57
 
-// What is asked of a node, and of its properties.
+// What is asked of a node.
 constexpr OpcUa_UInt32 attributes[] = {QvelAttribute::DisplayName, QvelAttribute::DataType,
                                        QvelAttribute::UserAccessLevel};
 constexpr qsizetype attributeCount = std::size(attributes);
@@ -39,12 +37,6 @@ void takeRange(Description& description, const UaVariant& value)
         description.range = {range->low, range->high};
 }
 
-void takeNames(Description& description, const UaVariant& value)
-{
-    description.names = namesOf(value, QvelEnumInfo::Enumeration).values;
-    description.isDiscrete = !description.names.isEmpty();
-}
-
 // OPC 10000-8, 5.3.3.2.
 void takeState(Description& description, const UaVariant& value, int number)
 {
@@ -54,12 +46,9 @@ void takeState(Description& description, const UaVariant& value, int number)
 constexpr Property properties[] = {
     {"EngineeringUnits", takeUnit},
     {"EURange", takeRange},
-    {"EnumStrings", takeNames},
-    {"EnumValues", takeNames},
     {"FalseState", [](Description& d, const UaVariant& v) { takeState(d, v, 0); }},
     {"TrueState", [](Description& d, const UaVariant& v) { takeState(d, v, 1); }},
 };
-constexpr qsizetype propertyCount = std::size(properties);
 
 } // namespace
 
@@ -240,27 +229,25 @@ void TrendVariables::tell(const QList<int>& ids)
 void TrendVariables::describeNew()
 {
     QList<int> ids;
+    QList<UaNodeId> nodes;
     QList<QvelReadItem> items;
-    QList<QvelBrowsePath> paths;
     for (auto it = m_variables.begin(); it != m_variables.end(); ++it) {
         const UaNodeId node = m_session->toNodeId(it->node);
         if (std::exchange(it->isAsked, true) || node.isNull())
             continue;
         ids.append(it.key());
+        nodes.append(node);
         for (const OpcUa_UInt32 attribute : attributes)
             items.append({node, attribute, {}, {}});
-        for (const Property& property : properties)
-            paths.append({node,
-                          {{UaQualifiedName(UaString(property.name), 0), UaNodeId(hasProperty),
-                            false, true}}});
     }
     if (ids.isEmpty())
         return;
     whenThere(m_session->read(items), [=](const QvelReadResult& read) {
         if (read.values.size() != items.size())
             return;
-        whenThere(m_session->translateBrowsePaths(paths),
-                  [=](const QvelTranslateResult& translated) { readProperties(ids, translated); });
+        whenThere(
+            DataTypes::of(m_session)->readProperties(nodes),
+            [=](const QList<ValueProperties>& properties) { takeProperties(ids, properties); });
         takeAttributes(ids, read.values);
     });
 }
@@ -283,7 +270,8 @@ void TrendVariables::takeAttributes(const QList<int>& ids, const QList<UaDataVal
         whenThere(DataTypes::of(m_session)->find(dataType), [this, id = ids[i]](
                                                                 const DataTypeInfo& info) {
             const auto found = m_variables.find(id);
-            if (found == m_variables.end() || info.enumInfo.kind != QvelEnumInfo::Enumeration)
+            if (found == m_variables.end() || info.enumInfo.kind != QvelEnumInfo::Enumeration ||
+                !found->description.names.isEmpty()) // its own
                 return;
             found->description.names = info.enumInfo.values;
             found->description.isDiscrete = true;
@@ -293,30 +281,23 @@ void TrendVariables::takeAttributes(const QList<int>& ids, const QList<UaDataVal
     tell(ids);
 }
 
-void TrendVariables::readProperties(const QList<int>& ids, const QvelTranslateResult& translated)
+void TrendVariables::takeProperties(const QList<int>& ids, const QList<ValueProperties>& found)
 {
-    QList<QvelReadItem> items;
-    QList<qsizetype> places;
-    for (qsizetype i = 0; i < translated.results.size(); ++i) {
-        const auto& targets = translated.results[i].targets;
-        const UaNodeId node =
-            targets.isEmpty() ? UaNodeId() : m_session->toNodeId(targets.first().nodeId);
-        if (node.isNull())
-            continue; // it has no such property
-        items.append({node, QvelAttribute::Value, {}, {}});
-        places.append(i);
-    }
-    if (items.isEmpty())
-        return;
-    whenThere(m_session->read(items), [=](const QvelReadResult& read) {
-        for (qsizetype i = 0; i < read.values.size(); ++i) {
-            const auto variable = m_variables.find(ids[places[i] / propertyCount]);
-            if (variable != m_variables.end() && !read.values[i].status().isBad())
-                properties[places[i] % propertyCount].take(variable->description,
-                                                           read.values[i].value());
+    for (qsizetype i = 0; i < ids.size(); ++i) {
+        const auto variable = m_variables.find(ids[i]);
+        if (variable == m_variables.end())
+            continue;
+        Description& description = variable->description;
+        for (const Property& property : properties)
+            if (const UaDataValue read = found[i].value(property.name);
+                !read.value().isEmpty() && !read.status().isBad())
+                property.take(description, read.value());
+        if (const QvelEnumInfo names = namesOf(found[i]); !names.values.isEmpty()) {
+            description.names = names.values;
+            description.isDiscrete = true;
         }
-        tell(ids);
-    });
+    }
+    tell(ids);
 }
 
 void TrendVariables::loadHistory(const QList<int>& ids, UaDateTime from, UaDateTime to,

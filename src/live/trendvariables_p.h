@@ -1,6 +1,7 @@
 #pragma once
 
 #include "live/trendpicture_p.h"
+#include "nodes/datatypes_p.h"
 #include "session/session.h"
 
 #include <QtCore/QHash>
@@ -69,7 +70,7 @@ private:
     void monitorNew();
     void describeNew();
     void takeAttributes(const QList<int>& ids, const QList<UaDataValue>& values);
-    void readProperties(const QList<int>& ids, const QvelTranslateResult& translated);
+    void takeProperties(const QList<int>& ids, const QList<ValueProperties>& found);
     void tell(const QList<int>& ids);
     template <class Result, class Use>
     void whenThere(QFuture<Result> future, Use use);

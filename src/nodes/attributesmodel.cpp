@@ -21,7 +21,6 @@
 
 namespace {
 
-constexpr OpcUa_UInt32 hasProperty = 46;
 constexpr OpcUa_StatusCode badAttributeIdInvalid = 0x80350000u; // such a node does not have it
 
 constexpr const char* rankNames[] = {"ScalarOrOneDimension", "Any",          "Scalar",
@@ -163,10 +162,13 @@ UaVariant textVariant(const QString& text)
     return UaVariant(UaString(text));
 }
 
-QString textOf(const QvelEngineeringUnits& units)
+QString unitsText(const UaVariant& value)
 {
-    const QString name = units.displayName.text().toQString();
-    const QString description = units.description.text().toQString();
+    const auto units = QvelEngineeringUnits::fromVariant(value);
+    if (!units)
+        return shownValue(value);
+    const QString name = units->displayName.text().toQString();
+    const QString description = units->description.text().toQString();
     return description.isEmpty() || description == name
                ? name
                : QStringLiteral("%1 (%2)").arg(name, description);
@@ -247,8 +249,7 @@ public:
     void takeAttribute(const Attribute& attribute, const UaDataValue& value);
     void takeValue(const UaDataValue& value);
     void setDetail(Detail detail, const QString& text);
-    void takeProperties(const QvelBrowseResult& result);
-    void takeProperty(const QByteArray& name, const UaVariant& value);
+    void takeProperties(const ValueProperties& properties);
     void applyType();
     void followValue();
     void write(Row& row, const UaVariant& value);
@@ -427,20 +428,20 @@ void QvelAttributesModel::Private::takeAttributes(const QvelReadResult& result)
     }
     // A large value comes by itself, and does not keep the rest waiting.
     reread(QvelAttribute::Value);
-    whenDone(DataTypes::of(session)->find(type->cell.value().toNodeId()), q,
+    DataTypes* types = DataTypes::of(session);
+    whenDone(types->find(type->cell.value().toNodeId()), q,
              [this, number](const DataTypeInfo& info) {
                  if (number != question)
                      return;
                  dataType = info;
                  applyType();
              });
-    QvelBrowseItem properties;
-    properties.nodeId = nodeId;
-    properties.referenceTypeId = UaNodeId(hasProperty);
-    whenDone(session->browse({properties}), q, [this, number](const QvelBrowseResult& properties) {
-        if (number == question)
-            takeProperties(properties);
-    });
+    types->forgetProperties(nodeId); // what is looked at is what there is now
+    whenDone(types->readProperties({nodeId}), q,
+             [this, number](const QList<ValueProperties>& found) {
+                 if (number == question)
+                     takeProperties(found.first());
+             });
     followValue();
 }
 
@@ -488,47 +489,20 @@ void QvelAttributesModel::Private::setDetail(Detail detail, const QString& text)
     changed(taken);
 }
 
-void QvelAttributesModel::Private::takeProperties(const QvelBrowseResult& result)
+void QvelAttributesModel::Private::takeProperties(const ValueProperties& properties)
 {
-    QList<QvelReadItem> items;
-    QByteArrayList names;
-    for (const char* name : {"EngineeringUnits", "EURange", "EnumStrings", "EnumValues"}) {
-        for (const QvelReference& reference : result.results.value(0).references) {
-            if (reference.browseName == UaQualifiedName(UaString(name), 0) &&
-                !names.contains(name)) {
-                names.append(name);
-                items.append({session->toNodeId(reference.nodeId), QvelAttribute::Value, {}, {}});
-            }
-        }
-    }
-    const std::pair<const char*, Detail> details[] = {{"EngineeringUnits", EngineeringUnits},
-                                                      {"EURange", EURange}};
-    for (const auto& [name, detail] : details)
-        if (!names.contains(name))
+    const auto set = [this, &properties](Detail detail, auto textOf) {
+        const auto found = properties.constFind(detailNames[detail]);
+        if (found == properties.cend())
             remove(place(QvelAttribute::Value, detail));
-    ownNames = {};
-    if (items.isEmpty()) {
-        applyType();
-        return;
-    }
-    whenDone(session->read(items), q,
-             [this, names, number = question](const QvelReadResult& values) {
-                 if (number != question)
-                     return;
-                 for (qsizetype i = 0; i < std::min(names.size(), values.values.size()); ++i)
-                     takeProperty(names[i], values.values[i].value());
-                 applyType();
-             });
-}
-
-void QvelAttributesModel::Private::takeProperty(const QByteArray& name, const UaVariant& value)
-{
-    if (const auto units = QvelEngineeringUnits::fromVariant(value); name == "EngineeringUnits")
-        setDetail(EngineeringUnits, units ? textOf(*units) : shownValue(value));
-    else if (name == "EURange")
-        setDetail(EURange, rangeText(euRange = value));
-    else if (ownNames.kind == QvelEnumInfo::NoEnumeration)
-        ownNames = namesOf(value, QvelEnumInfo::Enumeration);
+        else
+            setDetail(detail, textOf(found->value()));
+    };
+    set(EngineeringUnits, unitsText);
+    euRange = properties.value(detailNames[EURange]).value();
+    set(EURange, rangeText);
+    ownNames = namesOf(properties);
+    applyType();
 }
 
 // How Value is shown and edited, once that is known.

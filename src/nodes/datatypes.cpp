@@ -9,6 +9,7 @@
 
 #include <QtCore/QPromise>
 
+#include <algorithm>
 #include <vector>
 
 namespace {
@@ -21,6 +22,11 @@ constexpr OpcUa_UInt32 number = 26;
 constexpr OpcUa_UInt32 integer = 27;
 constexpr OpcUa_UInt32 uInteger = 28;
 constexpr OpcUa_UInt32 enumeration = 29;
+
+constexpr const char* propertyNames[] = {"EngineeringUnits", "EURange",     "FalseState",
+                                         "TrueState",        "EnumStrings", "EnumValues",
+                                         "OptionSetValues"};
+constexpr int mostPlaces = 20'000;
 
 struct AbstractType
 {
@@ -58,6 +64,11 @@ DataTypeInfo standardType(OpcUa_UInt32 id)
                    : type                          ? QString::fromLatin1(type->name)
                                                    : QString();
     return {name, builtIn, builtIn, {}, {}};
+}
+
+QByteArray keyOf(const UaNodeId& node)
+{
+    return node.toFullString().bytes();
 }
 
 bool isUnsigned(OpcUa_BuiltInType type)
@@ -99,22 +110,48 @@ QvelEnumInfo namesOf(const UaVariant& value, QvelEnumInfo::Kind kind)
     return info;
 }
 
+QvelEnumInfo namesOf(const ValueProperties& properties, QvelEnumInfo::Kind kind)
+{
+    QvelEnumInfo info;
+    for (const char* name : {"EnumStrings", "EnumValues", "OptionSetValues"}) {
+        const bool isOfBits = qstrcmp(name, "OptionSetValues") == 0;
+        if (info.values.isEmpty() && (!isOfBits || kind == QvelEnumInfo::EnumerationFlags))
+            info = namesOf(properties.value(name).value(), kind);
+    }
+    return info;
+}
+
 struct DataTypes::Search
 {
     UaNodeId dataType;
     UaNodeId ancestor; // as far as it is known
     DataTypeInfo info;
-    UaVariant names;
+    UaVariant definition;
+    ValueProperties properties; // where there is no definition
     int depth = 0;
-    bool isComplete = false; // but for the names
     std::vector<QPromise<DataTypeInfo>> waiting;
 };
 
-DataTypes::DataTypes(QvelSession* session) : QObject(session), m_session(session)
+// The nodes of all that has been asked for at a time.
+struct DataTypes::Batch
 {
-    connect(session, &QvelSession::stateChanged, this, [this](QvelSession::State state) {
-        if (state == QvelSession::Connected)
-            m_known.clear(); // it may be another server
+    struct Question
+    {
+        qsizetype count;
+        QPromise<QList<ValueProperties>> promise;
+    };
+    std::vector<Question> questions;
+    QList<UaNodeId> nodes;
+    QList<Places> places; // of each node
+};
+
+DataTypes::DataTypes(QvelSession* session)
+    : QObject(session), m_session(session), m_places(mostPlaces)
+{
+    connect(session, &QvelSession::stateChanged, this, [this] {
+        ++m_connection; // it may be another server, or another user
+        m_known.clear();
+        m_places.clear();
     });
 }
 
@@ -129,7 +166,7 @@ QFuture<DataTypeInfo> DataTypes::find(const UaNodeId& dataType)
     QPromise<DataTypeInfo> promise;
     promise.start();
     QFuture<DataTypeInfo> future = promise.future();
-    const QByteArray key = dataType.toFullString().bytes();
+    const QByteArray key = keyOf(dataType);
     const auto known = m_known.constFind(key);
     const OpcUa_UInt32 id = standardId(dataType);
     if (id != 0 || dataType.isNull() || known != m_known.cend()) {
@@ -164,31 +201,28 @@ void DataTypes::readType(const SearchPtr& search)
                      return;
                  }
                  search->info.name = shownText(name.value().toQualifiedName().name().toQString());
-                 search->names = result.values.value(1).value();
-                 climb(search);
+                 search->definition = result.values.value(1).value();
+                 if (!search->definition.isEmpty()) {
+                     climb(search);
+                     return;
+                 }
+                 whenDone(readProperties({search->dataType}), this,
+                          [this, search](const QList<ValueProperties>& found) {
+                              search->properties = found.first();
+                              climb(search);
+                          });
              });
 }
 
-// One type up; and for the type itself its properties, one of which may hold names.
+// One type up.
 void DataTypes::climb(const SearchPtr& search)
 {
     QvelBrowseItem up;
     up.nodeId = search->ancestor;
     up.direction = QvelBrowseDirection::Inverse;
     up.referenceTypeId = UaNodeId(hasSubtype);
-    QvelBrowseItem properties;
-    properties.nodeId = search->dataType;
-    properties.referenceTypeId = UaNodeId(hasProperty);
-    QList<QvelBrowseItem> items{up};
-    if (search->depth == 0)
-        items.append(properties);
-    whenDone(m_session->browse(items), this, [this, search](const QvelBrowseResult& result) {
+    whenDone(m_session->browse({up}), this, [this, search](const QvelBrowseResult& result) {
         constexpr int deepest = 100;
-        UaNodeId property;
-        for (const QvelReference& reference : result.results.value(1).references)
-            for (const char* name : {"EnumStrings", "EnumValues", "OptionSetValues"})
-                if (reference.browseName == UaQualifiedName(UaString(name), 0))
-                    property = m_session->toNodeId(reference.nodeId);
         const QList<QvelReference> supertypes = result.results.value(0).references;
         if (supertypes.isEmpty()) {
             search->info.status = result.status.isBad() ? result.status : OpcUa_BadTypeMismatch;
@@ -196,36 +230,26 @@ void DataTypes::climb(const SearchPtr& search)
             return;
         }
         search->ancestor = m_session->toNodeId(supertypes.first().nodeId);
-        if (const OpcUa_UInt32 id = standardId(search->ancestor)) {
-            const DataTypeInfo type = standardType(id);
-            search->info.builtInType = type.builtInType;
-            search->info.emptyType = type.emptyType;
-            search->isComplete = true;
+        const OpcUa_UInt32 id = standardId(search->ancestor);
+        if (id == 0 && ++search->depth < deepest) {
+            climb(search);
+            return;
         }
-        search->isComplete = search->isComplete || ++search->depth >= deepest;
-        if (!property.isNull() && search->names.isEmpty())
-            readNames(search, property);
-        else
-            search->isComplete ? finish(search) : climb(search);
+        const DataTypeInfo type = standardType(id);
+        search->info.builtInType = type.builtInType;
+        search->info.emptyType = type.emptyType;
+        finish(search);
     });
-}
-
-void DataTypes::readNames(const SearchPtr& search, const UaNodeId& property)
-{
-    whenDone(m_session->read({{property, QvelAttribute::Value, {}, {}}}), this,
-             [this, search](const QvelReadResult& result) {
-                 search->names = result.values.value(0).value();
-                 search->isComplete ? finish(search) : climb(search);
-             });
 }
 
 void DataTypes::finish(const SearchPtr& search)
 {
-    const QByteArray key = search->dataType.toFullString().bytes();
+    const QByteArray key = keyOf(search->dataType);
     DataTypeInfo& info = search->info;
-    info.enumInfo =
-        namesOf(search->names, isUnsigned(info.builtInType) ? QvelEnumInfo::EnumerationFlags
-                                                            : QvelEnumInfo::Enumeration);
+    const auto kind =
+        isUnsigned(info.builtInType) ? QvelEnumInfo::EnumerationFlags : QvelEnumInfo::Enumeration;
+    info.enumInfo = search->definition.isEmpty() ? namesOf(search->properties, kind)
+                                                 : namesOf(search->definition, kind);
     m_searches.remove(key);
     if (info.status.isGood())
         m_known.insert(key, info);
@@ -233,4 +257,77 @@ void DataTypes::finish(const SearchPtr& search)
         promise.addResult(info);
         promise.finish();
     }
+}
+
+QFuture<QList<ValueProperties>> DataTypes::readProperties(const QList<UaNodeId>& nodes)
+{
+    if (!m_next) {
+        m_next = std::make_shared<Batch>();
+        QMetaObject::invokeMethod(this, &DataTypes::browseProperties, Qt::QueuedConnection);
+    }
+    m_next->nodes += nodes;
+    m_next->questions.push_back({nodes.size(), {}});
+    m_next->questions.back().promise.start();
+    return m_next->questions.back().promise.future();
+}
+
+void DataTypes::forgetProperties(const UaNodeId& node)
+{
+    m_places.remove(keyOf(node));
+}
+
+void DataTypes::browseProperties()
+{
+    const BatchPtr batch = std::exchange(m_next, {});
+    batch->places.resize(batch->nodes.size());
+    QList<QvelBrowseItem> items;
+    QList<qsizetype> asked;
+    for (qsizetype i = 0; i < batch->nodes.size(); ++i) {
+        if (const Places* known = m_places.object(keyOf(batch->nodes[i]))) {
+            batch->places[i] = *known;
+            continue;
+        }
+        QvelBrowseItem item;
+        item.nodeId = batch->nodes[i];
+        item.referenceTypeId = UaNodeId(hasProperty);
+        items.append(item);
+        asked.append(i);
+    }
+    const auto take = [=, connection = m_connection](const QvelBrowseResult& result) {
+        for (qsizetype i = 0; i < std::min(asked.size(), result.results.size()); ++i) {
+            Places& places = batch->places[asked[i]];
+            for (const QvelReference& reference : result.results[i].references)
+                for (const char* name : propertyNames)
+                    if (reference.browseName == UaQualifiedName(UaString(name), 0))
+                        places.insert(name, m_session->toNodeId(reference.nodeId));
+            if (connection == m_connection && result.results[i].status.isGood())
+                m_places.insert(keyOf(batch->nodes[asked[i]]), new Places(places));
+        }
+        readValues(batch);
+    };
+    items.isEmpty() ? readValues(batch) : whenDone(m_session->browse(items), this, take);
+}
+
+void DataTypes::readValues(const BatchPtr& batch)
+{
+    QList<QvelReadItem> items;
+    for (const Places& places : std::as_const(batch->places))
+        for (const UaNodeId& property : places)
+            items.append({property, QvelAttribute::Value, {}, {}});
+    const auto answer = [batch](const QvelReadResult& result) {
+        auto places = batch->places.cbegin();
+        qsizetype next = 0;
+        for (Batch::Question& question : batch->questions) {
+            QList<ValueProperties> found(question.count);
+            for (ValueProperties& properties : found) {
+                for (auto name = places->keyBegin(); name != places->keyEnd(); ++name, ++next)
+                    properties.insert(*name,
+                                      result.values.value(next, UaDataValue({}, result.status)));
+                ++places;
+            }
+            question.promise.addResult(found);
+            question.promise.finish();
+        }
+    };
+    items.isEmpty() ? answer({}) : whenDone(m_session->read(items), this, answer);
 }
