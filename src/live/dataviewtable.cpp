@@ -47,81 +47,10 @@ bool isParameter(int column)
            column == Model::QueueSize;
 }
 
-// Paints ASCII texts, which need no layout, by the glyphs of their font; those that are too long
-// end in an ellipsis.
-class PlainText
+bool isPlain(int column)
 {
-public:
-    // False where it is no such text: then nothing has been painted.
-    bool paint(QPainter* painter, const QStyleOptionViewItem& option, const QRect& room,
-               bool isRight, const QString& text)
-    {
-        if (!m_isSet || m_font != option.font)
-            setFont(option.font);
-        if (!m_isComplete)
-            return false;
-        std::array<quint32, longest> glyphs;
-        std::array<QPointF, longest> positions;
-        double width = 0;
-        size_t length = 0, fitting = 0; // the latter with an ellipsis
-        for (; length < size_t(text.size()) && length < longest - 1; ++length) {
-            const int c = text[qsizetype(length)].unicode() - first;
-            if (c < 0 || c >= ellipsis)
-                return false;
-            if (width + m_advances[ellipsis] <= room.width())
-                fitting = length;
-            glyphs[length] = m_glyphs[size_t(c)];
-            positions[length] = QPointF(width, 0);
-            width += m_advances[size_t(c)];
-            if (width > room.width())
-                break;
-        }
-        if (length < size_t(text.size())) {
-            length = fitting + 1;
-            glyphs[fitting] = m_glyphs[ellipsis];
-            isRight = false;
-        }
-        m_run.setRawData(glyphs.data(), positions.data(), int(length));
-        const int top = room.top() + (room.height() - option.fontMetrics.height()) / 2;
-        painter->drawGlyphRun({isRight ? room.right() + 1 - width : double(room.left()),
-                               double(top + option.fontMetrics.ascent())},
-                              m_run);
-        return true;
-    }
-
-private:
-    static constexpr size_t longest = 256;
-    static constexpr int first = 0x20;
-    static constexpr int ellipsis = 0x7f - first; // in the tables, behind the others
-
-    void setFont(const QFont& font)
-    {
-        m_isSet = true;
-        m_font = font;
-        const QRawFont raw = QRawFont::fromFont(font);
-        QString characters;
-        for (int c = 0; c < ellipsis; ++c)
-            characters += QChar(first + c);
-        characters += QChar(0x2026);
-        const QList<quint32> glyphs = raw.glyphIndexesForString(characters);
-        const QList<QPointF> advances = raw.advancesForGlyphIndexes(glyphs);
-        m_isComplete = glyphs.size() == ellipsis + 1 && advances.size() == glyphs.size() &&
-                       !glyphs.contains(0) && !font.underline() && !font.strikeOut() &&
-                       !font.overline() && font.letterSpacing() == 0 && font.wordSpacing() == 0;
-        for (qsizetype i = 0; m_isComplete && i < glyphs.size(); ++i) {
-            m_glyphs[size_t(i)] = glyphs[i];
-            m_advances[size_t(i)] = advances[i].x();
-        }
-        m_run.setRawFont(raw);
-    }
-
-    bool m_isSet = false;
-    bool m_isComplete = false;
-    QFont m_font;
-    QGlyphRun m_run;
-    std::array<quint32, ellipsis + 1> m_glyphs = {};
-    std::array<double, ellipsis + 1> m_advances = {};
-};
+    return column != Model::Status && column != Model::WriteResult && column != Model::NodeId;
+}
 
 class Delegate : public ValueDelegate
 {
@@ -141,38 +70,6 @@ public:
             m_table->list()->setParameter(rows, Model::Column(column), parameter().toDouble());
     }
 
-    // Most cells are bare text, thousands of them a second: these are painted without the detour
-    // over the style.
-    void paint(QPainter* painter, const QStyleOptionViewItem& option,
-               const QModelIndex& index) const override
-    {
-        constexpr QStyle::State special =
-            QStyle::State_Selected | QStyle::State_HasFocus | QStyle::State_MouseOver;
-        const int column = index.column();
-        const bool isPlain =
-            column != Model::Status && column != Model::WriteResult && column != Model::NodeId;
-        if ((option.state & special) || !isPlain || option.direction == Qt::RightToLeft)
-            return ValueDelegate::paint(painter, option, index);
-        const QString text = index.data(Qt::DisplayRole).toString();
-        if (text.isEmpty())
-            return;
-        const QVariant brush = index.data(Qt::ForegroundRole);
-        const QPalette::ColorGroup group =
-            !(option.state & QStyle::State_Enabled) ? QPalette::Disabled
-            : option.state & QStyle::State_Active   ? QPalette::Active
-                                                    : QPalette::Inactive;
-        painter->setPen(brush.isValid() ? brush.value<QBrush>().color()
-                                        : option.palette.color(group, QPalette::Text));
-        const int margin =
-            m_table->style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, m_table) + 1;
-        const QRect room = option.rect.adjusted(margin, 0, -margin, 0);
-        const int alignment = index.data(Qt::TextAlignmentRole).toInt();
-        if (m_text.paint(painter, option, room, alignment & Qt::AlignRight, text))
-            return;
-        painter->drawText(room, alignment | Qt::TextSingleLine,
-                          option.fontMetrics.elidedText(text, Qt::ElideRight, room.width()));
-    }
-
 protected:
     // Ids differ at their end.
     void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override
@@ -184,17 +81,16 @@ protected:
 
 private:
     DataViewTable* const m_table;
-    mutable PlainText m_text;
 };
 
 } // namespace
 
 DataViewTable::DataViewTable(QvelDataViewModel* model, QWidget* parent)
-    : QTableView(parent), m_list(model)
+    : QTableView(parent), m_list(model), m_delegate(new Delegate(this))
 {
     model->setParent(this);
     setModel(model);
-    setItemDelegate(new Delegate(this));
+    setItemDelegate(m_delegate);
     setSelectionBehavior(SelectRows);
     setSelectionMode(ExtendedSelection);
     setEditTriggers(DoubleClicked | EditKeyPressed);
@@ -294,6 +190,16 @@ bool DataViewTable::event(QEvent* event)
     return QTableView::event(event);
 }
 
+// By the events after which the view itself has its cell painted as one under the mouse.
+bool DataViewTable::viewportEvent(QEvent* event)
+{
+    if (event->type() == QEvent::HoverEnter || event->type() == QEvent::HoverMove)
+        m_hovered = rowAt(static_cast<QHoverEvent*>(event)->position().toPoint().y());
+    else if (event->type() == QEvent::HoverLeave)
+        m_hovered = -1;
+    return QTableView::viewportEvent(event);
+}
+
 bool DataViewTable::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event)
 {
     const bool isOpen = QTableView::edit(index, trigger, event);
@@ -341,19 +247,99 @@ void DataViewTable::paintEvent(QPaintEvent* event)
 {
     const QRect all = event->rect();
     const int height = rowsAtOnce * verticalHeader()->defaultSectionSize();
+    const bool isOpaque = viewport()->testAttribute(Qt::WA_OpaquePaintEvent);
     for (int top = all.top(), end = 0; top <= all.bottom(); top = end) {
         const int last = rowAt(top + height);
         end = last < 0 ? all.bottom() + 1 : rowViewportPosition(last) + rowHeight(last);
-        const QRegion part = event->region() & QRect(all.left(), top, all.width(), end - top);
-        if (viewport()->testAttribute(Qt::WA_OpaquePaintEvent)) {
-            QPainter painter(viewport());
+        QRegion part = event->region() & QRect(all.left(), top, all.width(), end - top);
+        QPainter painter(viewport());
+        if (isOpaque) {
             for (const QRect& rect : part)
                 painter.fillRect(rect, viewport()->palette().brush(viewport()->backgroundRole()));
         }
-        QPaintEvent partEvent(part);
-        QTableView::paintEvent(&partEvent);
+        part -= paintTexts(&painter, part);
+        painter.end();
+        if (!part.isEmpty()) {
+            QPaintEvent partEvent(part);
+            QTableView::paintEvent(&partEvent);
+        }
     }
     paintViewHint(this);
+}
+
+// Whether the cells are what they seem to be without the host's delegates, grid or style sheet.
+bool DataViewTable::hasPlainCells() const
+{
+    return isLeftToRight() && !showGrid() && !alternatingRowColors() && state() != DraggingState &&
+           itemDelegate() == m_delegate && !style()->inherits("QStyleSheetStyle");
+}
+
+// Most cells are bare text, thousands of them a second: these are painted without the detour over
+// delegate and style. Returns where; the rest is the view's.
+QRegion DataViewTable::paintTexts(QPainter* painter, const QRegion& region)
+{
+    const QRect all = region.boundingRect();
+    const int first = rowAt(all.top());
+    if (first < 0 || !hasPlainCells())
+        return {};
+    const int end = rowAt(all.bottom()) < 0 ? m_list->rowCount() : rowAt(all.bottom()) + 1;
+
+    struct Column
+    {
+        int index, left, width;
+        bool isRight;
+    };
+    QVarLengthArray<Column, Model::ColumnCount> columns;
+    for (int i = 0; i < Model::ColumnCount; ++i) {
+        const int alignment = m_list->index(first, i).data(Qt::TextAlignmentRole).toInt();
+        const Column column{i, columnViewportPosition(i), columnWidth(i),
+                            (alignment & Qt::AlignRight) != 0};
+        if (isPlain(i) && !isColumnHidden(i) && !itemDelegateForColumn(i) &&
+            region.intersects(QRect(column.left, all.top(), column.width, all.height())))
+            columns.append(column);
+    }
+
+    const QVariant brush = m_list->index(first, Model::Value).data(Qt::ForegroundRole);
+    painter->setPen(brush.isValid() ? brush.value<QBrush>().color()
+                                    : palette().color(QPalette::Text));
+    painter->setFont(font());
+    m_texts.setFont(font());
+    const QFontMetrics metrics = fontMetrics();
+    const int margin = style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 1;
+    const QItemSelection selection = selectionModel()->selection();
+    const int current = hasFocus() ? currentIndex().row() : -1;
+    const auto isSpecial = [&](int row) {
+        return row == current || row == m_hovered || itemDelegateForRow(row) ||
+               std::any_of(selection.begin(), selection.end(), [row](const auto& rows) {
+                   return rows.top() <= row && row <= rows.bottom();
+               });
+    };
+
+    QRegion others;
+    for (int row = first; row < end; ++row) {
+        const int top = rowViewportPosition(row), height = rowHeight(row);
+        if (isSpecial(row)) {
+            others += QRect(all.left(), top, all.width(), height);
+            continue;
+        }
+        const double baseline = top + (height - metrics.height()) / 2 + metrics.ascent();
+        for (const Column& column : columns) {
+            const QRect room(column.left + margin, top, column.width - 2 * margin, height);
+            const QString text = m_list->index(row, column.index).data().toString();
+            if (!m_texts.add(text, room, baseline, column.isRight))
+                painter->drawText(room,
+                                  int(column.isRight ? Qt::AlignRight : Qt::AlignLeft) |
+                                      Qt::AlignVCenter | Qt::TextSingleLine,
+                                  metrics.elidedText(text, Qt::ElideRight, room.width()));
+        }
+    }
+    m_texts.paint(painter);
+
+    const int bottom = rowViewportPosition(end - 1) + rowHeight(end - 1);
+    QRegion painted;
+    for (const Column& column : columns)
+        painted += QRect(column.left, all.top(), column.width, bottom - all.top());
+    return painted - others;
 }
 
 void DataViewTable::dropEvent(QDropEvent* event)

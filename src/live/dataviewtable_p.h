@@ -1,6 +1,7 @@
 #pragma once
 
 #include "live/dataviewmodel.h"
+#include "live/plaintexts_p.h"
 
 #include <QtWidgets/QTableView>
 
@@ -25,6 +26,7 @@ Q_SIGNALS:
 
 protected:
     bool event(QEvent* event) override;
+    bool viewportEvent(QEvent* event) override;
     void changeEvent(QEvent* event) override;
     bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
@@ -36,7 +38,12 @@ protected:
 
 private:
     void findBackground();
+    bool hasPlainCells() const;
+    QRegion paintTexts(QPainter* painter, const QRegion& region);
     void moveSelected(int step);
 
     QvelDataViewModel* const m_list;
+    QAbstractItemDelegate* const m_delegate;
+    PlainTexts m_texts;
+    int m_hovered = -1; ///< row
 };

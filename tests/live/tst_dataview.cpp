@@ -189,6 +189,23 @@ private Q_SLOTS:
             for (const QPoint& point : {QPoint(1, 1), QPoint(5, image.height() - 5)})
                 QCOMPARE(image.pixelColor(point), base);
         }
+        // The cells without the style look as they do with it, selected or too narrow, too.
+        view.widget.setStyleSheet({});
+        view.model()->setPaused(true);
+        view.widget.addNodes({{*qvelParseNodeId(id("Item9")), QString::fromUtf8("Behälter")}});
+        view.table()->selectRow(1);
+        for (int width : {view.table()->columnWidth(Model::Value), 40, 9}) {
+            for (int column = 0; column < Model::ColumnCount; column += width == 40 ? 1 : 2)
+                view.table()->setColumnWidth(column, width);
+            const QImage image = view.table()->viewport()->grab().toImage();
+            for (int row = 0; row < view.model()->rowCount(); ++row)
+                view.table()->setItemDelegateForRow(row, view.table()->itemDelegate());
+            const QImage styled = view.table()->viewport()->grab().toImage();
+            for (int row = 0; row < view.model()->rowCount(); ++row)
+                view.table()->setItemDelegateForRow(row, nullptr);
+            QCOMPARE(image, styled);
+        }
+        view.model()->setPaused(false);
         // While it waits, a row may go, and come again.
         for (int i = 0; i < 20; ++i) {
             view.model()->removeRows(0, view.model()->rowCount());
