@@ -36,7 +36,7 @@ public:
     void setEndpoint(const QvelDiscoverySetting& endpoint);
 
 Q_SIGNALS:
-    /// The window is on the screen for the first time.
+    /// The window has been painted for the first time.
     void started();
     void endpointChanged(const QvelDiscoverySetting& endpoint);
     /// The user wants to work with the current endpoint.

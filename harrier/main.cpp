@@ -12,6 +12,7 @@
 #include "sessionpage.h"
 
 #include <QtCore/QCommandLineParser>
+#include <QtCore/QEvent>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QStandardPaths>
@@ -26,7 +27,9 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <functional>
 #include <memory>
+#include <utility>
 
 namespace {
 
@@ -65,6 +68,27 @@ int usageError(const QString& text)
     printError(english("Try 'harrier --help'."));
     return ExitUsage;
 }
+
+/// Does something as soon as the user has the window before him: nothing else is to delay that.
+class OncePainted : public QObject
+{
+public:
+    OncePainted(QWidget& window, std::function<void()> action) : m_action(std::move(action))
+    {
+        window.installEventFilter(this);
+    }
+    bool eventFilter(QObject* window, QEvent* event) override
+    {
+        if (event->type() == QEvent::Paint) {
+            window->removeEventFilter(this);
+            QTimer::singleShot(0, this, m_action);
+        }
+        return false;
+    }
+
+private:
+    const std::function<void()> m_action;
+};
 
 // Needs no display at all.
 int connectCommand(int argc, char** argv)
@@ -220,7 +244,8 @@ int main(int argc, char** argv)
         } else {
             window.resize(window.size().boundedTo(window.screen()->availableSize()));
             window.show();
-            QTimer::singleShot(0, &host, &Host::started);
+            QTimer::singleShot(0, &window, [&window] { window.project().recover(); });
+            const OncePainted started(window, [&host] { Q_EMIT host.started(); });
             const ExitSignals signals;
             QObject::connect(&signals, &ExitSignals::received, &window, &MainWindow::end);
             QObject::connect(&app, &QGuiApplication::commitDataRequest, &window,

@@ -564,7 +564,6 @@ void MainWindow::start()
 {
     auto* view = static_cast<QvelDiscoveryWidget*>(m_discovery->widget(0));
     view->expand(view->model()->index(0, 0)); // "Local"
-    m_project->recover();
 }
 
 QJsonObject MainWindow::projectContent() const
