@@ -135,8 +135,15 @@ UaPkiRsaKeyPair::UaPkiRsaKeyPair(int bits)
     if (bits < smallestKeySize || bits > largestKeySize)
         return;
     const ErrorQueueGuard guard;
-    KeyPtr key(EVP_RSA_gen(unsigned(bits)));
-    KeyPtr half = key ? publicHalf(key.get()) : nullptr;
+    const OpenSslPtr<EVP_PKEY_CTX, EVP_PKEY_CTX_free> context(
+        EVP_PKEY_CTX_new_from_name(nullptr, "RSA", nullptr));
+    EVP_PKEY* made = nullptr;
+    if (!context || EVP_PKEY_keygen_init(context.get()) != 1 ||
+        EVP_PKEY_CTX_set_rsa_keygen_bits(context.get(), bits) != 1 ||
+        EVP_PKEY_generate(context.get(), &made) != 1)
+        return;
+    KeyPtr key(made);
+    KeyPtr half = publicHalf(key.get());
     if (!half)
         return;
     m_publicKey = UaPkiKeyAccess::make<UaPkiPublicKey>(std::move(half));
