@@ -326,11 +326,14 @@ QRegion DataViewTable::paintTexts(QPainter* painter, const QRegion& region)
         for (const Column& column : columns) {
             const QRect room(column.left + margin, top, column.width - 2 * margin, height);
             const QString text = m_list->index(row, column.index).data().toString();
-            if (!m_texts.add(text, room, baseline, column.isRight))
+            const bool isNumber = hasExponent(text);
+            if (isNumber || !m_texts.add(text, room, baseline, column.isRight))
                 painter->drawText(room,
                                   int(column.isRight ? Qt::AlignRight : Qt::AlignLeft) |
                                       Qt::AlignVCenter | Qt::TextSingleLine,
-                                  metrics.elidedText(text, Qt::ElideRight, room.width()));
+                                  metrics.elidedText(text,
+                                                     isNumber ? Qt::ElideMiddle : Qt::ElideRight,
+                                                     room.width()));
         }
     }
     m_texts.paint(painter);

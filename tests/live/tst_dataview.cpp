@@ -206,6 +206,22 @@ private Q_SLOTS:
             QCOMPARE(image, styled);
         }
         view.model()->setPaused(false);
+        // A number's exponent stays in sight.
+        view.type("ns=1;s=ScalarDouble");
+        const int row = view.model()->rowCount() - 1;
+        view.table()->setColumnWidth(Model::Value, 70);
+        QImage last;
+        for (double number : {1.2345678e-200, 1.2345678e+300}) {
+            resultOf(m_session->write({{UaNodeId(UaString("ScalarDouble"), 1),
+                                        UaDataValue(UaVariant(number)),
+                                        QvelAttribute::Value,
+                                        {}}}));
+            QTRY_COMPARE(view.text(row, Model::Value).toDouble(), number);
+            const QPixmap cell = view.table()->viewport()->grab(
+                view.table()->visualRect(view.model()->index(row, Model::Value)));
+            QVERIFY(last != cell.toImage());
+            last = cell.toImage();
+        }
         // While it waits, a row may go, and come again.
         for (int i = 0; i < 20; ++i) {
             view.model()->removeRows(0, view.model()->rowCount());
