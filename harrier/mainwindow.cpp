@@ -177,8 +177,12 @@ void MainWindow::createDiscovery()
     auto* column = qobject_cast<QVBoxLayout*>(m_discovery->layout());
     for (int i = 0; column && i < m_discovery->count(); ++i) { // closed trees leave their room
         QWidget* place = m_discovery->widget(i)->parentWidget();
-        const auto follow = [column, place](bool open) { column->setStretchFactor(place, open); };
-        connect(discoveryToggle(i), &QAbstractButton::toggled, column, follow);
+        const auto follow = [this, column, place, i](bool open) {
+            column->setStretchFactor(place, open);
+            if (open)
+                beginView(i);
+        };
+        connect(discoveryToggle(i), &QAbstractButton::toggled, this, follow);
         follow(discoveryToggle(i)->isChecked());
     }
     m_discovery->setCurrentIndex(0);
@@ -196,23 +200,35 @@ void MainWindow::addView(QvelDiscoveryWidget::OpcType type, const QString& group
     LogBuffer& log = m_host.log();
     m_callbacks.push_back(std::make_unique<DiscoveryCallback>(
         m_host.store(), group, [&log](const QString& text) { log.append(text); }));
-    auto* view = new QvelDiscoveryWidget(type, m_callbacks.back().get(), m_host.timeout(),
-                                         QCoreApplication::applicationName());
-    qobject_cast<QvelDiscoveryModel*>(view->model())->setFailuresInToolTips(true);
+    auto* view = new QvelDiscoveryWidget;
+    view->setOpcType(type);
+    view->setTimeout(m_host.timeout());
+    view->setSessionName(QCoreApplication::applicationName());
     connect(view, &QvelDiscoveryWidget::endpointActivated, this, &MainWindow::connectTo);
     connect(view, &QvelDiscoveryWidget::comServerActivated, this, &MainWindow::useEndpoint);
+    m_discovery->addPage(view);
+}
+
+// A tree looks around in the network when it begins: each does when it is first wanted.
+void MainWindow::beginView(int page)
+{
+    auto* view = static_cast<QvelDiscoveryWidget*>(m_discovery->widget(page));
+    if (view->model())
+        return;
+    view->start(m_callbacks[std::size_t(page)].get());
+    qobject_cast<QvelDiscoveryModel*>(view->model())->setFailuresInToolTips(true);
     // endpointSelected() tells only of endpoints; the pages also want to know when there is none.
     connect(view->selectionModel(), &QItemSelectionModel::currentChanged, this,
             &MainWindow::followCurrent);
-    m_discovery->addPage(view);
 }
 
 void MainWindow::followCurrent()
 {
+    beginView(m_discovery->getCurrentIndex());
     m_host.setEndpoint(currentView()->currentConfiguration());
     m_use->setEnabled(m_host.hasEndpoint());
-    const auto* model = qobject_cast<QvelDiscoveryModel*>(currentView()->model());
-    m_connect->setEnabled(m_host.hasEndpoint() && model->opcType() == QvelDiscoveryWidget::OpcUa);
+    m_connect->setEnabled(m_host.hasEndpoint() &&
+                          currentView()->opcType() == QvelDiscoveryWidget::OpcUa);
     m_hint->setTree(currentView());
 }
 

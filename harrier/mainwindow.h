@@ -76,6 +76,7 @@ private:
     void createLanguages();
     void retranslate();
     void addView(QvelDiscoveryWidget::OpcType type, const QString& group);
+    void beginView(int page);
     /// A menu, or an action, that gets its text from retranslate().
     QMenu* addMenu(const char* text);
     QAction* addAction(QMenu* menu, const char* text, const QKeySequence& keys,
