@@ -80,6 +80,22 @@ QString textOf(QvelDiscoveryNode* node, bool isOpen)
                                          : plainLine(node->lastFailure(), maxText);
 }
 
+/// Takes the width that it is given: to look for a good one means to wrap the text again and again.
+/// A text that is to be selected is a whole document, so it becomes one under the mouse only.
+class WrappedText : public QLabel
+{
+public:
+    QSize minimumSizeHint() const override { return {0, 3 * fontMetrics().lineSpacing()}; }
+    QSize sizeHint() const override { return minimumSizeHint(); }
+
+protected:
+    void enterEvent(QEnterEvent* event) override
+    {
+        setTextInteractionFlags(Qt::TextSelectableByMouse);
+        QLabel::enterEvent(event);
+    }
+};
+
 } // namespace
 
 QStringList otherUrls(const QvelDiscoveryWidget& tree, const QString& text)
@@ -98,12 +114,12 @@ QStringList otherUrls(const QvelDiscoveryWidget& tree, const QString& text)
 }
 
 DiscoveryHint::DiscoveryHint(QWidget* parent)
-    : QWidget(parent), m_text(new QLabel), m_look(new QPushButton)
+    : QWidget(parent), m_text(new WrappedText), m_look(new QPushButton)
 {
     m_text->setObjectName(QStringLiteral("hint"));
     m_text->setTextFormat(Qt::PlainText);
     m_text->setWordWrap(true);
-    m_text->setMinimumHeight(3 * fontMetrics().lineSpacing()); // what is below does not jump
+    m_text->setMinimumHeight(m_text->minimumSizeHint().height()); // what is below does not jump
     m_text->setAlignment(Qt::AlignTop | Qt::AlignLeading);
     m_look->setObjectName(QStringLiteral("lookThere"));
     auto* layout = new QHBoxLayout(this);
@@ -153,9 +169,6 @@ void DiscoveryHint::refresh()
         if (!failure.isEmpty())
             text += QLatin1Char('\n') + failure;
     }
-    // What went wrong is also for a mail; a label that is not to be selected is there sooner.
-    m_text->setTextInteractionFlags(failure.isEmpty() ? Qt::NoTextInteraction
-                                                      : Qt::TextSelectableByMouse);
     m_text->setText(text);
     m_url.clear();
     if (node && !failure.isEmpty())
