@@ -2339,6 +2339,10 @@ derzeit nicht geschrieben werden.</translation>
         <translation>%1 Werte kamen aus der Historie.</translation>
     </message>
     <message>
+        <source>%1 series: %2 values came from the history.</source>
+        <translation>%1 Kurven: %2 Werte kamen aus der Historie.</translation>
+    </message>
+    <message>
         <source>Reading the history ...</source>
         <translation>Die Historie wird gelesen ...</translation>
     </message>

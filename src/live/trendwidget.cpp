@@ -380,6 +380,31 @@ QString QvelTrendWidget::Private::toolTip(const TrendCurve& curve) const
     return plainToolTip(lines.join(u'\n'));
 }
 
+// What failed one by one, the rest together.
+QString QvelTrendWidget::Private::textOf(const QMap<int, Reading>& readings) const
+{
+    QStringList texts;
+    QString last;
+    int series = 0;
+    qsizetype values = 0;
+    for (const Reading& reading : readings) {
+        const QString text = reading.label + QLatin1String(": ") + reading.told();
+        if (reading.status.isBad()) {
+            texts.append(text);
+            continue;
+        }
+        last = text;
+        values += reading.values;
+        ++series;
+    }
+    if (series > 1)
+        last = tr("%1 series: %2 values came from the history.")
+                   .arg(q->locale().toString(series), q->locale().toString(values));
+    if (series > 0)
+        texts.append(last);
+    return texts.join(QLatin1String("; "));
+}
+
 QvelTrendWidget::QvelTrendWidget(QWidget* parent)
     : QWidget(parent), d(std::make_unique<Private>(this))
 {
@@ -431,9 +456,8 @@ QvelTrendWidget::QvelTrendWidget(QWidget* parent)
                            : tr("%1 values came from the history.").arg(locale().toString(size));
             };
             d->nodes[id].history = told;
-            d->message = [label = curve->label, told] {
-                return label + QLatin1String(": ") + told();
-            };
+            d->reading.insert(id, {curve->label, status, values.size(), told});
+            d->message = [this, reading = d->reading] { return d->textOf(reading); };
             d->insert(*curve, std::move(points));
         });
     retranslated(this, [this] { d->retranslate(); });
@@ -740,6 +764,7 @@ void QvelTrendWidget::loadHistory()
         return;
     for (const int id : std::as_const(ids))
         d->nodes[id].isReading = true;
+    d->reading.clear();
     d->changed();
     const auto [from, to] = timeRange();
     d->variables.loadHistory(ids, from, to, d->maximum);

@@ -30,6 +30,14 @@ public:
         bool isReading = false;
         Words history; // how the last reading of it went
     };
+    /// How the history of a series was read.
+    struct Reading
+    {
+        QString label;
+        UaStatusCode status;
+        qsizetype values = 0;
+        Words told;
+    };
     enum class Drag { None, Pan, Band, Scale, Legend };
     /// What the mouse holds, and how things were when it was pressed.
     struct Press
@@ -83,6 +91,7 @@ public:
     void tellExported(const QString& file, const QString& error);
     void exportCsvLater(const QString& file);
     QString toolTip(const TrendCurve& curve) const;
+    QString textOf(const QMap<int, Reading>& readings) const;
     QString spoken() const;
 
     QvelTrendWidget* const q;
@@ -96,7 +105,8 @@ public:
     qsizetype dropped = 0;
     double following = 60;
     double lastFollowing = 60;
-    Words message; // what happened last
+    Words message;              // what happened last
+    QMap<int, Reading> reading; // by the last call for it
     std::optional<qint64> fixedCursor;
     std::optional<double> hover; // the mouse, whose time moves with the axis
     QTimer painting;

@@ -727,6 +727,9 @@ private Q_SLOTS:
         const qsizetype known = trend.pointCount(historic);
         trend.loadHistory();
         QTRY_VERIFY(trend.pointCount(historic) >= known + 99);
+        // All are told of: Running has none, whatever it says.
+        QTRY_VERIFY(trend.accessibleDescription().contains("2 series: 100 values came from"));
+        QVERIFY(trend.accessibleDescription().contains("Running: The history could not be read: "));
         const qsizetype loaded = trend.pointCount(historic);
         trend.loadHistory(); // the same again is not kept
         QTest::qWait(500);

@@ -121,17 +121,19 @@ const events = setInterval(() => space.rootFolder.objects.server.raiseEvent("Bas
     message: { dataType: DataType.LocalizedText, value: { text: `tick ${tick}` } },
     severity: { dataType: DataType.UInt16, value: 100 } }), 500).unref();
 
-own.addAnalogDataItem({ componentOf: machine, browseName: "Temperature", nodeId: "s=Temperature", dataType: "Double",
+const temperature = own.addAnalogDataItem({ componentOf: machine, browseName: "Temperature", nodeId: "s=Temperature", dataType: "Double",
     engineeringUnitsRange: { low: -10, high: 110 }, engineeringUnits: standardUnits.degree_celsius,
     value: { dataType: DataType.Double, value: 20 } });
 own.addMultiStateDiscrete({ componentOf: machine, browseName: "Mode", nodeId: "s=Mode",
     enumStrings: ["Off", "Manual", "Automatic"], value: 1 });
 own.addVariable({ componentOf: machine, browseName: "Running", nodeId: "s=Running", dataType: "Boolean",
+    accessLevel: "CurrentRead | CurrentWrite | HistoryRead", // which is not true
     value: { dataType: DataType.Boolean, value: true } });
 const historic = own.addVariable({ componentOf: machine, browseName: "Historic", nodeId: "s=Historic",
     dataType: "Double", value: { dataType: DataType.Double, value: 0 } });
 addAggregateSupport(space);
 space.installHistoricalDataNode(historic, { maxOnlineValues: 5000 });
+space.installHistoricalDataNode(temperature, { maxOnlineValues: 5000 });
 installAggregateConfigurationOptions(historic, { stepped: true });
 for (let i = 0; i < 3000; ++i)
     historic.setValueFromSource({ dataType: DataType.Double, value: i }, StatusCodes.Good, new Date(Date.UTC(2024, 0, 1, 0, 0, i)));
