@@ -129,6 +129,7 @@ struct DataTypes::Search
     UaVariant definition;
     ValueProperties properties; // where there is no definition
     int depth = 0;
+    int underWay = 1; // answers that are still to come
     std::vector<QPromise<DataTypeInfo>> waiting;
 };
 
@@ -202,14 +203,14 @@ void DataTypes::readType(const SearchPtr& search)
                  }
                  search->info.name = shownText(name.value().toQualifiedName().name().toQString());
                  search->definition = result.values.value(1).value();
-                 if (!search->definition.isEmpty()) {
-                     climb(search);
+                 climb(search);
+                 if (!search->definition.isEmpty())
                      return;
-                 }
+                 ++search->underWay;
                  whenDone(readProperties({search->dataType}), this,
                           [this, search](const QList<ValueProperties>& found) {
                               search->properties = found.first();
-                              climb(search);
+                              finish(search);
                           });
              });
 }
@@ -244,6 +245,8 @@ void DataTypes::climb(const SearchPtr& search)
 
 void DataTypes::finish(const SearchPtr& search)
 {
+    if (--search->underWay > 0)
+        return;
     const QByteArray key = keyOf(search->dataType);
     DataTypeInfo& info = search->info;
     const auto kind =

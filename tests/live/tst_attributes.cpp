@@ -354,6 +354,7 @@ private Q_SLOTS:
         // An array, a name, a number, and a value whose type is to be chosen.
         setMethod("ns=1;s=Sort");
         QCOMPARE(argument(0, 1).data().toString(), "Int32[]");
+        QTRY_COMPARE(argument(1, 1).data().toString(), "ServerState"); // which closes an editor
         QCOMPARE(argument(0, 0).data(Qt::ToolTipRole).toString(), "numbers\nin any order");
         QVERIFY(open(arguments(), argument(0, 2)));
         const QPointer<QWidget> array = arguments()->indexWidget(argument(0, 2));
