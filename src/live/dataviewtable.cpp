@@ -33,12 +33,12 @@ struct ColumnWidth
 constexpr ColumnWidth widths[] = {
     {Model::Name, "A name of common length"},
     {Model::NodeId, "nsu=urn:plant:boiler;s=Temperature"},
-    {Model::Value, "-1234567.123456789"},
+    {Model::Value, "-1234567.12345"},
     {Model::DataType, "LocalizedText"},
     {Model::SourceTimestamp, "20:28:38.888"},
     {Model::ServerTimestamp, "20:28:38.888"},
     {Model::Status, "BadAttributeIdInvalid OO"},
-    {Model::WriteResult, "BadUserAccessDenied OO"},
+    {Model::WriteResult, "BadOutOfRange"},
 };
 
 bool isParameter(int column)
@@ -107,8 +107,10 @@ DataViewTable::DataViewTable(QvelDataViewModel* model, QWidget* parent)
     verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
     horizontalHeader()->setSectionsMovable(true);
     horizontalHeader()->setHighlightSections(false);
-    // What changes all the time stands together: one rectangle is painted faster than two.
-    horizontalHeader()->moveSection(Model::DataType, Model::Value);
+    // What changes all the time stands together: one rectangle is painted faster than two. Behind
+    // it comes what became of an edit, before what is looked at more seldom.
+    horizontalHeader()->moveSection(Model::DataType, Model::Status);
+    horizontalHeader()->moveSection(Model::WriteResult, Model::ServerTimestamp);
     horizontalHeader()->setContextMenuPolicy(Qt::CustomContextMenu);
     retranslated(this, [this] {
         setViewHint(this, tr("Drop variables here, paste NodeIds, or type one above."));
