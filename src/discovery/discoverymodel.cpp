@@ -17,6 +17,7 @@
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QMessageBox>
 
+#include <optional>
 #include <utility>
 
 static QString loopbackHost()
@@ -49,7 +50,7 @@ public:
     StoredList<QvelDiscoverySetting> storedRecords{"NoOfRecentServers"};
     StoredList<QString> storedUrls{"NoOfDiscoveryServers"};
     bool failuresInToolTips = false;
-    QString unreadLocalUrl; // the local node's, unless it came from the store
+    std::optional<QString> unreadLocalUrl; // the local node's, unless it came from the store
     const QvelDiscoveryWidget::OpcType opcType;
     const int timeout;
     QvelDiscoveryCBInterface* const callback;
@@ -503,6 +504,6 @@ void QvelDiscoveryModel::writeSettings()
     if (!d->local)
         return;
     const QString url = d->local->discoveryUrl();
-    if (url != d->unreadLocalUrl || isAbsent(store.get("LocalDiscoveryUrl")))
+    if (d->unreadLocalUrl != url || isAbsent(store.get("LocalDiscoveryUrl")))
         store.put("LocalDiscoveryUrl", url);
 }

@@ -229,6 +229,9 @@ private Q_SLOTS:
             QCOMPARE(texts(*model, model->index(2, 0)), urls.mid(0, ua ? 2 : 4));
             QCOMPARE(model->index(0, 0).data(), "Local");
             QCOMPARE(model->getLocalNode()->discoveryUrl(), "opc.tcp://127.0.0.1:2");
+            model->editUrl(model->index(0, 0), {}); // this computer, again
+            model.reset();
+            QCOMPARE(store.values.value("LocalDiscoveryUrl"), QVariant(QString()));
         }
     }
 
