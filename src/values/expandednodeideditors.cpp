@@ -68,7 +68,7 @@ QvelEditWidgetExpandedNodeId::QvelEditWidgetExpandedNodeId(QvelEditWidgetFlags f
     const EditFieldControls controls = layOutEditField(this);
     m_edit = controls.edit;
     showInToolTip(m_edit);
-    m_dialog = new QvelDialogWidgetExpandedNodeId(dialogFlags(flags), this);
+    m_dialog = new QvelDialogWidgetExpandedNodeId(dialogFlags(flags & ReadOnly), this);
     store(UaExpandedNodeId());
     connectDialog(controls.button, m_dialog);
     connect(m_edit, &QLineEdit::textChanged, this,
@@ -79,7 +79,7 @@ QvelEditWidgetExpandedNodeId::~QvelEditWidgetExpandedNodeId() = default;
 
 void QvelEditWidgetExpandedNodeId::updateControls()
 {
-    m_dialog->setFlags(dialogFlags(flags()));
+    m_dialog->setFlags(dialogFlags(flags() & ReadOnly));
 }
 
 UaVariant QvelEditWidgetExpandedNodeId::value(bool* ok) const

@@ -210,6 +210,8 @@ private Q_SLOTS:
             auto* dialog = editor.widget->findChild<QDialog*>();
             auto* buttons = dialog->findChild<QDialogButtonBox*>();
             auto* area = dialog->findChild<QTextEdit*>();
+            if (const auto* typed = qobject_cast<QvelDialogWidgetBase*>(dialog)) // read-only or not
+                QCOMPARE(int(typed->flags()), flags & QvelDialogWidgetBase::ReadOnly);
             editor.widget->show();
             QVERIFY(QTest::qWaitForWindowActive(editor.widget.get()));
             editor.setValue(first);
