@@ -150,12 +150,12 @@ void QvelDialogWidgetArray::sltRemoveElement()
     change(&QvelArrayModel::removeElement);
 }
 
-// The buttons of a type that cannot be edited are not there to be clicked.
+// For a type that cannot be edited the buttons are hidden, and do nothing.
 void QvelDialogWidgetArray::change(bool (QvelArrayModel::*change)())
 {
     const bool isFull = change == &QvelArrayModel::addElement &&
                         !d->table->hasRoomFor(std::size_t(m_model->rowCount()) + 1);
-    if (!isFull && (m_model->*change)())
+    if ((!isFull && (m_model->*change)()) || !isEditableType(d->value.type()))
         return;
     d->clicked.run(qobject_cast<QAbstractButton*>(sender()), [this] {
         runMessageBox(this, QMessageBox::Warning, tr("Array"),

@@ -209,8 +209,9 @@ void QvelDialogWidgetMatrix::askForDimensions()
         return;
     }
     const OpcUa_Int32 count = UaVariant::elementCount(dimensions);
-    if (count < 0 || !d->table->hasRoomFor(std::size_t(count)) ||
-        !m_model->setDimensions(dimensions))
+    const bool isSet = count >= 0 && d->table->hasRoomFor(std::size_t(count)) &&
+                       m_model->setDimensions(dimensions);
+    if (!isSet && isEditableType(d->value.type()))
         runMessageBox(
             this, QMessageBox::Warning, tr("Set Matrix Dimensions"),
             tr("The matrix would have too many elements, or there is not enough memory for it. "

@@ -404,6 +404,9 @@ class CompositeTest : public QObject
         QCOMPARE(parts.button(resizer)->isEnabled(), !flags);
         if (!isEditable) {
             QVERIFY(!parts.model->setData(parts.cell(0), "1"));
+            ModalUser told; // nothing but the question of a matrix
+            parts.button(resizer)->click();
+            QCOMPARE(told.seen.size(), Shape::isMatrix && !flags ? 1 : 0);
             auto* model = static_cast<typename Shape::Model*>(parts.model);
             if constexpr (Shape::isMatrix)
                 QVERIFY(!model->setDimensions({5}));
