@@ -4,6 +4,12 @@
 #include <QtGui/QScreen>
 #include <QtWidgets/QWidget>
 
+// Of a window that was hidden a moment ago, Qt may know a frame of one pixel.
+static QRect frameOf(const QWidget* window)
+{
+    return window->frameGeometry().united(window->geometry());
+}
+
 // QWidget::screen() of a hidden window is the one where it was last seen.
 static QRect availableArea(const QWidget* window)
 {
@@ -11,7 +17,7 @@ static QRect availableArea(const QWidget* window)
     qint64 most = 0;
     const auto screens = QGuiApplication::screens();
     for (const QScreen* screen : screens) {
-        const QSize common = (screen->geometry() & window->frameGeometry()).size();
+        const QSize common = (screen->geometry() & frameOf(window)).size();
         const qint64 area = qint64(common.width()) * common.height();
         if (area > most) {
             most = area;
@@ -24,7 +30,7 @@ static QRect availableArea(const QWidget* window)
 void keepOnScreen(QWidget* window)
 {
     const QRect available = availableArea(window);
-    QRect frame = window->frameGeometry();
+    QRect frame = frameOf(window);
     // Right and bottom come last, and so win over left and top.
     if (frame.left() < available.left())
         frame.translate(available.left() - frame.left(), 0);
