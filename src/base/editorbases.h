@@ -161,10 +161,6 @@ public:
     QvelEditWidgetFlags flags() const { return m_flags; }
     void setFlags(QvelEditWidgetFlags flags);
 
-    /// As those of QvelWidgetBase.
-    virtual QString valueText() const;
-    virtual void setValueText(const QString& text);
-
 Q_SIGNALS:
     void flagsChanged();
     /// Before the signals that carry the value.
@@ -176,6 +172,11 @@ protected Q_SLOTS:
     /// Gives the last accepted value back to the dialog.
     virtual void sltDialogWidgetRejected() = 0;
     virtual void sltShowDialogWidget() = 0;
+
+public:
+    /// As those of QvelWidgetBase.
+    virtual QString valueText() const;
+    virtual void setValueText(const QString& text);
 
 protected:
     explicit QvelEditWidgetBase(QvelEditWidgetFlags flags = {}, QWidget* parent = nullptr,
