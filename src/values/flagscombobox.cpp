@@ -179,7 +179,7 @@ void QvelFlagsComboBoxBase::addFlag(const QString& name, uint bits)
     // All at once and in the order of the delegate: the model takes another order for a change.
     model()->setItemData(
         model()->index(count() - 1, modelColumn(), rootModelIndex()),
-        {{Qt::DisplayRole, name}, {Qt::CheckStateRole, Qt::Unchecked}, {Qt::UserRole, bits}});
+        {{Qt::DisplayRole, name}, {Qt::CheckStateRole, Qt::Unchecked}, {Qt::UserRole, int(bits)}});
 }
 
 template <class Visit>
