@@ -245,9 +245,8 @@ void TrendVariables::describeNew()
     whenThere(m_session->read(items), [=](const QvelReadResult& read) {
         if (read.values.size() != items.size())
             return;
-        whenThere(
-            DataTypes::of(m_session)->readProperties(nodes),
-            [=](const QList<ValueProperties>& properties) { takeProperties(ids, properties); });
+        whenThere(DataTypes::of(m_session)->readProperties(nodes),
+                  [=](const QList<ValueProperties>& found) { takeProperties(ids, found); });
         takeAttributes(ids, read.values);
     });
 }

@@ -387,14 +387,14 @@ QString QvelTrendWidget::Private::textOf(const QMap<int, Reading>& readings) con
     QString last;
     int series = 0;
     qsizetype values = 0;
-    for (const Reading& reading : readings) {
-        const QString text = reading.label + QLatin1String(": ") + reading.told();
-        if (reading.status.isBad()) {
+    for (const Reading& each : readings) {
+        const QString text = each.label + QLatin1String(": ") + each.told();
+        if (each.status.isBad()) {
             texts.append(text);
             continue;
         }
         last = text;
-        values += reading.values;
+        values += each.values;
         ++series;
     }
     if (series > 1)
