@@ -75,9 +75,6 @@ void SecureChannel::take(Message&& message, qint64 now)
             break;
         if (message.channelId != m_writer.channelId)
             return fail(OpcUa_BadTcpSecureChannelUnknown);
-        // Once it uses the new token, the server may not go back.
-        if (message.tokenId == m_writer.tokenId)
-            dropOldToken();
         m_messages.push_back(std::move(message));
         return;
     default:
@@ -145,7 +142,8 @@ void SecureChannel::takeToken(const Message& message, qint64 now)
 
     const qint64 lifetime = std::max(token.revisedLifetime, shortestLifetime);
     if (!isFirst) {
-        // The server may use the old token until it has seen the new one (OPC 10000-4, 5.5.2.1).
+        // The server may use the old token until it has seen the new one (OPC 10000-4, 5.5.2.1);
+        // some answer with that of the request, so that old and new ones come in turn.
         m_hasOldToken = true;
         m_oldTokenExpires = std::max(now, m_expires) + (m_expires - m_renewAt);
         ++m_renewals;
@@ -163,8 +161,8 @@ void SecureChannel::tick(qint64 now)
 {
     if (m_state != State::Open)
         return;
-    if (now >= m_oldTokenExpires)
-        dropOldToken();
+    if (now >= m_oldTokenExpires && std::exchange(m_hasOldToken, false))
+        m_security.keepToken(m_writer.tokenId);
     if (m_openRequest != 0 && now >= m_expires)
         return fail(OpcUa_BadSecureChannelTokenUnknown); // the server never renewed it
     if (m_openRequest == 0 && now >= m_renewAt)
@@ -172,12 +170,6 @@ void SecureChannel::tick(qint64 now)
     m_nextTick = m_openRequest != 0 ? m_expires : m_renewAt;
     if (m_hasOldToken)
         m_nextTick = std::min(m_nextTick, m_oldTokenExpires);
-}
-
-void SecureChannel::dropOldToken()
-{
-    if (std::exchange(m_hasOldToken, false))
-        m_security.keepToken(m_writer.tokenId);
 }
 
 OpcUa_UInt32 SecureChannel::send(QByteArrayView body)

@@ -70,7 +70,6 @@ private:
     void takeAcknowledge(QByteArrayView body, qint64 now);
     void takeToken(const Message& message, qint64 now);
     void requestToken(SecurityTokenRequestType type, qint64 now);
-    void dropOldToken();
     void fail(OpcUa_StatusCode status, const UaString& reason = {});
 
     const Settings m_settings;

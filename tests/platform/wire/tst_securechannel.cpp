@@ -238,7 +238,8 @@ private Q_SLOTS:
         QCOMPARE(name(ends.answer(1, 74999)), name(OpcUa_Good)); // a quarter longer
         QCOMPARE(ends.client.nextTick(), 75000);
         QCOMPARE(name(ends.answer(2, 74999)), name(OpcUa_Good));
-        QCOMPARE(name(ends.answer(1, 74999)), name(OpcUa_BadSecureChannelTokenUnknown));
+        QCOMPARE(name(ends.answer(1, 74999)), name(OpcUa_Good)); // to an earlier request
+        QCOMPARE(name(ends.answer(1, 75000)), name(OpcUa_BadSecureChannelTokenUnknown));
     }
     void tokensThatEnd()
     {
