@@ -47,9 +47,12 @@ bool isParameter(int column)
            column == Model::QueueSize;
 }
 
+// Numbers and times.
 bool isPlain(int column)
 {
-    return column != Model::Status && column != Model::WriteResult && column != Model::NodeId;
+    return column == Model::Value || column == Model::SourceTimestamp ||
+           column == Model::ServerTimestamp ||
+           (column >= Model::SamplingInterval && column != Model::WriteResult);
 }
 
 class Delegate : public ValueDelegate
@@ -196,9 +199,9 @@ bool DataViewTable::event(QEvent* event)
 bool DataViewTable::viewportEvent(QEvent* event)
 {
     if (event->type() == QEvent::HoverEnter || event->type() == QEvent::HoverMove)
-        m_hovered = rowAt(static_cast<QHoverEvent*>(event)->position().toPoint().y());
+        m_hovered = indexAt(static_cast<QHoverEvent*>(event)->position().toPoint());
     else if (event->type() == QEvent::HoverLeave)
-        m_hovered = -1;
+        m_hovered = QModelIndex();
     return QTableView::viewportEvent(event);
 }
 
@@ -210,6 +213,13 @@ bool DataViewTable::edit(const QModelIndex& index, EditTrigger trigger, QEvent* 
     else
         tellRefusal(index, trigger);
     return isOpen;
+}
+
+// Names only: what is typed at a value that cannot be edited is not meant for another row.
+void DataViewTable::keyboardSearch(const QString& search)
+{
+    if (currentIndex().column() == Model::Name)
+        QTableView::keyboardSearch(search);
 }
 
 void DataViewTable::keyPressEvent(QKeyEvent* event)
@@ -273,11 +283,12 @@ void DataViewTable::paintEvent(QPaintEvent* event)
 bool DataViewTable::hasPlainCells() const
 {
     return isLeftToRight() && !showGrid() && !alternatingRowColors() && state() != DraggingState &&
-           itemDelegate() == m_delegate && !style()->inherits("QStyleSheetStyle");
+           itemDelegate() == m_delegate && textElideMode() == Qt::ElideRight &&
+           !style()->inherits("QStyleSheetStyle");
 }
 
-// Most cells are bare text, thousands of them a second: these are painted without the detour over
-// delegate and style. Returns where; the rest is the view's.
+// Most of what changes are numbers and times, thousands of them a second: these are painted without
+// the detour over delegate and style. Returns where; the rest is the view's.
 QRegion DataViewTable::paintTexts(QPainter* painter, const QRegion& region)
 {
     const QRect all = region.boundingRect();
@@ -304,14 +315,12 @@ QRegion DataViewTable::paintTexts(QPainter* painter, const QRegion& region)
     const QVariant brush = m_list->index(first, Model::Value).data(Qt::ForegroundRole);
     painter->setPen(brush.isValid() ? brush.value<QBrush>().color()
                                     : palette().color(QPalette::Text));
-    painter->setFont(font());
     m_texts.setFont(font());
-    const QFontMetrics metrics = fontMetrics();
     const int margin = style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 1;
     const QItemSelection selection = selectionModel()->selection();
     const int current = hasFocus() ? currentIndex().row() : -1;
     const auto isSpecial = [&](int row) {
-        return row == current || row == m_hovered || itemDelegateForRow(row) ||
+        return row == current || row == m_hovered.row() || itemDelegateForRow(row) ||
                std::any_of(selection.begin(), selection.end(), [row](const auto& rows) {
                    return rows.top() <= row && row <= rows.bottom();
                });
@@ -320,22 +329,17 @@ QRegion DataViewTable::paintTexts(QPainter* painter, const QRegion& region)
     QRegion others;
     for (int row = first; row < end; ++row) {
         const int top = rowViewportPosition(row), height = rowHeight(row);
+        if (height == 0) // hidden
+            continue;
         if (isSpecial(row)) {
             others += QRect(all.left(), top, all.width(), height);
             continue;
         }
-        const double baseline = top + (height - metrics.height()) / 2 + metrics.ascent();
         for (const Column& column : columns) {
             const QRect room(column.left + margin, top, column.width - 2 * margin, height);
             const QString text = m_list->index(row, column.index).data().toString();
-            const bool isNumber = hasExponent(text);
-            if (isNumber || !m_texts.add(text, room, baseline, column.isRight))
-                painter->drawText(room,
-                                  int(column.isRight ? Qt::AlignRight : Qt::AlignLeft) |
-                                      Qt::AlignVCenter | Qt::TextSingleLine,
-                                  metrics.elidedText(text,
-                                                     isNumber ? Qt::ElideMiddle : Qt::ElideRight,
-                                                     room.width()));
+            if (!m_texts.add(text, room, column.isRight))
+                others += QRect(column.left, top, column.width, height);
         }
     }
     m_texts.paint(painter);

@@ -15,6 +15,7 @@ public:
     explicit DataViewTable(QvelDataViewModel* model, QWidget* parent = nullptr);
 
     QvelDataViewModel* list() const { return m_list; }
+    void keyboardSearch(const QString& search) override;
     QList<int> selectedRowNumbers() const;
 
     void copySelected() const;
@@ -45,5 +46,5 @@ private:
     QvelDataViewModel* const m_list;
     QAbstractItemDelegate* const m_delegate;
     PlainTexts m_texts;
-    int m_hovered = -1; ///< row
+    QPersistentModelIndex m_hovered;
 };

@@ -42,10 +42,14 @@ constexpr QLatin1String listsKey("lists");
 constexpr QLatin1String hiddenKey("hiddenColumns");
 
 // A line of text that does not ask for room.
+constexpr int mostLines = 3; // of a message
+
 QLabel* createLine(QWidget* parent)
 {
     auto* label = new QLabel(parent);
     label->setTextFormat(Qt::PlainText);
+    label->setWordWrap(true);
+    label->setMaximumHeight(mostLines * label->fontMetrics().lineSpacing());
     label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     return label;

@@ -3,6 +3,16 @@
 #include <QtCore/QRect>
 #include <QtGui/QPainter>
 #include <QtGui/QRawFont>
+#include <QtGui/QTextLayout>
+
+#include <algorithm>
+
+// Other pairs of characters may be kerned, or become one.
+static bool isPlain(QChar character)
+{
+    const ushort c = character.unicode();
+    return (c >= '0' && c <= ':') || c == ' ' || c == '+' || c == ',' || c == '-' || c == '.';
+}
 
 void PlainTexts::setFont(const QFont& font)
 {
@@ -25,6 +35,12 @@ void PlainTexts::setFont(const QFont& font)
         m_advances[size_t(i)] = advances[i].x();
     }
     m_run.setRawFont(raw);
+    QTextLayout layout(characters, font);
+    layout.beginLayout();
+    const QTextLine line = layout.createLine();
+    layout.endLayout();
+    m_height = int(line.height());
+    m_ascent = line.ascent();
 }
 
 void PlainTexts::append(size_t glyph, double x, double baseline)
@@ -39,10 +55,11 @@ void PlainTexts::cut(size_t size)
     m_positions.resize(size);
 }
 
-bool PlainTexts::add(const QString& text, const QRect& room, double baseline, bool isRight)
+bool PlainTexts::add(const QString& text, const QRect& room, bool isRight)
 {
-    if (!m_isComplete)
+    if (!m_isComplete || !std::all_of(text.begin(), text.end(), isPlain))
         return false;
+    const double baseline = room.top() + room.height() / 2 - m_height / 2 + m_ascent;
     const size_t begin = m_indexes.size();
     const double left = room.left(), end = left + room.width();
     double x = left;
@@ -50,10 +67,6 @@ bool PlainTexts::add(const QString& text, const QRect& room, double baseline, bo
     double fittingEnd = left;
     for (const QChar character : text) {
         const int c = character.unicode() - first;
-        if (c < 0 || c >= ellipsis) {
-            cut(begin);
-            return false;
-        }
         if (x + m_advances[ellipsis] <= end) {
             fitting = m_indexes.size();
             fittingEnd = x;

@@ -85,14 +85,8 @@ void ValueDelegate::setModelData(QWidget* editor, QAbstractItemModel* model,
     model->setData(index, index.data(role), role);
 }
 
-void ValueDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const
-{
-    QvelModelDelegate::initStyleOption(option, index);
-    if (hasExponent(option->text))
-        option->textElideMode = Qt::ElideMiddle;
-}
-
-bool hasExponent(const QString& text)
+// Whether it ends in an exponent, without which it would be taken for another number.
+static bool hasExponent(const QString& text)
 {
     qsizetype at = text.size();
     while (at > 0 && text[at - 1].isDigit())
@@ -102,6 +96,13 @@ bool hasExponent(const QString& text)
     if (text[at - 1] == QLatin1Char('+') || text[at - 1] == QLatin1Char('-'))
         --at;
     return at > 1 && text[at - 1] == QLatin1Char('e') && text[at - 2].isDigit();
+}
+
+void ValueDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const
+{
+    QvelModelDelegate::initStyleOption(option, index);
+    if (hasExponent(option->text))
+        option->textElideMode = Qt::ElideMiddle;
 }
 
 void tellRefusal(const QModelIndex& index, QAbstractItemView::EditTrigger trigger)

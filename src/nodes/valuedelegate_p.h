@@ -22,9 +22,6 @@ protected:
     void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override;
 };
 
-/// Whether it ends in an exponent, without which it would be taken for another number.
-bool hasExponent(const QString& text);
-
 /// After an edit that the view refused.
 void tellRefusal(const QModelIndex& index, QAbstractItemView::EditTrigger trigger);
 
