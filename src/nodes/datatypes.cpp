@@ -130,6 +130,7 @@ struct DataTypes::Search
     ValueProperties properties; // where there is no definition
     int depth = 0;
     int underWay = 1; // answers that are still to come
+    quint32 connection = 0;
     std::vector<QPromise<DataTypeInfo>> waiting;
 };
 
@@ -184,6 +185,7 @@ QFuture<DataTypeInfo> DataTypes::find(const UaNodeId& dataType)
     search->waiting.push_back(std::move(promise));
     if (isNew) {
         search->dataType = search->ancestor = dataType;
+        search->connection = m_connection;
         search->info.name = shownText(dataType.toFullString().toQString());
         readType(SearchPtr(search));
     }
@@ -254,7 +256,7 @@ void DataTypes::finish(const SearchPtr& search)
     info.enumInfo = search->definition.isEmpty() ? namesOf(search->properties, kind)
                                                  : namesOf(search->definition, kind);
     m_searches.remove(key);
-    if (info.status.isGood())
+    if (info.status.isGood() && search->connection == m_connection)
         m_known.insert(key, info);
     for (QPromise<DataTypeInfo>& promise : search->waiting) {
         promise.addResult(info);
@@ -324,8 +326,8 @@ void DataTypes::readValues(const BatchPtr& batch)
             QList<ValueProperties> found(question.count);
             for (ValueProperties& properties : found) {
                 for (auto name = places->keyBegin(); name != places->keyEnd(); ++name, ++next)
-                    properties.insert(*name,
-                                      result.values.value(next, UaDataValue({}, result.status)));
+                    if (next < result.values.size())
+                        properties.insert(*name, result.values[next]);
                 ++places;
             }
             question.promise.addResult(found);

@@ -52,7 +52,8 @@ public:
     /// The future is canceled when the session is deleted.
     QFuture<DataTypeInfo> find(const UaNodeId& dataType);
     /// Those of all nodes that are asked for at a time are read together. Their values are always
-    /// new; which ones there are is asked once a connection. None where the server does not answer.
+    /// new; which ones there are is remembered for some thousand nodes while the connection lasts.
+    /// None where the server does not answer.
     /// The future is canceled when the session is deleted.
     QFuture<QList<ValueProperties>> readProperties(const QList<UaNodeId>& nodes);
     /// It is to be asked again which properties there are.
