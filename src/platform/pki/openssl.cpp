@@ -6,6 +6,7 @@
 
 #include <QtCore/QtGlobal>
 
+#include <atomic>
 #include <cstddef>
 #include <tuple>
 
@@ -28,11 +29,14 @@ struct Signature<Return(Arguments...)>
     using Argument = std::tuple_element_t<index, std::tuple<Arguments...>>;
 };
 
+std::atomic<bool> isLoaded = false;
+
 // What the linker would do, and as it does: there is no way on without the function.
 void* find(const char* name)
 {
     static void* const library =
         dlopen("libcrypto.so." QT_STRINGIFY(OPENSSL_SHLIB_VERSION), RTLD_NOW | RTLD_LOCAL);
+    isLoaded = true;
     void* const function = library ? dlsym(library, name) : nullptr;
     if (!function)
         qFatal("kestrel: %s", dlerror());
@@ -149,7 +153,6 @@ FORWARD2(OPENSSL_cleanse)
 FORWARD1(OPENSSL_sk_num)
 FORWARD2(OPENSSL_sk_push)
 FORWARD2(OPENSSL_sk_value)
-FORWARD0(OPENSSL_thread_stop)
 FORWARD0(OSSL_PARAM_construct_end)
 FORWARD3(OSSL_PARAM_construct_utf8_string)
 FORWARD4(PEM_read_bio_PrivateKey)
@@ -218,3 +221,10 @@ FORWARD3(d2i_X509_CRL)
 FORWARD2(i2d_PUBKEY)
 FORWARD2(i2d_X509)
 // clang-format on
+
+// A thread that ends needs no library that was never used.
+extern "C" void OPENSSL_thread_stop()
+{
+    if (isLoaded)
+        reinterpret_cast<decltype(&OPENSSL_thread_stop)>(find("OPENSSL_thread_stop"))();
+}
