@@ -471,8 +471,8 @@ void MainWindow::createMenus()
                   [this] { currentSession()->disconnectFromServer(); }),
         addAction(menu, QT_TR_NOOP("&Reconnect"), Qt::CTRL | Qt::Key_R,
                   [this] { currentSession()->connectToServer(); }),
-        addAction(menu, QT_TR_NOOP("Log &In..."), {}, [this] { currentSession()->askLogin(); }),
-        addAction(menu, QT_TR_NOOP("C&lose Server"), Qt::CTRL | Qt::Key_W,
+        addAction(menu, QT_TR_NOOP("&Log In..."), {}, [this] { currentSession()->askLogin(); }),
+        addAction(menu, QT_TR_NOOP("Cl&ose Server"), Qt::CTRL | Qt::Key_W,
                   [this] { closeSession(currentSession()); }),
     };
     menu->addSeparator();

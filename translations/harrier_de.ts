@@ -411,11 +411,11 @@
         <translation>&amp;Neu verbinden</translation>
     </message>
     <message>
-        <source>Log &amp;In...</source>
+        <source>&amp;Log In...</source>
         <translation>An&amp;melden...</translation>
     </message>
     <message>
-        <source>C&amp;lose Server</source>
+        <source>Cl&amp;ose Server</source>
         <translation>Server &amp;schließen</translation>
     </message>
     <message>

@@ -168,7 +168,7 @@ void tst_FirstHour::firstHour()
         QSignalSpy states(boilers.page.session(), &QvelSession::stateChanged);
         QTest::keyClick(&run.window, Qt::Key_S, Qt::AltModifier);
         QTRY_VERIFY(QApplication::activePopupWidget());
-        QTest::keyClick(QApplication::activePopupWidget(), Qt::Key_I);
+        QTest::keyClick(QApplication::activePopupWidget(), Qt::Key_L);
         QTRY_VERIFY_WITH_TIMEOUT(!states.isEmpty() && boilers.isConnected(), 30000);
         // Write.
         boilers.goTo("/Objects/1:Boilers/1:Boiler 1/1:TemperatureSetPoint");
