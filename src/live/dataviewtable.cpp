@@ -304,12 +304,12 @@ QRegion DataViewTable::paintTexts(QPainter* painter, const QRegion& region)
     };
     QVarLengthArray<Column, Model::ColumnCount> columns;
     for (int i = 0; i < Model::ColumnCount; ++i) {
+        const int left = columnViewportPosition(i), width = columnWidth(i);
+        if (!isPlain(i) || isColumnHidden(i) || itemDelegateForColumn(i) ||
+            !region.intersects(QRect(left, all.top(), width, all.height())))
+            continue;
         const int alignment = m_list->index(first, i).data(Qt::TextAlignmentRole).toInt();
-        const Column column{i, columnViewportPosition(i), columnWidth(i),
-                            (alignment & Qt::AlignRight) != 0};
-        if (isPlain(i) && !isColumnHidden(i) && !itemDelegateForColumn(i) &&
-            region.intersects(QRect(column.left, all.top(), column.width, all.height())))
-            columns.append(column);
+        columns.append({i, left, width, (alignment & Qt::AlignRight) != 0});
     }
 
     const QVariant brush = m_list->index(first, Model::Value).data(Qt::ForegroundRole);
